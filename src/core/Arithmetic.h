@@ -1,0 +1,101 @@
+// The conversions of a double, each rule once. The values are the same on every processor, also for
+// NaN, infinities and what does not fit, where the language leaves them open and processors differ.
+#pragma once
+
+#include <cfloat>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <type_traits>
+
+#if defined(__SSE2__) && !defined(VOLUX_CORE_PORTABLE)
+#include <emmintrin.h>
+#endif
+
+// g++ 11 and clang tell of fewer of these; the build files look at the flags themselves as well.
+#if defined(__FAST_MATH__) || (defined(__FINITE_MATH_ONLY__) && __FINITE_MATH_ONLY__) || \
+    defined(__ASSOCIATIVE_MATH__) || defined(__RECIPROCAL_MATH__) || defined(__NO_SIGNED_ZEROS__)
+#error "volux_core promises every result to the last bit; -ffast-math and its like change them."
+#endif
+#if FLT_EVAL_METHOD != 0
+#error "volux_core promises every result to the last bit; excess precision (x87) changes them."
+#endif
+
+namespace volux::core::detail {
+
+// Wraps, as two's complement does.
+constexpr int wrappingAdd(int a, int b)
+{
+    return static_cast<int>(static_cast<unsigned int>(a) + static_cast<unsigned int>(b));
+}
+
+// Truncates toward zero; NaN and what does not fit give the lowest integer.
+template <class Int>
+Int truncateInRange(double value)
+{
+    constexpr double kLowest = std::numeric_limits<Int>::min();
+    // In 64 bits kLowest - 1.0 rounds to kLowest, hence the comparison for equality.
+    const bool fits = value < -kLowest && (value > kLowest - 1.0 || value == kLowest);
+    return fits ? static_cast<Int>(value) : std::numeric_limits<Int>::min();
+}
+
+inline int truncateToInt(double value)
+{
+#if defined(__SSE2__) && !defined(VOLUX_CORE_PORTABLE)
+    return _mm_cvttsd_si32(_mm_set_sd(value));  // the same lowest integer, from the processor
+#else
+    return truncateInRange<int>(value);
+#endif
+}
+
+inline std::int64_t truncateToInt64(double value)
+{
+#if defined(__SSE2__) && defined(__x86_64__) && !defined(VOLUX_CORE_PORTABLE)
+    return _mm_cvttsd_si64(_mm_set_sd(value));
+#else
+    return truncateInRange<std::int64_t>(value);
+#endif
+}
+
+// A sampled value as a T: truncated, then wrapped. Nothing saturates.
+//
+// | T                            | by way of | what does not fit, and NaN |
+// |------------------------------|-----------|----------------------------|
+// | short, int                   | 32 bits   | 0, INT_MIN                 |
+// | unsigned char, short and int | 64 bits   | 0                          |
+// | float, double                | neither   | infinity; NaN stays        |
+template <class T>
+T truncateTo(double value)
+{
+    if constexpr (std::is_floating_point_v<T>) {
+        return static_cast<T>(value);
+    } else if constexpr (std::is_signed_v<T>) {
+        return static_cast<T>(truncateToInt(value));
+    } else {
+        return static_cast<T>(truncateToInt64(value));
+    }
+}
+
+// The same after rounding half away from zero, float and double included.
+template <class T>
+T roundTo(double value)
+{
+    if constexpr (std::is_floating_point_v<T>) {
+        return static_cast<T>(std::round(value));
+    } else {
+        // Truncating after this addition is std::round for every double, without a call. The
+        // addend is the largest number below one half: one half itself would round
+        // 0.49999999999999994 up.
+        return truncateTo<T>(value + std::copysign(0.49999999999999994, value));
+    }
+}
+
+// The voxel at or below a position; one lower still at negative whole numbers. The test is >= 0.0,
+// not < 0.0, so that NaN steps down too.
+inline int lowerVoxel(double position)
+{
+    const int truncated = truncateToInt(position);
+    return position >= 0.0 ? truncated : wrappingAdd(truncated, -1);
+}
+
+}  // namespace volux::core::detail

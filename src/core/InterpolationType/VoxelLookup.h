@@ -1,0 +1,34 @@
+// The read at a whole position that all kernels share: inside test, strides, border.
+#pragma once
+
+#include "RunTime.h"
+#include "volux/core/VxImage.h"
+
+namespace volux::core::detail {
+
+template <class T, class B>
+T readBorder(B& border, const VxImage<T>& image, int x, int y, int z, unsigned int c, T value)
+{
+    const unsigned int width = image.getWidth();
+    const unsigned int height = image.getHeight();
+    const unsigned int depth = image.getDepth();
+    if constexpr (std::is_same_v<B, Border*>) {
+        return RunTime::fetch(*border, image, x, y, z, c, value, width, height, depth);
+    } else {
+        return border.fetch(image, x, y, z, c, value, width, height, depth);
+    }
+}
+
+// Channel c of voxel (x, y, z), or what the border reads there. A negative index is huge as an
+// unsigned number and fails the same comparison; the channel is not tested.
+template <class T, class B>
+T voxelOrBorder(const VxImage<T>& image, int x, int y, int z, unsigned int c, B& border, T value)
+{
+    const bool inside = static_cast<unsigned int>(x) < image.getWidth() &&
+                        static_cast<unsigned int>(y) < image.getHeight() &&
+                        static_cast<unsigned int>(z) < image.getDepth();
+    return inside ? image(x, y, z, static_cast<int>(c))
+                  : readBorder(border, image, x, y, z, c, value);
+}
+
+}  // namespace volux::core::detail

@@ -1,0 +1,113 @@
+// Sampling at fractional positions: voxel and physical front ends, conversion to T.
+#pragma once
+
+#include "../Arithmetic.h"
+#include "../InterpolationType/RunTime.h"
+#include "volux/core/VxImage.h"
+
+namespace volux::core {
+
+namespace detail {
+
+// What the kernel gives at (x, y, z), in voxels. A channel's bits are taken as they are.
+template <class T, class I, class B>
+double sample(const VxImage<T>& image, double x, double y, double z, int c, I& interpolator,
+              B border, T value)
+{
+    const unsigned int channel = static_cast<unsigned int>(c);
+    if constexpr (std::is_same_v<I, Interpolator*>) {
+        return RunTime::invoke(*interpolator, image, x, y, z, channel, border, value);
+    } else {
+        return static_cast<double>(
+            interpolator.template operator()<T, B>(image, x, y, z, channel, border, value));
+    }
+}
+
+}  // namespace detail
+
+// Without a border, what lies outside reads 0.
+
+template <class T>
+template <class I>
+T VxImage<T>::getValueVoxel(double x, double y, double z, int c, I interpolator) const
+    noexcept(detail::byValue<I>())
+{
+    return detail::truncateTo<T>(detail::sample(*this, x, y, z, c, interpolator, Constant(), T()));
+}
+
+template <class T>
+template <class I>
+T VxImage<T>::getValueVoxel(double x, double y, double z, int c, Interpolator* interpolator) const
+    noexcept(detail::byAddress<I>())
+{
+    return detail::truncateTo<T>(detail::sample(*this, x, y, z, c, interpolator, Constant(), T()));
+}
+
+template <class T>
+template <class I, class B>
+T VxImage<T>::getValueVoxel(double x, double y, double z, int c, I interpolator, B border,
+                            T value) const noexcept(detail::byValue<I, B>())
+{
+    return detail::roundTo<T>(detail::sample(*this, x, y, z, c, interpolator, border, value));
+}
+
+template <class T>
+template <class I, class B>
+T VxImage<T>::getValueVoxel(double x, double y, double z, int c, Interpolator* interpolator,
+                            B border, T value) const noexcept(detail::byAddress<I, B>())
+{
+    return detail::roundTo<T>(detail::sample(*this, x, y, z, c, interpolator, border, value));
+}
+
+template <class T>
+template <class I>
+T VxImage<T>::getValueReal(double x, double y, double z, int c, I interpolator) const
+    noexcept(detail::byValueOrAddress<I>())
+{
+    return getValueReal<I, Constant>(x, y, z, c, interpolator, Constant(), T());
+}
+
+template <class T>
+template <class I, class B>
+T VxImage<T>::getValueReal(double x, double y, double z, int c, I interpolator, B border,
+                           T value) const noexcept(detail::byValueOrAddress<I, B>())
+{
+    return detail::roundTo<T>(detail::sample(*this, x / voxelSizeX, y / voxelSizeY, z / voxelSizeZ,
+                                             c, interpolator, border, value));
+}
+
+template <class T>
+T VxImage<T>::getValueReal(double x, double y, double z, int c) const
+{
+    return getValueReal<Linear>(x, y, z, c, Linear());
+}
+
+template <class T>
+template <class I>
+double VxImage<T>::getDoubleValueReal(double x, double y, double z, int c, I interpolator) const
+    noexcept(detail::byValueOrAddress<I>())
+{
+    return detail::sample(*this, x / voxelSizeX, y / voxelSizeY, z / voxelSizeZ, c, interpolator,
+                          Constant(), T());
+}
+
+template <class T>
+template <class I, class B>
+double VxImage<T>::getDoubleValueReal(double x, double y, double z, int c, I interpolator, B border,
+                                      T value) const noexcept(detail::byValue<I, B>())
+{
+    return detail::sample(*this, x / voxelSizeX, y / voxelSizeY, z / voxelSizeZ, c, interpolator,
+                          border, value);
+}
+
+template <class T>
+template <class I, class B>
+double VxImage<T>::getDoubleValueReal(double x, double y, double z, int c,
+                                      Interpolator* interpolator, B border, T value) const
+    noexcept(detail::byAddress<I, B>())
+{
+    return detail::sample(*this, x / voxelSizeX, y / voxelSizeY, z / voxelSizeZ, c, interpolator,
+                          border, value);
+}
+
+}  // namespace volux::core
