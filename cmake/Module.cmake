@@ -1,0 +1,18 @@
+# What the shared object holds besides its code: exactly the exported set, nothing that runs when it
+# is loaded, nothing that keeps it from being unloaded.
+
+# The destructors of the five policy objects are not registered; the source says why they would be.
+set_source_files_properties(src/core/InterpolationType/StaticPolicies.cpp PROPERTIES COMPILE_OPTIONS
+    "$<$<CXX_COMPILER_ID:GNU>:-O2;-fno-use-cxa-atexit>;$<$<CXX_COMPILER_ID:Clang,AppleClang>:-fno-c++-static-destructors>")
+
+target_compile_options(volux_core PRIVATE
+    # A unique symbol would keep the module loaded for ever.
+    $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>
+    # Both constructors and both destructors of every class are exported, equal or not.
+    "$<$<CXX_COMPILER_ID:Clang>:SHELL:-Xclang -mno-constructor-aliases>")
+
+if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
+    set(exports ${CMAKE_CURRENT_SOURCE_DIR}/cmake/exports.map)
+    target_link_options(volux_core PRIVATE LINKER:--version-script=${exports})
+    set_property(TARGET volux_core APPEND PROPERTY LINK_DEPENDS ${exports})
+endif()
