@@ -1,0 +1,65 @@
+// Uses what crosses the boundary: images, every kind of policy, one of its own, and the exception.
+#include <volux/core.h>
+
+#include <cstdio>
+#include <string>
+
+using namespace volux::core;
+
+namespace {
+
+// Outside the image, the x index.
+struct Ramp : Border {
+    template <class T>
+    T fetch(const VxImage<T>&, int x, int, int, unsigned int, T, unsigned int, unsigned int,
+            unsigned int)
+    {
+        return static_cast<T>(x);
+    }
+
+protected:
+    border_t<Border, Empty>& get() override
+    {
+        static border_t<Ramp, Border> table;
+        return table;
+    }
+};
+
+bool samples(VxImage<float>& image)
+{
+    Ramp ramp;
+    Interpolator* interpolator = &InterpolationType::CUBIC;
+    return image.getDoubleValueReal(0.5, 0.0, 0.0, 0, Linear(), Constant(), 0.0F) == 3.0 &&
+           image.getDoubleValueReal<Linear>(0.5, 0.0, 0.0, 0, InterpolationType::LINEAR) == 3.0 &&
+           image.getValueVoxel(9.0, 0.0, 0.0, 0, InterpolationType::NEAREST_NEIGHBOR, &ramp,
+                               0.0F) == 9.0F &&
+           image.getValueVoxel<Interpolator>(1.0, 0.0, 0.0, 0, interpolator) == 4.0F;
+}
+
+bool throwsOnMisuse(VxImage<float>& image)
+{
+    try {
+        image.initialize(1, 1, 1, 1);
+    } catch (const std::exception& error) {
+        const std::string text = error.what();
+        return text.size() > 3 && text.substr(text.size() - 3) == ":78";
+    }
+    return false;
+}
+
+}  // namespace
+
+int main()
+{
+    VxImage<float> image;
+    if (image.initialize(2, 1, 1, 1) != SUCCESS) {
+        return 1;
+    }
+    image(0, 0, 0, 0) = 2.0F;
+    image(1, 0, 0, 0) = 4.0F;
+    VxImage<float> plane;
+    const bool sliced = getXyPlane(0, image, &plane) == SUCCESS && plane(1, 0, 0, 0) == 4.0F;
+    const bool well = sliced && samples(image) && throwsOnMisuse(image);
+    std::puts(well ? "ok" : "wrong");
+    return well ? 0 : 1;
+}
