@@ -17,7 +17,7 @@
     defined(__ASSOCIATIVE_MATH__) || defined(__RECIPROCAL_MATH__) || defined(__NO_SIGNED_ZEROS__)
 #error "volux_core promises every result to the last bit; -ffast-math and its like change them."
 #endif
-#if FLT_EVAL_METHOD != 0
+#if FLT_EVAL_METHOD < 0 || FLT_EVAL_METHOD == 2
 #error "volux_core promises every result to the last bit; excess precision (x87) changes them."
 #endif
 

@@ -1,6 +1,8 @@
 // Slices out of and into a volume.
 #pragma once
 
+#include <initializer_list>
+
 #include "volux/core/Planes.h"
 
 namespace volux::core {
@@ -18,6 +20,22 @@ void forEachElement(unsigned int outerCount, unsigned int innerCount, unsigned i
             }
         }
     }
+}
+
+struct Fit {
+    unsigned int planeExtent;
+    unsigned int volumeExtent;
+    ErrorType mismatch;
+};
+
+inline ErrorType firstMismatch(std::initializer_list<Fit> fits)
+{
+    for (const Fit& fit : fits) {
+        if (fit.planeExtent != fit.volumeExtent) {
+            return fit.mismatch;
+        }
+    }
+    return SUCCESS;
 }
 
 // The result of the resize is not examined, deliberately; but without a buffer there is nowhere to
@@ -95,14 +113,12 @@ ErrorType setXyPlane(unsigned int index, const VxImage<T>& src, VxImage<T>* dst)
     if (index >= dst->getDepth()) {
         return ERR_INVALID_Z;
     }
-    if (src.getWidth() != dst->getWidth()) {
-        return ERR_INVALID_X;
-    }
-    if (src.getHeight() != dst->getHeight()) {
-        return ERR_INVALID_Y;
-    }
-    if (src.getChannels() != dst->getChannels()) {
-        return ERR_INVALID_CHANNEL;
+    const ErrorType fit =
+        detail::firstMismatch({{src.getWidth(), dst->getWidth(), ERR_INVALID_X},
+                               {src.getHeight(), dst->getHeight(), ERR_INVALID_Y},
+                               {src.getChannels(), dst->getChannels(), ERR_INVALID_CHANNEL}});
+    if (fit != SUCCESS) {
+        return fit;
     }
     const int z = static_cast<int>(index);
     detail::forEachElement(src.getHeight(), src.getWidth(), src.getChannels(),
@@ -119,14 +135,12 @@ ErrorType setYzPlane(unsigned int index, const VxImage<T>& src, VxImage<T>* dst)
     if (index >= dst->getWidth()) {
         return ERR_INVALID_X;
     }
-    if (src.getWidth() != dst->getHeight()) {
-        return ERR_INVALID_Y;
-    }
-    if (src.getHeight() != dst->getDepth()) {
-        return ERR_INVALID_Z;
-    }
-    if (src.getChannels() != dst->getChannels()) {
-        return ERR_INVALID_CHANNEL;
+    const ErrorType fit =
+        detail::firstMismatch({{src.getWidth(), dst->getHeight(), ERR_INVALID_Y},
+                               {src.getHeight(), dst->getDepth(), ERR_INVALID_Z},
+                               {src.getChannels(), dst->getChannels(), ERR_INVALID_CHANNEL}});
+    if (fit != SUCCESS) {
+        return fit;
     }
     const int x = static_cast<int>(index);
     detail::forEachElement(src.getHeight(), src.getWidth(), src.getChannels(),
@@ -143,14 +157,12 @@ ErrorType setZxPlane(unsigned int index, const VxImage<T>& src, VxImage<T>* dst)
     if (index >= dst->getHeight()) {
         return ERR_INVALID_Y;
     }
-    if (src.getWidth() != dst->getDepth()) {
-        return ERR_INVALID_Z;
-    }
-    if (src.getHeight() != dst->getWidth()) {
-        return ERR_INVALID_X;
-    }
-    if (src.getChannels() != dst->getChannels()) {
-        return ERR_INVALID_CHANNEL;
+    const ErrorType fit =
+        detail::firstMismatch({{src.getWidth(), dst->getDepth(), ERR_INVALID_Z},
+                               {src.getHeight(), dst->getWidth(), ERR_INVALID_X},
+                               {src.getChannels(), dst->getChannels(), ERR_INVALID_CHANNEL}});
+    if (fit != SUCCESS) {
+        return fit;
     }
     const int y = static_cast<int>(index);
     detail::forEachElement(src.getHeight(), src.getWidth(), src.getChannels(),
