@@ -8,8 +8,8 @@
 // may. Declared here instead, the stream is constructed by the Init object below, before its first
 // use.
 #if defined(__GLIBCXX__)
-namespace std {
-extern ostream cerr;
+namespace std {  // NOLINT(cert-dcl58-cpp): the declaration of <iostream>, without its initialiser
+extern ostream cerr;  // NOLINT(readability-identifier-naming): its name
 }  // namespace std
 #else
 #include <iostream>
@@ -30,7 +30,7 @@ std::ostream& standardError()
 Exception::Exception(std::string message, std::string file, int line) : text(std::move(message))
 {
     char number[16];  // std::to_string would add a symbol of its own to the exported ones
-    std::snprintf(number, sizeof number, ":%d", line);
+    static_cast<void>(std::snprintf(number, sizeof number, ":%d", line));
     text.append(", ").append(file).append(number);
 }
 

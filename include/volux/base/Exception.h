@@ -21,8 +21,9 @@ class VOLUX_CORE_API Exception : public std::exception {
 public:
     /// Composes "message, file:line". Throws std::bad_alloc if there is no memory for the text.
     Exception(std::string message, std::string file, int line);
+    /// Another object with the same text: destroying it prints the line once more.
     Exception(const Exception& other);
-    Exception& operator=(const Exception& other);
+    Exception& operator=(const Exception& other);  ///< Takes the text of `other`.
     /// Prints the text. Never throws: a failing stream is ignored.
     ~Exception() override;
 

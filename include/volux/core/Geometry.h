@@ -19,15 +19,16 @@ struct VOLUX_CORE_API ImageSize {
 
     /// All four extents 0.
     ImageSize();
+    /// The four values as given.
     ImageSize(unsigned int sizeX, unsigned int sizeY, unsigned int sizeZ, unsigned int sizeC);
-    ImageSize(const ImageSize&) = default;
-    ImageSize(ImageSize&&) = default;
-    ImageSize& operator=(const ImageSize& other);
-    ImageSize& operator=(ImageSize&& other) noexcept;
+    ImageSize(const ImageSize&) = default;             ///< member by member
+    ImageSize(ImageSize&&) = default;                  ///< the same
+    ImageSize& operator=(const ImageSize& other);      ///< member by member
+    ImageSize& operator=(ImageSize&& other) noexcept;  ///< the same
     ~ImageSize() = default;
 
-    bool operator==(const ImageSize& other) const;
-    bool operator!=(const ImageSize& other) const;
+    bool operator==(const ImageSize& other) const;  ///< all four are equal
+    bool operator!=(const ImageSize& other) const;  ///< any of the four differs
 };
 
 /// The physical distance between neighbouring voxels, per axis.
@@ -39,16 +40,17 @@ struct VOLUX_CORE_API VoxelSize {
     /// All three 0.0, on purpose unlike the spacing of a new image (1.0): VxImage::setVoxelSize
     /// refuses a VoxelSize that nobody filled in.
     VoxelSize();
+    /// The three values as given.
     VoxelSize(double spacingX, double spacingY, double spacingZ);
-    VoxelSize(const VoxelSize&) = default;
-    VoxelSize(VoxelSize&&) = default;
-    VoxelSize& operator=(const VoxelSize& other);
-    VoxelSize& operator=(VoxelSize&& other) noexcept;
+    VoxelSize(const VoxelSize&) = default;             ///< member by member
+    VoxelSize(VoxelSize&&) = default;                  ///< the same
+    VoxelSize& operator=(const VoxelSize& other);      ///< member by member
+    VoxelSize& operator=(VoxelSize&& other) noexcept;  ///< the same
     ~VoxelSize() = default;
 
     /// Exact comparison, no tolerance: a NaN spacing differs even from itself.
     bool operator==(const VoxelSize& other) const;
-    bool operator!=(const VoxelSize& other) const;
+    bool operator!=(const VoxelSize& other) const;  ///< any of the three differs
 };
 
 /// An axis-aligned box of voxels; each pair is an inclusive range of indices.
@@ -66,12 +68,13 @@ struct VOLUX_CORE_API Rect {
     Rect();
     /// A box in the plane z = 0.
     Rect(unsigned int firstX, unsigned int lastX, unsigned int firstY, unsigned int lastY);
+    /// The six values as given.
     Rect(unsigned int firstX, unsigned int lastX, unsigned int firstY, unsigned int lastY,
          unsigned int firstZ, unsigned int lastZ);
-    Rect(const Rect&) = default;
-    Rect(Rect&&) = default;
-    Rect& operator=(const Rect& other);
-    Rect& operator=(Rect&& other) noexcept;
+    Rect(const Rect&) = default;             ///< member by member
+    Rect(Rect&&) = default;                  ///< the same
+    Rect& operator=(const Rect& other);      ///< member by member
+    Rect& operator=(Rect&& other) noexcept;  ///< the same
     ~Rect() = default;
 
     /// Voxels along x: 0 for an empty range. The full range of 2^32 voxels wraps to 0.

@@ -44,9 +44,12 @@ struct VOLUX_CORE_API Border {
     // Copies and destructors are written out, here and in every policy, because each call that
     // takes a policy by value makes some: callers inline them, and a defaulted one would not be
     // exported.
-    Border();
-    constexpr explicit Border(detail::ConstantInitialized) {}
+    Border();  ///< A policy has no state.
+    /// For the static objects alone.
+    constexpr explicit Border(detail::ConstantInitialized) noexcept {}
+    /// There is nothing to copy.
     VOLUX_CORE_INLINE_API Border(const Border&) {}
+    /// There is nothing to copy.
     VOLUX_CORE_INLINE_API Border& operator=(const Border&) { return *this; }
     VOLUX_CORE_INLINE_API virtual ~Border() {}
 
@@ -70,6 +73,7 @@ struct VOLUX_CORE_API Border::border_t<Border, Border::Empty> : Border::Empty::b
 #define VOLUX_FETCH(T)                                                                            \
     virtual T fetch(Border& policy, const VxImage<T>& image, int x, int y, int z, unsigned int c, \
                     T value, unsigned int width, unsigned int height, unsigned int depth);
+    /// Throws. There is one for each element type T.
     VOLUX_FOR_EACH_ELEMENT_TYPE(VOLUX_FETCH)
 #undef VOLUX_FETCH
     virtual ~border_t();
@@ -84,15 +88,19 @@ struct VOLUX_CORE_LOCAL Border::border_t : Border::border_t<Border, Border::Empt
     {                                                                                              \
         return static_cast<Policy&>(policy).fetch(image, x, y, z, c, value, width, height, depth); \
     }
+    /// Calls the policy's own fetch(). There is one for each element type T.
     VOLUX_FOR_EACH_ELEMENT_TYPE(VOLUX_FETCH)
 #undef VOLUX_FETCH
 };
 
 /// Outside the image, the value that the caller gives with each call.
 struct VOLUX_CORE_API Constant : Border {
-    Constant();
-    constexpr explicit Constant(detail::ConstantInitialized tag) : Border(tag) {}
+    Constant();  ///< A policy has no state.
+    /// For the static objects alone.
+    constexpr explicit Constant(detail::ConstantInitialized tag) noexcept : Border(tag) {}
+    /// There is nothing to copy.
     VOLUX_CORE_INLINE_API Constant(const Constant& other) : Border(other) {}
+    /// There is nothing to copy.
     VOLUX_CORE_INLINE_API Constant& operator=(const Constant&) { return *this; }
     VOLUX_CORE_INLINE_API ~Constant() override {}
 
@@ -110,9 +118,12 @@ protected:
 
 /// Outside the image, the nearest voxel of its edge; `value` is ignored.
 struct VOLUX_CORE_API Replication : Border {
-    Replication();
-    constexpr explicit Replication(detail::ConstantInitialized tag) : Border(tag) {}
+    Replication();  ///< A policy has no state.
+    /// For the static objects alone.
+    constexpr explicit Replication(detail::ConstantInitialized tag) noexcept : Border(tag) {}
+    /// There is nothing to copy.
     VOLUX_CORE_INLINE_API Replication(const Replication& other) : Border(other) {}
+    /// There is nothing to copy.
     VOLUX_CORE_INLINE_API Replication& operator=(const Replication&) { return *this; }
     VOLUX_CORE_INLINE_API ~Replication() override {}
 
@@ -143,8 +154,8 @@ private:
 ///
 /// Constant-initialised: another module's initialisers may already sample through them.
 namespace InterpolationBorderType {
-extern VOLUX_CORE_API Constant CONSTANT;
-extern VOLUX_CORE_API Replication REPLICATION;
+extern VOLUX_CORE_API Constant CONSTANT;        ///< the caller's value
+extern VOLUX_CORE_API Replication REPLICATION;  ///< the nearest edge voxel
 }  // namespace InterpolationBorderType
 
 #undef VOLUX_FOR_EACH_ELEMENT_TYPE

@@ -37,9 +37,12 @@ struct VOLUX_CORE_API Interpolator {
     template <class Policy, class Parent>
     struct interpolator_t;
 
-    Interpolator();
-    constexpr explicit Interpolator(detail::ConstantInitialized) {}
+    Interpolator();  ///< A policy has no state.
+    /// For the static objects alone.
+    constexpr explicit Interpolator(detail::ConstantInitialized) noexcept {}
+    /// There is nothing to copy.
     VOLUX_CORE_INLINE_API Interpolator(const Interpolator&) {}
+    /// There is nothing to copy.
     VOLUX_CORE_INLINE_API Interpolator& operator=(const Interpolator&) { return *this; }
     VOLUX_CORE_INLINE_API virtual ~Interpolator() {}
 
@@ -71,6 +74,8 @@ struct VOLUX_CORE_API Interpolator::interpolator_t<Interpolator, Interpolator::E
     VOLUX_INVOKE(T, Replication)    \
     VOLUX_INVOKE(T, Constant)       \
     VOLUX_INVOKE(T, Border*)
+    /// Throws. There is one for each element type T with each border B: Constant, Replication or
+    /// Border*.
     VOLUX_FOR_EACH_ELEMENT_TYPE(VOLUX_INVOKE_EACH_BORDER)
 #undef VOLUX_INVOKE
     virtual ~interpolator_t();
@@ -88,6 +93,7 @@ struct VOLUX_CORE_LOCAL Interpolator::interpolator_t
         return static_cast<double>(                                                            \
             static_cast<Policy&>(policy)(image, x, y, z, c, border, value));                   \
     }
+    /// Calls the policy. There is one for each element type T with each border B.
     VOLUX_FOR_EACH_ELEMENT_TYPE(VOLUX_INVOKE_EACH_BORDER)
 #undef VOLUX_INVOKE
 #undef VOLUX_INVOKE_EACH_BORDER
@@ -99,9 +105,14 @@ struct VOLUX_CORE_LOCAL Interpolator::interpolator_t
 /// (2.5 reads voxel 3), and below zero a sum that is a negative whole number steps down by one more
 /// than a floor would (-1.5 gives -2). NaN, and what does not fit 32 bits, lies outside the image.
 struct VOLUX_CORE_API NearestNeighbor : Interpolator {
-    NearestNeighbor();
-    constexpr explicit NearestNeighbor(detail::ConstantInitialized tag) : Interpolator(tag) {}
+    NearestNeighbor();  ///< A policy has no state.
+    /// For the static objects alone.
+    constexpr explicit NearestNeighbor(detail::ConstantInitialized tag) noexcept : Interpolator(tag)
+    {
+    }
+    /// There is nothing to copy.
     VOLUX_CORE_INLINE_API NearestNeighbor(const NearestNeighbor& other) : Interpolator(other) {}
+    /// There is nothing to copy.
     VOLUX_CORE_INLINE_API NearestNeighbor& operator=(const NearestNeighbor&) { return *this; }
     VOLUX_CORE_INLINE_API ~NearestNeighbor() override {}
 
@@ -128,9 +139,12 @@ protected:
 /// makes the result NaN. The weight is (x-weight * y-weight) * z-weight; the products value *
 /// weight are added one by one, beginning with the first product. Nothing is normalised or clamped.
 struct VOLUX_CORE_API Linear : Interpolator {
-    Linear();
-    constexpr explicit Linear(detail::ConstantInitialized tag) : Interpolator(tag) {}
+    Linear();  ///< A policy has no state.
+    /// For the static objects alone.
+    constexpr explicit Linear(detail::ConstantInitialized tag) noexcept : Interpolator(tag) {}
+    /// There is nothing to copy.
     VOLUX_CORE_INLINE_API Linear(const Linear& other) : Interpolator(other) {}
+    /// There is nothing to copy.
     VOLUX_CORE_INLINE_API Linear& operator=(const Linear&) { return *this; }
     VOLUX_CORE_INLINE_API ~Linear() override {}
 
@@ -159,9 +173,12 @@ protected:
 /// range of the voxels. A position that is NaN, or whose neighbourhood passes the ends of the
 /// 32-bit range, gives NaN and reads nothing.
 struct VOLUX_CORE_API Cubic : Interpolator {
-    Cubic();
-    constexpr explicit Cubic(detail::ConstantInitialized tag) : Interpolator(tag) {}
+    Cubic();  ///< A policy has no state.
+    /// For the static objects alone.
+    constexpr explicit Cubic(detail::ConstantInitialized tag) noexcept : Interpolator(tag) {}
+    /// There is nothing to copy.
     VOLUX_CORE_INLINE_API Cubic(const Cubic& other) : Interpolator(other) {}
+    /// There is nothing to copy.
     VOLUX_CORE_INLINE_API Cubic& operator=(const Cubic&) { return *this; }
     VOLUX_CORE_INLINE_API ~Cubic() override {}
 
@@ -187,9 +204,9 @@ protected:
 ///
 /// Constant-initialised: another module's initialisers may already sample through them.
 namespace InterpolationType {
-extern VOLUX_CORE_API NearestNeighbor NEAREST_NEIGHBOR;
-extern VOLUX_CORE_API Linear LINEAR;
-extern VOLUX_CORE_API Cubic CUBIC;
+extern VOLUX_CORE_API NearestNeighbor NEAREST_NEIGHBOR;  ///< one voxel
+extern VOLUX_CORE_API Linear LINEAR;                     ///< 2 x 2 x 2 voxels
+extern VOLUX_CORE_API Cubic CUBIC;                       ///< 4 x 4 x 4 voxels
 }  // namespace InterpolationType
 
 #undef VOLUX_FOR_EACH_ELEMENT_TYPE

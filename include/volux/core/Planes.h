@@ -24,14 +24,16 @@ namespace volux::core {
 /// Sizes the plane `dst` with VxImage::setImageSize(), whose result is deliberately not examined,
 /// and copies the slice of the volume `src`. O(voxels of the plane).
 /// @return ERR_NULL_POINTER for a null `dst`; then ERR_INVALID_Z, _X or _Y for an index at or
-/// beyond
-///         the volume's extent along that axis.
+///         beyond the volume's extent along that axis.
 /// @throws base::Exception if `dst` wraps the caller's memory.
 /// @{
+/// The slice z = index.
 template <class T>
 VOLUX_CORE_API ErrorType getXyPlane(unsigned int index, const VxImage<T>& src, VxImage<T>* dst);
+/// The slice x = index.
 template <class T>
 VOLUX_CORE_API ErrorType getYzPlane(unsigned int index, const VxImage<T>& src, VxImage<T>* dst);
+/// The slice y = index.
 template <class T>
 VOLUX_CORE_API ErrorType getZxPlane(unsigned int index, const VxImage<T>& src, VxImage<T>* dst);
 /// @}
@@ -40,14 +42,16 @@ VOLUX_CORE_API ErrorType getZxPlane(unsigned int index, const VxImage<T>& src, V
 /// Copies the slice z = 0 of the plane `src` into the volume `dst`; the plane's depth is not
 /// tested. O(voxels of the plane).
 /// @return ERR_NULL_POINTER for a null `dst`; then the index as above; then ERR_INVALID_X, _Y or
-/// _Z,
-///         the axis of the volume that the plane's width does not fit, the same for its height, and
-///         ERR_INVALID_CHANNEL.
+///         _Z, the axis of the volume that the plane's width does not fit, the same for its height,
+///         and ERR_INVALID_CHANNEL.
 /// @{
+/// The slice z = index.
 template <class T>
 VOLUX_CORE_API ErrorType setXyPlane(unsigned int index, const VxImage<T>& src, VxImage<T>* dst);
+/// The slice x = index.
 template <class T>
 VOLUX_CORE_API ErrorType setYzPlane(unsigned int index, const VxImage<T>& src, VxImage<T>* dst);
+/// The slice y = index.
 template <class T>
 VOLUX_CORE_API ErrorType setZxPlane(unsigned int index, const VxImage<T>& src, VxImage<T>* dst);
 /// @}

@@ -100,7 +100,8 @@ public:
     ErrorType setImageData(const void* data, std::size_t bytes);
 
     /// Lays the buffer out anew, in elements; nothing is tested or moved. The x stride comes last,
-    /// deliberately: the order is part of the interface.
+    /// deliberately: the order is part of the interface. A copy takes these strides, but its block
+    /// has room for width*height*depth*channels elements only.
     void setImageStride(unsigned int newStrideY, unsigned int newStrideZ, unsigned int newStrideC,
                         unsigned int newStrideX);
     /// @}
@@ -108,6 +109,7 @@ public:
     /// @name Spacing, in physical units per voxel
     /// @{
 
+    /// Sets the spacing.
     /// @return ERR_INVALID_ARGUMENT for a spacing that compares at or below zero. NaN does not, and
     ///         is taken.
     ErrorType setVoxelSize(double x, double y, double z);
@@ -115,7 +117,7 @@ public:
 
     // Not const, nor are getImageSize and getDataType: constness is part of the exported names.
 
-    /// @return ERR_NULL_POINTER if any pointer is null; then nothing is written.
+    /// Gives the spacing. @return ERR_NULL_POINTER if any pointer is null; nothing is written then.
     ErrorType getVoxelSize(double* x, double* y, double* z)
     {
         if (z == nullptr || getVoxelSize(x, y) != SUCCESS) {
@@ -136,6 +138,7 @@ public:
         return SUCCESS;
     }
 
+    /// By value.
     VoxelSize getVoxelSize() { return VoxelSize(voxelSizeX, voxelSizeY, voxelSizeZ); }
     /// @}
 
@@ -145,6 +148,7 @@ public:
     unsigned int getHeight() const { return height; }      ///< voxels along y
     unsigned int getDepth() const { return depth; }        ///< voxels along z
     unsigned int getChannels() const { return channels; }  ///< values per voxel
+    /// All four extents.
     ImageSize getImageSize() { return ImageSize(width, height, depth, channels); }
 
     /// The tag of T, whatever the image's state.
@@ -161,6 +165,7 @@ public:
 
     /// The first element, or null. The const form gives a T* too, deliberately.
     T* getBufferPointer() { return buffer; }
+    /// The same.
     T* getBufferPointer() const { return buffer; }
     /// @}
 
@@ -268,35 +273,45 @@ public:
     /// spelt Interpolator* for getValueReal and for getDoubleValueReal without a border, and
     /// Interpolator for the others; that of a border is Border*.
     /// @{
+
+    /// In voxels, 0 outside; **truncated**.
     template <class I>
     T getValueVoxel(double x, double y, double z, int c, I interpolator) const
         noexcept(detail::byValue<I>());
+    /// The same at run time.
     template <class I>
     T getValueVoxel(double x, double y, double z, int c, Interpolator* interpolator) const
         noexcept(detail::byAddress<I>());
+    /// In voxels, rounded.
     template <class I, class B>
     T getValueVoxel(double x, double y, double z, int c, I interpolator, B border, T value) const
         noexcept(detail::byValue<I, B>());
+    /// The same at run time.
     template <class I, class B>
     T getValueVoxel(double x, double y, double z, int c, Interpolator* interpolator, B border,
                     T value) const noexcept(detail::byAddress<I, B>());
 
+    /// In physical units, 0 outside; rounded.
     template <class I>
     T getValueReal(double x, double y, double z, int c, I interpolator) const
         noexcept(detail::byValueOrAddress<I>());
+    /// In physical units, rounded.
     template <class I, class B>
     T getValueReal(double x, double y, double z, int c, I interpolator, B border, T value) const
         noexcept(detail::byValueOrAddress<I, B>());
 
-    /// Linear, 0 outside.
+    /// In physical units, Linear, 0 outside; rounded.
     T getValueReal(double x, double y, double z, int c) const;
 
+    /// In physical units, 0 outside; the kernel's double.
     template <class I>
     double getDoubleValueReal(double x, double y, double z, int c, I interpolator) const
         noexcept(detail::byValueOrAddress<I>());
+    /// In physical units; the kernel's double.
     template <class I, class B>
     double getDoubleValueReal(double x, double y, double z, int c, I interpolator, B border,
                               T value) const noexcept(detail::byValue<I, B>());
+    /// The same at run time.
     template <class I, class B>
     double getDoubleValueReal(double x, double y, double z, int c, Interpolator* interpolator,
                               B border, T value) const noexcept(detail::byAddress<I, B>());
@@ -306,6 +321,8 @@ public:
     /// What a call without template arguments selects for the address of a policy object: it
     /// becomes an Interpolator* or a Border*, and the forms above do the rest.
     /// @{
+
+    /// Calls the form above of the same name.
     template <detail::Deduced = detail::Deduced(), class I>
     T getValueVoxel(double x, double y, double z, int c, I* interpolator) const
     {

@@ -41,7 +41,7 @@ inline constexpr bool isBorderKind =
 
 /// Always false; refuses to compile for policies that the module does not serve.
 ///
-/// It stands in the exception specifications of the sampling templates, because those are evaluated
+/// It stands in the noexcept clauses of the sampling templates, because those are evaluated
 /// for the one overload that a call selects, leave the exported names alone, and so turn what would
 /// be an unresolved symbol into a sentence.
 template <bool InterpolatorServed, bool BorderServed>
