@@ -1,0 +1,19 @@
+set(VOLUX_CONTAINER_TESTS
+    base/ExceptionTest.cpp
+    core/DataTypeTest.cpp
+    core/ErrorTypeTest.cpp
+    core/GeometryTest.cpp
+    core/VxImage/AccessTest.cpp
+    core/VxImage/AllocationFailureTest.cpp
+    core/VxImage/ContainerDifferentialTest.cpp
+    core/VxImage/CopyTest.cpp
+    core/VxImage/CropTest.cpp
+    core/VxImage/DrawTest.cpp
+    core/VxImage/FillTest.cpp
+    core/VxImage/LifecycleTest.cpp
+    core/VxImage/PlanesTest.cpp
+    core/VxImage/SizeLimitsTest.cpp
+    core/VxImage/SpacingTest.cpp
+    core/VxImage/StorageTest.cpp
+    support/Allocation.cpp
+)

@@ -1,0 +1,306 @@
+// Voxels at whole positions: reading, writing and the tests of a position.
+#include "volux/core/VxImage.h"
+
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+
+#include <climits>
+#include <limits>
+#include <ostream>
+#include <vector>
+
+#include "support/BitExact.h"
+#include "support/ContainerOracle.h"
+#include "support/ElementTypes.h"
+#include "support/ImageAccess.h"
+#include "support/ImageFields.h"
+#include "support/ImageStates.h"
+#include "support/Random.h"
+
+namespace volux::core {
+namespace {
+
+using namespace test;
+
+/// An image of 4 x 3 x 2 voxels with 2 channels that wraps a padded block between guards.
+template <class T>
+class Access : public ::testing::Test {
+protected:
+    void SetUp() override { wrap(volume, &image); }
+
+    T stored(int x, int y, int z, int c) const
+    {
+        return volume.at(static_cast<unsigned int>(x), static_cast<unsigned int>(y),
+                         static_cast<unsigned int>(z), static_cast<unsigned int>(c));
+    }
+
+    /// The image's fields, but with other extents.
+    void setExtents(unsigned int w, unsigned int h, unsigned int d, unsigned int c)
+    {
+        ImageFields<T> fields = fieldsOf(image);
+        fields.width = w;
+        fields.height = h;
+        fields.depth = d;
+        fields.channels = c;
+        overwriteFields(image, fields);
+    }
+
+    bool isInside(unsigned int x, unsigned int y, unsigned int z) const
+    {
+        return callPrivate<member::IsInside>(image, x, y, z);
+    }
+    bool isInside(unsigned int x, unsigned int y, unsigned int z, unsigned int c) const
+    {
+        return callPrivate<member::IsInsideWithChannel>(image, x, y, z, c);
+    }
+
+    Volume<T> volume = someVolume<T>(padded(4, 3, 2, 2), 11);
+    const Volume<T> untouched = volume;
+    VxImage<T> image;
+};
+TYPED_TEST_SUITE(Access, ElementTypes, ElementTypeNames);
+
+struct Position {
+    int x, y, z, c;
+};
+
+std::ostream& operator<<(std::ostream& out, const Position& p)
+{
+    return out << '(' << p.x << ", " << p.y << ", " << p.z << ", " << p.c << ')';
+}
+
+template <class Visit>
+void forEachInside(const Visit& visit)
+{
+    for (int i = 0; i < 4 * 3 * 2 * 2; ++i)
+        visit(Position{i % 4, i / 4 % 3, i / 12 % 2, i / 24});
+}
+
+constexpr Position kOutside[] = {
+    {-1, 0, 0, 0},      {0, -1, 0, 0},      {0, 0, -1, 0},      {0, 0, 0, -1},
+    {4, 0, 0, 0},       {0, 3, 0, 0},       {0, 0, 2, 0},       {0, 0, 0, 2},
+    {INT_MIN, 0, 0, 0}, {0, INT_MIN, 0, 0}, {0, 0, INT_MIN, 0}, {0, 0, 0, INT_MIN},
+    {INT_MAX, 0, 0, 0}, {0, INT_MAX, 0, 0}, {0, 0, INT_MAX, 0}, {0, 0, 0, INT_MAX},
+    {-1, -1, -1, -1},   {4, 3, 2, 2},       {3, 2, 1, -1},      {-4, -3, -2, -2},
+};
+
+TYPED_TEST(Access, ReadsEveryVoxelThroughTheStrides)
+{
+    const VxImage<TypeParam>& constant = this->image;
+    forEachInside([&](const Position& p) {
+        const TypeParam expected = this->stored(p.x, p.y, p.z, p.c);
+        EXPECT_TRUE(bitEqual(this->image(p.x, p.y, p.z, p.c), expected)) << p;
+        EXPECT_TRUE(bitEqual(constant(p.x, p.y, p.z, p.c), expected)) << p;
+        EXPECT_TRUE(bitEqual(constant.getValueVoxel(p.x, p.y, p.z, p.c), expected)) << p;
+        EXPECT_TRUE(this->image.hasVoxel(p.x, p.y, p.z, p.c)) << p;
+    });
+}
+
+TYPED_TEST(Access, TheOperatorRefersToTheElement)
+{
+    const VxImage<TypeParam>& constant = this->image;
+    EXPECT_EQ(&this->volume.at(3, 2, 1, 1), &this->image(3, 2, 1, 1));
+    EXPECT_EQ(&this->volume.at(3, 2, 1, 1), &constant(3, 2, 1, 1));
+    this->image(1, 2, 1, 0) = someValue<TypeParam>(99);
+    EXPECT_TRUE(bitEqual(this->stored(1, 2, 1, 0), someValue<TypeParam>(99)));
+}
+
+TYPED_TEST(Access, TwoCoordinatesReadChannel0OfTheFirstSlice)
+{
+    forEachInside([&](const Position& p) {
+        EXPECT_TRUE(bitEqual(this->image.getValueVoxel(p.x, p.y), this->stored(p.x, p.y, 0, 0)));
+    });
+}
+
+TYPED_TEST(Access, ThreeCoordinatesReadChannel0)
+{
+    forEachInside([&](const Position& p) {
+        EXPECT_TRUE(
+            bitEqual(this->image.getValueVoxel(p.x, p.y, p.z), this->stored(p.x, p.y, p.z, 0)));
+    });
+}
+
+TYPED_TEST(Access, OutsideReadsZero)
+{
+    for (const Position& p : kOutside) {
+        EXPECT_TRUE(bitEqual(this->image.getValueVoxel(p.x, p.y, p.z, p.c), TypeParam{})) << p;
+        if (p.c == 0) {
+            EXPECT_TRUE(bitEqual(this->image.getValueVoxel(p.x, p.y, p.z), TypeParam{})) << p;
+        }
+        if (p.c == 0 && p.z == 0) {
+            EXPECT_TRUE(bitEqual(this->image.getValueVoxel(p.x, p.y), TypeParam{})) << p;
+        }
+    }
+}
+
+TYPED_TEST(Access, OutsideWritesNothing)
+{
+    for (const Position& p : kOutside) {
+        EXPECT_EQ(ERR_INVALID_ARGUMENT,
+                  this->image.setValueVoxel(p.x, p.y, p.z, p.c, someValue<TypeParam>(99)));
+    }
+    EXPECT_TRUE(sameBlock(this->volume, this->untouched));
+}
+
+TYPED_TEST(Access, OutsideIsWhatEveryTestSays)
+{
+    for (const Position& p : kOutside) {
+        EXPECT_FALSE(this->image.hasVoxel(p.x, p.y, p.z, p.c)) << p;
+        EXPECT_FALSE(this->isInside(static_cast<unsigned int>(p.x), static_cast<unsigned int>(p.y),
+                                    static_cast<unsigned int>(p.z), static_cast<unsigned int>(p.c)))
+            << p;
+    }
+}
+
+TYPED_TEST(Access, WritesExactlyOneElement)
+{
+    Volume<TypeParam> expected = this->volume;
+    std::uint64_t seed = 2000;
+    forEachInside([&](const Position& p) {
+        const auto value = someValue<TypeParam>(seed++);
+        expected.at(static_cast<unsigned int>(p.x), static_cast<unsigned int>(p.y),
+                    static_cast<unsigned int>(p.z), static_cast<unsigned int>(p.c)) = value;
+        ASSERT_EQ(SUCCESS, this->image.setValueVoxel(p.x, p.y, p.z, p.c, value));
+        ASSERT_TRUE(sameBlock(this->volume, expected)) << p;
+    });
+}
+
+TYPED_TEST(Access, AnEmptyImageHasNoVoxel)
+{
+    VxImage<TypeParam> empty;
+    EXPECT_TRUE(bitEqual(empty.getValueVoxel(0, 0), TypeParam{}));
+    EXPECT_TRUE(bitEqual(empty.getValueVoxel(0, 0, 0), TypeParam{}));
+    EXPECT_TRUE(bitEqual(empty.getValueVoxel(0, 0, 0, 0), TypeParam{}));
+    EXPECT_EQ(ERR_INVALID_ARGUMENT, empty.setValueVoxel(0, 0, 0, 0, TypeParam{1}));
+    EXPECT_FALSE(empty.hasVoxel(0, 0, 0, 0));
+    EXPECT_FALSE(callPrivate<member::IsInside>(empty, 0U, 0U, 0U));
+}
+
+TYPED_TEST(Access, WithoutChannelsOnlyTheFormsWithAChannelFail)
+{
+    this->setExtents(4, 3, 2, 0);
+    EXPECT_TRUE(bitEqual(this->image.getValueVoxel(1, 2), this->stored(1, 2, 0, 0)));
+    EXPECT_TRUE(bitEqual(this->image.getValueVoxel(1, 2, 1), this->stored(1, 2, 1, 0)));
+    EXPECT_TRUE(bitEqual(this->image.getValueVoxel(1, 2, 1, 0), TypeParam{}));
+    EXPECT_EQ(ERR_INVALID_ARGUMENT, this->image.setValueVoxel(1, 2, 1, 0, TypeParam{1}));
+    EXPECT_TRUE(this->isInside(1, 2, 1));
+    EXPECT_FALSE(this->isInside(1, 2, 1, 0));
+    EXPECT_FALSE(this->image.hasVoxel(1, 2, 1, 0));
+}
+
+TYPED_TEST(Access, WithoutDepthTwoCoordinatesReadZero)
+{
+    this->setExtents(4, 3, 0, 2);
+    EXPECT_TRUE(bitEqual(this->image.getValueVoxel(1, 2), TypeParam{}));
+    EXPECT_TRUE(bitEqual(this->image.getValueVoxel(1, 2, 0), TypeParam{}));
+}
+
+TYPED_TEST(Access, ThreeCoordinatesAreInsideWhateverTheChannels)
+{
+    forEachInside([&](const Position& p) {
+        EXPECT_TRUE(this->isInside(static_cast<unsigned int>(p.x), static_cast<unsigned int>(p.y),
+                                   static_cast<unsigned int>(p.z)));
+    });
+    EXPECT_FALSE(this->isInside(4294967295U, 0, 0));
+    EXPECT_FALSE(this->isInside(0, 3, 0));
+    EXPECT_FALSE(this->isInside(0, 0, 2147483648U));
+}
+
+TYPED_TEST(Access, TheLargestExtentsAreTestedToTheirLastIndex)
+{
+    this->setExtents(INT_MAX, INT_MAX, INT_MAX, INT_MAX);
+    constexpr int kLast = INT_MAX - 1;
+    EXPECT_TRUE(this->image.hasVoxel(kLast, kLast, kLast, kLast));
+    EXPECT_FALSE(this->image.hasVoxel(INT_MAX, 0, 0, 0));
+    EXPECT_FALSE(this->image.hasVoxel(-1, 0, 0, 0));
+    EXPECT_TRUE(this->isInside(kLast, kLast, kLast, kLast));
+    EXPECT_FALSE(this->isInside(0, 0, 0, INT_MAX));
+    EXPECT_FALSE(this->isInside(0, 2147483648U, 0));
+}
+
+TYPED_TEST(Access, HasVoxelComparesSignedAndIsInsideUnsigned)
+{
+    this->setExtents(2147483648U, 4294967295U, 4294967295U, 4294967295U);
+    EXPECT_FALSE(this->image.hasVoxel(0, 0, 0, 0));
+    EXPECT_TRUE(this->isInside(0, 0, 0, 0));
+    EXPECT_TRUE(this->isInside(2147483647U, 2147483648U, 4294967294U));
+    EXPECT_FALSE(this->isInside(2147483648U, 0, 0));
+}
+
+TYPED_TEST(Access, HasVoxelAgreesWithIsInsideOnTheSameBits)
+{
+    Random random(5);
+    const auto coordinate = [&] {
+        return static_cast<int>(static_cast<unsigned int>(random.bits() >> random.below(64)));
+    };
+    this->setExtents(100, 70000, 3, INT_MAX);
+    for (int i = 0; i < 20000; ++i) {
+        const Position p{coordinate(), coordinate(), coordinate() % 4, coordinate()};
+        ASSERT_EQ(this->isInside(static_cast<unsigned int>(p.x), static_cast<unsigned int>(p.y),
+                                 static_cast<unsigned int>(p.z), static_cast<unsigned int>(p.c)),
+                  this->image.hasVoxel(p.x, p.y, p.z, p.c))
+            << p;
+    }
+}
+
+template <class T>
+class FloatingAccess : public ::testing::Test {
+};
+using FloatingTypes = ::testing::Types<float, double>;
+TYPED_TEST_SUITE(FloatingAccess, FloatingTypes, ElementTypeNames);
+
+TYPED_TEST(FloatingAccess, StoresEveryKindOfValueAsGiven)
+{
+    using Limits = std::numeric_limits<TypeParam>;
+    VxImage<TypeParam> image;
+    ASSERT_EQ(SUCCESS, image.initialize(2, 1, 1, 1));
+    const TypeParam values[] = {-TypeParam{0}, Limits::quiet_NaN(), -Limits::infinity(),
+                                Limits::denorm_min(), Limits::max()};
+    for (const TypeParam value : values) {
+        ASSERT_EQ(SUCCESS, image.setValueVoxel(1, 0, 0, 0, value));
+        EXPECT_TRUE(bitEqual(image.getValueVoxel(1, 0, 0, 0), value));
+    }
+}
+
+/// More than 4 GiB of address space, of which only the touched pages take memory.
+class SparseBlock {
+public:
+    static constexpr std::size_t kBytes = (std::size_t{1} << 32U) + 1048576;
+    SparseBlock()
+        : start_(mmap(nullptr, kBytes, PROT_READ | PROT_WRITE,
+                      MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0))
+    {
+    }
+    ~SparseBlock()
+    {
+        if (exists())
+            munmap(start_, kBytes);
+    }
+    SparseBlock(const SparseBlock&) = delete;
+    SparseBlock& operator=(const SparseBlock&) = delete;
+
+    bool exists() const { return start_ != MAP_FAILED; }
+    unsigned char* bytes() const { return static_cast<unsigned char*>(start_); }
+
+private:
+    void* start_;
+};
+
+TEST(AccessBeyond32Bits, AddressesElementsBy64Bits)
+{
+    const SparseBlock block;
+    if (!block.exists())
+        GTEST_SKIP() << "no 4 GiB of address space";
+    VxImage<unsigned char> image;
+    ASSERT_EQ(SUCCESS, image.initializeWithPointer(block.bytes(), 2, 65537, 2, 2));
+    image.setImageStride(65536, 4294967295U, 7, 1);
+    ASSERT_EQ(SUCCESS, image.setValueVoxel(0, 65536, 0, 0, 1));
+    EXPECT_EQ(1, block.bytes()[std::size_t{1} << 32U]);
+    ASSERT_EQ(SUCCESS, image.setValueVoxel(1, 1, 1, 1, 2));
+    EXPECT_EQ(2, block.bytes()[std::size_t{4294967295U} + 65536 + 1 + 7]);
+    EXPECT_EQ(2, image(1, 1, 1, 1));
+    EXPECT_EQ(0, block.bytes()[0]);
+}
+
+}  // namespace
+}  // namespace volux::core

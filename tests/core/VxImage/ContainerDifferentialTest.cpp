@@ -1,0 +1,222 @@
+// Whole-volume operations on random volumes, in every layout, against their plain definitions.
+#include "volux/core/VxImage.h"
+
+#include <gtest/gtest.h>
+
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "support/ContainerOracle.h"
+#include "support/ElementTypes.h"
+#include "support/ImageFields.h"
+#include "support/PlaneFunctions.h"
+#include "support/Random.h"
+
+namespace volux::core {
+namespace {
+
+using namespace test;
+
+constexpr int kRounds = 400;
+
+template <class T>
+class ContainerDifferential : public ::testing::Test {
+protected:
+    /// Runs check(random) once a round, each with a seed that a failure names.
+    template <class Check>
+    void repeat(std::uint64_t firstSeed, const Check& check)
+    {
+        for (int round = 0; round < kRounds && !this->HasFailure(); ++round) {
+            const std::uint64_t seed = firstSeed + static_cast<std::uint64_t>(round);
+            SCOPED_TRACE("seed " + std::to_string(seed));
+            Random random(seed);
+            check(random);
+        }
+    }
+
+    static unsigned int someExtent(Random& random)
+    {
+        return random.below(3) == 0 ? 1 : random.between(1, 7);
+    }
+
+    static Layout someLayout(Random& random, unsigned int channels)
+    {
+        const MakeLayout makeLayout = kLayouts[random.below(std::size(kLayouts))];
+        const unsigned int w = someExtent(random);
+        const unsigned int h = someExtent(random);
+        return makeLayout(w, h, someExtent(random), channels);
+    }
+
+    static Volume<T> anyVolume(Random& random, unsigned int channels)
+    {
+        return someVolume<T>(someLayout(random, channels), random.bits());
+    }
+};
+TYPED_TEST_SUITE(ContainerDifferential, ElementTypes, ElementTypeNames);
+
+TYPED_TEST(ContainerDifferential, Fill)
+{
+    this->repeat(1000, [&](Random& random) {
+        auto volume = this->anyVolume(random, random.between(1, 4));
+        const auto value = someValue<TypeParam>(random.bits());
+        const unsigned int channel = random.below(5);
+        const bool whole = random.below(2) == 0;
+        auto expected = volume;
+        VxImage<TypeParam> image;
+        wrap(volume, &image);
+        if (whole) {
+            naiveFill(expected, value);
+            ASSERT_EQ(SUCCESS, image.fill(value));
+        } else {
+            naiveFillChannel(expected, channel, value);
+            ASSERT_EQ(channel < volume.layout.channels ? SUCCESS : ERR_INVALID_CHANNEL,
+                      image.fill(channel, value));
+        }
+        ASSERT_TRUE(sameBlock(volume, expected)) << volume.layout.name;
+    });
+}
+
+TYPED_TEST(ContainerDifferential, Crop)
+{
+    const auto someRange = [](Random& random, unsigned int extent, unsigned int* first,
+                              unsigned int* last) {
+        *first = random.below(extent);
+        *last = random.below(4) == 0 ? static_cast<unsigned int>(random.bits() | 0x80000000U)
+                                     : random.between(*first, extent + 1);
+    };
+    this->repeat(2000, [&](Random& random) {
+        auto volume = this->anyVolume(random, random.between(1, 4));
+        const auto before = volume;
+        Rect box;
+        someRange(random, volume.layout.width, &box.xStart, &box.xEnd);
+        someRange(random, volume.layout.height, &box.yStart, &box.yEnd);
+        someRange(random, volume.layout.depth, &box.zStart, &box.zEnd);
+        VxImage<TypeParam> image;
+        VxImage<TypeParam> out;
+        wrap(volume, &image);
+        ASSERT_EQ(SUCCESS, image.crop(box, &out));
+        ASSERT_TRUE(holds(out, naiveCrop(volume, box))) << volume.layout.name;
+        ASSERT_TRUE(sameBlock(volume, before));
+    });
+}
+
+TYPED_TEST(ContainerDifferential, Draw)
+{
+    this->repeat(3000, [&](Random& random) {
+        const unsigned int channels = random.between(1, 4);
+        auto to = this->anyVolume(random, channels);
+        auto from = this->anyVolume(random, channels);
+        const unsigned int x = random.below(to.layout.width + 1);
+        const unsigned int y = random.below(to.layout.height + 1);
+        const unsigned int z = random.below(to.layout.depth + 1);
+        const bool inside = x < to.layout.width && y < to.layout.height && z < to.layout.depth;
+        auto expected = to;
+        if (inside)
+            naiveDraw(expected, from, x, y, z);
+        VxImage<TypeParam> target;
+        VxImage<TypeParam> source;
+        wrap(to, &target);
+        wrap(from, &source);
+        ASSERT_EQ(inside ? SUCCESS : ERR_INVALID_ARGUMENT, target.draw(source, x, y, z));
+        ASSERT_TRUE(sameBlock(to, expected)) << from.layout.name << " into " << to.layout.name;
+    });
+}
+
+TYPED_TEST(ContainerDifferential, GetPlane)
+{
+    this->repeat(4000, [&](Random& random) {
+        auto volume = this->anyVolume(random, random.between(1, 4));
+        const auto before = volume;
+        VxImage<TypeParam> image;
+        wrap(volume, &image);
+        VxImage<TypeParam> plane;  // reused, so that blocks are kept and replaced
+        for (const auto& f : AllPlaneFunctions<TypeParam>{}) {
+            const unsigned int index = random.below(extent(volume.layout, f.across));
+            ASSERT_EQ(SUCCESS, f.get(index, image, &plane));
+            ASSERT_TRUE(holds(plane, naiveGetPlane(f, volume, index)))
+                << f.name << " of " << volume.layout.name;
+        }
+        ASSERT_TRUE(sameBlock(volume, before));
+    });
+}
+
+TYPED_TEST(ContainerDifferential, SetPlane)
+{
+    this->repeat(5000, [&](Random& random) {
+        const unsigned int channels = random.between(1, 4);
+        auto volume = this->anyVolume(random, channels);
+        VxImage<TypeParam> image;
+        wrap(volume, &image);
+        for (const auto& f : AllPlaneFunctions<TypeParam>{}) {
+            const unsigned int index = random.below(extent(volume.layout, f.across));
+            const MakeLayout makeLayout = kLayouts[random.below(std::size(kLayouts))];
+            auto source = someVolume<TypeParam>(
+                makeLayout(f.planeWidth(volume.layout), f.planeHeight(volume.layout),
+                           random.between(1, 3), channels),
+                random.bits());
+            VxImage<TypeParam> plane;
+            wrap(source, &plane);
+            auto expected = volume;
+            naiveSetPlane(f, expected, source, index);
+            ASSERT_EQ(SUCCESS, f.set(index, plane, &image));
+            ASSERT_TRUE(sameBlock(volume, expected))
+                << f.name << " from " << source.layout.name << " into " << volume.layout.name;
+        }
+    });
+}
+
+TYPED_TEST(ContainerDifferential, SingleVoxels)
+{
+    this->repeat(6000, [&](Random& random) {
+        auto volume = this->anyVolume(random, random.between(1, 4));
+        auto expected = volume;
+        const Layout& l = volume.layout;
+        VxImage<TypeParam> image;
+        wrap(volume, &image);
+        for (int i = 0; i < 20; ++i) {
+            const unsigned int x = random.below(l.width + 1), y = random.below(l.height + 1);
+            const unsigned int z = random.below(l.depth + 1), c = random.below(l.channels + 1);
+            const int at[] = {static_cast<int>(x), static_cast<int>(y), static_cast<int>(z),
+                              static_cast<int>(c)};
+            const bool inside = x < l.width && y < l.height && z < l.depth && c < l.channels;
+            const TypeParam stored = inside ? expected.at(x, y, z, c) : TypeParam{};
+            ASSERT_TRUE(bitEqual(image.getValueVoxel(at[0], at[1], at[2], at[3]), stored));
+            const auto value = someValue<TypeParam>(random.bits());
+            ASSERT_EQ(inside ? SUCCESS : ERR_INVALID_ARGUMENT,
+                      image.setValueVoxel(at[0], at[1], at[2], at[3], value));
+            if (inside)
+                expected.at(x, y, z, c) = value;
+        }
+        ASSERT_TRUE(sameBlock(volume, expected)) << l.name;
+    });
+}
+
+/// A model of an image that is resized again and again: its capacity and what its block holds.
+TYPED_TEST(ContainerDifferential, Resizing)
+{
+    this->repeat(7000, [&](Random& random) {
+        VxImage<TypeParam> image;
+        std::vector<TypeParam> block;
+        for (int i = 0; i < 12; ++i) {
+            const unsigned int w = this->someExtent(random), h = this->someExtent(random);
+            const unsigned int d = this->someExtent(random), c = random.between(1, 3);
+            const std::size_t count = std::size_t{w} * h * d * c;
+            if (count > block.size())
+                block.assign(count, TypeParam{});
+            ASSERT_EQ(SUCCESS, image.setImageSize(w, h, d, c));
+            ASSERT_TRUE(sameElements(image.getBufferPointer(), block.data(), block.size()));
+            const std::size_t written = random.below(static_cast<unsigned int>(block.size()));
+            block[written] = someValue<TypeParam>(random.bits());
+            image.getBufferPointer()[written] = block[written];
+            ImageFields<TypeParam> expected;
+            expected.setInterleaved(w, h, d, c);
+            expected.buffer = image.getBufferPointer();
+            expected.bufferBytes = block.size() * sizeof(TypeParam);
+            ASSERT_EQ(expected, fieldsOf(image));
+        }
+    });
+}
+
+}  // namespace
+}  // namespace volux::core

@@ -1,0 +1,255 @@
+// Copying a box out of a volume.
+#include "volux/core/VxImage.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+#include "support/BitExact.h"
+#include "support/ContainerOracle.h"
+#include "support/ElementTypes.h"
+#include "support/ImageFields.h"
+#include "support/ImageStates.h"
+#include "support/ThrowSite.h"
+
+namespace volux::core {
+namespace {
+
+using namespace test;
+
+constexpr unsigned int kMax = std::numeric_limits<unsigned int>::max();
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+/// Crops from a volume of 4 x 4 x 4 voxels.
+template <class T>
+class Crop : public ::testing::Test {
+protected:
+    void SetUp() override { wrap(volume, &image); }
+
+    Volume<T> volume = someVolume<T>(padded(4, 4, 4, 1), 3);
+    const Volume<T> untouched = volume;
+    VxImage<T> image;
+    VxImage<T> out;
+};
+TYPED_TEST_SUITE(Crop, ElementTypes, ElementTypeNames);
+
+TYPED_TEST(Crop, CopiesTheBox)
+{
+    ASSERT_EQ(SUCCESS, this->image.crop(Rect(1, 2, 0, 0, 0, 0), &this->out));
+    EXPECT_TRUE(ImageSize(2, 1, 1, 1) == this->out.getImageSize());
+    EXPECT_TRUE(bitEqual(this->out(0, 0, 0, 0), this->volume.at(1, 0, 0, 0)));
+    EXPECT_TRUE(bitEqual(this->out(1, 0, 0, 0), this->volume.at(2, 0, 0, 0)));
+}
+
+struct BoxCase {
+    Rect box;
+    const char* rule;
+};
+
+const BoxCase kBoxes[] = {
+    {Rect(0, 3, 0, 3, 0, 3), "the whole volume"},
+    {Rect(2, 100, 0, 3, 0, 3), "x clipped at its end"},
+    {Rect(0, 3, 3, 4, 0, 3), "y clipped to one voxel"},
+    {Rect(0, 3, 0, 3, 1, kMax), "z clipped at the largest index"},
+    {Rect(0, kMax, 0, kMax, 0, kMax), "all clipped"},
+    {Rect(3, 3, 3, 3, 3, 3), "the last voxel"},
+    {Rect(0, 0, 0, 0), "the first voxel, of a box in a plane"},
+    {Rect(1, 2, 1, 3, 2, 3), "the inside"},
+};
+
+TYPED_TEST(Crop, ClipsTheEndsOfTheBoxByTheTable)
+{
+    for (const BoxCase& entry : kBoxes) {
+        VxImage<TypeParam> result;
+        ASSERT_EQ(SUCCESS, this->image.crop(entry.box, &result)) << entry.rule;
+        EXPECT_TRUE(holds(result, naiveCrop(this->volume, entry.box))) << entry.rule;
+    }
+    EXPECT_TRUE(sameBlock(this->volume, this->untouched));
+}
+
+TYPED_TEST(Crop, GivesAnOwningInterleavedImageWhateverTheSource)
+{
+    for (const MakeLayout makeLayout : kLayouts) {
+        Volume<TypeParam> source = someVolume<TypeParam>(makeLayout(4, 3, 2, 3), 3);
+        VxImage<TypeParam> from;
+        wrap(source, &from);
+        VxImage<TypeParam> result;
+        ASSERT_EQ(SUCCESS, from.crop(Rect(1, 2, 0, 2, 1, 1), &result));
+        ImageFields<TypeParam> expected;
+        expected.setInterleaved(2, 3, 1, 3);
+        expected.buffer = result.getBufferPointer();
+        expected.bufferBytes = 18 * sizeof(TypeParam);
+        EXPECT_EQ(expected, fieldsOf(result)) << source.layout.name;
+        EXPECT_TRUE(holds(result, naiveCrop(source, Rect(1, 2, 0, 2, 1, 1))));
+    }
+}
+
+TYPED_TEST(Crop, WithoutAnOutputIsAnInvalidArgument)
+{
+    EXPECT_EQ(ERR_INVALID_ARGUMENT, this->image.crop(Rect(0, 1, 0, 1, 0, 1), nullptr));
+    EXPECT_EQ(ERR_INVALID_ARGUMENT, this->image.crop(Rect(1, 0, 1, 0, 1, 0), nullptr));
+}
+
+const Rect kEmptyBoxes[] = {
+    {1, 0, 0, 3, 0, 3},
+    {0, 3, 3, 2, 0, 3},
+    {0, 3, 0, 3, kMax, 0},
+    {kMax, kMax - 1, 0, 0, 0, 0},
+};
+
+TYPED_TEST(Crop, OfAnEmptyRangeLeavesTheOutputUntouched)
+{
+    ASSERT_EQ(SUCCESS, this->out.setVoxelSize(7.0, 8.0, 9.0));
+    const auto before = fieldsOf(this->out);
+    for (const Rect& box : kEmptyBoxes)
+        EXPECT_EQ(ERR_INVALID_ARGUMENT, this->image.crop(box, &this->out));
+    EXPECT_EQ(before, fieldsOf(this->out));
+}
+
+TYPED_TEST(Crop, OfAnEmptyRangeFailsBeforeAReservedOutputThrows)
+{
+    ASSERT_EQ(SUCCESS, this->out.initialize(1, 1, 1, 1));
+    const auto before = fieldsOf(this->out);
+    for (const Rect& box : kEmptyBoxes)
+        EXPECT_EQ(ERR_INVALID_ARGUMENT, this->image.crop(box, &this->out));
+    EXPECT_EQ(before, fieldsOf(this->out));
+}
+
+TYPED_TEST(Crop, IntoAnImageThatHoldsABufferThrowsFromLine78)
+{
+    ASSERT_EQ(SUCCESS, this->out.initialize(1, 1, 1, 1));
+    const auto before = fieldsOf(this->out);
+    EXPECT_TRUE(throwsAndPrintsTwice([&] { this->image.crop(Rect(0, 1, 0, 1, 0, 1), &this->out); },
+                                     kInitializeTwice));
+    EXPECT_EQ(before, fieldsOf(this->out));
+}
+
+TYPED_TEST(Crop, IntoItselfThrowsFromLine78)
+{
+    EXPECT_TRUE(throwsAndPrintsTwice(
+        [&] { this->image.crop(Rect(0, 1, 0, 1, 0, 1), &this->image); }, kInitializeTwice));
+    EXPECT_TRUE(sameBlock(this->volume, this->untouched));
+}
+
+TYPED_TEST(Crop, OutsideTheVolumeThrowsWhenTheOutputIsReserved)
+{
+    ASSERT_EQ(SUCCESS, this->out.initialize(1, 1, 1, 1));
+    EXPECT_TRUE(throwsAndPrintsTwice([&] { this->image.crop(Rect(4, 9, 0, 1, 0, 1), &this->out); },
+                                     kInitializeTwice));
+}
+
+const BoxCase kOutsideBoxes[] = {
+    {Rect(4, 9, 0, 3, 0, 3), "x begins just outside: extent 0"},
+    {Rect(0, 3, 4, 4, 0, 3), "y begins just outside: extent 0"},
+    {Rect(0, 3, 0, 3, 4, kMax), "z begins just outside: extent 0"},
+    {Rect(5, 9, 0, 3, 0, 3), "x begins one further: extent 2^32 - 1"},
+    {Rect(0, 3, 100, 100, 0, 3), "y begins far outside: extent 2^32 - 96"},
+    {Rect(0, 3, 0, 3, 2147483652U, kMax), "z begins so far outside that its extent is 2^31"},
+};
+
+TYPED_TEST(Crop, OutsideTheVolumeIsRefusedBySize)
+{
+    for (const BoxCase& entry : kOutsideBoxes) {
+        EXPECT_EQ(ERR_INVALID_ARGUMENT, this->image.crop(entry.box, &this->out)) << entry.rule;
+        EXPECT_EQ(ImageFields<TypeParam>{}, fieldsOf(this->out)) << entry.rule;
+    }
+}
+
+struct WrappedCase {
+    Rect box;
+    ImageSize size;
+};
+
+const WrappedCase kWrapped[] = {
+    {Rect(kMax, kMax, 0, 3, 0, 3), ImageSize(5, 4, 4, 1)},
+    {Rect(0, 3, kMax - 1, kMax, 0, 3), ImageSize(4, 6, 4, 1)},
+    {Rect(0, 3, 0, 3, kMax - 9, kMax - 5), ImageSize(4, 4, 14, 1)},
+    {Rect(kMax, kMax, kMax, kMax, kMax, kMax), ImageSize(5, 5, 5, 1)},
+    {Rect(2, 2, 1, 2, kMax, kMax), ImageSize(1, 2, 5, 1)},
+};
+
+TYPED_TEST(Crop, BeginningSoFarOutsideThatTheSizeWrapsCopiesNothing)
+{
+    for (const WrappedCase& entry : kWrapped) {
+        VxImage<TypeParam> result;
+        ASSERT_EQ(SUCCESS, this->image.crop(entry.box, &result));
+        const ImageSize& s = entry.size;
+        EXPECT_TRUE(s == result.getImageSize());
+        EXPECT_TRUE(isZeroed(result.getBufferPointer(), std::size_t{s.width} * s.height * s.depth));
+    }
+}
+
+TYPED_TEST(Crop, ThatCanNotBeAllocatedReturnsTheCodeOfInitialize)
+{
+    VxImage<TypeParam> huge;
+    failToInitialize(huge);
+    ASSERT_EQ(SUCCESS, huge.setVoxelSize(2.0, 3.0, 4.0));
+    EXPECT_EQ(ERR_ALLOCATION_FAILED, huge.crop(Rect(0, kMax, 0, kMax, 0, 0), &this->out));
+    ImageFields<TypeParam> expected;
+    expected.setInterleaved(kHugeWidth, kHugeHeight, 1, 1);
+    EXPECT_EQ(expected, fieldsOf(this->out)) << "the spacing, too, is as it was";
+}
+
+TYPED_TEST(Crop, OfAnEmptyImageIsRefusedForWantOfChannels)
+{
+    VxImage<TypeParam> empty;
+    EXPECT_EQ(ERR_INVALID_ARGUMENT, empty.crop(Rect(), &this->out));
+    EXPECT_EQ(ImageFields<TypeParam>{}, fieldsOf(this->out));
+}
+
+TYPED_TEST(Crop, AZeroExtentDoesNotClip)
+{
+    ImageFields<TypeParam> fields = fieldsOf(this->image);
+    fields.width = 0;
+    overwriteFields(this->image, fields);
+    ASSERT_EQ(SUCCESS, this->image.crop(Rect(1, 2, 0, 3, 0, 3), &this->out));
+    EXPECT_TRUE(holds(this->out, naiveCrop(this->volume, Rect(1, 2, 0, 3, 0, 3))));
+}
+
+TYPED_TEST(Crop, CopiesTheSpacing)
+{
+    ASSERT_EQ(SUCCESS, this->image.setVoxelSize(0.5, 0.5, 2.0));
+    ASSERT_EQ(SUCCESS, this->image.crop(Rect(0, 1, 0, 1, 0, 1), &this->out));
+    EXPECT_TRUE(VoxelSize(0.5, 0.5, 2.0) == this->out.getVoxelSize());
+}
+
+struct SpacingCase {
+    double x, y, z;
+    bool copied;
+};
+
+constexpr SpacingCase kSpacings[] = {
+    {0.0, 1.0, 2.0, false},   {1.0, 0.0, 2.0, false},  {1.0, 2.0, 0.0, false},
+    {-0.0, 1.0, 2.0, false},  {1.0, -3.0, 2.0, false}, {kNaN, 1.0, 0.0, false},
+    {kNaN, -1.0, 1.0, false}, {kNaN, 1.0, 2.0, true},  {1.0, 2.0, kNaN, true},
+    {kNaN, kNaN, kNaN, true}, {1e-300, 1e300, 5, true}};
+
+TYPED_TEST(Crop, CopiesAllOfTheSpacingOrNone)
+{
+    for (const SpacingCase& entry : kSpacings) {
+        ImageFields<TypeParam> fields = fieldsOf(this->image);
+        fields.voxelSizeX = entry.x;
+        fields.voxelSizeY = entry.y;
+        fields.voxelSizeZ = entry.z;
+        overwriteFields(this->image, fields);
+        VxImage<TypeParam> result;
+        ASSERT_EQ(SUCCESS, result.setVoxelSize(7.0, 8.0, 9.0));
+        ASSERT_EQ(SUCCESS, this->image.crop(Rect(0, 1, 0, 1, 0, 1), &result));
+        const VoxelSize spacing = result.getVoxelSize();
+        EXPECT_TRUE(bitEqual(spacing.x, entry.copied ? entry.x : 7.0));
+        EXPECT_TRUE(bitEqual(spacing.y, entry.copied ? entry.y : 8.0));
+        EXPECT_TRUE(bitEqual(spacing.z, entry.copied ? entry.z : 9.0));
+    }
+}
+
+TYPED_TEST(Crop, LeavesTheSourceAsItIs)
+{
+    const auto before = fieldsOf(this->image);
+    ASSERT_EQ(SUCCESS, this->image.crop(Rect(0, 1, 0, 1, 0, 1), &this->out));
+    ASSERT_EQ(SUCCESS, this->out.fill(TypeParam{}));
+    EXPECT_EQ(before, fieldsOf(this->image));
+    EXPECT_TRUE(sameBlock(this->volume, this->untouched));
+}
+
+}  // namespace
+}  // namespace volux::core

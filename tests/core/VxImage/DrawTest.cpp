@@ -1,0 +1,219 @@
+// Pasting one image into another.
+#include "volux/core/VxImage.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+#include "support/BitExact.h"
+#include "support/ContainerOracle.h"
+#include "support/ElementTypes.h"
+#include "support/ImageFields.h"
+#include "support/ImageStates.h"
+
+namespace volux::core {
+namespace {
+
+using namespace test;
+
+constexpr unsigned int kMax = std::numeric_limits<unsigned int>::max();
+
+/// Draws a source of 3 x 2 x 2 voxels into a target of 5 x 4 x 3, with 2 channels.
+template <class T>
+class Draw : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        wrap(targetVolume, &target);
+        wrap(sourceVolume, &source);
+    }
+
+    void setExtents(VxImage<T>& image, unsigned int w, unsigned int h, unsigned int d,
+                    unsigned int c)
+    {
+        ImageFields<T> fields = fieldsOf(image);
+        fields.width = w;
+        fields.height = h;
+        fields.depth = d;
+        fields.channels = c;
+        overwriteFields(image, fields);
+    }
+
+    Volume<T> targetVolume = someVolume<T>(padded(5, 4, 3, 2), 1);
+    Volume<T> sourceVolume = someVolume<T>(planar(3, 2, 2, 2), 2);
+    const Volume<T> targetBefore = targetVolume;
+    const Volume<T> sourceBefore = sourceVolume;
+    VxImage<T> target;
+    VxImage<T> source;
+};
+TYPED_TEST_SUITE(Draw, ElementTypes, ElementTypeNames);
+
+TYPED_TEST(Draw, PastesAtEveryPositionClippedAtTheFarEnds)
+{
+    forEachVoxel(this->targetVolume.layout, [&](unsigned int x, unsigned int y, unsigned int z,
+                                                unsigned int) {
+        Volume<TypeParam> expected = this->targetBefore;
+        naiveDraw(expected, this->sourceVolume, x, y, z);
+        this->targetVolume.block = this->targetBefore.block;
+        ASSERT_EQ(SUCCESS, this->target.draw(this->source, x, y, z));
+        ASSERT_TRUE(sameBlock(this->targetVolume, expected)) << x << ' ' << y << ' ' << z;
+    });
+    EXPECT_TRUE(sameBlock(this->sourceVolume, this->sourceBefore));
+}
+
+TYPED_TEST(Draw, OfALargerSourcePastesWhatFits)
+{
+    Volume<TypeParam> large = someVolume<TypeParam>(interleaved(9, 9, 9, 2), 4);
+    VxImage<TypeParam> from;
+    wrap(large, &from);
+    Volume<TypeParam> expected = this->targetBefore;
+    naiveDraw(expected, large, 1, 0, 2);
+    ASSERT_EQ(SUCCESS, this->target.draw(from, 1, 0, 2));
+    EXPECT_TRUE(sameBlock(this->targetVolume, expected));
+}
+
+TYPED_TEST(Draw, NearTheFarCornerWritesOnlyTheCorner)
+{
+    VxImage<TypeParam> to;
+    VxImage<TypeParam> from;
+    ASSERT_EQ(SUCCESS, to.initialize(10, 10, 10, 1));
+    ASSERT_EQ(SUCCESS, from.initialize(10, 10, 10, 1));
+    stamp(from, 1000, 1);
+    ASSERT_EQ(SUCCESS, to.draw(from, 8, 8, 8));
+    for (int i = 0; i < 1000; ++i) {
+        const int x = i % 10, y = i / 10 % 10, z = i / 100;
+        const bool corner = x >= 8 && y >= 8 && z >= 8;
+        ASSERT_TRUE(bitEqual(to(x, y, z, 0), corner ? from(x - 8, y - 8, z - 8, 0) : TypeParam{}));
+    }
+}
+
+TYPED_TEST(Draw, LeavesTheFieldsOfBothImages)
+{
+    ASSERT_EQ(SUCCESS, this->source.setVoxelSize(7.0, 8.0, 9.0));
+    const auto targetFields = fieldsOf(this->target);
+    const auto sourceFields = fieldsOf(this->source);
+    ASSERT_EQ(SUCCESS, this->target.draw(this->source, 1, 1, 1));
+    EXPECT_EQ(targetFields, fieldsOf(this->target));
+    EXPECT_EQ(sourceFields, fieldsOf(this->source));
+}
+
+struct PositionCase {
+    unsigned int x, y, z;
+};
+
+constexpr PositionCase kOutside[] = {
+    {5, 0, 0},          {0, 4, 0},          {0, 0, 3},          {kMax, 0, 0},
+    {0, kMax, 0},       {0, 0, kMax},       {2147483648, 0, 0}, {0, 2147483648, 0},
+    {0, 0, 2147483648}, {2147483647, 0, 0}, {0, 2147483647, 0}, {0, 0, 2147483647},
+};
+
+TYPED_TEST(Draw, OutsideIsRefusedAndWritesNothing)
+{
+    for (const PositionCase& p : kOutside)
+        EXPECT_EQ(ERR_INVALID_ARGUMENT, this->target.draw(this->source, p.x, p.y, p.z))
+            << p.x << ' ' << p.y << ' ' << p.z;
+    EXPECT_TRUE(sameBlock(this->targetVolume, this->targetBefore));
+    EXPECT_TRUE(sameBlock(this->sourceVolume, this->sourceBefore));
+}
+
+TYPED_TEST(Draw, OfOtherChannelsIsRefusedWhateverThePosition)
+{
+    VxImage<TypeParam> one;
+    VxImage<TypeParam> three;
+    ASSERT_EQ(SUCCESS, one.initialize(2, 2, 2, 1));
+    ASSERT_EQ(SUCCESS, three.initialize(2, 2, 2, 3));
+    EXPECT_EQ(ERR_INVALID_CHANNEL, one.draw(three, 0, 0, 0));
+    EXPECT_EQ(ERR_INVALID_CHANNEL, three.draw(one, 0, 0, 0));
+    EXPECT_EQ(ERR_INVALID_CHANNEL, one.draw(three, 2, kMax, 9));
+    EXPECT_TRUE(isZeroed(one.getBufferPointer(), 8));
+}
+
+TYPED_TEST(Draw, WithAnEmptyImageFailsByTheChannelsThenByThePosition)
+{
+    VxImage<TypeParam> empty;
+    VxImage<TypeParam> other;
+    EXPECT_EQ(ERR_INVALID_CHANNEL, this->target.draw(empty, 0, 0, 0));
+    EXPECT_EQ(ERR_INVALID_CHANNEL, empty.draw(this->source, 0, 0, 0));
+    EXPECT_EQ(ERR_INVALID_ARGUMENT, empty.draw(other, 0, 0, 0));
+}
+
+TYPED_TEST(Draw, WithoutChannelsIsRefused)
+{
+    this->setExtents(this->target, 5, 4, 3, 0);
+    this->setExtents(this->source, 3, 2, 2, 0);
+    EXPECT_EQ(ERR_INVALID_ARGUMENT, this->target.draw(this->source, 0, 0, 0));
+    EXPECT_TRUE(sameBlock(this->targetVolume, this->targetBefore));
+}
+
+TYPED_TEST(Draw, ExtentsAreComparedWithThePositionAsSignedNumbers)
+{
+    this->setExtents(this->target, 2147483648U, 4, 3, 2);
+    EXPECT_EQ(ERR_INVALID_ARGUMENT, this->target.draw(this->source, 0, 0, 0));
+    EXPECT_TRUE(sameBlock(this->targetVolume, this->targetBefore));
+}
+
+TYPED_TEST(Draw, OfASourceWithoutDepthWritesNothing)
+{
+    this->setExtents(this->source, 3, 2, 0, 2);
+    EXPECT_EQ(SUCCESS, this->target.draw(this->source, 1, 1, 1));
+    EXPECT_EQ(SUCCESS, this->target.draw(this->source, 1, 1, 2));
+    EXPECT_TRUE(sameBlock(this->targetVolume, this->targetBefore));
+}
+
+TYPED_TEST(Draw, OfASourceWithoutWidthOrHeightWritesNothing)
+{
+    this->setExtents(this->source, 0, 2, 2, 2);
+    EXPECT_EQ(SUCCESS, this->target.draw(this->source, 1, 1, 1));
+    this->setExtents(this->source, 3, 0, 2, 2);
+    EXPECT_EQ(SUCCESS, this->target.draw(this->source, 1, 1, 1));
+    EXPECT_TRUE(sameBlock(this->targetVolume, this->targetBefore));
+}
+
+// The end of the box wraps below zero and is then clipped to the whole target, whose extents the
+// source's block happens to cover here.
+TYPED_TEST(Draw, OfASourceWithoutDepthAtTheOriginReadsThroughItsStrides)
+{
+    Volume<TypeParam> large = someVolume<TypeParam>(padded(5, 4, 3, 2), 4);
+    VxImage<TypeParam> from;
+    wrap(large, &from);
+    this->setExtents(from, 5, 4, 0, 2);
+    Volume<TypeParam> expected = this->targetBefore;
+    naiveDraw(expected, large, 0, 0, 0);
+    EXPECT_EQ(SUCCESS, this->target.draw(from, 0, 0, 0));
+    EXPECT_TRUE(sameBlock(this->targetVolume, expected));
+}
+
+TYPED_TEST(Draw, OfASourceSoLargeThatTheEndWrapsWritesNothing)
+{
+    this->setExtents(this->source, kMax, kMax, kMax, 2);
+    EXPECT_EQ(SUCCESS, this->target.draw(this->source, 2, 2, 2));
+    EXPECT_TRUE(sameBlock(this->targetVolume, this->targetBefore));
+}
+
+TYPED_TEST(Draw, WritesSharedElementsInTheOrderZYXChannel)
+{
+    for (const MakeLayout makeLayout : {shared, collapsed}) {
+        Volume<TypeParam> to = someVolume<TypeParam>(makeLayout(5, 4, 3, 2), 8);
+        VxImage<TypeParam> image;
+        wrap(to, &image);
+        Volume<TypeParam> expected = to;
+        naiveDraw(expected, this->sourceVolume, 1, 1, 1);
+        ASSERT_EQ(SUCCESS, image.draw(this->source, 1, 1, 1));
+        EXPECT_TRUE(sameBlock(to, expected)) << to.layout.name;
+    }
+}
+
+TYPED_TEST(Draw, UndoesACrop)
+{
+    VxImage<TypeParam> piece;
+    ASSERT_EQ(SUCCESS, this->target.crop(Rect(1, 3, 2, 3, 0, 1), &piece));
+    ASSERT_EQ(SUCCESS, this->target.fill(TypeParam{}));
+    ASSERT_EQ(SUCCESS, this->target.draw(piece, 1, 2, 0));
+    Volume<TypeParam> expected = this->targetBefore;
+    naiveFill(expected, TypeParam{});
+    naiveDraw(expected, naiveCrop(this->targetBefore, Rect(1, 3, 2, 3, 0, 1)), 1, 2, 0);
+    EXPECT_TRUE(sameBlock(this->targetVolume, expected));
+}
+
+}  // namespace
+}  // namespace volux::core

@@ -1,0 +1,129 @@
+// Setting every voxel, or every voxel of one channel.
+#include "volux/core/VxImage.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+#include "support/BitExact.h"
+#include "support/ContainerOracle.h"
+#include "support/ElementTypes.h"
+#include "support/ImageFields.h"
+
+namespace volux::core {
+namespace {
+
+using namespace test;
+
+template <class T>
+class Fill : public ::testing::Test {
+protected:
+    const T value = someValue<T>(77);
+};
+TYPED_TEST_SUITE(Fill, ElementTypes, ElementTypeNames);
+
+TYPED_TEST(Fill, SetsEveryValueAndNothingElseInEveryLayout)
+{
+    for (const MakeLayout makeLayout : kLayouts) {
+        Volume<TypeParam> volume = someVolume<TypeParam>(makeLayout(4, 3, 2, 3), 1);
+        Volume<TypeParam> expected = volume;
+        naiveFill(expected, this->value);
+        VxImage<TypeParam> image;
+        wrap(volume, &image);
+        EXPECT_EQ(SUCCESS, image.fill(this->value));
+        EXPECT_TRUE(sameBlock(volume, expected)) << volume.layout.name;
+    }
+}
+
+TYPED_TEST(Fill, OfAChannelSetsThatChannelAndNothingElseInEveryLayout)
+{
+    for (const MakeLayout makeLayout : kLayouts) {
+        for (unsigned int channel = 0; channel < 3; ++channel) {
+            Volume<TypeParam> volume = someVolume<TypeParam>(makeLayout(4, 3, 2, 3), 1);
+            Volume<TypeParam> expected = volume;
+            naiveFillChannel(expected, channel, this->value);
+            VxImage<TypeParam> image;
+            wrap(volume, &image);
+            EXPECT_EQ(SUCCESS, image.fill(channel, this->value));
+            EXPECT_TRUE(sameBlock(volume, expected)) << volume.layout.name << ' ' << channel;
+        }
+    }
+}
+
+TYPED_TEST(Fill, OfAChannelLeavesTheOthersInAnOwningImage)
+{
+    VxImage<TypeParam> image;
+    ASSERT_EQ(SUCCESS, image.initialize(2, 2, 2, 3));
+    ASSERT_EQ(SUCCESS, image.fill(1, this->value));
+    for (int i = 0; i < 24; ++i)
+        EXPECT_TRUE(bitEqual(image.getBufferPointer()[i], i % 3 == 1 ? this->value : TypeParam{}));
+}
+
+TYPED_TEST(Fill, OfAMissingChannelChangesNothing)
+{
+    Volume<TypeParam> volume = someVolume<TypeParam>(padded(4, 3, 2, 3), 1);
+    const Volume<TypeParam> before = volume;
+    VxImage<TypeParam> image;
+    wrap(volume, &image);
+    for (const unsigned int channel : {3U, 4U, 2147483648U, 4294967295U})
+        EXPECT_EQ(ERR_INVALID_CHANNEL, image.fill(channel, this->value)) << channel;
+    EXPECT_TRUE(sameBlock(volume, before));
+}
+
+TYPED_TEST(Fill, OfAnEmptyImageSucceedsAndTouchesNothing)
+{
+    VxImage<TypeParam> image;
+    EXPECT_EQ(SUCCESS, image.fill(this->value));
+    EXPECT_EQ(ImageFields<TypeParam>{}, fieldsOf(image));
+}
+
+TYPED_TEST(Fill, OfAChannelOfAnEmptyImageFails)
+{
+    VxImage<TypeParam> image;
+    EXPECT_EQ(ERR_INVALID_CHANNEL, image.fill(0, this->value));
+}
+
+TYPED_TEST(Fill, WithAZeroExtentNeedsNoBuffer)
+{
+    constexpr unsigned int kExtents[][4] = {{0, 3, 2, 2}, {4, 0, 2, 2}, {4, 3, 0, 2}, {4, 3, 2, 0}};
+    for (const auto& e : kExtents) {
+        ImageFields<TypeParam> fields;
+        fields.setInterleaved(e[0], e[1], e[2], e[3]);
+        VxImage<TypeParam> image;
+        overwriteFields(image, fields);
+        EXPECT_EQ(SUCCESS, image.fill(this->value));
+        EXPECT_EQ(e[3] == 0 ? ERR_INVALID_CHANNEL : SUCCESS, image.fill(0, this->value));
+        EXPECT_EQ(fields, fieldsOf(image));
+    }
+}
+
+TYPED_TEST(Fill, WithAZeroExtentWritesNothing)
+{
+    constexpr unsigned int kExtents[][4] = {{0, 3, 2, 2}, {4, 0, 2, 2}, {4, 3, 0, 2}, {4, 3, 2, 0}};
+    for (const auto& e : kExtents) {
+        Volume<TypeParam> volume = someVolume<TypeParam>(interleaved(4, 3, 2, 2), 1);
+        const Volume<TypeParam> before = volume;
+        VxImage<TypeParam> image;
+        wrap(volume, &image);
+        ImageFields<TypeParam> fields = fieldsOf(image);
+        fields.setInterleaved(e[0], e[1], e[2], e[3]);
+        overwriteFields(image, fields);
+        EXPECT_EQ(SUCCESS, image.fill(this->value));
+        EXPECT_TRUE(sameBlock(volume, before));
+    }
+}
+
+TEST(FillOfFloats, StoresNaNAndNegativeZeroAsGiven)
+{
+    VxImage<float> image;
+    ASSERT_EQ(SUCCESS, image.initialize(2, 1, 1, 1));
+    for (const float value : {-0.0F, std::numeric_limits<float>::quiet_NaN()}) {
+        ASSERT_EQ(SUCCESS, image.fill(value));
+        EXPECT_TRUE(bitEqual(image(1, 0, 0, 0), value));
+        ASSERT_EQ(SUCCESS, image.fill(0, -value));
+        EXPECT_TRUE(bitEqual(image(0, 0, 0, 0), -value));
+    }
+}
+
+}  // namespace
+}  // namespace volux::core

@@ -1,0 +1,359 @@
+// Slices out of a volume and back into it, by all three pairs of functions.
+#include "volux/core/Planes.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "support/BitExact.h"
+#include "support/ContainerOracle.h"
+#include "support/ElementTypes.h"
+#include "support/ImageFields.h"
+#include "support/ImageStates.h"
+#include "support/PlaneFunctions.h"
+#include "support/ThrowSite.h"
+
+namespace volux::core {
+namespace {
+
+using namespace test;
+
+/// A volume of 4 x 3 x 5 voxels with 2 channels, in a padded layout between guards.
+template <class T>
+class Planes : public ::testing::Test {
+protected:
+    void SetUp() override { wrap(data, &volume); }
+
+    /// A plane image of the given size whose values come from the seed.
+    Volume<T> somePlane(unsigned int w, unsigned int h, unsigned int c, std::uint64_t seed)
+    {
+        return someVolume<T>(interleaved(w, h, 1, c), seed);
+    }
+
+    Volume<T> data = someVolume<T>(padded(4, 3, 5, 2), 1);
+    const Volume<T> untouched = data;
+    VxImage<T> volume;
+    const AllPlaneFunctions<T> functions{};
+};
+TYPED_TEST_SUITE(Planes, ElementTypes, ElementTypeNames);
+
+TYPED_TEST(Planes, AnXyPlaneRunsAlongXAndY)
+{
+    VxImage<TypeParam> plane;
+    ASSERT_EQ(SUCCESS, getXyPlane(2, this->volume, &plane));
+    ASSERT_TRUE(ImageSize(4, 3, 1, 2) == plane.getImageSize());
+    for (int i = 0; i < 4 * 3 * 2; ++i) {
+        const int x = i % 4, y = i / 4 % 3, c = i / 12;
+        EXPECT_TRUE(bitEqual(plane(x, y, 0, c), this->volume(x, y, 2, c)));
+    }
+}
+
+TYPED_TEST(Planes, AYzPlaneRunsAlongYAndZ)
+{
+    VxImage<TypeParam> plane;
+    ASSERT_EQ(SUCCESS, getYzPlane(1, this->volume, &plane));
+    ASSERT_TRUE(ImageSize(3, 5, 1, 2) == plane.getImageSize());
+    for (int i = 0; i < 3 * 5 * 2; ++i) {
+        const int y = i % 3, z = i / 3 % 5, c = i / 15;
+        EXPECT_TRUE(bitEqual(plane(y, z, 0, c), this->volume(1, y, z, c)));
+    }
+}
+
+TYPED_TEST(Planes, AZxPlaneRunsAlongZAndX)
+{
+    VxImage<TypeParam> plane;
+    ASSERT_EQ(SUCCESS, getZxPlane(0, this->volume, &plane));
+    ASSERT_TRUE(ImageSize(5, 4, 1, 2) == plane.getImageSize());
+    for (int i = 0; i < 5 * 4 * 2; ++i) {
+        const int z = i % 5, x = i / 5 % 4, c = i / 20;
+        EXPECT_TRUE(bitEqual(plane(z, x, 0, c), this->volume(x, 0, z, c)));
+    }
+}
+
+TYPED_TEST(Planes, EveryIndexGivesItsSlice)
+{
+    for (const auto& f : this->functions) {
+        for (unsigned int index = 0; index < extent(this->data.layout, f.across); ++index) {
+            VxImage<TypeParam> plane;
+            ASSERT_EQ(SUCCESS, f.get(index, this->volume, &plane)) << f.name;
+            EXPECT_TRUE(holds(plane, naiveGetPlane(f, this->data, index))) << f.name << index;
+        }
+    }
+    EXPECT_TRUE(sameBlock(this->data, this->untouched));
+}
+
+TYPED_TEST(Planes, AnIndexBeyondTheVolumeNamesItsAxisAndLeavesThePlane)
+{
+    for (const auto& f : this->functions) {
+        const unsigned int end = extent(this->data.layout, f.across);
+        for (const unsigned int index : {end, end + 1, 2147483648U, 4294967295U}) {
+            VxImage<TypeParam> plane;
+            EXPECT_EQ(invalid(f.across), f.get(index, this->volume, &plane)) << f.name << index;
+            EXPECT_EQ(ImageFields<TypeParam>{}, fieldsOf(plane)) << f.name;
+        }
+    }
+}
+
+TYPED_TEST(Planes, ANullPointerIsNamedBeforeTheIndex)
+{
+    for (const auto& f : this->functions) {
+        for (const unsigned int index : {0U, 99U}) {
+            EXPECT_EQ(ERR_NULL_POINTER, f.get(index, this->volume, nullptr)) << f.name;
+            EXPECT_EQ(ERR_NULL_POINTER, f.set(index, this->volume, nullptr)) << f.name;
+        }
+    }
+}
+
+TYPED_TEST(Planes, IntoAWrappingImageThrowFromLine411)
+{
+    for (const auto& f : this->functions) {
+        Volume<TypeParam> block = someVolume<TypeParam>(planar(9, 9, 1, 2), 4);
+        const Volume<TypeParam> before = block;
+        VxImage<TypeParam> wrapping;
+        wrap(block, &wrapping);
+        const auto fields = fieldsOf(wrapping);
+        EXPECT_TRUE(
+            throwsAndPrintsTwice([&] { f.get(0, this->volume, &wrapping); }, kResizeWrapping));
+        EXPECT_EQ(fields, fieldsOf(wrapping)) << f.name;
+        EXPECT_TRUE(sameBlock(block, before)) << f.name;
+    }
+}
+
+TYPED_TEST(Planes, ABadIndexIsNamedBeforeAWrappingImageThrows)
+{
+    for (const auto& f : this->functions) {
+        TypeParam voxel{};
+        VxImage<TypeParam> wrapping;
+        ASSERT_EQ(SUCCESS, wrapping.initializeWithPointer(&voxel, 1, 1, 1, 1));
+        EXPECT_EQ(invalid(f.across), f.get(99, this->volume, &wrapping)) << f.name;
+    }
+}
+
+TYPED_TEST(Planes, NeitherReadNorWriteASpacing)
+{
+    ASSERT_EQ(SUCCESS, this->volume.setVoxelSize(2.0, 3.0, 4.0));
+    for (const auto& f : this->functions) {
+        VxImage<TypeParam> plane;
+        ASSERT_EQ(SUCCESS, plane.setVoxelSize(7.0, 8.0, 9.0));
+        ASSERT_EQ(SUCCESS, f.get(0, this->volume, &plane));
+        EXPECT_TRUE(VoxelSize(7.0, 8.0, 9.0) == plane.getVoxelSize()) << f.name;
+        ASSERT_EQ(SUCCESS, f.set(1, plane, &this->volume));
+        EXPECT_TRUE(VoxelSize(2.0, 3.0, 4.0) == this->volume.getVoxelSize()) << f.name;
+    }
+}
+
+TYPED_TEST(Planes, ALargerBlockIsKeptAndLaidOutAnew)
+{
+    for (const auto& f : this->functions) {
+        VxImage<TypeParam> plane;
+        ASSERT_EQ(SUCCESS, plane.initialize(10, 10, 10, 1));
+        plane.setImageStride(1, 2, 3, 4);
+        stamp(plane, 1000, 50);
+        ImageFields<TypeParam> expected = fieldsOf(plane);
+        const auto slice = naiveGetPlane(f, this->data, 1);
+        expected.setInterleaved(slice.layout.width, slice.layout.height, 1, 2);
+        ASSERT_EQ(SUCCESS, f.get(1, this->volume, &plane));
+        EXPECT_EQ(expected, fieldsOf(plane)) << f.name;
+        EXPECT_TRUE(holds(plane, slice)) << f.name;
+        const std::size_t used = slice.layout.span();
+        EXPECT_TRUE(isStamped(plane.getBufferPointer() + used, 1000 - used, 50 + used)) << f.name;
+    }
+}
+
+TYPED_TEST(Planes, ASmallerBlockIsReplaced)
+{
+    for (const auto& f : this->functions) {
+        VxImage<TypeParam> plane;
+        ASSERT_EQ(SUCCESS, plane.initialize(1, 1, 1, 1));
+        ASSERT_EQ(SUCCESS, f.get(1, this->volume, &plane));
+        EXPECT_TRUE(holds(plane, naiveGetPlane(f, this->data, 1))) << f.name;
+    }
+}
+
+TYPED_TEST(Planes, OfAPlaneArePlanesAgain)
+{
+    for (const auto& first : this->functions) {
+        VxImage<TypeParam> plane;
+        ASSERT_EQ(SUCCESS, first.get(1, this->volume, &plane));
+        const auto expected = naiveGetPlane(first, this->data, 1);
+        for (const auto& second : this->functions) {
+            VxImage<TypeParam> line;
+            ASSERT_EQ(SUCCESS, second.get(0, plane, &line));
+            EXPECT_TRUE(holds(line, naiveGetPlane(second, expected, 0)));
+            EXPECT_EQ(second.across == Axis::Z ? invalid(Axis::Z) : SUCCESS,
+                      second.get(1, plane, &line));
+        }
+    }
+}
+
+/// The volume with one extent, or the channels, forced to 0 and no buffer.
+template <class T>
+void makeFlat(VxImage<T>& image, unsigned int w, unsigned int h, unsigned int d, unsigned int c)
+{
+    ImageFields<T> fields;
+    fields.setInterleaved(w, h, d, c);
+    overwriteFields(image, fields);
+}
+
+TYPED_TEST(Planes, OfAVolumeWithoutExtentCopyNothingAndSucceed)
+{
+    constexpr unsigned int kExtents[][4] = {{0, 3, 5, 2}, {4, 0, 5, 2}, {4, 3, 0, 2}, {4, 3, 5, 0}};
+    for (const auto& f : this->functions) {
+        for (const auto& e : kExtents) {
+            VxImage<TypeParam> flat;
+            makeFlat(flat, e[0], e[1], e[2], e[3]);
+            VxImage<TypeParam> plane;
+            ASSERT_EQ(SUCCESS, plane.initialize(2, 2, 2, 2));
+            const auto before = fieldsOf(plane);
+            const unsigned int along = e[static_cast<int>(f.across)];
+            EXPECT_EQ(along == 0 ? invalid(f.across) : SUCCESS, f.get(0, flat, &plane)) << f.name;
+            EXPECT_EQ(before, fieldsOf(plane)) << f.name;
+            EXPECT_TRUE(isZeroed(plane.getBufferPointer(), 16));
+        }
+    }
+}
+
+TYPED_TEST(Planes, OfAVolumeWithoutExtentStillThrowIntoAWrappingImage)
+{
+    TypeParam voxel{};
+    VxImage<TypeParam> wrapping;
+    ASSERT_EQ(SUCCESS, wrapping.initializeWithPointer(&voxel, 1, 1, 1, 1));
+    VxImage<TypeParam> flat;
+    makeFlat(flat, 4, 0, 5, 2);
+    EXPECT_TRUE(throwsAndPrintsTwice([&] { getXyPlane(0, flat, &wrapping); }, kResizeWrapping));
+}
+
+TYPED_TEST(Planes, OfAnEmptyVolumeFailByTheIndex)
+{
+    const VxImage<TypeParam> empty;
+    for (const auto& f : this->functions) {
+        VxImage<TypeParam> other;
+        EXPECT_EQ(invalid(f.across), f.get(0, empty, &other)) << f.name;
+        EXPECT_EQ(invalid(f.across), f.set(0, empty, &other)) << f.name;
+    }
+}
+
+TYPED_TEST(Planes, SettingWritesTheSliceAndNothingElse)
+{
+    for (const auto& f : this->functions) {
+        const Layout& l = this->data.layout;
+        for (unsigned int index = 0; index < extent(l, f.across); ++index) {
+            auto source = this->somePlane(f.planeWidth(l), f.planeHeight(l), 2, 70 + index);
+            VxImage<TypeParam> plane;
+            wrap(source, &plane);
+            Volume<TypeParam> expected = this->data;
+            naiveSetPlane(f, expected, source, index);
+            const auto fields = fieldsOf(this->volume);
+            ASSERT_EQ(SUCCESS, f.set(index, plane, &this->volume)) << f.name;
+            EXPECT_TRUE(sameBlock(this->data, expected)) << f.name << index;
+            EXPECT_EQ(fields, fieldsOf(this->volume)) << f.name;
+        }
+    }
+}
+
+TYPED_TEST(Planes, SettingReadsOnlyTheFirstSliceOfAThickPlane)
+{
+    for (const auto& f : this->functions) {
+        const Layout& l = this->data.layout;
+        auto source = someVolume<TypeParam>(padded(f.planeWidth(l), f.planeHeight(l), 3, 2), 9);
+        const auto before = source;
+        VxImage<TypeParam> plane;
+        wrap(source, &plane);
+        Volume<TypeParam> expected = this->data;
+        naiveSetPlane(f, expected, source, 2);
+        ASSERT_EQ(SUCCESS, f.set(2, plane, &this->volume)) << f.name;
+        EXPECT_TRUE(sameBlock(this->data, expected)) << f.name;
+        EXPECT_TRUE(sameBlock(source, before)) << f.name;
+    }
+}
+
+TYPED_TEST(Planes, SettingNamesTheFirstAxisThatDoesNotFit)
+{
+    const Layout& l = this->data.layout;
+    for (const auto& f : this->functions) {
+        for (unsigned int wrong = 1; wrong < 16; ++wrong) {
+            const bool badIndex = (wrong & 8U) != 0;
+            const bool badWidth = (wrong & 4U) != 0;
+            const bool badHeight = (wrong & 2U) != 0;
+            const bool badChannels = (wrong & 1U) != 0;
+            VxImage<TypeParam> plane;
+            ASSERT_EQ(SUCCESS, plane.initialize(f.planeWidth(l) + (badWidth ? 1 : 0),
+                                                f.planeHeight(l) + (badHeight ? 1 : 0), 1,
+                                                2 + (badChannels ? 1 : 0)));
+            const unsigned int index = badIndex ? extent(l, f.across) : 0;
+            const ErrorType expected = badIndex    ? invalid(f.across)
+                                       : badWidth  ? invalid(f.planeX)
+                                       : badHeight ? invalid(f.planeY)
+                                                   : ERR_INVALID_CHANNEL;
+            EXPECT_EQ(expected, f.set(index, plane, &this->volume)) << f.name << ' ' << wrong;
+        }
+    }
+    EXPECT_TRUE(sameBlock(this->data, this->untouched));
+}
+
+TYPED_TEST(Planes, SettingRefusesASmallerPlaneToo)
+{
+    const Layout& l = this->data.layout;
+    for (const auto& f : this->functions) {
+        VxImage<TypeParam> narrow;
+        VxImage<TypeParam> low;
+        VxImage<TypeParam> grey;
+        ASSERT_EQ(SUCCESS, narrow.initialize(f.planeWidth(l) - 1, f.planeHeight(l), 1, 2));
+        ASSERT_EQ(SUCCESS, low.initialize(f.planeWidth(l), f.planeHeight(l) - 1, 1, 2));
+        ASSERT_EQ(SUCCESS, grey.initialize(f.planeWidth(l), f.planeHeight(l), 1, 1));
+        EXPECT_EQ(invalid(f.planeX), f.set(0, narrow, &this->volume)) << f.name;
+        EXPECT_EQ(invalid(f.planeY), f.set(0, low, &this->volume)) << f.name;
+        EXPECT_EQ(ERR_INVALID_CHANNEL, f.set(0, grey, &this->volume)) << f.name;
+    }
+    EXPECT_TRUE(sameBlock(this->data, this->untouched));
+}
+
+TYPED_TEST(Planes, SettingWithABadIndexWritesNothing)
+{
+    for (const auto& f : this->functions) {
+        VxImage<TypeParam> plane;
+        ASSERT_EQ(SUCCESS, f.get(0, this->volume, &plane));
+        ASSERT_EQ(SUCCESS, plane.fill(someValue<TypeParam>(1234)));
+        const unsigned int end = extent(this->data.layout, f.across);
+        for (const unsigned int index : {end, 2147483648U, 4294967295U})
+            EXPECT_EQ(invalid(f.across), f.set(index, plane, &this->volume)) << f.name << index;
+    }
+    EXPECT_TRUE(sameBlock(this->data, this->untouched));
+}
+
+TYPED_TEST(Planes, SettingASharedSliceWritesPlaneYThenPlaneXThenChannel)
+{
+    for (const MakeLayout makeLayout : {shared, collapsed}) {
+        for (const auto& f : this->functions) {
+            Volume<TypeParam> to = someVolume<TypeParam>(makeLayout(4, 3, 5, 2), 8);
+            VxImage<TypeParam> image;
+            wrap(to, &image);
+            auto source = this->somePlane(f.planeWidth(to.layout), f.planeHeight(to.layout), 2, 6);
+            VxImage<TypeParam> plane;
+            wrap(source, &plane);
+            Volume<TypeParam> expected = to;
+            naiveSetPlane(f, expected, source, 1);
+            ASSERT_EQ(SUCCESS, f.set(1, plane, &image));
+            EXPECT_TRUE(sameBlock(to, expected)) << to.layout.name << ' ' << f.name;
+        }
+    }
+}
+
+TYPED_TEST(Planes, WhatWasTakenOutCanBePutBack)
+{
+    for (const auto& f : this->functions) {
+        VxImage<TypeParam> plane;
+        ASSERT_EQ(SUCCESS, f.get(1, this->volume, &plane));
+        Volume<TypeParam> emptied = this->untouched;
+        naiveFill(emptied, TypeParam{});
+        VxImage<TypeParam> to;
+        wrap(emptied, &to);
+        ASSERT_EQ(SUCCESS, f.set(1, plane, &to));
+        VxImage<TypeParam> again;
+        ASSERT_EQ(SUCCESS, f.get(1, to, &again));
+        EXPECT_TRUE(holds(again, naiveGetPlane(f, this->untouched, 1))) << f.name;
+    }
+}
+
+}  // namespace
+}  // namespace volux::core

@@ -1,0 +1,76 @@
+// Images in the states that lifecycle tests start from.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <vector>
+
+#include "BitExact.h"
+#include "ElementTypes.h"
+#include "volux/core/VxImage.h"
+
+namespace volux::test {
+
+// Valid extents, for every element type, of a block that no machine can supply.
+constexpr unsigned int kHugeWidth = 2147483647;
+constexpr unsigned int kHugeHeight = 33554432;
+
+template <class T>
+std::vector<T> someValues(std::size_t count, std::uint64_t seed)
+{
+    std::vector<T> values(count);
+    for (T& value : values)
+        value = someValue<T>(seed++);
+    return values;
+}
+
+/// Gives every element of the image's block a value of its own.
+template <class T>
+void stamp(core::VxImage<T>& image, std::size_t count, std::uint64_t seed)
+{
+    const std::vector<T> values = someValues<T>(count, seed);
+    for (std::size_t i = 0; i < count; ++i)
+        image.getBufferPointer()[i] = values[i];
+}
+
+/// Whether the elements are those that stamp() or someValues() makes from the seed.
+template <class T>
+::testing::AssertionResult isStamped(const T* elements, std::size_t count, std::uint64_t seed)
+{
+    for (std::size_t i = 0; i < count; ++i) {
+        const T expected = someValue<T>(seed + i);
+        if (!sameBits(elements[i], expected))
+            return bitEqual(elements[i], expected) << " at element " << i;
+    }
+    return ::testing::AssertionSuccess();
+}
+
+template <class T>
+::testing::AssertionResult isZeroed(const T* elements, std::size_t count)
+{
+    for (std::size_t i = 0; i < count; ++i) {
+        if (!sameBits(elements[i], T{}))
+            return bitEqual(elements[i], T{}) << " at element " << i;
+    }
+    return ::testing::AssertionSuccess();
+}
+
+/// Empty image with the geometry of a block that could not be had: what a failed allocation leaves.
+template <class T>
+void failToInitialize(core::VxImage<T>& image)
+{
+    ASSERT_EQ(core::ERR_ALLOCATION_FAILED, image.initialize(kHugeWidth, kHugeHeight, 1, 1));
+}
+
+inline constexpr const char* kInitializeTwice =
+    R"(Can not initialize twice before terminate., ..\..\src\core\VxImage:78)";
+inline constexpr const char* kCopyIntoReserved =
+    R"(Can not initialize twice before terminate., ..\..\src\core\VxImage:95)";
+inline constexpr const char* kWrapIntoReserved =
+    R"(Can not initializeWithPointer by reserved VxImage, ..\..\src\core\VxImage:114)";
+inline constexpr const char* kResizeWrapping =
+    "Can not resize VxImage that uses external memory.Use initalize with pointer insted., "
+    R"(..\..\src\core\VxImage:411)";
+
+}  // namespace volux::test
