@@ -18,7 +18,10 @@ bool isMapped(const std::string& file)
     return false;
 }
 
-void* loadPlugin() { return dlopen(VOLUX_PLUGIN, RTLD_NOW | RTLD_LOCAL); }
+void* loadPlugin()
+{
+    return dlopen(VOLUX_PLUGIN, RTLD_NOW | RTLD_LOCAL);
+}
 
 double call(void* module, const char* function)
 {

@@ -18,7 +18,10 @@ const double sampledAtLoad =
 
 }  // namespace
 
-extern "C" double voluxPluginSampledAtLoad() { return sampledAtLoad; }
+extern "C" double voluxPluginSampledAtLoad()
+{
+    return sampledAtLoad;
+}
 
 extern "C" double voluxPluginSample()
 {

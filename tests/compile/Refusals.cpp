@@ -1,5 +1,5 @@
-// Calls that the module does not serve. check_refusals.py compiles each case alone and looks for its
-// sentence; case 0 is none of them and has to compile.
+// Calls that the module does not serve. check_refusals.py compiles each case alone and looks for
+// its sentence; case 0 is none of them and has to compile.
 #include "volux/core.h"
 
 using namespace volux::core;
@@ -18,33 +18,33 @@ struct OwnBorder : Border {
                            OwnBorder& border, Interpolator* chosen)
 {
     (void)image, (void)interpolator, (void)border, (void)chosen;
-#if CASE == 1  // takes NearestNeighbor, Linear and Cubic by value; pass any other interpolator by its address
+#if CASE == 1  // pass any other interpolator by its address
     image.getValueVoxel(0.5, 0.5, 0.5, 0, interpolator);
-#elif CASE == 2  // takes NearestNeighbor, Linear and Cubic by value; pass any other interpolator by its address
+#elif CASE == 2   // pass any other interpolator by its address
     image.getValueReal(0.5, 0.5, 0.5, 0, interpolator, Constant(), 0);
-#elif CASE == 3  // takes NearestNeighbor, Linear and Cubic by value; pass any other interpolator by its address
+#elif CASE == 3   // pass any other interpolator by its address
     image.getDoubleValueReal(0.5, 0.5, 0.5, 0, interpolator, &border, 0);
-#elif CASE == 4  // takes Constant and Replication by value; pass any other border by its address
+#elif CASE == 4   // pass any other border by its address
     image.getValueVoxel(0.5, 0.5, 0.5, 0, Linear(), border, 0);
-#elif CASE == 5  // takes Constant and Replication by value; pass any other border by its address
+#elif CASE == 5   // pass any other border by its address
     image.getValueReal(0.5, 0.5, 0.5, 0, chosen, border, 0);
-#elif CASE == 6  // takes Constant and Replication by value; pass any other border by its address
+#elif CASE == 6   // pass any other border by its address
     image.getDoubleValueReal(0.5, 0.5, 0.5, 0, &interpolator, border, 0);
-#elif CASE == 7  // takes Constant and Replication by value; pass any other border by its address
+#elif CASE == 7   // pass any other border by its address
     Cubic()(image, 0.5, 0.5, 0.5, 0, border, short{0});
-#elif CASE == 8  // takes Constant and Replication by value; pass any other border by its address
+#elif CASE == 8   // pass any other border by its address
     NearestNeighbor().operator()<short, OwnBorder>(image, 0.5, 0.5, 0.5, 0, border, 0);
-#elif CASE == 9  // VxImage holds unsigned char, short, unsigned short, int, unsigned int, float or double.
+#elif CASE == 9   // VxImage holds unsigned char, short, unsigned short
     VxImage<long> wrong;
-#elif CASE == 10  // VxImage holds unsigned char, short, unsigned short, int, unsigned int, float or double.
+#elif CASE == 10  // VxImage holds unsigned char, short, unsigned short
     VxImage<const short> wrong;
-#elif CASE == 11  // interpolator by its address and leave the template arguments out
+#elif CASE == 11  // pass any other interpolator by its address
     image.getValueVoxel<Interpolator*>(0.5, 0.5, 0.5, 0, chosen);
-#elif CASE == 12  // interpolator by its address and leave the template arguments out
+#elif CASE == 12  // pass any other interpolator by its address
     image.getValueVoxel<Linear>(0.5, 0.5, 0.5, 0, chosen);
-#elif CASE == 13  // border by its address and leave the template arguments out
+#elif CASE == 13  // pass any other border by its address
     image.getValueVoxel<Linear>(0.5, 0.5, 0.5, 0, Linear(), &border, 0);
-#elif CASE == 14  // interpolator by its address and leave the template arguments out
+#elif CASE == 14  // pass any other interpolator by its address
     image.getDoubleValueReal<Interpolator*, Constant>(0.5, 0.5, 0.5, 0, chosen, Constant(), 0);
 #endif
 }

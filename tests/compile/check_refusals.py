@@ -7,7 +7,7 @@ import subprocess
 import sys
 
 compiler, include, source = sys.argv[1:]
-CASE = re.compile(r"^#(?:if|elif) CASE == (\d+)  // (.+)$", re.MULTILINE)
+CASE = re.compile(r"^#(?:if|elif) CASE == (\d+)\s+// (.+)$", re.MULTILINE)
 
 
 def compile_case(number):
@@ -26,9 +26,12 @@ def fault(number, sentence):
     return None
 
 
-cases = CASE.findall(open(source, encoding="utf-8").read())
-faults = [text for text in (fault(number, sentence) for number, sentence in cases) if text]
+text = open(source, encoding="utf-8").read()
+cases = CASE.findall(text)
+if not cases or len(cases) != text.count("CASE =="):
+    sys.exit("a case without its sentence")
+faults = [found for found in (fault(number, sentence) for number, sentence in cases) if found]
 if compile_case(0).returncode != 0:
     faults.append("case 0, which misuses nothing, does not compile")
 print("\n".join(faults) or f"{len(cases)} misuses refused")
-sys.exit(bool(faults) or not cases)
+sys.exit(bool(faults))

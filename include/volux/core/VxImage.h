@@ -240,7 +240,8 @@ public:
     /// to the volume, its begins are not.
     /// @return ERR_INVALID_ARGUMENT for a null `out` (deliberately not ERR_NULL_POINTER, unlike the
     ///         plane functions), an empty range or a box outside the volume; the codes of
-    ///         initialize().
+    ///         initialize(). A box that begins some 2^32 voxels beyond the volume wraps to a size
+    ///         that is taken, and `out` is all 0.
     /// @throws base::Exception if `out` holds a buffer.
     ErrorType crop(const Rect& box, VxImage* out);
 

@@ -1,0 +1,18 @@
+set(VOLUX_SAMPLING_TESTS
+    core/InterpolationType/BorderTest.cpp
+    core/InterpolationType/CubicTest.cpp
+    core/InterpolationType/DispatchTest.cpp
+    core/InterpolationType/LinearTest.cpp
+    core/InterpolationType/NearestNeighborTest.cpp
+    core/InterpolationType/OwnPoliciesTest.cpp
+    core/SamplingDifferentialTest.cpp
+    core/VxImage/ConversionTest.cpp
+    core/VxImage/SamplingTest.cpp
+    core/VxImage/SpellingsTest.cpp
+    support/SamplingOracle.cpp
+    support/SamplingSpellings.cpp
+)
+set(VOLUX_THREAD_TESTS
+    core/ThreadsTest.cpp
+    support/SamplingOracle.cpp
+)

@@ -1,0 +1,203 @@
+// Border and interpolation policies as a user of the library would write them.
+#pragma once
+
+#include <functional>
+#include <ostream>
+#include <typeinfo>
+#include <vector>
+
+#include "volux/core/InterpolationBorderType.h"
+#include "volux/core/InterpolationType.h"
+#include "volux/core/VxImage.h"
+
+namespace volux::test {
+
+using BorderTable = core::Border::border_t<core::Border, core::Border::Empty>;
+using InterpolatorTable =
+    core::Interpolator::interpolator_t<core::Interpolator, core::Interpolator::Empty>;
+
+// Policies that have no table of their own.
+struct BareBorder : core::Border {
+    BorderTable& get() override
+    {
+        static BorderTable table;
+        return table;
+    }
+};
+
+struct BareInterpolator : core::Interpolator {
+    InterpolatorTable& get() override
+    {
+        static InterpolatorTable table;
+        return table;
+    }
+};
+
+// A table that hands the slots of all element types to Owner::onFetch. One link of the chain
+// overrides one slot.
+template <class Owner, class... Types>
+struct FetchTable : BorderTable {
+};
+
+template <class Owner, class T, class... Types>
+struct FetchTable<Owner, T, Types...> : FetchTable<Owner, Types...> {
+    using FetchTable<Owner, Types...>::fetch;
+    T fetch(core::Border& policy, const core::VxImage<T>& image, int x, int y, int z,
+            unsigned int c, T value, unsigned int width, unsigned int height,
+            unsigned int depth) override
+    {
+        return static_cast<Owner&>(policy).onFetch(image, x, y, z, c, value, width, height, depth);
+    }
+};
+
+// The same for the slots of all element types and border kinds, handed to Owner::onInvoke.
+template <class Owner, class... Types>
+struct InvokeTable : InterpolatorTable {
+};
+
+template <class Owner, class T, class... Types>
+struct InvokeTable<Owner, T, Types...> : InvokeTable<Owner, Types...> {
+    using InvokeTable<Owner, Types...>::invoke;
+    double invoke(core::Interpolator& policy, const core::VxImage<T>& image, double x, double y,
+                  double z, unsigned int c, core::Replication border, T value) override
+    {
+        return static_cast<Owner&>(policy).onInvoke(image, x, y, z, c, border, value);
+    }
+    double invoke(core::Interpolator& policy, const core::VxImage<T>& image, double x, double y,
+                  double z, unsigned int c, core::Constant border, T value) override
+    {
+        return static_cast<Owner&>(policy).onInvoke(image, x, y, z, c, border, value);
+    }
+    double invoke(core::Interpolator& policy, const core::VxImage<T>& image, double x, double y,
+                  double z, unsigned int c, core::Border* border, T value) override
+    {
+        return static_cast<Owner&>(policy).onInvoke(image, x, y, z, c, border, value);
+    }
+};
+
+struct Index {
+    int x;
+    int y;
+    int z;
+    friend bool operator==(const Index& a, const Index& b)
+    {
+        return a.x == b.x && a.y == b.y && a.z == b.z;
+    }
+    friend std::ostream& operator<<(std::ostream& out, const Index& index)
+    {
+        return out << '(' << index.x << ' ' << index.y << ' ' << index.z << ')';
+    }
+};
+
+// A border that notes what it is asked, and gives what `answer` says.
+struct RecordingBorder : core::Border {
+    struct Call {
+        Index index;
+        unsigned int channel;
+        double value;
+        unsigned int width;
+        unsigned int height;
+        unsigned int depth;
+        const void* image;
+        const std::type_info* type;
+    };
+
+    std::vector<Call> calls;
+    int gets = 0;
+    std::function<double(const Index&)> answer = [](const Index&) { return 0.0; };
+
+    BorderTable& get() override
+    {
+        static FetchTable<RecordingBorder, double, float, int, short, unsigned int, unsigned short,
+                          unsigned char>
+            table;
+        ++gets;
+        return table;
+    }
+
+    template <class T>
+    T onFetch(const core::VxImage<T>& image, int x, int y, int z, unsigned int c, T value,
+              unsigned int width, unsigned int height, unsigned int depth)
+    {
+        calls.push_back(
+            {{x, y, z}, c, static_cast<double>(value), width, height, depth, &image, &typeid(T)});
+        return static_cast<T>(answer({x, y, z}));
+    }
+
+    std::vector<Index> indices() const
+    {
+        std::vector<Index> all;
+        for (const Call& call : calls)
+            all.push_back(call.index);
+        return all;
+    }
+};
+
+// An interpolator that notes what it is asked, and always gives `result`.
+struct RecordingInterpolator : core::Interpolator {
+    struct Call {
+        double x;
+        double y;
+        double z;
+        unsigned int channel;
+        double value;
+        const void* image;
+        const std::type_info* type;
+        const std::type_info* borderKind;
+        const core::Border* border;  // null unless the border is a run-time one
+    };
+
+    std::vector<Call> calls;
+    int gets = 0;
+    double result = 0.0;
+
+    InterpolatorTable& get() override
+    {
+        static InvokeTable<RecordingInterpolator, double, float, int, short, unsigned int,
+                           unsigned short, unsigned char>
+            table;
+        ++gets;
+        return table;
+    }
+
+    template <class T, class B>
+    double onInvoke(const core::VxImage<T>& image, double x, double y, double z, unsigned int c,
+                    const B& border, T value)
+    {
+        calls.push_back({x, y, z, c, static_cast<double>(value), &image, &typeid(T), &typeid(B),
+                         asRunTimeBorder(border)});
+        return result;
+    }
+
+private:
+    static const core::Border* asRunTimeBorder(core::Border* border) { return border; }
+    static const core::Border* asRunTimeBorder(const core::Constant&) { return nullptr; }
+    static const core::Border* asRunTimeBorder(const core::Replication&) { return nullptr; }
+};
+
+// The volume repeats without end. Uses the table that forwards to a member template.
+struct PeriodicBorder : core::Border {
+    BorderTable& get() override
+    {
+        static core::Border::border_t<PeriodicBorder, core::Border> table;
+        return table;
+    }
+
+    template <class T>
+    T fetch(const core::VxImage<T>& image, int x, int y, int z, unsigned int c, T,
+            unsigned int width, unsigned int height, unsigned int depth)
+    {
+        return image(wrapInto(width, x), wrapInto(height, y), wrapInto(depth, z),
+                     static_cast<int>(c));
+    }
+
+private:
+    static int wrapInto(unsigned int extent, int index)
+    {
+        const int period = static_cast<int>(extent);
+        const int rest = index % period;
+        return rest < 0 ? rest + period : rest;
+    }
+};
+
+}  // namespace volux::test
