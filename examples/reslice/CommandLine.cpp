@@ -1,0 +1,51 @@
+#include "CommandLine.h"
+
+#include <vector>
+
+#include "Failure.h"
+
+namespace reslice {
+
+const char* const kUsage =
+    "Usage: reslice [--output DIR] FILE          pictures of a NIfTI-1 volume (.nii, .nii.gz)\n"
+    "       reslice [--output DIR] --ct FILE     the skull of an InVesalius project (.inv3)\n"
+    "       reslice [--output DIR] --synthetic [--ct]\n"
+    "                                            the same of a head computed on the spot\n"
+    "       reslice --help\n"
+    "Writes PNG files into DIR, which is demo-output if not given. Of a series of volumes the\n"
+    "first is shown; intensities are the stored values times the file's slope, plus its\n"
+    "intercept; the patient's right is on the left, where the file tells how it lies.\n"
+    "Exit status: 0 done, 1 a file could not be read or written, 2 wrong usage.\n";
+
+Request parseCommandLine(int count, const char* const* arguments)
+{
+    Request request;
+    bool synthetic = false;
+    bool options = true;
+    std::vector<std::string> files;
+    for (int i = 1; i < count; ++i) {
+        const std::string argument = arguments[i];
+        if (!options || argument.empty() || argument[0] != '-')
+            files.push_back(argument);
+        else if (argument == "--")
+            options = false;
+        else if (argument == "--help")
+            request.help = true;
+        else if (argument == "--ct")
+            request.ct = true;
+        else if (argument == "--synthetic")
+            synthetic = true;
+        else if (argument == "--output" && i + 1 < count)
+            request.output = arguments[++i];
+        else
+            throw Misuse(argument == "--output" ? "--output needs a folder"
+                                                : "there is no option " + argument);
+    }
+    if (!request.help && files.size() != (synthetic ? 0U : 1U))
+        throw Misuse(synthetic ? "--synthetic takes no file" : "give one file");
+    if (!files.empty())
+        request.file = files[0];
+    return request;
+}
+
+}  // namespace reslice

@@ -1,0 +1,20 @@
+// What the user asks for.
+#pragma once
+
+#include <string>
+
+namespace reslice {
+
+struct Request {
+    std::string output = "demo-output";
+    std::string file;  ///< empty for a synthetic head
+    bool ct = false;
+    bool help = false;
+};
+
+extern const char* const kUsage;
+
+/// Throws Misuse for a command line that cannot be carried out.
+Request parseCommandLine(int count, const char* const* arguments);
+
+}  // namespace reslice

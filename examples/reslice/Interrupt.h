@@ -1,0 +1,15 @@
+// Ctrl-C and its like, turned into an ordinary failure so that clean-up is ordinary too.
+#pragma once
+
+#include <string>
+
+namespace reslice {
+
+/// From now on an interrupt only sets a flag, and a write that finds no room reports an error
+/// instead of ending the program.
+void watchForInterrupts();
+
+/// Throws Failure once the user has asked to stop; `subject` is the file in hand.
+void stopIfInterrupted(const std::string& subject);
+
+}  // namespace reslice

@@ -1,0 +1,73 @@
+// A volume whose axes run to the patient's right, front and top, whatever its element type.
+#pragma once
+
+#include <array>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Axes.h"
+#include "volux/core.h"
+
+namespace reslice {
+
+namespace core = volux::core;
+
+/// Millimetres from the centre of the first voxel.
+struct Point {
+    double x, y, z;
+};
+
+/// The axial (xy), sagittal (yz) and coronal (zx) planes.
+enum class Cut { AXIAL, SAGITTAL, CORONAL };
+
+/// What a file says about its voxels, in the order in which it stores them.
+struct Layout {
+    std::string name;  ///< for captions
+    std::array<unsigned int, 3> extent;
+    std::array<double, 3> spacing;  ///< millimetres
+    Axes axes;
+    double slope = 1.0;  ///< displayed intensity = slope * stored value + intercept
+    double intercept = 0.0;
+};
+
+/// Voxels keep the file's own type; every value that leaves this class is a displayed intensity.
+class Volume {
+public:
+    explicit Volume(Layout layout);
+    virtual ~Volume() = default;
+
+    const std::string& name() const { return layout_.name; }
+    bool orientationKnown() const { return layout_.axes.known; }
+
+    /// Along the patient's axes.
+    core::ImageSize size() const;
+    core::VoxelSize spacing() const;
+    Point extent() const;  ///< millimetres, from face to face
+    Point centre() const;
+
+    virtual double sample(const Point& at, core::Interpolator* interpolator, core::Border* border,
+                          double outside) const = 0;
+
+    /// The intensity nearest to the given one that a voxel can hold.
+    virtual double storable(double intensity) const = 0;
+
+    /// Copies the slice out by the plane functions, with the spacing of the plane.
+    virtual void slice(Cut cut, unsigned int index, core::VxImage<double>* plane) const = 0;
+
+    /// A selection of at most `count` intensities from all over the volume; finite ones only.
+    virtual std::vector<double> someIntensities(std::size_t count) const = 0;
+
+protected:
+    const Layout& layout() const { return layout_; }
+
+private:
+    Layout layout_;
+};
+
+/// Takes voxels of type T that `voxels` keeps alive; wraps them where the file's axes are the
+/// patient's, and copies them into that order elsewhere.
+template <class T>
+std::unique_ptr<Volume> makeVolume(const Layout& layout, std::shared_ptr<void> voxels);
+
+}  // namespace reslice

@@ -1,0 +1,397 @@
+"""Runs the demo on sound and unsound volumes.
+
+Usage: reslice_test.py RESLICE [TestCase[.test_name] ...]
+"""
+
+import os
+import pty
+import random
+import resource
+import signal
+import struct
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+
+import volumes
+from volumes import CODES, EXTENT, compressed, fingerprint, header, inv3, nifti, scene, voxels
+
+RESLICE = os.path.abspath(sys.argv[1])
+BRAIN = {'planes.png', 'oblique.png', 'borders.png', 'montage.png'}
+SKULL = {'skull-cuts.png', 'skull-rays.png'}
+
+
+class Demo(unittest.TestCase):
+    """A scratch folder for each test, with a blank in its name."""
+
+    def setUp(self):
+        scratch = tempfile.TemporaryDirectory(prefix='re slice ')
+        self.addCleanup(scratch.cleanup)
+        self.folder = scratch.name
+        self.output = os.path.join(self.folder, 'pictures')
+
+    def file(self, name, contents):
+        path = os.path.join(self.folder, name)
+        with open(path, 'wb') as out:
+            out.write(contents)
+        return path
+
+    def run_demo(self, *arguments, **options):
+        return subprocess.run([RESLICE, *arguments], capture_output=True, text=True,
+                              errors='replace', check=False, timeout=300, **options)
+
+    def pictures(self, folder=None):
+        """The pictures by name; fails if one is not whole or anything else is there."""
+        folder = folder or self.output
+        found = {}
+        for name in os.listdir(folder) if os.path.isdir(folder) else []:
+            self.assertTrue(name.endswith('.png') and name[0] != '.', name)
+            with open(os.path.join(folder, name), 'rb') as picture:
+                found[name] = fingerprint(picture.read())
+        return found
+
+    def draw(self, contents, name='head.nii', *options):
+        """Makes the pictures of a volume that is sound."""
+        folder = tempfile.mkdtemp(dir=self.folder)
+        run = self.run_demo('--output', folder, *options, self.file(name, contents))
+        self.assertEqual((run.returncode, run.stderr), (0, ''))
+        return self.pictures(folder)
+
+    def assert_refused(self, run, *words, status=1):
+        self.assertEqual(run.returncode, status, run.stderr)
+        self.assertRegex(run.stderr, r"\Areslice: [^\n]+\.\n\Z")
+        for word in words:
+            self.assertIn(word, run.stderr)
+
+    def refuse(self, contents, *words, name='head.nii', options=()):
+        """Asserts one sentence that names the file and the reason, and no picture."""
+        path = self.file(name, contents)
+        run = self.run_demo('--output', self.output, *options, path)
+        self.assert_refused(run, path, *words)
+        self.assertEqual(self.pictures(), {})
+
+
+class SoundVolumes(Demo):
+    def test_every_element_type_and_byte_order_gives_the_same_pictures(self):
+        expected = self.draw(nifti('B'))
+        self.assertEqual(set(expected), BRAIN)
+        # The constant outside is the nearest value of the type, so that it differs from float on.
+        shared = {name: picture for name, picture in expected.items() if name != 'borders.png'}
+        for kind, order in [(kind, '>') for kind in CODES] + [('h', '<'), ('d', '<')]:
+            with self.subTest(kind=kind, order=order):
+                drawn = self.draw(nifti(kind, order))
+                same = shared if kind in 'fd' else expected
+                self.assertEqual(same | drawn, drawn)
+
+    def test_pictures_differ_where_voxels_do(self):
+        other = voxels(value=lambda x, y, z: scene(x, y, z) + 40 * (x == 7 and y == 5 and z == 4))
+        self.assertNotEqual(self.draw(nifti('h', values=other))['planes.png'],
+                            self.draw(nifti('h'))['planes.png'])
+
+    def test_compressed_file(self):
+        # niftiio finds a file by its name as well; the plain neighbour is another volume.
+        self.file('head.nii', nifti('h', values=[5] * 1386))
+        packed = self.draw(compressed(nifti('h')), 'head.nii.gz')
+        self.assertEqual(packed, self.draw(nifti('h'), 'head.nii.gz'))
+        self.assertEqual(set(packed), BRAIN)
+
+    def test_scaling_is_applied_to_what_is_shown(self):
+        # A window follows the intensities, so that only a change of their order is seen.
+        shown = voxels(value=lambda x, y, z: 30 - 0.5 * scene(x, y, z))
+        stored = nifti('h', slope=-0.5, intercept=30.0)
+        drawn, expected = self.draw(stored), self.draw(nifti('d', values=shown))
+        self.assertNotEqual(drawn['planes.png'], self.draw(nifti('h'))['planes.png'])
+        for name in BRAIN - {'borders.png'}:  # outside stands a value that the type can hold
+            self.assertEqual(drawn[name], expected[name])
+
+    def test_first_volume_of_a_series(self):
+        series = nifti('h', values=voxels() + voxels(value=lambda x, y, z: x),
+                       extent=(*EXTENT, 2), spacing=(*volumes.SPACING, 3.0))
+        self.assertEqual(self.draw(series), self.draw(nifti('h')))
+
+    def test_flat_volumes_and_single_voxels(self):
+        for extent in (1, 1, 1), (20, 1, 1), (1, 30, 5), (6, 5), (7,):
+            with self.subTest(extent=extent):
+                full = (*extent, 1, 1)[:3]
+                self.assertEqual(set(self.draw(nifti('f', values=voxels(full), extent=extent))),
+                                 BRAIN)
+
+    def test_voxels_that_are_no_numbers(self):
+        values = [float('nan'), float('inf'), -float('inf'), 3e38] * 25
+        self.assertEqual(set(self.draw(nifti('f', values=values, extent=(4, 5, 5)))), BRAIN)
+
+    def test_tiny_and_huge_spacing(self):
+        for spacing in (1e-30, 1e-30, 1e-30), (1e30, 1e30, 1e30), (1e-6, 1.0, 1e6):
+            with self.subTest(spacing=spacing):
+                self.assertEqual(set(self.draw(nifti('B', spacing=spacing))), BRAIN)
+
+    def test_inv3_project(self):
+        self.assertEqual(set(self.draw(inv3(), 'head.inv3', '--ct')), SKULL)
+
+    def test_synthetic_head(self):
+        run = self.run_demo('--output', self.output, '--synthetic')
+        self.assertEqual((run.returncode, run.stderr), (0, ''))
+        self.assertEqual(set(self.pictures()), BRAIN)
+        lines = run.stdout.splitlines()
+        self.assertEqual(len(lines), 4)
+        for line in lines:
+            self.assertRegex(line, r'\.png +\d+ x \d+ +\d+\.\d\d s  \w')
+
+
+class Orientation(Demo):
+    """However a file stores its axes, the patient lies the same way in the pictures."""
+
+    def stored(self, order, signs):
+        """The scene with its axes permuted and reversed, and the matrix that tells of it."""
+        extent = tuple(EXTENT[axis] for axis in order)
+
+        def value(*at):
+            place = [0, 0, 0]
+            for n, axis in enumerate(order):
+                place[axis] = at[n] if signs[n] > 0 else extent[n] - 1 - at[n]
+            return scene(*place)
+        rows = [[0.0] * 4 for _ in range(3)]
+        for n, axis in enumerate(order):
+            rows[axis][n] = signs[n] * volumes.SPACING[axis]
+        spacing = tuple(volumes.SPACING[axis] for axis in order)
+        return nifti('h', values=voxels(extent, value), extent=extent, spacing=spacing, rows=rows)
+
+    def test_permuted_and_reversed_axes_give_the_same_pictures(self):
+        expected = self.draw(self.stored((0, 1, 2), (1, 1, 1)))
+        for order, signs in (((0, 1, 2), (-1, 1, 1)), ((0, 1, 2), (-1, -1, 1)),
+                             ((1, 2, 0), (-1, -1, 1)), ((0, 2, 1), (1, -1, 1)),
+                             ((2, 0, 1), (1, -1, -1))):
+            with self.subTest(order=order, signs=signs):
+                self.assertEqual(self.draw(self.stored(order, signs)), expected)
+
+    def planes(self, value):
+        """The picture of three planes, row by row."""
+        path = self.file('head.nii', nifti('h', values=voxels(value=value)))
+        self.assertEqual(self.run_demo('--output', self.output, path).returncode, 0)
+        with open(os.path.join(self.output, 'planes.png'), 'rb') as picture:
+            return volumes.greys(picture.read())
+
+    # The left edges of the axial, coronal and sagittal tiles, the width of the first two, and
+    # their common top.
+    AXIAL, CORONAL, SAGITTAL, WIDTH, TOP = 20, 345, 670, 311, 104
+
+    def test_front_right_and_top_of_the_patient_in_the_planes(self):
+        rows = self.planes(lambda x, y, z: 200 * (x > 10) + 100 * (y > 7) + 50 * (z > 6))
+        high, low = rows[self.TOP + 60], rows[self.TOP + 240]  # far from letters and scales
+        for left in self.AXIAL, self.CORONAL, self.SAGITTAL:  # the third one is 305 wide
+            self.assertGreater(high[left + 40], high[left + 265])
+            self.assertGreater(high[left + 40], low[left + 40])
+
+    def test_letters_stand_on_their_sides(self):
+        """R takes more ink than L, and S more than I."""
+        rows = self.planes(lambda x, y, z: 1000 * (x + y + z == 0))
+
+        def ink(left, top, width, height):
+            return sum(sum(row[left:left + width]) for row in rows[top:top + height])
+        for left, height in (self.AXIAL, 306), (self.CORONAL, 400):
+            middle = self.TOP + height // 2 - 10
+            self.assertGreater(ink(left + 4, middle, 24, 20),
+                               1.1 * ink(left + self.WIDTH - 28, middle, 24, 20))
+        centre = self.CORONAL + self.WIDTH // 2 - 12
+        self.assertGreater(ink(centre, self.TOP + 4, 24, 22),
+                           1.1 * ink(centre, self.TOP + 374, 24, 22))
+
+    def test_unknown_orientation_is_told(self):
+        path = self.file('head.nii', nifti('B', orientation=0))
+        run = self.run_demo('--output', self.output, path)
+        self.assertEqual((run.returncode, run.stderr), (0, ''))
+        self.assertIn('orientation unknown', run.stdout)
+
+
+class UnsoundVolumes(Demo):
+    def test_missing_file(self):
+        path = os.path.join(self.folder, 'none.nii')
+        for options in (), ('--ct',):
+            self.assert_refused(self.run_demo('--output', self.output, *options, path), path,
+                                'no such file')
+
+    def test_folder_in_place_of_a_file(self):
+        self.assert_refused(self.run_demo(self.folder), self.folder, 'not a regular file')
+
+    def test_foreign_files(self):
+        for contents in b'', b'x', b'Some text, in place of a volume.\n' * 100, bytes(4000):
+            self.refuse(contents, 'not a NIfTI-1 file')
+            self.refuse(contents, 'not a NIfTI-1 file', name='head.nii.gz')
+
+    def test_truncated_file(self):
+        data = nifti('h')
+        for length in 100, 347:
+            self.refuse(data[:length], 'not a NIfTI-1 file')
+        for length in 348, 352, 353, len(data) - 1:
+            self.refuse(data[:length], f'ends after {length} of {len(data)} bytes')
+
+    def test_truncated_compressed_file(self):
+        generator = random.Random(1)
+        data = compressed(nifti('d', values=[generator.random() for _ in voxels()]))
+        for length in 12, 300, len(data) // 2, len(data) - 9, len(data) - 1:
+            with self.subTest(length=length):
+                self.refuse(data[:length], name='head.nii.gz')
+
+    def test_damaged_compressed_file(self):
+        data = bytearray(compressed(nifti('h')))
+        data[-6] ^= 1  # in the checksum
+        self.refuse(bytes(data), 'damaged', name='head.nii.gz')
+
+    def test_unsupported_element_types(self):
+        for code, name in ((256, 'INT8'), (1024, 'INT64'), (1280, 'UINT64'), (32, 'COMPLEX64'),
+                           (128, 'RGB24'), (1, 'BINARY'), (0, 'NONE'), (77, '')):
+            self.refuse(header(code=code) + bytes(50000), name, 'is not supported')
+
+    def test_senseless_headers(self):
+        for reason, fields in (('0 dimensions', {'dimensions': -1, 'extent': EXTENT}),
+                               ('9 dimensions', {'dimensions': 9}),
+                               ('extent 0', {'extent': (0, 5, 5)}),
+                               ('extent -3', {'extent': (5, 5, -3)}),
+                               ('spacing nan', {'spacing': (1, float('nan'), 1)}),
+                               ('spacing inf', {'spacing': (float('inf'), 1, 1)}),
+                               ('spacing 0', {'spacing': (1, 1, 0)}),
+                               ('spacing -1', {'spacing': (1, 1, -1)}),
+                               ('at byte nan', {'offset': float('nan')}),
+                               ('at byte 0', {'offset': 0.0}),
+                               ('at byte -1', {'offset': -1.0}),
+                               ('at byte', {'offset': 1e30}),
+                               ('bits', {'bits': 16}),
+                               ('second file', {'magic': b'ni1\0'}),
+                               ('not a NIfTI-1 file', {'magic': b'nix\0'}),
+                               ('NIfTI-2', {'size': 540}),
+                               ('not a NIfTI-1 file', {'size': 347})):
+            with self.subTest(reason=reason):
+                reason = reason.replace('0 dimensions', '-1 dimensions')
+                self.refuse(header(**fields) + bytes(50000), reason)
+
+    def test_extents_beyond_all_memory(self):
+        endless = header(code=64, bits=64, extent=(32767, 32767, 32767))
+        self.refuse(endless + bytes(1000), 'ends after')
+
+    def test_name_without_the_suffix(self):
+        self.refuse(nifti(), '.nii', name='head.dat')
+
+    def test_unsound_projects(self):
+        whole = inv3()
+
+        def told(*listed):
+            return inv3(main_plist=volumes.plist(*listed))
+        for reason, contents in (('not a tar archive', b'text ' * 300),
+                                 ('no main.plist', b''),
+                                 ('no main.plist', inv3(main_plist=None)),
+                                 ('no main.plist', inv3(matrix_dat=None)),
+                                 ('bytes', inv3(matrix_dat=b'12')),
+                                 ('shape', told((1, 2), (1, 1, 1))),
+                                 ('shape', told((0, 2, 2), (1, 1, 1))),
+                                 ('shape', told((1e99, 2, 2), (1, 1, 1))),
+                                 ('spacing', told((6, 12, 10), (1, 0, 1))),
+                                 ('16-bit', told((6, 12, 10), (1, 1, 1), 'x')),
+                                 ('16-bit', inv3(main_plist=b'<key>shape</key>')),
+                                 ('', whole[:len(whole) // 2])):
+            with self.subTest(reason=reason):
+                self.refuse(contents, reason, name='head.inv3', options=('--ct',))
+
+    def test_headers_of_random_bytes(self):
+        """Whatever a header says, the answer is one sentence. The output is a file, so that
+        sound headers end early too."""
+        generator = random.Random(7)
+        blocked = self.file('blocked', b'')
+        for _ in range(300):
+            data = bytearray(nifti('h', order=generator.choice('<>')))
+            for _ in range(generator.randint(1, 6)):
+                data[generator.randrange(352)] = generator.choice((0, 1, 127, 128, 255,
+                                                                   generator.randrange(256)))
+            run = self.run_demo('--output', blocked, self.file('random.nii', bytes(data)))
+            self.assert_refused(run)
+
+
+class Surroundings(Demo):
+    def test_wrong_command_lines(self):
+        for arguments in ([], ['--none', 'x'], ['a.nii', 'b.nii'], ['--output'], ['--ct'],
+                          ['--synthetic', 'a.nii'], ['-x']):
+            run = self.run_demo(*arguments, cwd=self.folder)
+            self.assertEqual(run.returncode, 2, arguments)
+            self.assertRegex(run.stderr, r'\Areslice: [^\n]+\.\nUsage: ')
+            self.assertEqual(os.listdir(self.folder), [])
+
+    def test_help(self):
+        run = self.run_demo('--help')
+        self.assertEqual((run.returncode, run.stderr), (0, ''))
+        self.assertIn('Usage: ', run.stdout)
+
+    def test_output_that_cannot_be_a_folder(self):
+        volume = self.file('head.nii', nifti())
+        blocked = self.file('blocked', b'keep')
+        for output in blocked, blocked + '/below', '/proc/none':
+            self.assert_refused(self.run_demo('--output', output, volume), output)
+        with open(blocked, 'rb') as file:
+            self.assertEqual(file.read(), b'keep')
+
+    @unittest.skipIf(os.geteuid() == 0, 'root may write anywhere')
+    def test_folder_without_permission(self):
+        os.mkdir(self.output, 0o500)
+        run = self.run_demo('--output', self.output, self.file('head.nii', nifti()))
+        self.assert_refused(run, 'planes.png', 'permission denied')
+
+    def test_picture_whose_name_is_taken_by_a_folder(self):
+        os.makedirs(os.path.join(self.output, 'planes.png'))
+        run = self.run_demo('--output', self.output, self.file('head.nii', nifti()))
+        self.assert_refused(run, 'planes.png', 'is a directory')
+        self.assertEqual(os.listdir(self.output), ['planes.png'])
+
+    def test_full_disk(self):
+        """A limit on the size of files stands in for it: the write fails in the same way."""
+        volume = self.file('head.nii', nifti())
+        run = self.run_demo('--output', self.output, volume, preexec_fn=lambda: resource.setrlimit(
+            resource.RLIMIT_FSIZE, (3000, 3000)))
+        self.assert_refused(run, 'planes.png', 'file too large')
+        self.assertEqual(os.listdir(self.output), [])
+
+    def test_full_standard_output(self):
+        with open('/dev/full', 'w', encoding='ascii') as full:
+            run = subprocess.run([RESLICE, '--output', self.output, self.file('head.nii', nifti())],
+                                 stdout=full, stderr=subprocess.PIPE, text=True, check=False)
+        self.assert_refused(run, 'standard output', 'no space left')
+
+    def interrupt(self, number, sight):
+        """Sends the signal as soon as the path is there."""
+        process = subprocess.Popen([RESLICE, '--output', self.output, '--synthetic', '--ct'],
+                                   stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+        while process.poll() is None and not os.path.exists(sight):
+            time.sleep(0.01)
+        process.send_signal(number)
+        _, sentences = process.communicate(timeout=60)
+        return subprocess.CompletedProcess([], process.returncode, '', sentences)
+
+    def test_interrupt_leaves_whole_pictures_only(self):
+        cuts = os.path.join(self.output, 'skull-cuts.png')
+        for number in signal.SIGINT, signal.SIGTERM:
+            self.assert_refused(self.interrupt(number, self.output), 'interrupted', 'skull-cuts')
+            self.assertEqual(self.pictures(), {})
+            self.assert_refused(self.interrupt(number, cuts), 'interrupted', 'skull-rays')
+            self.assertEqual(set(self.pictures()), {'skull-cuts.png'})
+            os.remove(cuts)
+            os.rmdir(self.output)
+
+    def test_bar_on_a_terminal_only(self):
+        ours, theirs = pty.openpty()
+        process = subprocess.Popen([RESLICE, '--output', self.output,
+                                    self.file('head.nii', nifti())],
+                                   stdout=subprocess.DEVNULL, stderr=theirs)
+        os.close(theirs)
+        shown = b''
+        try:
+            while part := os.read(ours, 1 << 16):
+                shown += part
+        except OSError:  # how a terminal ends
+            pass
+        os.close(ours)
+        self.assertEqual(process.wait(timeout=60), 0)
+        self.assertIn(b'planes.png', shown)
+        self.assertIn(b'#] 100 %', shown)
+
+
+if __name__ == '__main__':
+    unittest.main(argv=[sys.argv[0], *sys.argv[2:]])
