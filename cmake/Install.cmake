@@ -21,6 +21,12 @@ install(FILES
 # Relative to the file itself, so that a moved installation still works.
 file(RELATIVE_PATH VOLUX_PREFIX_FROM_PC
     ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+foreach(folder LIBDIR INCLUDEDIR)
+    set(VOLUX_PC_${folder} "\${prefix}/${CMAKE_INSTALL_${folder}}")
+    if(IS_ABSOLUTE "${CMAKE_INSTALL_${folder}}")
+        set(VOLUX_PC_${folder} "${CMAKE_INSTALL_${folder}}")
+    endif()
+endforeach()
 configure_file(cmake/volux_core.pc.in volux_core.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/volux_core.pc
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -2,8 +2,10 @@
 # is loaded, nothing that keeps it from being unloaded.
 
 # The destructors of the five policy objects are not registered; the source says why they would be.
-set_source_files_properties(src/core/InterpolationType/StaticPolicies.cpp PROPERTIES COMPILE_OPTIONS
-    "$<$<CXX_COMPILER_ID:GNU>:-O2;-fno-use-cxa-atexit>;$<$<CXX_COMPILER_ID:Clang,AppleClang>:-fno-c++-static-destructors>")
+set_property(SOURCE src/core/InterpolationType/StaticPolicies.cpp APPEND PROPERTY COMPILE_OPTIONS
+    $<$<CXX_COMPILER_ID:GNU>:-O2>
+    $<$<CXX_COMPILER_ID:GNU>:-fno-use-cxa-atexit>
+    $<$<CXX_COMPILER_ID:Clang,AppleClang>:-fno-c++-static-destructors>)
 
 target_compile_options(volux_core PRIVATE
     # A unique symbol would keep the module loaded for ever.
@@ -13,6 +15,10 @@ target_compile_options(volux_core PRIVATE
 
 if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
     set(exports ${CMAKE_CURRENT_SOURCE_DIR}/cmake/exports.map)
-    target_link_options(volux_core PRIVATE LINKER:--version-script=${exports})
+    target_link_options(volux_core PRIVATE
+        LINKER:--version-script=${exports}
+        # Link-time optimisation would keep these two to itself: every user can make its own.
+        LINKER:--undefined=_ZTVN5volux4core6BorderE
+        LINKER:--undefined=_ZTVN5volux4core12InterpolatorE)
     set_property(TARGET volux_core APPEND PROPERTY LINK_DEPENDS ${exports})
 endif()

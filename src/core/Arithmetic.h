@@ -18,7 +18,7 @@
 #error "volux_core promises every result to the last bit; -ffast-math and its like change them."
 #endif
 #if FLT_EVAL_METHOD < 0 || FLT_EVAL_METHOD == 2
-#error "volux_core promises every result to the last bit; excess precision (x87) changes them."
+#error "volux_core promises every result to the last bit; x87 changes them: -msse2 -mfpmath=sse."
 #endif
 
 namespace volux::core::detail {
@@ -83,9 +83,9 @@ T roundTo(double value)
     if constexpr (std::is_floating_point_v<T>) {
         return static_cast<T>(std::round(value));
     } else {
-        // Truncating after this addition is std::round for every double, without a call. The
-        // addend is the largest number below one half: one half itself would round
-        // 0.49999999999999994 up.
+        // Rounding to nearest, truncating after this addition is std::round for every double,
+        // without a call. The addend is the largest number below one half: one half itself would
+        // take 0.49999999999999994 up.
         return truncateTo<T>(value + std::copysign(0.49999999999999994, value));
     }
 }

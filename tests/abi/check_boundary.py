@@ -43,7 +43,7 @@ def table_slots(table):
     start = addresses[demangled(names).index(f"vtable for {table}")]
     slots = {}
     for line in output("readelf", "-rW", LIBRARY).splitlines():
-        match = re.match(r"([0-9a-f]+)\s+[0-9a-f]+\s+R_X86_64_64\s+[0-9a-f]+\s+(\S+) \+ 0", line)
+        match = re.match(r"([0-9a-f]+)\s+[0-9a-f]+\s+R_\w+_(?:64|ABS64)\s+[0-9a-f]+\s+(\S+) \+ 0", line)
         if match:
             slots[int(match[1], 16)] = match[2]
     found = []

@@ -38,14 +38,16 @@ struct OwnBorder : Border {
     VxImage<long> wrong;
 #elif CASE == 10  // VxImage holds unsigned char, short, unsigned short
     VxImage<const short> wrong;
-#elif CASE == 11  // pass any other interpolator by its address
-    image.getValueVoxel<Interpolator*>(0.5, 0.5, 0.5, 0, chosen);
+#elif CASE == 11  // takes the address of a policy that is not const
+    const Linear constant;
+    image.getValueReal(0.5, 0.5, 0.5, 0, &constant);
 #elif CASE == 12  // pass any other interpolator by its address
     image.getValueVoxel<Linear>(0.5, 0.5, 0.5, 0, chosen);
-#elif CASE == 13  // pass any other border by its address
-    image.getValueVoxel<Linear>(0.5, 0.5, 0.5, 0, Linear(), &border, 0);
-#elif CASE == 14  // pass any other interpolator by its address
-    image.getDoubleValueReal<Interpolator*, Constant>(0.5, 0.5, 0.5, 0, chosen, Constant(), 0);
+#elif CASE == 13  // takes the address of a policy that is not const
+    image.getValueVoxel(0.5, 0.5, 0.5, 0, Linear(), "border", 0);
+#elif CASE == 14  // takes the address of a policy that is not const
+    const Border* constant = &border;
+    Linear()(image, 0.5, 0.5, 0.5, 0, constant, short{0});
 #endif
 }
 

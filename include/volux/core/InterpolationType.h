@@ -126,7 +126,7 @@ struct VOLUX_CORE_API NearestNeighbor : Interpolator {
     T operator()(const VxImage<T>& image, double x, double y, double z, unsigned int c, B* border,
                  T value)
     {
-        return operator()<T, Border*>(image, x, y, z, c, border, value);
+        return operator()<T, Border*>(image, x, y, z, c, detail::asBase<Border>(border), value);
     }
 
 protected:
@@ -158,7 +158,7 @@ struct VOLUX_CORE_API Linear : Interpolator {
     double operator()(const VxImage<T>& image, double x, double y, double z, unsigned int c,
                       B* border, T value)
     {
-        return operator()<T, Border*>(image, x, y, z, c, border, value);
+        return operator()<T, Border*>(image, x, y, z, c, detail::asBase<Border>(border), value);
     }
 
 protected:
@@ -192,7 +192,7 @@ struct VOLUX_CORE_API Cubic : Interpolator {
     double operator()(const VxImage<T>& image, double x, double y, double z, unsigned int c,
                       B* border, T value)
     {
-        return operator()<T, Border*>(image, x, y, z, c, border, value);
+        return operator()<T, Border*>(image, x, y, z, c, detail::asBase<Border>(border), value);
     }
 
 protected:

@@ -261,8 +261,9 @@ public:
     /// reads outside. Forms without a border read 0 outside. A channel is never tested.
     ///
     /// A result that becomes a T is **rounded half away from zero for every T, float and double
-    /// too**: those are whole numbers. Two forms are not rounded: getDoubleValueReal gives the
-    /// kernel's double as it is, and getValueVoxel without a border truncates. An integer T then
+    /// too**, nearest neighbour included: those are whole numbers. Two forms are not rounded:
+    /// getDoubleValueReal gives the kernel's double as it is; getValueVoxel without a border
+    /// truncates for an integer T and keeps the fraction of a float or double. An integer T then
     /// wraps; nothing saturates. A double that fits no 64-bit integer gives 0 (unsigned types), one
     /// that fits no int gives INT_MIN (int) or 0 (short).
     ///
@@ -270,12 +271,13 @@ public:
     /// the border once for each neighbour outside, in the order of the neighbours. A policy without
     /// a table of its own throws base::Exception.
     ///
-    /// Template arguments may be left out. Written out, the run-time form of an interpolator is
-    /// spelt Interpolator* for getValueReal and for getDoubleValueReal without a border, and
-    /// Interpolator for the others; that of a border is Border*.
+    /// Template arguments may be left out. Written out, a run-time interpolator is Interpolator* or
+    /// Interpolator, as you like (the exported name has Interpolator* for getValueReal and for
+    /// getDoubleValueReal without a border, Interpolator for the others); a run-time border is
+    /// Border*.
     /// @{
 
-    /// In voxels, 0 outside; **truncated**.
+    /// In voxels, 0 outside; **not rounded**.
     template <class I>
     T getValueVoxel(double x, double y, double z, int c, I interpolator) const
         noexcept(detail::byValue<I>());
@@ -295,11 +297,11 @@ public:
     /// In physical units, 0 outside; rounded.
     template <class I>
     T getValueReal(double x, double y, double z, int c, I interpolator) const
-        noexcept(detail::byValueOrAddress<I>());
+        noexcept(detail::byValue<I>());
     /// In physical units, rounded.
     template <class I, class B>
     T getValueReal(double x, double y, double z, int c, I interpolator, B border, T value) const
-        noexcept(detail::byValueOrAddress<I, B>());
+        noexcept(detail::byValue<I, B>());
 
     /// In physical units, Linear, 0 outside; rounded.
     T getValueReal(double x, double y, double z, int c) const;
@@ -307,7 +309,7 @@ public:
     /// In physical units, 0 outside; the kernel's double.
     template <class I>
     double getDoubleValueReal(double x, double y, double z, int c, I interpolator) const
-        noexcept(detail::byValueOrAddress<I>());
+        noexcept(detail::byValue<I>());
     /// In physical units; the kernel's double.
     template <class I, class B>
     double getDoubleValueReal(double x, double y, double z, int c, I interpolator, B border,
@@ -322,72 +324,84 @@ public:
     /// What a call without template arguments selects for the address of a policy object: it
     /// becomes an Interpolator* or a Border*, and the forms above do the rest.
     /// @{
-
-    /// Calls the form above of the same name.
+    /// Forwards to the form above that takes the base of the policy.
     template <detail::Deduced = detail::Deduced(), class I>
     T getValueVoxel(double x, double y, double z, int c, I* interpolator) const
     {
-        return getValueVoxel<Interpolator>(x, y, z, c, interpolator);
+        return getValueVoxel<Interpolator>(x, y, z, c, detail::asBase<Interpolator>(interpolator));
     }
     template <detail::Deduced = detail::Deduced(), class I, class B>
     T getValueVoxel(double x, double y, double z, int c, I* interpolator, B border, T value) const
     {
-        return getValueVoxel<Interpolator, B>(x, y, z, c, interpolator, border, value);
+        return getValueVoxel<Interpolator, B>(
+            x, y, z, c, detail::asBase<Interpolator>(interpolator), border, value);
     }
-    template <detail::Deduced = detail::Deduced(), class I, class B>
+    template <class I, class B>
     T getValueVoxel(double x, double y, double z, int c, I interpolator, B* border, T value) const
     {
-        return getValueVoxel<I, Border*>(x, y, z, c, interpolator, border, value);
+        return getValueVoxel<I, Border*>(x, y, z, c, interpolator, detail::asBase<Border>(border),
+                                         value);
     }
     template <detail::Deduced = detail::Deduced(), class I, class B>
     T getValueVoxel(double x, double y, double z, int c, I* interpolator, B* border, T value) const
     {
-        return getValueVoxel<Interpolator, Border*>(x, y, z, c, interpolator, border, value);
+        return getValueVoxel<Interpolator, Border*>(x, y, z, c,
+                                                    detail::asBase<Interpolator>(interpolator),
+                                                    detail::asBase<Border>(border), value);
     }
 
-    template <detail::Deduced = detail::Deduced(), class I>
+    template <class I>
     T getValueReal(double x, double y, double z, int c, I* interpolator) const
     {
-        return getValueReal<Interpolator*>(x, y, z, c, interpolator);
+        return getValueReal<Interpolator*>(x, y, z, c, detail::asBase<Interpolator>(interpolator));
     }
-    template <detail::Deduced = detail::Deduced(), class I, class B>
+    template <class I, class B>
     T getValueReal(double x, double y, double z, int c, I* interpolator, B border, T value) const
     {
-        return getValueReal<Interpolator*, B>(x, y, z, c, interpolator, border, value);
+        return getValueReal<Interpolator*, B>(
+            x, y, z, c, detail::asBase<Interpolator>(interpolator), border, value);
     }
-    template <detail::Deduced = detail::Deduced(), class I, class B>
+    template <class I, class B>
     T getValueReal(double x, double y, double z, int c, I interpolator, B* border, T value) const
     {
-        return getValueReal<I, Border*>(x, y, z, c, interpolator, border, value);
+        return getValueReal<I, Border*>(x, y, z, c, interpolator, detail::asBase<Border>(border),
+                                        value);
     }
-    template <detail::Deduced = detail::Deduced(), class I, class B>
+    template <class I, class B>
     T getValueReal(double x, double y, double z, int c, I* interpolator, B* border, T value) const
     {
-        return getValueReal<Interpolator*, Border*>(x, y, z, c, interpolator, border, value);
+        return getValueReal<Interpolator*, Border*>(x, y, z, c,
+                                                    detail::asBase<Interpolator>(interpolator),
+                                                    detail::asBase<Border>(border), value);
     }
 
-    template <detail::Deduced = detail::Deduced(), class I>
+    template <class I>
     double getDoubleValueReal(double x, double y, double z, int c, I* interpolator) const
     {
-        return getDoubleValueReal<Interpolator*>(x, y, z, c, interpolator);
+        return getDoubleValueReal<Interpolator*>(x, y, z, c,
+                                                 detail::asBase<Interpolator>(interpolator));
     }
     template <detail::Deduced = detail::Deduced(), class I, class B>
     double getDoubleValueReal(double x, double y, double z, int c, I* interpolator, B border,
                               T value) const
     {
-        return getDoubleValueReal<Interpolator, B>(x, y, z, c, interpolator, border, value);
+        return getDoubleValueReal<Interpolator, B>(
+            x, y, z, c, detail::asBase<Interpolator>(interpolator), border, value);
     }
-    template <detail::Deduced = detail::Deduced(), class I, class B>
+    template <class I, class B>
     double getDoubleValueReal(double x, double y, double z, int c, I interpolator, B* border,
                               T value) const
     {
-        return getDoubleValueReal<I, Border*>(x, y, z, c, interpolator, border, value);
+        return getDoubleValueReal<I, Border*>(x, y, z, c, interpolator,
+                                              detail::asBase<Border>(border), value);
     }
     template <detail::Deduced = detail::Deduced(), class I, class B>
     double getDoubleValueReal(double x, double y, double z, int c, I* interpolator, B* border,
                               T value) const
     {
-        return getDoubleValueReal<Interpolator, Border*>(x, y, z, c, interpolator, border, value);
+        return getDoubleValueReal<Interpolator, Border*>(x, y, z, c,
+                                                         detail::asBase<Interpolator>(interpolator),
+                                                         detail::asBase<Border>(border), value);
     }
     /// @}
 
@@ -456,5 +470,7 @@ private:
 
 #define VOLUX_TEMPLATE extern template VOLUX_CORE_API
 #include "volux/core/detail/instantiations/Sampling.inc"
+
+#include "volux/core/detail/RunTimeSpellings.inc"
 
 }  // namespace volux::core

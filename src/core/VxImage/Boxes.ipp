@@ -23,10 +23,11 @@ void copyBox(const VxImage<T>& src, VoxelIndex from, VxImage<T>& dst, VoxelIndex
     const auto at = [](unsigned int corner, unsigned int i) {
         return static_cast<int>(corner + i);
     };
-    for (unsigned int k = 0; k < extent.depth(); ++k) {
-        for (unsigned int j = 0; j < extent.height(); ++j) {
-            for (unsigned int i = 0; i < extent.width(); ++i) {
-                for (unsigned int c = 0; c < dst.getChannels(); ++c) {
+    const ImageSize count(extent.width(), extent.height(), extent.depth(), dst.getChannels());
+    for (unsigned int k = 0; k < count.depth; ++k) {
+        for (unsigned int j = 0; j < count.height; ++j) {
+            for (unsigned int i = 0; i < count.width; ++i) {
+                for (unsigned int c = 0; c < count.channels; ++c) {
                     dst(at(to.x, i), at(to.y, j), at(to.z, k), at(c, 0)) =
                         src(at(from.x, i), at(from.y, j), at(from.z, k), at(c, 0));
                 }

@@ -62,7 +62,7 @@ T VxImage<T>::getValueVoxel(double x, double y, double z, int c, Interpolator* i
 template <class T>
 template <class I>
 T VxImage<T>::getValueReal(double x, double y, double z, int c, I interpolator) const
-    noexcept(detail::byValueOrAddress<I>())
+    noexcept(detail::byValue<I>())
 {
     return getValueReal<I, Constant>(x, y, z, c, interpolator, Constant(), T());
 }
@@ -70,7 +70,7 @@ T VxImage<T>::getValueReal(double x, double y, double z, int c, I interpolator) 
 template <class T>
 template <class I, class B>
 T VxImage<T>::getValueReal(double x, double y, double z, int c, I interpolator, B border,
-                           T value) const noexcept(detail::byValueOrAddress<I, B>())
+                           T value) const noexcept(detail::byValue<I, B>())
 {
     return detail::roundTo<T>(detail::sample(*this, x / voxelSizeX, y / voxelSizeY, z / voxelSizeZ,
                                              c, interpolator, border, value));
@@ -85,7 +85,7 @@ T VxImage<T>::getValueReal(double x, double y, double z, int c) const
 template <class T>
 template <class I>
 double VxImage<T>::getDoubleValueReal(double x, double y, double z, int c, I interpolator) const
-    noexcept(detail::byValueOrAddress<I>())
+    noexcept(detail::byValue<I>())
 {
     return detail::sample(*this, x / voxelSizeX, y / voxelSizeY, z / voxelSizeZ, c, interpolator,
                           Constant(), T());

@@ -45,6 +45,35 @@ protected:
     Border* replication = &REPLICATION;
 };
 
+// The three families with one spelling of the run-time interpolator for all of them.
+template <class I>
+double sumOfReadings(const VxImage<short>& image, Interpolator* interpolator)
+{
+    return image.getValueVoxel<I>(3.25, 0, 0, 0, interpolator) +
+           image.getValueReal<I>(6.5, 0, 0, 0, interpolator) +
+           image.getDoubleValueReal<I>(6.5, 0, 0, 0, interpolator);
+}
+
+template <class I, class B>
+double sumOfBorderedReadings(const VxImage<short>& image, Interpolator* interpolator, B border)
+{
+    return image.getValueVoxel<I, B>(3.25, 0, 0, 0, interpolator, border, 100) +
+           image.getValueReal<I, B>(6.5, 0, 0, 0, interpolator, border, 100) +
+           image.getDoubleValueReal<I, B>(6.5, 0, 0, 0, interpolator, border, 100);
+}
+
+TEST_F(Written, OneSpellingOfTheRunTimeInterpolatorServesAllFamilies)
+{
+    EXPECT_EQ(sumOfReadings<Interpolator>(image, linear), 3 * 675.0);
+    EXPECT_EQ(sumOfReadings<Interpolator*>(image, linear), 3 * 675.0);
+    EXPECT_EQ(sumOfBorderedReadings<Interpolator>(image, linear, CONSTANT), 3 * 700.0);
+    EXPECT_EQ(sumOfBorderedReadings<Interpolator*>(image, linear, CONSTANT), 3 * 700.0);
+    EXPECT_EQ(sumOfBorderedReadings<Interpolator>(image, linear, REPLICATION), 3 * 900.0);
+    EXPECT_EQ(sumOfBorderedReadings<Interpolator*>(image, linear, REPLICATION), 3 * 900.0);
+    EXPECT_EQ(sumOfBorderedReadings<Interpolator>(image, linear, constant), 3 * 700.0);
+    EXPECT_EQ(sumOfBorderedReadings<Interpolator*>(image, linear, constant), 3 * 700.0);
+}
+
 TEST_F(Written, VoxelReadsWithTemplateArguments)
 {
     EXPECT_EQ(image.getValueVoxel<NearestNeighbor>(3.25, 0, 0, 0, NEAREST_NEIGHBOR), 900);

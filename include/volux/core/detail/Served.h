@@ -56,25 +56,32 @@ constexpr bool refuseUnless()
     return false;
 }
 
-/// A kernel by value.
+/// I is the type of the interpolator argument: a kernel, or Interpolator*.
 template <class I, class B = Constant>
 constexpr bool byValue()
 {
-    return refuseUnless<isKernel<I>, isBorderKind<B>>();
+    return refuseUnless<isKernel<I> || std::is_same_v<I, Interpolator*>, isBorderKind<B>>();
 }
 
-/// A run-time interpolator whose template argument is spelt Interpolator.
+/// The interpolator argument is an Interpolator*, and I names it: Interpolator, or Interpolator*.
 template <class I, class B = Constant>
 constexpr bool byAddress()
 {
-    return refuseUnless<std::is_same_v<I, Interpolator>, isBorderKind<B>>();
+    return refuseUnless<std::is_same_v<I, Interpolator> || std::is_same_v<I, Interpolator*>,
+                        isBorderKind<B>>();
 }
 
-/// A kernel by value, or a run-time interpolator whose template argument is spelt Interpolator*.
-template <class I, class B = Constant>
-constexpr bool byValueOrAddress()
+/// The address of a policy as that of its base.
+template <class Base, class Policy>
+constexpr Base* asBase(Policy* policy)
 {
-    return refuseUnless < isKernel<I> || std::is_same_v<I, Interpolator*>, isBorderKind < B >> ();
+    constexpr bool isPolicy = std::is_convertible_v<Policy*, Base*>;
+    static_assert(isPolicy, "volux::core takes the address of a policy that is not const.");
+    if constexpr (isPolicy) {
+        return policy;
+    } else {
+        return nullptr;
+    }
 }
 
 }  // namespace detail
