@@ -324,6 +324,7 @@ public:
     /// What a call without template arguments selects for the address of a policy object: it
     /// becomes an Interpolator* or a Border*, and the forms above do the rest.
     /// @{
+
     /// Forwards to the form above that takes the base of the policy.
     template <detail::Deduced = detail::Deduced(), class I>
     T getValueVoxel(double x, double y, double z, int c, I* interpolator) const
