@@ -3,6 +3,7 @@ tables, what it needs, and that nothing of it runs when it is loaded.
 
 Usage: check_boundary.py SHARED_OBJECT
 """
+import ctypes
 import re
 import subprocess
 import sys
@@ -64,6 +65,11 @@ class Boundary(unittest.TestCase):
 
     def test_nothing_else_is_exported(self):
         self.assertEqual(sorted(self.names - set(interface.everything())), [])
+
+    def test_every_entity_resolves_in_another_program(self):
+        module = ctypes.CDLL(LIBRARY)
+        for name in self.exported:
+            self.assertTrue(hasattr(module, name), name)
 
     def test_each_element_type_has_117_entities(self):
         for t in interface.ELEMENT_TYPES:

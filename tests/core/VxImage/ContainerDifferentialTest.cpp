@@ -55,7 +55,7 @@ protected:
 };
 TYPED_TEST_SUITE(ContainerDifferential, ElementTypes, ElementTypeNames);
 
-TYPED_TEST(ContainerDifferential, Fill)
+TYPED_TEST(ContainerDifferential, FillsAsTheModelDoes)
 {
     this->repeat(1000, [&](Random& random) {
         auto volume = this->anyVolume(random, random.between(1, 4));
@@ -77,7 +77,7 @@ TYPED_TEST(ContainerDifferential, Fill)
     });
 }
 
-TYPED_TEST(ContainerDifferential, Crop)
+TYPED_TEST(ContainerDifferential, CropsAsTheModelDoes)
 {
     const auto someRange = [](Random& random, unsigned int extent, unsigned int* first,
                               unsigned int* last) {
@@ -101,7 +101,7 @@ TYPED_TEST(ContainerDifferential, Crop)
     });
 }
 
-TYPED_TEST(ContainerDifferential, Draw)
+TYPED_TEST(ContainerDifferential, DrawsAsTheModelDoes)
 {
     this->repeat(3000, [&](Random& random) {
         const unsigned int channels = random.between(1, 4);
@@ -123,7 +123,7 @@ TYPED_TEST(ContainerDifferential, Draw)
     });
 }
 
-TYPED_TEST(ContainerDifferential, GetPlane)
+TYPED_TEST(ContainerDifferential, TakesPlanesAsTheModelDoes)
 {
     this->repeat(4000, [&](Random& random) {
         auto volume = this->anyVolume(random, random.between(1, 4));
@@ -141,7 +141,7 @@ TYPED_TEST(ContainerDifferential, GetPlane)
     });
 }
 
-TYPED_TEST(ContainerDifferential, SetPlane)
+TYPED_TEST(ContainerDifferential, PutsPlanesBackAsTheModelDoes)
 {
     this->repeat(5000, [&](Random& random) {
         const unsigned int channels = random.between(1, 4);
@@ -166,7 +166,7 @@ TYPED_TEST(ContainerDifferential, SetPlane)
     });
 }
 
-TYPED_TEST(ContainerDifferential, SingleVoxels)
+TYPED_TEST(ContainerDifferential, ReadsAndWritesVoxelsAsTheModelDoes)
 {
     this->repeat(6000, [&](Random& random) {
         auto volume = this->anyVolume(random, random.between(1, 4));
@@ -193,7 +193,7 @@ TYPED_TEST(ContainerDifferential, SingleVoxels)
 }
 
 /// A model of an image that is resized again and again: its capacity and what its block holds.
-TYPED_TEST(ContainerDifferential, Resizing)
+TYPED_TEST(ContainerDifferential, ResizesAsTheModelDoes)
 {
     this->repeat(7000, [&](Random& random) {
         VxImage<TypeParam> image;

@@ -60,15 +60,16 @@ constexpr bool refuseUnless()
 template <class I, class B = Constant>
 constexpr bool byValue()
 {
-    return refuseUnless<isKernel<I> || std::is_same_v<I, Interpolator*>, isBorderKind<B>>();
+    constexpr bool isServed = isKernel<I> || std::is_same_v<I, Interpolator*>;
+    return refuseUnless<isServed, isBorderKind<B>>();
 }
 
 /// The interpolator argument is an Interpolator*, and I names it: Interpolator, or Interpolator*.
 template <class I, class B = Constant>
 constexpr bool byAddress()
 {
-    return refuseUnless<std::is_same_v<I, Interpolator> || std::is_same_v<I, Interpolator*>,
-                        isBorderKind<B>>();
+    constexpr bool isServed = std::is_same_v<std::remove_pointer_t<I>, Interpolator>;
+    return refuseUnless<isServed, isBorderKind<B>>();
 }
 
 /// The address of a policy as that of its base.
