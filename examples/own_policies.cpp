@@ -10,7 +10,8 @@ using namespace volux::core;
 
 namespace {
 
-/// Reflects a position at the faces of the volume, as often as it takes: ... 1 0 | 0 1 2 ...
+/// Reflects a position at the faces of an image that is not empty, as often as it takes:
+/// ... 1 0 | 0 1 2 ...
 struct Mirror : Border {
     template <class T>
     T fetch(const VxImage<T>& image, int x, int y, int z, unsigned int c, T, unsigned int width,

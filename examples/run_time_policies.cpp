@@ -39,8 +39,10 @@ int main(int count, char** arguments)
 {
     const auto kernel = kKernels.find(count > 1 ? arguments[1] : "linear");
     const auto border = kBorders.find(count > 2 ? arguments[2] : "constant");
-    if (kernel == kKernels.end() || border == kBorders.end())
-        return std::puts("There is no such kernel or border."), 2;
+    if (kernel == kKernels.end() || border == kBorders.end()) {
+        std::fputs("There is no such kernel or border.\n", stderr);
+        return 2;
+    }
 
     VxImage<unsigned short> image;
     if (image.initialize(4, 4, 4, 1) != SUCCESS || image.fill(400) != SUCCESS)

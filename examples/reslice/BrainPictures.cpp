@@ -7,6 +7,7 @@
 
 #include "Montage.h"
 #include "Sheet.h"
+#include "ShortNumber.h"
 #include "View.h"
 #include "Window.h"
 
@@ -105,10 +106,9 @@ Plane mostTelling(const Volume& volume, const Plane& plane, double square)
     return best;
 }
 
-Tile view(const Volume& volume, const Plane& plane, const PixelGrid& grid,
-          core::Interpolator& interpolator, const std::string& name, const Window& window, Job& job)
+Tile view(const Volume& volume, const Plane& plane, const PixelGrid& grid, const Policies& policies,
+          const std::string& name, const Window& window, Job& job)
 {
-    const Policies policies{&interpolator, &InterpolationBorderType::REPLICATION};
     Picture picture = viewPlane(volume, plane, grid, policies, window, job);
     letter(picture, volume, plane.directions);
     addScale(picture, grid.edge);
@@ -141,9 +141,12 @@ void makeOblique(const Volume& volume, const Window& window, const OutputFolder&
     const Plane detail = mostTelling(volume, plane, kDetailTile * part.edge);
     std::vector<Tile> tiles;
     const auto add = [&](core::Interpolator& interpolator, const std::string& name) {
-        tiles.push_back(view(volume, detail, part, interpolator, name, window, job));
+        const Policies policies{&interpolator, &InterpolationBorderType::REPLICATION};
+        tiles.push_back(view(volume, detail, part, policies, name, window, job));
     };
-    tiles.push_back(view(volume, plane, whole, InterpolationType::CUBIC, "the plane", window, job));
+    const Policies darkOutside{&InterpolationType::CUBIC, &InterpolationBorderType::CONSTANT,
+                               window.low};
+    tiles.push_back(view(volume, plane, whole, darkOutside, "the plane", window, job));
     framePart(tiles[0].picture, plane, whole, detail, kDetailTile * part.edge);
     add(InterpolationType::NEAREST_NEIGHBOR, "nearest neighbour");
     add(InterpolationType::LINEAR, "trilinear");

@@ -14,13 +14,13 @@ const char* const kUsage =
     "       reslice --help\n"
     "Writes PNG files into DIR, which is demo-output if not given. Of a series of volumes the\n"
     "first is shown; intensities are the stored values times the file's slope, plus its\n"
-    "intercept; the patient's right is on the left, where the file tells how it lies.\n"
+    "intercept, unless the slope is 0 or either of them is not finite; the patient's right is\n"
+    "on the left, where the file tells how it lies.\n"
     "Exit status: 0 done, 1 a file could not be read or written, 2 wrong usage.\n";
 
 Request parseCommandLine(int count, const char* const* arguments)
 {
     Request request;
-    bool synthetic = false;
     bool options = true;
     std::vector<std::string> files;
     for (int i = 1; i < count; ++i) {
@@ -34,15 +34,15 @@ Request parseCommandLine(int count, const char* const* arguments)
         else if (argument == "--ct")
             request.ct = true;
         else if (argument == "--synthetic")
-            synthetic = true;
+            request.synthetic = true;
         else if (argument == "--output" && i + 1 < count)
             request.output = arguments[++i];
         else
             throw Misuse(argument == "--output" ? "--output needs a folder"
                                                 : "there is no option " + argument);
     }
-    if (!request.help && files.size() != (synthetic ? 0U : 1U))
-        throw Misuse(synthetic ? "--synthetic takes no file" : "give one file");
+    if (!request.help && files.size() != (request.synthetic ? 0U : 1U))
+        throw Misuse(request.synthetic ? "--synthetic takes no file" : "give one file");
     if (!files.empty())
         request.file = files[0];
     return request;

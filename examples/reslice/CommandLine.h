@@ -7,7 +7,8 @@ namespace reslice {
 
 struct Request {
     std::string output = "demo-output";
-    std::string file;  ///< empty for a synthetic head
+    std::string file;
+    bool synthetic = false;  ///< in place of the file
     bool ct = false;
     bool help = false;
 };

@@ -22,6 +22,7 @@ public:
     /// Reads and forgets; returns how many bytes there were.
     unsigned long long skip(unsigned long long bytes);
 
+    bool isCompressed() const { return gzdirect(file_) == 0; }
     const std::string& path() const { return path_; }
 
 private:

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
-#include <filesystem>
 #include <vector>
 
 #include "Failure.h"
@@ -48,9 +47,10 @@ bool isExtent(double value)
     return value >= 1 && value <= kLargestExtent && value == std::floor(value);
 }
 
+/// Products and quotients of such lengths are finite and not 0.
 bool isSpacing(double value)
 {
-    return std::isfinite(value) && value > 0.0;
+    return value >= 1e-60 && value <= 1e60;
 }
 
 /// Slices run from the feet up, rows from the back to the front, and columns to the patient's
@@ -65,7 +65,7 @@ Layout layoutOf(const std::string& plist, const std::string& path)
         cannotRead(path, "its property list gives no shape of three extents");
     if (spacing.size() != 3 || !std::all_of(spacing.begin(), spacing.end(), isSpacing))
         cannotRead(path, "its property list gives no voxel spacing of three lengths");
-    Layout layout{std::filesystem::path(path).filename().string(), {}, {}, {}};
+    Layout layout{path, {}, {}, {}};
     for (std::size_t axis = 0; axis < 3; ++axis) {
         layout.extent[axis] = static_cast<unsigned int>(shape[2 - axis]);
         layout.spacing[axis] = spacing[axis];

@@ -70,6 +70,23 @@ void stamp(Picture& picture, int x, int baseline, const FT_GlyphSlot glyph, Colo
                           colour, bitmap.buffer[row * bitmap.pitch + column] / 255.0);
 }
 
+/// Each letter as often as the rim is wide, in all directions.
+void set(Picture& picture, int x, int baseline, const std::string& text, const Style& style,
+         int rim)
+{
+    const int width = style.anchor == Anchor::LEFT ? 0 : textWidth(text, style.size);
+    x -= style.anchor == Anchor::CENTRE ? width / 2 : width;
+    for (const char32_t letter : lettersOf(text)) {
+        const FT_GlyphSlot glyph = font().glyph(letter, style.size);
+        if (glyph == nullptr)
+            continue;
+        for (int down = -rim; down <= rim; ++down)
+            for (int right = -rim; right <= rim; ++right)
+                stamp(picture, x + right, baseline + down, glyph, style.colour);
+        x += static_cast<int>(glyph->advance.x >> 6);
+    }
+}
+
 }  // namespace
 
 int textWidth(const std::string& text, unsigned int size)
@@ -83,24 +100,13 @@ int textWidth(const std::string& text, unsigned int size)
 
 void write(Picture& picture, int x, int baseline, const std::string& text, const Style& style)
 {
-    const int width = textWidth(text, style.size);
-    if (style.anchor != Anchor::LEFT)
-        x -= style.anchor == Anchor::CENTRE ? width / 2 : width;
-    for (const char32_t letter : lettersOf(text)) {
-        const FT_GlyphSlot glyph = font().glyph(letter, style.size);
-        if (glyph == nullptr)
-            continue;
-        stamp(picture, x, baseline, glyph, style.colour);
-        x += static_cast<int>(glyph->advance.x >> 6);
-    }
+    set(picture, x, baseline, text, style, 0);
 }
 
 void writeOver(Picture& picture, int x, int baseline, const std::string& text, const Style& style)
 {
     constexpr Colour kRim{0, 0, 0};
-    for (int down = -1; down <= 1; ++down)
-        for (int right = -1; right <= 1; ++right)
-            write(picture, x + right, baseline + down, text, {style.size, kRim, style.anchor});
+    set(picture, x, baseline, text, {style.size, kRim, style.anchor}, 1);
     write(picture, x, baseline, text, style);
 }
 

@@ -6,6 +6,7 @@
 
 #include "Lettering.h"
 #include "Sheet.h"
+#include "ShortNumber.h"
 #include "View.h"
 
 namespace reslice {
@@ -83,8 +84,9 @@ Picture makeMontage(const Volume& volume, const Window& window, Job& job)
     Picture montage(kMontageColumns * head.width(), kMontageRows * head.height(), kPaper);
     for (unsigned int tile = 0; tile < kTiles; ++tile) {
         Picture slice = slices[tile].cropped(head);
-        writeOver(slice, 6, static_cast<int>(slice.height()) - 7,
-                  shortNumber(indices[tile] * volume.spacing().z) + " mm", {12, kInk});
+        if (hasRoom(slice))
+            writeOver(slice, 6, static_cast<int>(slice.height()) - 7,
+                      shortNumber(indices[tile] * volume.spacing().z) + " mm", {12, kInk});
         montage.paste(slice, tile % kMontageColumns * head.width(),
                       tile / kMontageColumns * head.height());
     }

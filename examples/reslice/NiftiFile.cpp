@@ -6,7 +6,6 @@
 #include <array>
 #include <cmath>
 #include <cstdlib>
-#include <filesystem>
 #include <new>
 
 #include "Failure.h"
@@ -65,13 +64,15 @@ Axes axesOf(const mat44& toPatient)
     return axes.known ? axes : Axes{{0, 1, 2}, {false, false, false}, false};
 }
 
+/// A degenerate sform tells nothing, and then the qform counts.
 Axes axesOf(const nifti_image& image)
 {
+    Axes axes{{0, 1, 2}, {false, false, false}, false};
     if (image.sform_code > 0)
-        return axesOf(image.sto_xyz);
-    if (image.qform_code > 0)
-        return axesOf(image.qto_xyz);
-    return {{0, 1, 2}, {false, false, false}, false};
+        axes = axesOf(image.sto_xyz);
+    if (!axes.known && image.qform_code > 0)
+        axes = axesOf(image.qto_xyz);
+    return axes;
 }
 
 double millimetresPerUnit(int unit)
@@ -94,8 +95,7 @@ void takeScaling(const nifti_image& image, Layout& layout)
 
 Layout layoutOf(const nifti_image& image, const nifti_1_header& header, const std::string& path)
 {
-    Layout layout{
-        std::filesystem::path(path).filename().string(), {1, 1, 1}, {1.0, 1.0, 1.0}, axesOf(image)};
+    Layout layout{path, {1, 1, 1}, {1.0, 1.0, 1.0}, axesOf(image)};
     const double unit = millimetresPerUnit(image.xyz_units);
     for (std::size_t axis = 0;
          axis < std::min<std::size_t>(3, static_cast<std::size_t>(header.dim[0])); ++axis) {

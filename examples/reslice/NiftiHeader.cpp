@@ -8,6 +8,7 @@
 
 #include "Failure.h"
 #include "GzipFile.h"
+#include "ShortNumber.h"
 
 namespace reslice {
 namespace {
@@ -41,9 +42,22 @@ void requireSingleFile(const nifti_1_header& header, const std::string& path)
         cannotRead(path, "its voxels are in a second file, and only single files are supported");
     if (std::memcmp(header.magic, "n+1", 4) != 0)
         cannotRead(path, "it is not a NIfTI-1 file");
-    const char* extension = nifti_find_file_extension(path.c_str());
-    if (extension == nullptr || std::strncmp(extension, ".nii", 4) != 0)
-        cannotRead(path, "the name of a NIfTI-1 file ends in .nii or .nii.gz");
+}
+
+bool endsIn(const std::string& path, const std::string& suffix)
+{
+    return path.size() > suffix.size() &&
+           path.compare(path.size() - suffix.size(), suffix.size(), suffix) == 0;
+}
+
+/// niftiio goes by the name, and complains on the error stream of some that it cannot use.
+void requireSuffix(const GzipFile& file)
+{
+    const bool plain = endsIn(file.path(), ".nii");
+    if (!plain && !endsIn(file.path(), ".nii.gz"))
+        cannotRead(file.path(), "the name of a NIfTI-1 file ends in .nii or .nii.gz");
+    if (plain && file.isCompressed())
+        cannotRead(file.path(), "it is compressed, so its name has to end in .nii.gz");
 }
 
 void requireExtents(const nifti_1_header& header, const std::string& path)
@@ -61,7 +75,7 @@ void requireSpacing(const nifti_1_header& header, const std::string& path)
     for (int axis = 1; axis <= std::min<int>(3, header.dim[0]); ++axis)
         if (!std::isfinite(header.pixdim[axis]) || header.pixdim[axis] <= 0.0F)
             cannotRead(path, "its header gives dimension " + std::to_string(axis) +
-                                 " the voxel spacing " + std::to_string(header.pixdim[axis]));
+                                 " the voxel spacing " + shortNumber(header.pixdim[axis]));
 }
 
 /// 0 where none of the element types of an image is the file's.
@@ -99,7 +113,7 @@ unsigned long long bytesNeeded(const nifti_1_header& header, const std::string& 
 {
     const double offset = header.vox_offset;
     if (!(offset >= kHeaderBytes && offset < 2147483648.0))
-        cannotRead(path, "its header puts the voxels at byte " + std::to_string(offset));
+        cannotRead(path, "its header puts the voxels at byte " + shortNumber(offset));
     return voxelBytes(header) + static_cast<unsigned long long>(offset);
 }
 
@@ -127,6 +141,7 @@ nifti_1_header soundHeader(const std::string& path)
     GzipFile file(path);
     const nifti_1_header header = readHeader(file);
     requireSingleFile(header, path);
+    requireSuffix(file);
     requireExtents(header, path);
     requireSpacing(header, path);
     requireElementType(header, path);

@@ -66,7 +66,7 @@ std::unique_ptr<Volume> makePhantom(Modality modality)
     std::shared_ptr<short[]> voxels(new short[std::size_t{width} * height * depth]);
     short* next = voxels.get();
     for (unsigned int z = 0; z < depth; ++z) {
-        stopIfInterrupted(layout.name);
+        stopIfInterrupted(layout.path);
         for (unsigned int y = 0; y < height; ++y)
             for (unsigned int x = 0; x < width; ++x) {
                 const Tissue tissue = tissueAt({x - 79.5, y - 99.5, 1.5 * z - 86.25});

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdio>
 #include <utility>
 
 #include "Lettering.h"
+#include "ShortNumber.h"
 
 namespace reslice {
 namespace {
@@ -50,11 +50,17 @@ double roundLength(double longest)
     return power;
 }
 
+/// The tile, or its caption where that is wider.
+int columnOf(const Tile& tile)
+{
+    return std::max(static_cast<int>(tile.picture.width()), textWidth(tile.caption, kTextSize));
+}
+
 int widthOf(const std::vector<Tile>& tiles)
 {
     int width = 2 * kMargin - kGap;
     for (const Tile& tile : tiles)
-        width += static_cast<int>(tile.picture.width()) + kGap;
+        width += columnOf(tile) + kGap;
     return width;
 }
 
@@ -68,8 +74,16 @@ int heightOf(const std::vector<Tile>& tiles)
 
 }  // namespace
 
+bool hasRoom(const Picture& picture)
+{
+    constexpr unsigned int kNarrowest = 40;
+    return std::min(picture.width(), picture.height()) >= kNarrowest;
+}
+
 void addDirections(Picture& picture, const Directions& directions)
 {
+    if (!hasRoom(picture))
+        return;
     const int width = static_cast<int>(picture.width());
     const int height = static_cast<int>(picture.height());
     const int size = static_cast<int>(kTextSize);
@@ -84,6 +98,8 @@ void addDirections(Picture& picture, const Directions& directions)
 
 void addScale(Picture& picture, double pixelEdge)
 {
+    if (!hasRoom(picture))
+        return;
     const double length = roundLength(picture.width() * pixelEdge * 0.25);
     const int pixels = static_cast<int>(std::lround(length / pixelEdge));
     const int right = static_cast<int>(picture.width()) - 10;
@@ -107,16 +123,9 @@ Picture composeSheet(const std::string& title, const std::string& subtitle,
     for (const Tile& tile : tiles) {
         write(sheet, left, kHeadHeight + kTextSize + 2, tile.caption, {kTextSize});
         sheet.paste(tile.picture, static_cast<unsigned int>(left), kHeadHeight + kCaptionHeight);
-        left += static_cast<int>(tile.picture.width()) + kGap;
+        left += columnOf(tile) + kGap;
     }
     return sheet;
-}
-
-std::string shortNumber(double value)
-{
-    std::array<char, 32> text{};
-    std::snprintf(text.data(), text.size(), "%.4g", value);
-    return text.data();
 }
 
 std::string describe(const Volume& volume)

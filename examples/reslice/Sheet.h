@@ -14,18 +14,18 @@ struct Tile {
     std::string caption;
 };
 
+/// False where letters and a scale would cover a tile, and are left out for it.
+bool hasRoom(const Picture& picture);
+
 /// Puts the letters of the patient's directions (R, L, A, P, S, I) on the four edges.
 void addDirections(Picture& picture, const Directions& directions);
 
 /// Puts a bar of a round length at the lower right.
 void addScale(Picture& picture, double pixelEdge);
 
-/// Tiles side by side under a title and a line that says more.
+/// Tiles side by side, each below its caption, under a title and a line that says more.
 Picture composeSheet(const std::string& title, const std::string& subtitle,
                      const std::vector<Tile>& tiles);
-
-/// "1.5", not "1.500000".
-std::string shortNumber(double value);
 
 /// "181 × 217 × 181 voxels of 1 × 1 × 1 mm"
 std::string describe(const Volume& volume);

@@ -1,12 +1,15 @@
 #include "SkullPictures.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 #include <string>
 #include <vector>
 
+#include "Failure.h"
 #include "Sheet.h"
+#include "ShortNumber.h"
 #include "SkullProjections.h"
 #include "View.h"
 #include "Window.h"
@@ -25,19 +28,29 @@ short saturated(double intensity)
     return static_cast<short>(std::lround(std::clamp(intensity, lowest, highest)));
 }
 
+/// Unequal edges multiply the voxels, and a ray has a step for each along its way.
+void requireFeasible(const std::array<double, 3>& extent, const std::string& path)
+{
+    constexpr double kMostVoxels = 1 << 28, kLongestRay = 1 << 15;
+    const auto& [width, height, depth] = extent;
+    if (width * height * depth <= kMostVoxels && std::max({width, height, depth}) <= kLongestRay)
+        return;
+    cannotRead(path, "resampled to voxels of equal edges, it would have " + shortNumber(width) +
+                         " x " + shortNumber(height) + " x " + shortNumber(depth) +
+                         " of them, which is too many");
+}
+
 /// Voxels whose edges are the shortest of the volume's, so that no detail is lost.
 Layout isotropicLayout(const Volume& volume)
 {
     const core::VoxelSize spacing = volume.spacing();
     const double edge = std::min({spacing.x, spacing.y, spacing.z});
-    const Point extent = volume.extent();
-    const auto voxels = [edge](double length) {
-        return static_cast<unsigned int>(std::max(1.0, std::round(length / edge)));
-    };
-    return {volume.name(),
-            {voxels(extent.x), voxels(extent.y), voxels(extent.z)},
-            {edge, edge, edge},
-            {}};
+    const auto [x, y, z] = volume.extent();
+    const auto voxels = [edge](double length) { return std::round(length / edge); };
+    const std::array<double, 3> extent = {voxels(x), voxels(y), voxels(z)};
+    requireFeasible(extent, volume.path());
+    return {
+        volume.path(), {pixels(x, edge), pixels(y, edge), pixels(z, edge)}, {edge, edge, edge}, {}};
 }
 
 /// Tricubic, at the physical positions of the new voxels; their first faces coincide.

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Sheet.h"
+#include "ShortNumber.h"
 #include "View.h"
 
 namespace reslice {

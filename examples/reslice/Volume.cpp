@@ -2,8 +2,12 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <filesystem>
 #include <limits>
 #include <new>
+#include <tuple>
+#include <type_traits>
 #include <utility>
 
 namespace reslice {
@@ -139,6 +143,11 @@ std::vector<double> VolumeOf<T>::someIntensities(std::size_t count) const
 }  // namespace
 
 Volume::Volume(Layout layout) : layout_(std::move(layout)) {}
+
+std::string Volume::name() const
+{
+    return std::filesystem::path(layout_.path).filename().string();
+}
 
 core::ImageSize Volume::size() const
 {

@@ -23,7 +23,7 @@ enum class Cut { AXIAL, SAGITTAL, CORONAL };
 
 /// What a file says about its voxels, in the order in which it stores them.
 struct Layout {
-    std::string name;  ///< for captions
+    std::string path;
     std::array<unsigned int, 3> extent;
     std::array<double, 3> spacing;  ///< millimetres
     Axes axes;
@@ -37,7 +37,8 @@ public:
     explicit Volume(Layout layout);
     virtual ~Volume() = default;
 
-    const std::string& name() const { return layout_.name; }
+    const std::string& path() const { return layout_.path; }
+    std::string name() const;  ///< the last part of the path
     bool orientationKnown() const { return layout_.axes.known; }
 
     /// Along the patient's axes.

@@ -4,6 +4,7 @@
 #include <exception>
 #include <memory>
 #include <new>
+#include <string>
 
 #include "BrainPictures.h"
 #include "CommandLine.h"
@@ -21,12 +22,12 @@ using namespace reslice;
 
 std::unique_ptr<Volume> obtain(const Request& request)
 {
-    if (request.file.empty())
+    if (request.synthetic)
         return makePhantom(request.ct ? Modality::CT : Modality::MR);
     return request.ct ? readInv3(request.file) : readNifti(request.file);
 }
 
-void carryOut(const Request& request)
+void drawPictures(const Request& request)
 {
     const std::unique_ptr<Volume> volume = obtain(request);
     const OutputFolder folder(request.output);
@@ -34,6 +35,17 @@ void carryOut(const Request& request)
         makeSkullPictures(*volume, folder);
     else
         makeBrainPictures(*volume, folder);
+}
+
+void carryOut(const Request& request)
+{
+    try {
+        drawPictures(request);
+    } catch (const std::bad_alloc&) {
+        const std::string whose =
+            request.synthetic ? "the synthetic head" : "'" + request.file + "'";
+        throw Failure("there is not enough memory for " + whose);
+    }
 }
 
 int report(const char* sentence, int status)

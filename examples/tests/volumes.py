@@ -10,6 +10,7 @@ import zlib
 CODES = {'B': 2, 'h': 4, 'H': 512, 'i': 8, 'I': 768, 'f': 16, 'd': 64}
 EXTENT = (14, 11, 9)
 SPACING = (1.0, 1.25, 2.0)
+SLIM = (1.0, 1.25, 8.0)
 
 
 def scene(x, y, z):
@@ -25,7 +26,7 @@ def voxels(extent=EXTENT, value=scene):
 
 def header(order='<', code=2, bits=8, extent=EXTENT, spacing=SPACING, slope=0.0, intercept=0.0,
            rows=((1, 0, 0, 0), (0, 1, 0, 0), (0, 0, 1, 0)), orientation=1, offset=352.0,
-           magic=b'n+1\0', size=348, dimensions=None):
+           magic=b'n+1\0', size=348, dimensions=None, qform=0):
     data = bytearray(352)
     dim = [dimensions or len(extent), *extent] + [1] * (7 - len(extent))
     pixdim = [1.0, *spacing] + [1.0] * (7 - len(spacing))
@@ -35,7 +36,7 @@ def header(order='<', code=2, bits=8, extent=EXTENT, spacing=SPACING, slope=0.0,
     struct.pack_into(order + '8f', data, 76, *pixdim)
     struct.pack_into(order + '3f', data, 108, offset, slope, intercept)
     data[123] = 2  # millimetres
-    struct.pack_into(order + '2h', data, 252, 0, orientation)
+    struct.pack_into(order + '2h', data, 252, qform, orientation)  # no rotation
     for row, values in enumerate(rows):
         struct.pack_into(order + '4f', data, 280 + 16 * row, *values)
     data[344:348] = magic
@@ -46,6 +47,11 @@ def nifti(kind='B', order='<', values=None, **fields):
     values = voxels() if values is None else values
     body = struct.pack(f'{order}{len(values)}{kind}', *values)
     return header(order, CODES[kind], 8 * struct.calcsize(kind), **fields) + body
+
+
+def slim(*arguments, **fields):
+    """Tall, so that its tiles are narrow and soon drawn."""
+    return nifti(*arguments, **{'spacing': SLIM, **fields})
 
 
 def plist(shape, spacing, dtype='int16'):
