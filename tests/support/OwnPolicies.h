@@ -1,6 +1,8 @@
 // Border and interpolation policies as a user of the library would write them.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <functional>
 #include <ostream>
 #include <typeinfo>
@@ -132,6 +134,22 @@ struct RecordingBorder : core::Border {
         return all;
     }
 };
+
+// Whether each call passed on the arguments of the sampling call and the extents of the image.
+template <class T>
+void expectPassedOn(const RecordingBorder& border, const core::VxImage<T>& image,
+                    unsigned int channel, double value, const Index& extents)
+{
+    for (const RecordingBorder::Call& call : border.calls) {
+        EXPECT_EQ(call.channel, channel);
+        EXPECT_EQ(call.value, value);
+        EXPECT_EQ(call.width, static_cast<unsigned int>(extents.x));
+        EXPECT_EQ(call.height, static_cast<unsigned int>(extents.y));
+        EXPECT_EQ(call.depth, static_cast<unsigned int>(extents.z));
+        EXPECT_EQ(call.image, &image);
+        EXPECT_EQ(*call.type, typeid(T));
+    }
+}
 
 // An interpolator that notes what it is asked, and always gives `result`.
 struct RecordingInterpolator : core::Interpolator {

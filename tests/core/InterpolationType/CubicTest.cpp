@@ -204,15 +204,7 @@ TYPED_TEST(CubicTypes, HandTheBorderTheArgumentsOfTheCall)
     border.answer = [](const Index&) { return 6.0; };
     EXPECT_EQ((cubic<TypeParam, Border*>(scene, {-9.5, 0.5, 0.5}, &border, 9, 1)), 6.0);
     ASSERT_EQ(border.calls.size(), 64U);
-    for (const RecordingBorder::Call& call : border.calls) {
-        EXPECT_EQ(call.channel, 1U);
-        EXPECT_EQ(call.value, 9.0);
-        EXPECT_EQ(call.width, 3U);
-        EXPECT_EQ(call.height, 4U);
-        EXPECT_EQ(call.depth, 5U);
-        EXPECT_EQ(call.image, &scene.image);
-        EXPECT_EQ(*call.type, typeid(TypeParam));
-    }
+    expectPassedOn(border, scene.image, 1, 9.0, {3, 4, 5});
 }
 
 TYPED_TEST(CubicTypes, NeverTestTheChannel)
