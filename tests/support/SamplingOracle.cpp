@@ -73,17 +73,18 @@ LinearAxis linearAxis(double coordinate)
     return {base, {1.0 - fraction, fraction}};
 }
 
-std::vector<CubicNeighbour> cubicAxis(double coordinate)
+CubicAxis cubicAxis(double coordinate)
 {
     const std::int64_t base = lowerIndex(coordinate);
     const std::int64_t first = wrapTo32Bits(base - 1);
     const std::int64_t last = wrapTo32Bits(base + 2);
-    std::vector<CubicNeighbour> neighbours;
+    CubicAxis axis;
     for (std::int64_t index = first; index <= last; ++index) {
         const double distance = std::fabs(coordinate - static_cast<double>(index));
-        neighbours.push_back({index, cubicKernel(distance)});
+        axis.neighbours.at(axis.count) = {index, cubicKernel(distance)};
+        ++axis.count;
     }
-    return neighbours;
+    return axis;
 }
 
 float narrowToFloat(double value)

@@ -147,21 +147,26 @@ double linear(const Read& read, const Position& p)
     return sum;
 }
 
-// The neighbours that the loop over one axis visits, each with its weight; none where the end of
-// the loop wraps to a number below its start.
 struct CubicNeighbour {
     std::int64_t index;
     double weight;
 };
 
-std::vector<CubicNeighbour> cubicAxis(double coordinate);
+// The neighbours that the loop over one axis visits, each with its weight; none where the end of
+// the loop wraps to a number below its start.
+struct CubicAxis {
+    std::array<CubicNeighbour, 4> neighbours;
+    std::size_t count = 0;
+
+    const CubicNeighbour* begin() const { return neighbours.data(); }
+    const CubicNeighbour* end() const { return neighbours.data() + count; }
+};
+
+CubicAxis cubicAxis(double coordinate);
 
 template <class Read>
-double cubic(const Read& read, const Position& p)
+double cubic(const Read& read, const CubicAxis& ax, const CubicAxis& ay, const CubicAxis& az)
 {
-    const std::vector<CubicNeighbour> ax = cubicAxis(p.x);
-    const std::vector<CubicNeighbour> ay = cubicAxis(p.y);
-    const std::vector<CubicNeighbour> az = cubicAxis(p.z);
     double sum = 0.0;
     double weightSum = 0.0;
     for (const CubicNeighbour& z : az) {
@@ -176,6 +181,12 @@ double cubic(const Read& read, const Position& p)
         }
     }
     return sum / weightSum;
+}
+
+template <class Read>
+double cubic(const Read& read, const Position& p)
+{
+    return cubic(read, cubicAxis(p.x), cubicAxis(p.y), cubicAxis(p.z));
 }
 
 // Physical to voxel coordinates.
@@ -258,23 +269,30 @@ double finish(const Request<T>& request, double result)
     return static_cast<double>(truncates ? truncateTo<T>(result) : roundTo<T>(result));
 }
 
-// A sampling operation with an outside policy of any kind.
+// The kernel's result with an outside policy of any kind.
 template <class T, class Outside>
-double sampleWith(const Volume<T>& volume, const Request<T>& request, const Outside& outside)
+double interpolateWith(const Volume<T>& volume, const Request<T>& request, const Outside& outside)
 {
     const bool physical = request.form == Form::ValueReal || request.form == Form::DoubleValueReal;
     const Position voxel = physical ? divide(request.position, volume.spacing) : request.position;
     const Reader<T, Outside> read{volume, request.channel, outside};
-    return finish(request, interpolate(request.kernel, read, voxel));
+    return interpolate(request.kernel, read, voxel);
+}
+
+// The kernel's result with the outside policy that the request names.
+template <class T>
+double interpolate(const Volume<T>& volume, const Request<T>& request)
+{
+    if (request.border == Border::Replication)
+        return interpolateWith(volume, request, ReplicatedOutside<T>{});
+    const T value = request.border == Border::Constant ? request.value : T{0};
+    return interpolateWith(volume, request, ConstantOutside<T>{value});
 }
 
 template <class T>
 double sample(const Volume<T>& volume, const Request<T>& request)
 {
-    if (request.border == Border::Replication)
-        return sampleWith(volume, request, ReplicatedOutside<T>{});
-    const T value = request.border == Border::Constant ? request.value : T{0};
-    return sampleWith(volume, request, ConstantOutside<T>{value});
+    return finish(request, interpolate(volume, request));
 }
 
 }  // namespace volux::test::oracle

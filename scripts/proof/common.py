@@ -1,0 +1,46 @@
+"""What the checks share: packages, builds, programs that are run."""
+import os
+import subprocess
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parents[2]
+BUILD = ROOT / "build" / "proof"
+LOGS = ROOT / "build" / "logs"
+CORES = os.cpu_count() or 1
+
+
+class Failure(Exception):
+    """Why a check could not be carried out, as one sentence."""
+
+
+def install(*groups):
+    """Installs the groups of scripts/packages that are named, as far as they are missing."""
+    done = subprocess.run([ROOT / "scripts" / "install-packages", *groups], capture_output=True,
+                          text=True)
+    if done.returncode != 0:
+        names = " and ".join(groups)
+        raise Failure(f"the packages of the group {names} are missing and cannot be installed "
+                      "(is there a network?); scripts/packages lists them.")
+
+
+def run(command, log=None, **options):
+    """Runs a command to its end; its output goes to a log of that name, or is returned as text."""
+    if log is None:
+        return subprocess.run(command, capture_output=True, text=True, **options)
+    LOGS.mkdir(parents=True, exist_ok=True)
+    with open(LOGS / f"{log}.log", "a", encoding="utf-8") as file:
+        return subprocess.run(command, stdout=file, stderr=subprocess.STDOUT, **options)
+
+
+def build(name, compiler="g++", flags="", kind="Release", targets=("volux_core",), arguments=()):
+    """Configures build/proof/NAME with the programs of the proof, builds targets, gives the folder."""
+    folder = BUILD / name
+    log = f"proof-{name.replace('/', '-')}"
+    (LOGS / f"{log}.log").unlink(missing_ok=True)
+    configure = ["cmake", "-S", ROOT, "-B", folder, "-G", "Ninja", "-DVOLUX_DEVELOPER_MODE=OFF",
+                 "-DVOLUX_PROOF=ON", f"-DCMAKE_CXX_COMPILER={compiler}",
+                 f"-DCMAKE_BUILD_TYPE={kind}", f"-DCMAKE_CXX_FLAGS={flags}", *arguments]
+    for command in (configure, ["cmake", "--build", folder, "--target", *targets]):
+        if run(command, log).returncode != 0:
+            raise Failure(f"the build {name} fails; see {LOGS.relative_to(ROOT)}/{log}.log.")
+    return folder

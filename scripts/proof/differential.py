@@ -1,0 +1,180 @@
+"""Random samples against the oracle, and beside those of other libraries."""
+import collections
+import secrets
+import subprocess
+
+from .common import CORES, ROOT, Failure, build, install
+from .common import run as run_command
+from .results import Result, Table
+
+TITLE = "Differential runs"
+ABOUT = """
+The oracle (`tests/support/SamplingOracle.h`) is sampling written a second time, from the
+definitions alone, one plain step after the other. Volumes of random extents, layouts, spacings and
+voxels (now and then infinite, NaN or the ends of a type's range) are sampled by it and by the
+library at random positions, half of whose coordinates lie on edges, on ties, one unit in the last
+place beside either, beyond 32 bits, or are not finite. At each position every form, kernel and
+border is sampled in two spellings drawn at random out of all there are, one with its policies
+chosen at compile time and one with at least one chosen at run time; both are compared with the
+oracle, and with each other, bit for bit (any NaN equals any NaN: nothing promises the payload of
+one). A border of the user's own is sampled as well. The seeds of the volumes count up from the
+first one, so `--seed` repeats a run, and the seed of a volume that differed repeats it at once.
+
+The outsiders share no idea with the library but the mathematics, so they may differ by rounding,
+and by no more than the tolerances, which are parts of the largest voxel (M, of random sign):
+
+- CImg's `linear_atXYZ` is a polynomial of 33 operations whose terms stay below 8 M; each rounds by
+  2^-53, which gives less than 2^-44. `cubic_atXYZ` (the same kernel, a = -0.5, not normalised) is a
+  polynomial of 16 operations with terms below 12 M, three times nested, each time passing on the
+  errors before it times 1.25; with as much again for the 64 products and the weights of the library
+  that is less than 2^-41.
+- CImg takes positions as `float` and computes with the fraction as a `float`: that is exact for
+  fractions of eight bits, whose cube has 24. For any other float, below zero the fraction is wrong
+  by up to 2^-25, times a slope of at most 2 M (linear) or 4.7 M (cubic) on each of three axes; and
+  its square and cube are rounded, which moves a cubic by up to 3.3 M 2^-20. Together less than
+  2^-22 and 2^-18. With Neumann borders CImg first moves the position into the volume, where every
+  fraction is exact, so that its linear one keeps 2^-44 for every float.
+- With Neumann borders CImg moves the position to the edge, where the library moves each neighbour.
+  For a cubic these differ by intention within one voxel outside the volume, and only there:
+  positions whose x, y or z lies between -1 and 0, or between the last voxel and the one after it,
+  are left out of that comparison.
+- `scipy.ndimage.map_coordinates` computes in `double`, by weights as the library does: at order 1
+  the eight products have six roundings each, and adding them seven, together less than 2^-48; at
+  order 0 it reads a voxel, so nothing may differ. Ties are included: it takes halves up too, and
+  the library steps one further down only where both already read the border. Its order 3 is a
+  B-spline, another kernel, and is left out.
+
+All positions lie within five voxels of the volume. Coordinates that are not finite or pass 32 bits
+are left to the oracle: what the outsiders do there is not defined.
+"""
+CI_RUN = ["--seconds", "10"]
+WHOLE_RUN = ["--seconds", "60"]
+
+CAMPAIGN = 10**9  # samples
+POSITIONS = 1_000_000  # for each comparison with an outsider
+
+Count = collections.namedtuple("Count", "policies type form kernel border compared different pairs "
+                                        "different_pairs")
+Outsider = collections.namedtuple("Outsider", "name what compared largest tolerance")
+
+
+def add_arguments(parser):
+    parser.add_argument("--seconds", type=float, default=60.0,
+                        help="how long to compare with the oracle (60)")
+    parser.add_argument("--seed", type=int,
+                        help="the seed of the first volume (a new one each time)")
+
+
+def output_of(command, **options):
+    done = subprocess.run([str(word) for word in command], stdout=subprocess.PIPE, check=False,
+                          **options)
+    if done.returncode != 0:
+        raise Failure(f"{command[0].name} stopped with status {done.returncode}.")
+    return done.stdout
+
+
+def rows_of(text):
+    return [line.split("\t") for line in text.decode().splitlines()]
+
+
+def compare_with_oracle(folder, seconds, seed):
+    """The number of volumes, and the counts of all threads added up."""
+    rows = rows_of(output_of([folder / "differential_run", seconds, seed, CORES]))
+    sums = collections.Counter()
+    for *kind, compared, different, pairs, different_pairs in rows[1:]:
+        for n, count in enumerate((compared, different, pairs, different_pairs)):
+            sums[(*kind, n)] += int(count)
+    kinds = dict.fromkeys(tuple(row[:5]) for row in rows[1:])
+    return int(rows[0][1]), [Count(*kind, *(sums[(*kind, n)] for n in range(4))) for kind in kinds]
+
+
+def compare_with_outsiders(folder, seed):
+    cimg = rows_of(output_of([folder / "cimg_outsider", POSITIONS, seed]))
+    samples = output_of([folder / "scipy_samples", POSITIONS, seed])
+    scipy = rows_of(output_of([ROOT / "tests" / "proof" / "differential" / "compare_scipy"],
+                              input=samples))
+    return ([Outsider("CImg<double>", what, int(compared), float(largest), float(tolerance))
+             for what, compared, largest, tolerance in cimg]
+            + [Outsider("scipy.ndimage", what, int(compared), float(largest), float(tolerance))
+               for what, compared, largest, tolerance in scipy])
+
+
+def total(counts, field):
+    return sum(getattr(count, field) for count in counts)
+
+
+def by_family(counts, key, caption, heads):
+    """Counts added up over all that have the same key."""
+    families = collections.defaultdict(list)
+    for count in counts:
+        families[key(count)].append(count)
+    fields = ("compared", "different", "pairs", "different_pairs")
+    rows = [[*names, *(f"{total(of, field):,}" for field in fields)]
+            for names, of in [*families.items(), (("all",) + ("",) * (len(heads) - 1), counts)]]
+    return Table(caption, [*heads, "samples", "different from the oracle",
+                           "run-time with compile-time pairs", "different in themselves"], rows)
+
+
+def border_of(count):
+    return "the user's own" if count.policies == "own" else count.border
+
+
+def power_of_two(number):
+    return f"2^{number.hex().rpartition('p')[2]}" if number else "0"
+
+
+def outsiders_table(outsiders):
+    return Table("Outsiders; differences and tolerances are parts of the largest voxel",
+                 ["outsider", "what", "positions", "largest difference", "tolerance", "held"],
+                 [[outsider.name, outsider.what, f"{outsider.compared:,}",
+                   f"{outsider.largest:.2g}", power_of_two(outsider.tolerance),
+                   "yes" if holds(outsider) else "no"] for outsider in outsiders])
+
+
+def holds(outsider):
+    return outsider.compared > 0 and outsider.largest <= outsider.tolerance
+
+
+def packages():
+    """The releases of the outsiders: what the tolerances were derived for."""
+    found = run_command(["dpkg-query", "-W", "-f", "${Package} ${Version}\n", "cimg-dev",
+                         "python3-scipy"])
+    return " and ".join(found.stdout.split("\n")[:2])
+
+
+def run_table(volumes, seed, seconds):
+    return Table("The run", ["first seed", "volumes", "seconds", "threads", "outsiders"],
+                 [[seed, f"{volumes:,}", f"{seconds:g}", CORES, packages()]])
+
+
+def judge(options, seed, volumes, counts, outsiders):
+    samples, different = total(counts, "compared"), total(counts, "different")
+    pairs, different_pairs = total(counts, "pairs"), total(counts, "different_pairs")
+    held = sum(holds(outsider) for outsider in outsiders)
+    return Result(
+        passed=min(samples, pairs) > 0 and different + different_pairs == 0
+        and held == len(outsiders),
+        summary=f"{samples:,} samples compared with the oracle, {different:,} different; {pairs:,} "
+                f"pairs of run-time and compile-time policies, {different_pairs:,} different; "
+                f"{held} of {len(outsiders)} comparisons with outsiders within tolerance.",
+        tables=[run_table(volumes, seed, options.seconds),
+                by_family(counts, lambda count: (count.type, count.kernel),
+                          "By element type and kernel", ["element type", "kernel"]),
+                by_family(counts, lambda count: (count.form, border_of(count)),
+                          "By form and border", ["form", "border"]),
+                outsiders_table(outsiders)],
+        campaign=samples >= CAMPAIGN)
+
+
+def run(options):
+    if options.seconds <= 0:
+        raise Failure("--seconds takes a number above zero.")
+    if options.seed is not None and not 0 <= options.seed < 2**63:
+        raise Failure("--seed takes a number from 0 to 2^63 - 1.")
+    install("build", "differential")
+    folder = build("oracle", targets=("differential_run", "cimg_outsider", "scipy_samples"))
+    programs = folder / "tests" / "proof" / "differential"
+    seed = secrets.randbelow(2**48) if options.seed is None else options.seed
+    print(f"the first seed is {seed}", flush=True)
+    volumes, counts = compare_with_oracle(programs, options.seconds, seed)
+    return judge(options, seed, volumes, counts, compare_with_outsiders(programs, seed))

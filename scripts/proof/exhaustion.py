@@ -1,0 +1,78 @@
+"""Every float there is, through whatever takes a float."""
+import secrets
+import subprocess
+
+from .common import CORES, Failure, build, install
+from .results import Result, Table
+
+TITLE = "Exhaustion"
+ABOUT = """
+A `float` has 2^32 bit patterns, few enough to try them all; each is widened to `double`, exactly.
+They are compared with the oracle (`tests/support/SamplingOracle.h`) as users of the built library
+would see them:
+
+- as positions, through the three index rules. A border of the test's own is told the index of each
+  neighbour outside the volume, and holds it against the oracle's: all eight of the trilinear kernel
+  and the one of the nearest, in an image without voxels, and those of the tricubic kernel outside
+  an image of three voxels along x, which is too narrow for the four neighbours, so that for every
+  position that has neighbours one index at least is seen (no two voxels are alike, so the result
+  tells the others). Order and number of the questions count as well;
+- as values, through the conversion to each element type, truncating (`getValueVoxel` without a
+  border) and rounding (with one). The value comes from an interpolator of the test's own;
+- as positions along x of the tricubic kernel, whose result is compared bit for bit (any NaN equals
+  any NaN). Along y and z the position is 1.375 and 1.75, so that all 64 weights count.
+
+With `--every N` only every Nth bit pattern is taken, from a first one that is drawn at random.
+"""
+CI_RUN = ["--every", "199"]
+WHOLE_RUN = []
+
+ALL = 2**32
+
+
+def add_arguments(parser):
+    parser.add_argument("--every", type=int, default=1, metavar="N",
+                        help="take every Nth float only (1)")
+    parser.add_argument("--first", type=int,
+                        help="the bits of the first float, from 0 to N - 1 (drawn at random)")
+
+
+def first_of(options):
+    if not 1 <= options.every <= ALL:
+        raise Failure("--every takes a number from 1 to 2^32.")
+    if options.first is None:
+        return secrets.randbelow(options.every)
+    if not 0 <= options.first < options.every:
+        raise Failure("--first takes a number from 0 to N - 1 of --every N.")
+    return options.first
+
+
+def counts_of(folder, every, first):
+    """Rows of kind, name, compared, different."""
+    done = subprocess.run([folder / "tests" / "proof" / "exhaustion" / "exhaustion", str(every),
+                           str(first), str(CORES)], stdout=subprocess.PIPE, text=True, check=False)
+    if done.returncode != 0:
+        raise Failure(f"the program exhaustion stopped with status {done.returncode}.")
+    return [(kind, name, int(compared), int(different)) for kind, name, compared, different
+            in (line.split("\t") for line in done.stdout.splitlines())]
+
+
+def run(options):
+    first = first_of(options)
+    install("build", "exhaustion")
+    folder = build("oracle", targets=("exhaustion",))
+    print(f"every {options.every}. float from 0x{first:08x} on", flush=True)
+    counts = counts_of(folder, options.every, first)
+    floats = len(range(first, ALL, options.every))
+    compared = sum(row[2] for row in counts)
+    different = sum(row[3] for row in counts)
+    complete = len(counts) == 18 and all(row[2] == floats for row in counts)
+    table = Table(f"Every float number N from 0x{first:08x} on, N = {options.every}"
+                  if options.every > 1 else "Every float",
+                  ["what", "of", "floats compared", "different"],
+                  [[kind, name, f"{count:,}", f"{wrong:,}"] for kind, name, count, wrong in counts])
+    return Result(passed=complete and different == 0,
+                  summary=f"{floats:,} of the {ALL:,} floats through {len(counts)} rules, "
+                          f"conversions and kernels: {compared:,} comparisons, {different:,} "
+                          "different.",
+                  tables=[table])
