@@ -62,7 +62,7 @@ std::size_t GzipFile::read(void* block, std::size_t bytes)
 
 unsigned long long GzipFile::skip(unsigned long long bytes)
 {
-    std::vector<char> chunk(kChunk);
+    std::vector<char> chunk(static_cast<std::size_t>(std::min<unsigned long long>(kChunk, bytes)));
     unsigned long long done = 0;
     while (done < bytes) {
         const auto wanted =

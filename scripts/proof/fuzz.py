@@ -1,0 +1,183 @@
+"""Four programs for libFuzzer, each with a small corpus to start from."""
+import argparse
+import concurrent.futures
+import os
+import re
+import subprocess
+import tempfile
+import time
+from pathlib import Path
+
+from .common import BUILD, LOGS, ROOT, Failure, build, install
+from .results import Result, Table
+
+TITLE = "Fuzzing"
+ABOUT = """
+libFuzzer makes up inputs, keeps those that reach something new, and goes on from them; the module
+is compiled with its counters and under clang's address and undefined-behaviour sanitizers
+(`float-cast-overflow` among them), so that it is led through the module's own branches.
+
+- `lifecycle`: the input is a program of calls on three images and two blocks of the caller's: the
+  three ways to initialize, wrapping, resizing, copies and assignments between the images, to
+  themselves too, with any extents, strides and spacings and with allocations that are refused.
+  Every call is made on a model of the image's three states as well; codes, texts thrown and
+  printed, fields, elements, requests to the heap and blocks given back are compared after each.
+- `boxes`: crop, draw, the six plane functions, fill and single voxels on volumes of random layouts,
+  overlapping ones among them, against their plain definitions. The volume lies between two
+  forbidden pages, at the end of the one or at the start of the other, so that no element beside it
+  can be read or written unseen.
+- `kernels`: the three kernels in every way in which a sampling call can be written, run-time and
+  compile-time policies alike, against the oracle: any 64 bits as a coordinate or a spacing, any
+  bytes as voxels.
+- `reader`: the demo's readers of NIfTI and InVesalius files, compressed or not; whatever the file
+  is, they load it or throw the demo's own failure. Checksums are mended in some of the inputs,
+  since nothing behind them would be reached otherwise. At most 1 GiB of memory and 10 seconds for a
+  file.
+
+The times are processor time, measured by the system. Units are the inputs that the corpus holds;
+edges are the branches reached, of those that the compiler counts in the module and the target (the
+demo's libraries are not among them). `fuzz/corpus` is where every run starts; what it finds goes to
+`build/proof/fuzz-corpus`, from which the next one goes on.
+"""
+CI_RUN = ["--seconds", "30"]
+WHOLE_RUN = ["--seconds", "60"]
+
+TARGETS = {
+    "lifecycle": "programs of calls",
+    "boxes": "crop, draw, planes, fill",
+    "kernels": "sampling",
+    "reader": "the demo's files",
+}
+CAMPAIGN_SECONDS = 20 * 60
+AT_ONCE = 2
+SANITIZED = ("-O1 -gline-tables-only -fno-omit-frame-pointer -fno-sanitize-recover=all "
+             "-fsanitize=fuzzer-no-link,address,undefined,float-cast-overflow")
+CORPUS = ROOT / "fuzz" / "corpus"
+FOUND = BUILD / "fuzz-corpus"
+CRASHES = BUILD / "fuzz-crashes"
+LIMITS = ["-len_control=10", "-timeout=10", "-rss_limit_mb=1024", "-print_final_stats=1"]
+LONGEST = {"lifecycle": 512, "boxes": 512, "kernels": 1024, "reader": 8192}
+
+
+class Tally:
+    """What the runs of one target have come to so far."""
+
+    def __init__(self, name):
+        self.name = name
+        self.cpu = 0.0
+        self.executions = 0
+        self.added = 0
+        self.covered = self.edges = self.units = 0
+        self.crash = None
+
+    def add(self, text):
+        done = re.findall(r"stat::number_of_executed_units:\s+(\d+)", text)
+        new = re.findall(r"stat::new_units_added:\s+(\d+)", text)
+        reached = re.findall(r"cov: (\d+) ft: \d+ corp: (\d+)", text)
+        edges = re.search(r"Loaded \d+ modules?\s+\((\d+) inline", text)
+        self.executions += int(done[-1]) if done else 0
+        self.added += int(new[-1]) if new else 0
+        if reached:
+            self.covered, self.units = int(reached[-1][0]), int(reached[-1][1])
+        if edges:
+            self.edges = int(edges[1])
+
+    def row(self):
+        return [f"`{self.name}`", TARGETS[self.name], f"{self.cpu:.0f} s", f"{self.executions:,}",
+                f"{self.executions / max(self.cpu, 1e-9):,.0f}", f"{self.covered} of {self.edges}",
+                self.units, self.added, 0 if self.crash is None else 1]
+
+
+def program(name):
+    return BUILD / "fuzz" / "fuzz" / f"fuzz_{name}"
+
+
+def repeat(name, crash):
+    return f"{program(name).relative_to(ROOT)} {crash.relative_to(ROOT)}"
+
+
+def spend(tally, seconds, temporary):
+    """One run of so many seconds by the clock; adds what it took and found."""
+    name = tally.name
+    crashes = CRASHES / name
+    known = set(crashes.iterdir())
+    command = [program(name), f"-max_total_time={max(1, round(seconds))}", *LIMITS,
+               f"-max_len={LONGEST[name]}", f"-artifact_prefix={crashes}/", FOUND / name,
+               CORPUS / name]
+    log = LOGS / f"proof-fuzz-{name}.log"
+    with open(log, "w+", encoding="utf-8", errors="replace") as file:
+        with subprocess.Popen(command, stdout=file, stderr=subprocess.STDOUT,
+                              env={**os.environ, "TMPDIR": temporary}) as child:
+            _, status, usage = os.wait4(child.pid, 0)
+            child.returncode = os.waitstatus_to_exitcode(status)
+        file.seek(0)
+        tally.add(file.read())
+    tally.cpu += usage.ru_utime + usage.ru_stime
+    kept = sorted(set(crashes.iterdir()) - known)
+    if child.returncode != 0 and not kept:
+        raise Failure(f"the fuzzer of {name} ends with status {child.returncode} and keeps no "
+                      f"input; see {log.relative_to(ROOT)}.")
+    tally.crash = kept[0] if kept else None
+
+
+def fuzz(name, seconds, temporary):
+    for folder in (FOUND / name, CRASHES / name):
+        folder.mkdir(parents=True, exist_ok=True)
+    tally = Tally(name)
+    took = 0.0
+    # The fuzzer stops by the clock; on a busy machine it has then had less of the processor.
+    while tally.crash is None and tally.cpu < seconds:
+        share = min(1.0, max(0.1, tally.cpu / took)) if took else 1.0
+        start = time.monotonic()
+        spend(tally, (seconds - tally.cpu) / share, temporary)
+        took += time.monotonic() - start
+    print(f"  {name}: {tally.cpu:.0f} s of processor in {took:.0f} s, {tally.executions} runs, "
+          f"{tally.covered} of {tally.edges} edges, {tally.added} new units", flush=True)
+    if tally.crash is not None:
+        print(f"  {name}: an input fails: {tally.crash.relative_to(ROOT)}\n"
+              f"    repeat it with: {repeat(name, tally.crash)}", flush=True)
+    return tally
+
+
+def fuzz_all(names, seconds):
+    shared = "/dev/shm" if os.access("/dev/shm", os.W_OK) else None
+    with tempfile.TemporaryDirectory(prefix="volux-fuzz-", dir=shared) as temporary, \
+            concurrent.futures.ThreadPoolExecutor(AT_ONCE) as pool:
+        return list(pool.map(lambda name: fuzz(name, seconds, temporary), names))
+
+
+def positive(text):
+    try:
+        number = float(text)
+    except ValueError:
+        number = 0.0
+    if not 0 < number < float("inf"):
+        raise argparse.ArgumentTypeError(f"'{text}' is not a length of time")
+    return number
+
+
+def add_arguments(parser):
+    length = parser.add_mutually_exclusive_group()
+    length.add_argument("--minutes", type=positive, help="processor time for each target")
+    length.add_argument("--seconds", type=positive, help="the same in seconds (60)")
+    parser.add_argument("--target", choices=TARGETS, help="this one alone")
+
+
+def run(options):
+    seconds = options.minutes * 60 if options.minutes else options.seconds or 60.0
+    names = [options.target] if options.target else list(TARGETS)
+    install("build", "test", "demo")
+    build("fuzz", "clang++", SANITIZED, "None", [f"fuzz_{name}" for name in names])
+    tallies = fuzz_all(names, seconds)
+    crashed = [tally for tally in tallies if tally.crash is not None]
+    executions = sum(tally.executions for tally in tallies)
+    minutes = sum(tally.cpu for tally in tallies) / 60
+    summary = (f"{executions:,} inputs in {minutes:.1f} minutes of processor time, " +
+               ("; ".join(f"one fails, `{repeat(tally.name, tally.crash)}`" for tally in crashed)
+                if crashed else "none of which fails") + ".")
+    table = Table("The targets of libFuzzer, clang 14",
+                  ["target", "of what", "processor time", "executions", "a second",
+                   "edges reached", "units", "new units", "failures"],
+                  [tally.row() for tally in tallies])
+    return Result(not crashed, summary, [table],
+                  campaign=len(names) == len(TARGETS) and seconds >= CAMPAIGN_SECONDS)

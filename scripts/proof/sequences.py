@@ -1,0 +1,87 @@
+"""Every sequence of calls on an image, compared with a model after each call."""
+import argparse
+import concurrent.futures
+import resource
+import subprocess
+import time
+
+from .common import CORES, build, install
+from .results import Result, Table
+
+TITLE = "Every sequence"
+ABOUT = """
+An image is empty, owns its block or wraps the caller's, and what a call does depends on what came
+before. So a program makes every sequence of calls there is, up to a length: initialize; initialize
+from an image with and without its data; wrap; setImageSize to half the capacity, to all of it in
+another shape, and to more; setImageData; terminate; copy (the sequence goes on with the copy, the
+original is destroyed); assign; assign to itself. Each stands twice in the list, with a heap that
+gives and with one that refuses; a refusal beside setImageData, which asks for nothing, goes with a
+wrong byte count. At the end the image is destroyed.
+
+After every call it is compared with a model of the three states, written from their definition
+(`tests/support/LifecycleModel.h`): the code returned or the text thrown, which has to be printed
+twice, all fields, all elements, what was asked of the heap, to the byte, and which block was given
+back. calloc and free are the program's own: no block's place is used again within a sequence, so
+that a second free, a leak, a free of the caller's block and a write beside a block or after its
+free are seen for certain.
+"""
+CI_RUN = ["--calls", "4"]
+WHOLE_RUN = ["--calls", "5"]
+
+TYPES = {"uchar": "unsigned char", "short": "short", "ushort": "unsigned short", "int": "int",
+         "uint": "unsigned int", "float": "float", "double": "double"}
+MOST_CALLS = 8
+
+
+def one_share(program, name, calls, share):
+    """Sequences and calls that one program made, or what it found to differ."""
+    done = subprocess.run([program, name, str(calls), str(share), str(CORES)], capture_output=True,
+                          text=True)
+    words = done.stdout.split()
+    if done.returncode == 0 and words[1::2] == ["sequences", "calls"]:
+        return int(words[0]), int(words[2]), None
+    said = (done.stdout + done.stderr).strip()
+    return 0, 0, said or f"the program ends with status {done.returncode}"
+
+
+def number_of_calls(text):
+    if text not in map(str, range(1, MOST_CALLS + 1)):
+        raise argparse.ArgumentTypeError(f"'{text}' is not a number from 1 to {MOST_CALLS}")
+    return int(text)
+
+
+def add_arguments(parser):
+    parser.add_argument("--calls", type=number_of_calls, default=5,
+                        help=f"the most calls in a sequence, 1 to {MOST_CALLS} (5)")
+
+
+def run(options):
+    install("build", "test")
+    folder = build("sequences", flags="-O2", targets=["lifecycle_sequences"])
+    program = folder / "tests" / "proof" / "sequences" / "lifecycle_sequences"
+    start, used = time.monotonic(), resource.getrusage(resource.RUSAGE_CHILDREN)
+    with concurrent.futures.ThreadPoolExecutor(CORES) as pool:
+        jobs = {name: [pool.submit(one_share, program, name, options.calls, share)
+                       for share in range(CORES)] for name in TYPES}
+    rows, differences = [], []
+    for name, shares in jobs.items():
+        found = [share.result() for share in shares]
+        rows.append([f"`{TYPES[name]}`", options.calls, f"{sum(made[0] for made in found):,}",
+                     f"{sum(made[1] for made in found):,}"])
+        differences += [f"{TYPES[name]}: {made[2]}" for made in found if made[2] is not None]
+    for difference in differences:
+        print(f"  {difference}", flush=True)
+    now = resource.getrusage(resource.RUSAGE_CHILDREN)
+    spent = now.ru_utime + now.ru_stime - used.ru_utime - used.ru_stime
+    print(f"  {spent:.0f} s of processor time in {time.monotonic() - start:.0f} s", flush=True)
+    return result(rows, differences)
+
+
+def result(rows, differences):
+    calls = sum(int(row[3].replace(",", "")) for row in rows)
+    sequences = sum(int(row[2].replace(",", "")) for row in rows)
+    agreed = ("all as the model has it" if not differences
+              else f"but a program says: {differences[0]}")
+    return Result(not differences, f"{sequences:,} sequences of {calls:,} calls, {agreed}.",
+                  [Table("Sequences by element type",
+                         ["element type", "up to so many calls", "sequences", "calls"], rows)])
