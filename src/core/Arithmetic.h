@@ -23,10 +23,10 @@
 
 namespace volux::core::detail {
 
-// Wraps, as two's complement does.
+// Wraps, as two's complement does: the sum fits 64 bits, and its low 32 are kept.
 constexpr int wrappingAdd(int a, int b)
 {
-    return static_cast<int>(static_cast<unsigned int>(a) + static_cast<unsigned int>(b));
+    return static_cast<int>(std::int64_t{a} + b);
 }
 
 // Truncates toward zero; NaN and what does not fit give the lowest integer.

@@ -17,10 +17,10 @@ namespace volux::core {
 
 namespace detail {
 
-// The index is sign-extended first; sums of these wrap to the right element for negative ones too.
-inline std::uint64_t elements(std::uint64_t stride, int index)
+// Both as signed numbers of 64 bits, so that a negative index counts backwards.
+inline std::int64_t elements(std::uint64_t stride, int index)
 {
-    return stride * static_cast<std::uint64_t>(index);
+    return static_cast<std::int64_t>(stride) * index;
 }
 
 }  // namespace detail

@@ -2,12 +2,24 @@
 #pragma once
 
 #include <algorithm>
+#include <cstdint>
 
 #include "volux/core/VxImage.h"
 
 namespace volux::core {
 
 namespace detail {
+
+// The last of so many voxels, and how many there are from first to last. Both wrap in 32 bits.
+constexpr unsigned int lastOf(unsigned int first, unsigned int count)
+{
+    return static_cast<unsigned int>(std::int64_t{first} + count - 1);
+}
+
+constexpr unsigned int countOf(unsigned int first, unsigned int last)
+{
+    return static_cast<unsigned int>(std::int64_t{last} - first + 1);
+}
 
 struct VoxelIndex {
     unsigned int x;
@@ -44,13 +56,15 @@ ErrorType VxImage<T>::crop(const Rect& box, VxImage* out)
     if (out == nullptr || box.xEnd < box.xStart || box.yEnd < box.yStart || box.zEnd < box.zStart) {
         return ERR_INVALID_ARGUMENT;
     }
-    const Rect clipped(box.xStart, std::min(width - 1U, box.xEnd), box.yStart,
-                       std::min(height - 1U, box.yEnd), box.zStart, std::min(depth - 1U, box.zEnd));
+    const Rect clipped(box.xStart, std::min(detail::lastOf(0, width), box.xEnd), box.yStart,
+                       std::min(detail::lastOf(0, height), box.yEnd), box.zStart,
+                       std::min(detail::lastOf(0, depth), box.zEnd));
     // A box beyond the volume wraps to a size that initialize refuses, or, from far enough beyond,
     // to one that it takes; then the box is empty and `out` stays zero.
     const ErrorType result =
-        out->initialize(clipped.xEnd - clipped.xStart + 1U, clipped.yEnd - clipped.yStart + 1U,
-                        clipped.zEnd - clipped.zStart + 1U, channels);
+        out->initialize(detail::countOf(clipped.xStart, clipped.xEnd),
+                        detail::countOf(clipped.yStart, clipped.yEnd),
+                        detail::countOf(clipped.zStart, clipped.zEnd), channels);
     if (result != SUCCESS) {
         return result;
     }
@@ -70,9 +84,9 @@ ErrorType VxImage<T>::draw(const VxImage& src, unsigned int x, unsigned int y, u
     if (!hasVoxel(static_cast<int>(x), static_cast<int>(y), static_cast<int>(z), 0)) {
         return ERR_INVALID_ARGUMENT;
     }
-    const Rect clipped(x, std::min(x + src.width - 1U, width - 1U), y,
-                       std::min(y + src.height - 1U, height - 1U), z,
-                       std::min(z + src.depth - 1U, depth - 1U));
+    const Rect clipped(x, std::min(detail::lastOf(x, src.width), width - 1U), y,
+                       std::min(detail::lastOf(y, src.height), height - 1U), z,
+                       std::min(detail::lastOf(z, src.depth), depth - 1U));
     detail::copyBox(src, {0, 0, 0}, *this, {x, y, z}, clipped);
     return SUCCESS;
 }
