@@ -34,3 +34,16 @@ extern "C" double voluxPluginSample()
     }
     return sum;
 }
+
+// Whether misuse throws what its callers can catch.
+extern "C" int voluxPluginMisuse()
+{
+    VxImage<float> image;
+    image.initialize(1, 1, 1, 1);
+    try {
+        image.initialize(1, 1, 1, 1);
+    } catch (const volux::base::Exception&) {
+        return 1;
+    }
+    return 0;
+}

@@ -23,6 +23,10 @@ void addBorderless(Spellings<T>& all)
         core::Interpolator* pointer = &Static<I>::object();
         return Family::template spelt<typename Family::RunTime>(call, pointer);
     });
+    add("<Interpolator*>(pointer)", [](const Call<T>& call) {
+        core::Interpolator* pointer = &Static<I>::object();
+        return Family::template spelt<core::Interpolator*>(call, pointer);
+    });
     add("(object)", [](const Call<T>& call) { return Family::deduced(call, Static<I>::object()); });
     add("(pointer)", [](const Call<T>& call) {
         core::Interpolator* pointer = &Static<I>::object();
@@ -57,6 +61,17 @@ void addSpelt(Spellings<T>& all)
         core::Interpolator* pointer = &Static<I>::object();
         core::Border* border = &Static<B>::object();
         return Family::template spelt<RunTime, core::Border*>(call, pointer, border, call.value);
+    });
+    add("<Interpolator*, B>(pointer, object)", [](const Call<T>& call) {
+        core::Interpolator* pointer = &Static<I>::object();
+        return Family::template spelt<core::Interpolator*, B>(call, pointer, Static<B>::object(),
+                                                              call.value);
+    });
+    add("<Interpolator*, Border*>(pointer, pointer)", [](const Call<T>& call) {
+        core::Interpolator* pointer = &Static<I>::object();
+        core::Border* border = &Static<B>::object();
+        return Family::template spelt<core::Interpolator*, core::Border*>(call, pointer, border,
+                                                                          call.value);
     });
 }
 

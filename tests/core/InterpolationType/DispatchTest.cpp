@@ -78,6 +78,8 @@ TYPED_TEST(InterpolatorTables, HandBackTheLeftHandObjectFromAnAssignment)
     TypeParam policy;
     TypeParam other(policy);
     EXPECT_EQ(&(policy = other), &policy);
+    Interpolator& base = policy;
+    EXPECT_EQ(&(base = other), &base);
 }
 
 TYPED_TEST(InterpolatorTables, AreDestroyedWithTheirPolicyThroughItsBase)

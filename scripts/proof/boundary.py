@@ -1,0 +1,144 @@
+"""What the built file shows outside: names, slots, types, and nothing of where it was built."""
+import hashlib
+import lzma
+import re
+import shutil
+import sys
+import tempfile
+from pathlib import Path
+
+from . import common
+from .common import Failure
+from .results import Result, Table
+
+TITLE = "Boundary"
+ABOUT = """
+- **The exported set**: `tests/abi/check_boundary.py` compares the names that g++ and clang++
+  export with the list written by hand in `tests/abi/interface.py`, in both directions, and the
+  slots of the virtual tables one by one. A symbols file would say the same a second time, so
+  there is none.
+- **The types behind the names**: `abidiff` (libabigail) compares the interface, read from the
+  debug information of g++'s build, with `tests/abi/interface.abi.xz`. A member, parameter, base
+  or slot that is added, removed or moved fails. `scripts/prove boundary --accept` writes that
+  file anew, which is what a deliberate change of the interface needs; then the commit shows it.
+- **The place of the build**: copies of the sources in two folders, one with a blank in its name,
+  give byte-identical libraries. So no name of a folder or of a source file stands in what is
+  shipped.
+"""
+CI_RUN = []
+WHOLE_RUN = []
+
+BASELINE = common.ROOT / "tests" / "abi" / "interface.abi.xz"
+COMPILERS = ("g++", "clang++")
+FOLDERS = ("one", "another place/deeper")
+SOURCES = ("CMakeLists.txt", "cmake", "include", "src")
+LIBRARY = "libvolux_core.so.1.1.0"
+
+
+def build_copy(folder, compiler):
+    """Builds what ships from a copy of the sources; gives the library."""
+    place = common.BUILD / "boundary" / folder
+    shutil.rmtree(place / "sources", ignore_errors=True)
+    for name in SOURCES:
+        original, copy = common.ROOT / name, place / "sources" / name
+        if original.is_dir():
+            shutil.copytree(original, copy)
+        else:
+            copy.parent.mkdir(parents=True, exist_ok=True)
+            shutil.copy(original, copy)
+    target = place / compiler
+    shutil.rmtree(target, ignore_errors=True)  # or what was built from sources that looked newer
+    for command in (["cmake", "-S", place / "sources", "-B", target, "-G", "Ninja",
+                     "-DCMAKE_BUILD_TYPE=Release", "-DVOLUX_DEVELOPER_MODE=OFF",
+                     f"-DCMAKE_CXX_COMPILER={compiler}"], ["cmake", "--build", target]):
+        if common.run(command, "proof-boundary").returncode != 0:
+            raise Failure(f"the module cannot be built by {compiler} in {target}; "
+                          "see build/logs/proof-boundary.log.")
+    return target / LIBRARY
+
+
+def digest(path):
+    return hashlib.sha256(path.read_bytes()).hexdigest()[:16]
+
+
+def check_names(library):
+    check = common.ROOT / "tests" / "abi" / "check_boundary.py"
+    done = common.run([sys.executable, check, library])
+    found = re.search(r"^Ran (\d+) tests", done.stderr, re.MULTILINE)
+    if done.returncode != 0:
+        print(done.stderr)
+    return done.returncode == 0, int(found[1]) if found else 0
+
+
+def exported(library):
+    return len(common.run(["nm", "-D", "--defined-only", library]).stdout.splitlines())
+
+
+def describe_interface(target):
+    """Writes the interface, as g++'s debug information has it, to a file."""
+    flags = f"-g -ffile-prefix-map='{common.ROOT}'=."
+    folder = common.build("boundary-debug", "g++", flags, arguments=["-DVOLUX_PROOF=OFF"])
+    done = common.run(["abidw", "--headers-dir", common.ROOT / "include", "--drop-private-types",
+                       "--no-corpus-path", "--no-comp-dir-path", "--no-show-locs",
+                       "--no-elf-needed", "--no-architecture", "--type-id-style", "hash",
+                       "--out-file", target, folder / LIBRARY])
+    if done.returncode != 0:
+        raise Failure("abidw cannot read the interface from the library.")
+
+
+def accept():
+    with tempfile.TemporaryDirectory() as folder:
+        current = Path(folder) / "interface.abi"
+        describe_interface(current)
+        BASELINE.write_bytes(lzma.compress(current.read_bytes(), preset=9))
+    return Result(True, f"The interface is now that of {BASELINE.relative_to(common.ROOT)}.")
+
+
+def compare_interface():
+    """Whether the interface is the accepted one, and how many functions and variables it has."""
+    if not BASELINE.exists():
+        raise Failure(f"{BASELINE.relative_to(common.ROOT)} is missing; "
+                      "scripts/prove boundary --accept writes it.")
+    with tempfile.TemporaryDirectory() as folder:
+        accepted, current = Path(folder) / "accepted.abi", Path(folder) / "current.abi"
+        accepted.write_bytes(lzma.decompress(BASELINE.read_bytes()))
+        describe_interface(current)
+        done = common.run(["abidiff", "--harmless", "--no-show-locs", accepted, current])
+        entities = accepted.read_text(encoding="utf-8").count("<elf-symbol ")
+    if done.returncode != 0:
+        print(done.stdout[:4000])
+    changes = re.search(r"Functions changes summary: (.*)", done.stdout)
+    return done.returncode == 0, entities, changes[1] if changes else "no difference"
+
+
+def add_arguments(parser):
+    parser.add_argument("--accept", action="store_true",
+                        help="take the interface as it is now for the right one")
+
+
+def run(options):
+    common.install("build", "test", "boundary")
+    if options.accept:
+        return accept()
+    rows, held = [], True
+    for compiler in COMPILERS:
+        libraries = [build_copy(folder, compiler) for folder in FOLDERS]
+        named, tests = check_names(libraries[0])
+        digests = [digest(library) for library in libraries]
+        held = held and named and digests[0] == digests[1]
+        rows.append([compiler, exported(libraries[0]),
+                     f"{tests} checks {'' if named else 'do not '}hold", *digests,
+                     "equal" if digests[0] == digests[1] else "differ"])
+    same, entities, changes = compare_interface()
+    held = held and same
+    names = " and ".join(str(row[1]) for row in rows)
+    equal = all(row[-1] == "equal" for row in rows)
+    summary = (f"{' and '.join(COMPILERS)} export {names} names; the {entities} symbols of the "
+               f"accepted interface and their types have {'not ' if same else ''}changed; builds "
+               f"in two folders are {'' if equal else 'not '}equal.")
+    return Result(held, summary, [
+        Table("The library as it ships", ["compiler", "exported names", "check_boundary.py",
+                                          *(f"SHA-256 in `{folder}`" for folder in FOLDERS), ""],
+              rows),
+        Table("The interface against the accepted one", ["symbols", "abidiff"],
+              [[entities, changes]])])

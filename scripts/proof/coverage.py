@@ -1,0 +1,245 @@
+"""Which lines, branches, conditions and instantiations of the module the unit tests reach."""
+import collections
+import json
+import re
+
+from . import common, suite
+from .common import Failure
+from .results import Result, Table
+
+TITLE = "Coverage"
+ABOUT = """
+The unit tests run against the module and the public headers as clang 19 instruments them, once as
+they are and once with the conversions for processors whose own answers are not the promised ones.
+The gate is 100 % of four things:
+
+- **lines**: executed in either build;
+- **branches**: both outcomes seen, *in each build and each instantiation by itself*: a template
+  tested with `short` alone is not covered for `float`;
+- **conditions** of compound decisions (MC/DC): each has been seen to decide by itself the outcome
+  of its decision, again in each instantiation;
+- **instantiations**: each function of the module, for each element type and policy that it is
+  compiled for, has been executed. The two constructors that a compiler makes of one count as one,
+  and the tables of the tests' own policies do not count.
+
+What is left out stands in the table of exclusions, with its reason. An exclusion that matches
+nothing, or something that a test does execute, fails as well, so none can outlive its reason.
+"""
+CI_RUN = []
+WHOLE_RUN = []
+
+COMPILER = "clang++-19"
+# Atomic, or threads lose counts, and what is computed from two counts comes out wrong.
+FLAGS = ("-O0 -fprofile-instr-generate -fprofile-update=atomic -fcoverage-mapping "
+         "-fcoverage-mcdc")
+BUILDS = {"as it is": "", "portable": " -DVOLUX_CORE_PORTABLE"}
+
+# File, functions (a regular expression that matches their names), reason.
+EXCLUDED_FUNCTIONS = [
+    ("include/volux/core/InterpolationBorderType.h", r"\(volux::core::detail::ConstantInitialized",
+     "evaluated by the compiler alone: the policy objects are constant-initialised"),
+    ("include/volux/core/InterpolationType.h", r"\(volux::core::detail::ConstantInitialized",
+     "evaluated by the compiler alone: the policy objects are constant-initialised"),
+    ("include/volux/core/detail/Served.h", r"detail::(refuseUnless|byValue|byAddress)<",
+     "evaluated by the compiler alone, in noexcept clauses; the test `refusals` looks at them"),
+]
+
+# File, function, which condition of its decision (and so which branch), reason.
+EXCLUDED_CONDITIONS = [
+    ("src/core/Arithmetic.h", "detail::truncateInRange<int>", 3,
+     "a number that equals the lowest `int` is also above the lowest less one; only in 64 bits, "
+     "where this condition is covered, do the two round to one number"),
+]
+
+
+class Coverage:
+    """What has been seen of each file, over all builds."""
+
+    def __init__(self):
+        self.lines = collections.defaultdict(collections.Counter)
+        self.branches = collections.defaultdict(dict)
+        self.conditions = collections.defaultdict(dict)
+        self.functions = collections.defaultdict(collections.Counter)
+        self.extents = collections.defaultdict(set)  # of each function, as (first, last) lines
+
+    def add_lines(self, listing):
+        """Reads the lines of an lcov listing."""
+        for line in listing.splitlines():
+            if line.startswith("SF:"):
+                file = in_repository(line[3:])
+            elif line.startswith("DA:"):
+                number, count = line[3:].split(",")[:2]
+                self.lines[file][int(number)] += int(count)
+
+    def add_function(self, build, name, record):
+        files = [in_repository(file) for file in record["filenames"]]
+        if files[0] is None or "volux::test::" in name:
+            return
+        self.functions[files[0]][name] += record["count"]
+        self.extents[files[0], name].update(
+            (region[0], region[2]) for region in record["regions"] if region[5] == 0)
+        for branch in record["branches"]:
+            if files[branch[6]]:
+                place = (build, record["name"], name, *branch[:4])
+                self.branches[files[branch[6]]][place] = branch[4] > 0 and branch[5] > 0
+        for decision in record["mcdc_records"]:
+            for number, decided in enumerate(decision[6], start=1):
+                place = (build, record["name"], name, *decision[:4], number)
+                self.conditions[files[decision[4]]][place] = decided
+
+
+def in_repository(file):
+    """The name of a file of the module within the repository, or None."""
+    relative = file.removeprefix(f"{common.ROOT}/")
+    return relative if relative.startswith(("include/", "src/")) else None
+
+
+def demangled(names):
+    plain = common.run(["llvm-cxxfilt-19"], input="\n".join(names)).stdout.splitlines()
+    return dict(zip(names, plain))
+
+
+def run_tests(build, tests, module):
+    """Gives the merged profile of all test programs and how many tests there were."""
+    profiles, total = [], 0
+    for program in suite.PROGRAMS:
+        profile = module / f"{program}.profraw"
+        profile.unlink(missing_ok=True)
+        passed, log = suite.run(tests, program, module, f"proof-coverage-{module.name}",
+                                LLVM_PROFILE_FILE=str(profile))
+        if passed is None:
+            raise Failure(f"{program} fails in the instrumented build ({build}); see {log}.")
+        profiles.append(profile)
+        total += passed
+    merged = module / "all.profdata"
+    if common.run(["llvm-profdata-19", "merge", "-o", merged, *profiles]).returncode != 0:
+        raise Failure("llvm-profdata-19 cannot merge the profiles.")
+    return merged, total
+
+
+def export(tests, module, profile, *form):
+    objects = [word for program in suite.PROGRAMS
+               for word in ("-object", tests / "tests" / program)]
+    done = common.run(["llvm-cov-19", "export", "-instr-profile", profile, *form,
+                       module / "libvolux_core.so", *objects, "-sources",
+                       common.ROOT / "include", common.ROOT / "src"])
+    if done.returncode != 0:
+        raise Failure(f"llvm-cov-19 fails: {done.stderr.splitlines()[-1]}.")
+    return done.stdout
+
+
+def measure():
+    coverage, count = Coverage(), 0
+    tests = suite.build("coverage", COMPILER, FLAGS)
+    for build, flag in BUILDS.items():
+        module = suite.build_module("coverage-portable", COMPILER, FLAGS + flag) if flag else tests
+        profile, passed = run_tests(build, tests, module)
+        count += passed
+        coverage.add_lines(export(tests, module, profile, "-format=lcov", "-skip-branches"))
+        records = json.loads(export(tests, module, profile))["data"][0]["functions"]
+        # The name of an internal function begins with its source.
+        names = demangled([re.sub(r"^[^:]*:", "", record["name"]) for record in records])
+        for record in records:
+            name = names[re.sub(r"^[^:]*:", "", record["name"])]
+            coverage.add_function(build, name, record)
+    return coverage, count
+
+
+def exclude_functions(coverage):
+    """Takes excluded functions out of the figures; gives the table's rows and what is stale."""
+    rows, stale = [], []
+    for file, pattern, reason in EXCLUDED_FUNCTIONS:
+        found = [name for name in coverage.functions[file] if re.search(pattern, name)]
+        if not found or any(coverage.functions[file][name] for name in found):
+            stale.append([file, f"a stale exclusion: `{pattern}`"])
+            continue
+        lines = {line for name in found for first, last in coverage.extents[file, name]
+                 for line in range(first, last + 1) if coverage.lines[file].get(line) == 0}
+        for line in lines:
+            del coverage.lines[file][line]
+        for name in found:
+            del coverage.functions[file][name]
+        rows.append([file, f"functions `{pattern}`", f"{len(lines)} lines, {len(found)} functions",
+                     reason])
+    return rows, stale
+
+
+def branch_of(coverage, file, condition):
+    """The place of the branch that a condition is, by its place within the decision."""
+    *function, first_line, first, last_line, last, number = condition
+    inside = sorted(place for place in coverage.branches[file] if list(place[:3]) == function
+                    and (first_line, first) <= place[3:5] and place[5:7] <= (last_line, last))
+    return inside[number - 1]
+
+
+def exclude_conditions(coverage):
+    """Likewise for single conditions, with their branches."""
+    rows, stale = [], []
+    for file, function, number, reason in EXCLUDED_CONDITIONS:
+        conditions, branches = coverage.conditions[file], coverage.branches[file]
+        found = {place: branch_of(coverage, file, place) for place in conditions
+                 if function in place[2] and place[-1] == number}
+        if not found or any(conditions[place] or branches[branch]
+                            for place, branch in found.items()):
+            stale.append([file, f"a stale exclusion: condition {number} of `{function}`"])
+            continue
+        for place, branch in found.items():
+            del conditions[place], branches[branch]
+        rows.append([file, f"condition {number} of `{function}`",
+                     f"{len(found)} condition and branch", reason])
+    return rows, stale
+
+
+def uncovered(coverage):
+    """(file, what) of everything that no test reaches."""
+    for file, lines in coverage.lines.items():
+        yield from ([file, f"line {line}"] for line, count in lines.items() if not count)
+    for kind, places in (("branch", coverage.branches), ("condition", coverage.conditions)):
+        for file, seen in places.items():
+            missed = collections.Counter(place[3:5] for place, both in seen.items() if not both)
+            yield from ([file, f"{kind} at {line}:{column}, in {count} instantiations"]
+                        for (line, column), count in missed.items())
+    for file, functions in coverage.functions.items():
+        yield from ([file, f"`{name.split('(')[0]}`"] for name, count in functions.items()
+                    if not count)
+
+
+def share(seen):
+    """Covered of all."""
+    return f"{sum(map(bool, seen))} of {len(seen)}"
+
+
+def figures(coverage):
+    measures = (coverage.lines, coverage.branches, coverage.conditions, coverage.functions)
+    files = sorted(file for file in coverage.lines if coverage.lines[file])
+    rows = [[file, *(share(measure[file].values()) for measure in measures)] for file in files]
+    totals = [share([seen for file in files for seen in measure[file].values()])
+              for measure in measures]
+    return rows + [["all", *totals]]
+
+
+def add_arguments(parser):
+    del parser
+
+
+def run(options):
+    del options
+    common.install("build", "test", "coverage")
+    coverage, count = measure()
+    excluded, stale = exclude_functions(coverage)
+    more_excluded, more_stale = exclude_conditions(coverage)
+    missing = stale + more_stale + sorted(uncovered(coverage))
+    rows = figures(coverage)
+    lines, branches, conditions, instantiations = rows[-1][1:]
+    summary = (f"{lines} lines, {branches} branches, {conditions} conditions and {instantiations} "
+               f"instantiations are covered by {count} test runs")
+    tables = [Table("What the tests reach", ["file", "lines", "branches", "conditions (MC/DC)",
+                                             "instantiations"], rows),
+              Table("Exclusions", ["file", "place", "what it takes out", "reason"],
+                    excluded + more_excluded)]
+    if missing:
+        for file, what in missing:
+            print(f"  {file}: {what}")
+        summary += f"; {len(missing)} places are not"
+        tables.append(Table("Not covered", ["file", "what"], missing[:50]))
+    return Result(not missing, summary + ".", tables)

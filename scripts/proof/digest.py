@@ -1,0 +1,367 @@
+"""One digest of the sampled corpus, whatever the compiler, its flags and the processor."""
+import concurrent.futures
+import dataclasses
+import hashlib
+import itertools
+import re
+import shutil
+import subprocess
+import time
+from pathlib import Path
+
+from .common import BUILD, CORES, Failure, LOGS, ROOT, install, run as run_command
+from .results import Result, Table
+
+TITLE = "One digest on every compiler and processor"
+ABOUT = """\
+A program samples a fixed corpus and writes the 64 bits of every result; one SHA-256 is taken for
+each *family* (a front end with a kernel and a border, in all its spellings and for the seven
+element types) and one over all families. The corpus has volumes of one to three channels in four
+layouts (interleaved, planar, z fastest, padded) and positions of which a fifth lies at edges, ties,
+negative whole numbers, one unit in the last place to either side of those, or far away: not finite,
+or beyond 32 bits. The digests are committed in `tests/proof/digest/digests.txt`, and every row of
+the table has to give them.
+
+- The library is built by its own CMake files as a shared object, the program as a user's would be:
+  it keeps its compiler's default for fusing a product and a sum, which is to fuse where the
+  processor can.
+- Every NaN is counted as the same NaN: which one an operation gives is the processor's affair.
+  Bytes go into the digest in one order, so that a big-endian processor can give the same.
+- Where the processor is emulated (by qemu), the positions are the first few of each volume. They
+  have a digest of their own, `small`, which the builds that run natively have to give too.
+- With `-flto` the library and the program are each optimised as a whole; the border between them
+  stays.
+- In the rows marked *fused* the library's sources are compiled with `-ffp-contract=fast`. They have
+  to give another digest, which shows that the last bit reaches it. Nearest neighbour and whole
+  voxels have no product and sum to fuse.
+"""
+CI_RUN = ["--rows", "^(x86-64 g[+][+]-12 (-O2|-O3 -march=x86-64-v3)( fused)?"
+                    "|x86-64 clang[+][+]-14 -O3|s390x s390x-linux-gnu-g[+][+] -O2)$"]
+WHOLE_RUN = []
+
+SOURCE = ROOT / "tests" / "proof" / "digest"
+COMMITTED = SOURCE / "digests.txt"
+POSITIONS = {"full": 2000, "small": 100}  # in each volume
+
+COMPILERS = ("g++-12", "g++-11", "clang++-14", "clang++-16", "clang++-19", "clang++-22")
+FLAGS = ("-O0", "-O1", "-O2", "-O3", "-Os", "-O2 -flto", "-O3 -march=x86-64-v3",
+         "-O3 -march=native")
+EMULATED = {  # the target: what Debian's compiler and libraries for it are called, and its emulator
+    "aarch64": ("aarch64-linux-gnu", "aarch64"),
+    "armhf": ("arm-linux-gnueabihf", "arm"),
+    "riscv64": ("riscv64-linux-gnu", "riscv64"),
+    "ppc64le": ("powerpc64le-linux-gnu", "ppc64le"),
+    "s390x": ("s390x-linux-gnu", "s390x"),
+}
+IN_CI = ("g++-12", "clang++-14", "s390x-linux-gnu-g++")  # the group digest; digest-all has the rest
+
+
+@dataclasses.dataclass(frozen=True)
+class Row:
+    """One build, and how its program is run."""
+
+    target: str
+    compiler: str
+    flags: str
+    runner: tuple = ()
+    corpora: tuple = ("full", "small")
+    fused: bool = False
+    linker: str = ""  # another compiler, whose libraries and linker this one uses
+
+    @property
+    def name(self):
+        return f"{self.target} {self.compiler} {self.flags}" + (" fused" if self.fused else "")
+
+    @property
+    def folder(self):
+        return BUILD / "digest" / re.sub(r"[^\w.+=]+", "-", self.name)
+
+    @property
+    def log(self):
+        return f"proof-digest-{self.folder.name}"
+
+    @property
+    def programs(self):
+        return [program for program in (self.compiler, self.linker, *self.runner[:1]) if program]
+
+    @property
+    def group(self):
+        return "digest" if self.compiler in IN_CI else "digest-all"
+
+
+@dataclasses.dataclass
+class Outcome:
+    """What the program of a row gave, or why it gave nothing."""
+
+    row: Row
+    found: dict  # corpus: {family: (digest, number of results)}
+    fault: str = ""
+
+    def differing(self, committed):
+        """The families of each corpus that are not as committed."""
+        return {corpus: [name for name in sorted(committed[corpus].keys() | families.keys())
+                         if committed[corpus].get(name) != families.get(name, (None,))[0]]
+                for corpus, families in self.found.items()}
+
+    def passed(self, committed):
+        differs = any(self.differing(committed).values())
+        return not self.fault and differs == self.row.fused
+
+
+def native_rows():
+    # x86-64-v3 is emulated where the processor is older.
+    known = Path("/proc/cpuinfo").read_text(encoding="utf-8").split()
+    v3 = () if {"avx2", "fma", "bmi2"} <= set(known) else ("qemu-x86_64-static", "-cpu", "max")
+
+    def row(compiler, flags, fused=False):
+        return Row("x86-64", compiler, flags, v3 if "v3" in flags else (), fused=fused)
+    return [row(*words) for words in itertools.product(COMPILERS, FLAGS)] + [
+        row("g++-12", "-O3 -march=x86-64-v3", fused=True)]
+
+
+def i386_rows():
+    """Run by the processor itself, if the system lets it, with the cross compiler's C library."""
+    folder = Path("/usr/i686-linux-gnu/lib")
+    runner, corpora = (str(folder / "ld-linux.so.2"), "--library-path", str(folder)), Row.corpora
+    try:
+        subprocess.run([runner[0], "--version"], capture_output=True, check=False)
+    except FileNotFoundError:
+        pass  # it comes with the compiler
+    except OSError:
+        runner, corpora = ("qemu-i386-static", "-L", str(folder.parent)), ("small",)
+    return [Row("i386", "i686-linux-gnu-g++", f"{level} -msse2 -mfpmath=sse", runner, corpora)
+            for level in ("-O0", "-O2", "-O3")]
+
+
+def emulated_rows():
+    def row(target, flags, compiler=None, fused=False):
+        triple, processor = EMULATED[target]
+        runner = (f"qemu-{processor}-static", "-L", f"/usr/{triple}")
+        own = f"{triple}-g++"
+        return Row(target, compiler or own, flags, runner, ("small",), fused, own)
+    return [row(*words) for words in itertools.product(EMULATED, ("-O0", "-O2", "-O3"))] + [
+        row(target, f"-O2 --target={EMULATED[target][0]}", "clang++-19") for target in EMULATED] + [
+        row("aarch64", "-O2", fused=True)]
+
+
+def all_rows():
+    return native_rows() + i386_rows() + emulated_rows()
+
+
+def provide(rows):
+    """Sees to it that the compilers and emulators of the rows are there."""
+    install("build")
+    for row in rows:
+        for program in row.programs:
+            if shutil.which(program):
+                continue
+            try:
+                install(row.group)
+            except Failure as failure:
+                raise Failure(f"{program}, for the row {row.name}, is missing and cannot be "
+                              "installed (is there a network?); it is in the group "
+                              f"{row.group} of scripts/packages.") from failure
+
+
+def build(row):
+    """Builds the library and the program of a row; gives the program."""
+    (LOGS / f"{row.log}.log").unlink(missing_ok=True)
+    target = "contracted_sampler" if row.fused else "digest_sampler"
+    cross = [] if row.target == "x86-64" else ["-DCMAKE_SYSTEM_NAME=Linux",
+                                              f"-DCMAKE_SYSTEM_PROCESSOR={row.target}"]
+    configure = ["cmake", "-S", SOURCE, "-B", row.folder, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=None",
+                 f"-DCMAKE_CXX_COMPILER={row.compiler}", f"-DCMAKE_CXX_FLAGS={row.flags}", *cross]
+    for command in (configure, ["cmake", "--build", row.folder, "--target", target, "-j", "1"]):
+        if run_command(command, row.log).returncode != 0:
+            raise Failure(f"does not build; see {LOGS.relative_to(ROOT)}/{row.log}.log")
+    return row.folder / target
+
+
+def families_of(command, log):
+    """Runs a program; the digest of each of its families and the number of its results."""
+    digests, counts = {}, {}
+    with open(LOGS / f"{log}.log", "ab") as errors, \
+            subprocess.Popen(command, stdout=subprocess.PIPE, stderr=errors,
+                             cwd=command[-2].parent) as program:
+        for header in program.stdout:
+            size, name = header.decode().rstrip("\n").split(" ", 1)
+            results = program.stdout.read(int(size))
+            digests.setdefault(name, hashlib.sha256()).update(results)
+            counts[name] = counts.get(name, 0) + len(results) // 8
+    if program.returncode != 0:
+        raise Failure(f"ends with {program.returncode}; see {LOGS.relative_to(ROOT)}/{log}.log")
+    return {name: (digest.hexdigest(), counts[name]) for name, digest in digests.items()}
+
+
+def carry_out(row):
+    start = time.monotonic()
+    outcome = Outcome(row, {})
+    try:
+        program = build(row)
+        for corpus in row.corpora:
+            command = [*row.runner, program, str(POSITIONS[corpus])]
+            outcome.found[corpus] = families_of(command, row.log)
+    except Failure as failure:
+        outcome.fault = str(failure)
+    return outcome, time.monotonic() - start
+
+
+def over_all(families):
+    """One digest over those of the families."""
+    lines = "".join(f"{digest}  {name}\n" for name, digest in sorted(families.items()))
+    return hashlib.sha256(lines.encode()).hexdigest()
+
+
+def write_committed(outcome):
+    text = ("# SHA-256 of the sampled corpus, of the small part of it and of each family;\n"
+            "# `scripts/prove digest` compares, and with --update it writes this file.\n")
+    for corpus, families in outcome.found.items():
+        digests = {name: digest for name, (digest, _) in families.items()}
+        text += f"{over_all(digests)}  {corpus}\n"
+        text += "".join(f"{digest}  {corpus}: {name}\n" for name, digest in sorted(digests.items()))
+    COMMITTED.write_text(text, encoding="utf-8")
+
+
+def read_committed():
+    if not COMMITTED.exists():
+        raise Failure(f"{COMMITTED.relative_to(ROOT)} is missing; scripts/prove digest --update "
+                      "writes it.")
+    committed = {corpus: {} for corpus in POSITIONS}
+    for digest, corpus, name in re.findall(r"^([0-9a-f]{64})  (\w+): (.+)$",
+                                           COMMITTED.read_text(encoding="utf-8"), re.MULTILINE):
+        committed[corpus][name] = digest
+    return committed
+
+
+def verdict(outcome, committed):
+    if outcome.fault:
+        return f"**{outcome.fault}**"
+    differing = outcome.differing(committed)
+    text = "; ".join(f"differs in {len(names)} of {len(outcome.found[corpus])} families of {corpus}"
+                     for corpus, names in differing.items() if names) or "equal"
+    if outcome.passed(committed):
+        return text + (", as it has to" if outcome.row.fused else "")
+    return f"**{text}**"
+
+
+def say(outcome, seconds, committed):
+    word = "ok    " if outcome.passed(committed) else "FAILED"
+    print(f"{word}  {outcome.row.name}: {verdict(outcome, committed)} ({seconds:.0f} s)",
+          flush=True)
+    if outcome.passed(committed):
+        return
+    differing = outcome.differing(committed)
+    for name in sorted({name for names in differing.values() for name in names}):
+        corpora = " and ".join(corpus for corpus, names in differing.items() if name in names)
+        print(f"        {name} ({corpora})", flush=True)
+
+
+def carry_out_all(rows, committed):
+    """Builds and runs as many rows at a time as there are cores; the outcomes in their order."""
+    with concurrent.futures.ThreadPoolExecutor(CORES) as workers:
+        jobs = [workers.submit(carry_out, row) for row in rows]
+        try:
+            for job in concurrent.futures.as_completed(jobs):
+                say(*job.result(), committed)
+        except BaseException:
+            workers.shutdown(wait=False, cancel_futures=True)
+            raise
+    return [job.result()[0] for job in jobs]
+
+
+def version(compiler):
+    first_line = run_command([compiler, "--version"]).stdout.splitlines()[0]
+    return re.findall(r"\d+\.\d+\.\d+", first_line)[-1]
+
+
+def rows_table(outcomes, committed):
+    versions = {compiler: version(compiler) for compiler in {o.row.compiler for o in outcomes}}
+    rows = []
+    for outcome in outcomes:
+        row = outcome.row
+        rows.append([row.target, f"{row.compiler} {versions[row.compiler]}",
+                     f"`{row.flags}`" + (", fused" if row.fused else ""),
+                     row.runner[0] if "qemu" in "".join(row.runner[:1]) else "the processor",
+                     " and ".join(row.corpora), verdict(outcome, committed)])
+    return Table("Each build, compared with the committed digests",
+                 ["target", "compiler", "flags", "run by", "corpus", "digest"], rows)
+
+
+def corpora_table(outcomes):
+    measured = {corpus: families for outcome in outcomes if not outcome.row.fused
+                for corpus, families in outcome.found.items()}
+    return Table("The digests over all families",
+                 ["corpus", "results", "families", "SHA-256"],
+                 [[corpus, f"{sum(count for _, count in families.values()):,}", len(families),
+                   f"`{over_all({name: digest for name, (digest, _) in families.items()})}`"]
+                  for corpus, families in sorted(measured.items())])
+
+
+def families_table(outcomes, committed):
+    fused = [outcome for outcome in outcomes if outcome.row.fused and not outcome.fault]
+    changed = {name for outcome in fused
+               for names in outcome.differing(committed).values() for name in names}
+    digests = committed["full"]
+    return Table("The families: the first digits of their digest over the full corpus, and whether "
+                 "fused products and sums change it",
+                 ["family", "SHA-256", "fused"],
+                 [[name, f"`{digest[:16]}`",
+                   "not run" if not fused else "differs" if name in changed else "equal"]
+                  for name, digest in sorted(digests.items())])
+
+
+def update():
+    row = next(row for row in native_rows() if row.name == "x86-64 g++-12 -O2")
+    provide([row])
+    outcome, _ = carry_out(row)
+    if outcome.fault:
+        raise Failure(f"the row {row.name} {outcome.fault}.")
+    write_committed(outcome)
+    return Result(True, f"{COMMITTED.relative_to(ROOT)} was written from {row.compiler} "
+                        f"{row.flags}; look at what changed in it.")
+
+
+def chosen_rows(pattern):
+    try:
+        rows = [row for row in all_rows() if re.search(pattern, row.name)]
+    except re.error as error:
+        raise Failure(f"--rows {pattern} is not a regular expression: {error}.") from error
+    if not rows:
+        raise Failure(f"no row matches {pattern}; scripts/prove digest --list names them.")
+    return rows
+
+
+def add_arguments(parser):
+    parser.add_argument("--rows", metavar="PATTERN", default="",
+                        help="only the rows whose name this regular expression finds")
+    parser.add_argument("--list", action="store_true", help="name the rows, and run none")
+    parser.add_argument("--update", action="store_true",
+                        help="write the committed digests anew, from g++-12 at -O2")
+
+
+def run(options):
+    if getattr(options, "record", False) and (options.rows or options.list or options.update):
+        raise Failure("only a run of all rows is recorded.")
+    if options.update:
+        return update()
+    rows = chosen_rows(options.rows)
+    if options.list:
+        print("\n".join(row.name for row in rows))
+        return Result(True, f"{len(rows)} rows are named, none was run.")
+    committed = read_committed()
+    provide(rows)
+    outcomes = carry_out_all(rows, committed)
+    return judged(outcomes, committed)
+
+
+def judged(outcomes, committed):
+    plain = [outcome for outcome in outcomes if not outcome.row.fused]
+    fused = [outcome for outcome in outcomes if outcome.row.fused]
+    equal = sum(outcome.passed(committed) for outcome in plain)
+    changed = sum(outcome.passed(committed) for outcome in fused)
+    targets = ", ".join(dict.fromkeys(outcome.row.target for outcome in plain))
+    summary = (f"{equal} of {len(plain)} builds ({targets}) give the committed digest, and "
+               f"{changed} of {len(fused)} with fused products and sums give another.")
+    tables = [corpora_table(outcomes), rows_table(outcomes, committed),
+              families_table(outcomes, committed)]
+    return Result(all(outcome.passed(committed) for outcome in outcomes), summary, tables)

@@ -1,0 +1,164 @@
+"""First calls by many threads, loading and unloading, and what loading alone costs."""
+import os
+import re
+
+from . import common
+from .common import Failure
+from .results import Result, Table
+
+TITLE = "Load"
+ABOUT = """
+- **First calls**: sixteen threads make the first call of an interpolator's and a border's table
+  at once. Tables are made once in a process, so each trial is a process of its own; every pair of
+  the three interpolators and the two borders is tried, plain and under the thread sanitizer.
+- **Loading and unloading**: a program that does not know the library loads a plug-in that uses it
+  through every table, and has it throw; then it unloads both. After each round the library must
+  be gone from the process's map, and each object that it had registered to be destroyed must have
+  been: the program's own `__cxa_atexit` counts them. After a tenth of the rounds and at the end
+  the number of mappings and the bytes of the heap in use must be *the same*, which a leak of one
+  byte a round would show. The resident memory may differ by the 256 KiB that the heap and the
+  loader move within; one page lost a round would be more.
+- **A program that never calls it**: callgrind counts the instructions that run inside the library
+  while a program loads it, does nothing and ends. Only the functions that a compiler and its
+  start-up files put into every shared object may run. The table tells what is left, which is the
+  loader's work: its relocations, beside those of the same program without the library.
+"""
+CI_RUN = ["--processes", "48", "--rounds", "200"]
+WHOLE_RUN = []
+
+PAIRS = [(interpolator, border) for interpolator in range(3) for border in range(2)]
+CLANG = "clang++-19"
+RESIDENT_SLACK = 256 * 1024
+# What each shared object has, whatever its sources.
+COMPILERS_OWN = {"_init", "_fini", "frame_dummy", "register_tm_clones", "deregister_tm_clones",
+                 "__do_global_dtors_aux"}
+
+
+def first_calls(folder, processes):
+    """Gives the number of trials and what the failed ones said."""
+    program = folder / "tests" / "proof" / "load" / "first_call"
+    failed = []
+    for trial in range(processes):
+        pair = PAIRS[trial % len(PAIRS)]
+        done = common.run([program, *map(str, pair)])
+        if done.returncode != 0:
+            failed.append(f"interpolator {pair[0]}, border {pair[1]}: "
+                          f"{(done.stdout + done.stderr).strip()[:300]}")
+    return failed
+
+
+def load_rounds(folder, rounds):
+    """What the process holds after a tenth of the rounds and after all, or why it stopped."""
+    program = folder / "tests" / "proof" / "load" / "load_rounds"
+    done = common.run([program, str(rounds)])
+    if done.returncode != 0:
+        return None, done.stdout.strip().splitlines()[-1:] or [f"ended with {done.returncode}"]
+    held = [list(map(int, line.split())) for line in done.stdout.splitlines()]
+    (_, _, maps, heap, resident), (_, _, last_maps, last_heap, last_resident) = held
+    growth = [f"{name} grew by {by}" for name, by, slack in (
+        ("the mappings", last_maps - maps, 0), ("the heap in use", last_heap - heap, 0),
+        ("the resident memory", last_resident - resident, RESIDENT_SLACK)) if by > slack]
+    return held, growth
+
+
+def instructions(program, output):
+    """Instructions by (object, function), as callgrind counts them."""
+    done = common.run(["valgrind", "--tool=callgrind", f"--callgrind-out-file={output}",
+                       "--dump-instr=no", program])
+    if done.returncode != 0:
+        raise Failure(f"callgrind cannot run {program.name}.")
+    counts, names, where = {}, {}, {"ob": "", "fn": ""}
+    calls = False
+    for line in output.read_text(encoding="utf-8").splitlines():
+        entered = re.match(r"(ob|fn)=\((\d+)\)(?: (.*))?$", line)
+        called = re.match(r"c(ob|fn)=\((\d+)\)(?: (.*))?$", line)
+        for match in filter(None, (entered, called)):
+            key = (match[1], match[2])
+            names[key] = match[3] or names[key]
+        if entered:
+            where[entered[1]] = names[entered[1], entered[2]]
+        elif line.startswith("calls="):
+            calls = True  # the line that follows tells what the callee cost, which counts there
+        elif re.match(r"[+*-]?\d* ?\S* \d+$", line) and line[0] in "+-*0123456789":
+            if not calls:
+                key = (where["ob"], where["fn"])
+                counts[key] = counts.get(key, 0) + int(line.split()[-1])
+            calls = False
+    return counts
+
+
+def named(function, library):
+    """The name of a function that callgrind knows by its address alone."""
+    if not function.startswith("0x"):
+        return re.sub(r"'.*", "", function)
+    for line in common.run(["nm", "-C", "--defined-only", library]).stdout.splitlines():
+        fields = line.split(maxsplit=2)
+        if len(fields) == 3 and int(fields[0], 16) == int(function, 16):
+            return fields[2]
+    return function
+
+
+def relocations(program):
+    done = common.run([program], env={**os.environ, "LD_DEBUG": "statistics", "LD_BIND_NOW": "1"})
+    found = re.findall(r"number of relocations(?: from cache)?: (\d+)", done.stderr)
+    relative = re.findall(r"number of relative relocations: (\d+)", done.stderr)
+    if not found or not relative:
+        raise Failure("the loader does not say how many relocations it processes.")
+    return int(found[0]), int(relative[0])
+
+
+def idle_cost(folder):
+    """Rows about the program with and without the library, and the library's functions that ran."""
+    rows, foreign = [], []
+    for name in ("idle", "idle_alone"):
+        program = folder / "tests" / "proof" / "load" / name
+        counts = instructions(program, folder / f"{name}.callgrind")
+        inside = {named(function, file): count for (file, function), count in counts.items()
+                  if "libvolux_core" in file}
+        foreign += [function for function in inside if function not in COMPILERS_OWN]
+        rows.append([name, sum(counts.values()), sum(inside.values()),
+                     ", ".join(f"`{function}`" for function in sorted(inside)) or "none",
+                     *relocations(program)])
+    if "libvolux_core" not in common.run(["ldd", folder / "tests/proof/load/idle"]).stdout:
+        raise Failure("the idle program does not load the library.")
+    return rows, foreign
+
+
+def add_arguments(parser):
+    parser.add_argument("--processes", type=int, default=240,
+                        help="how many processes make first calls; sanitized: a quarter as many")
+    parser.add_argument("--rounds", type=int, default=1000, help="how often the library is loaded")
+
+
+def run(options):
+    if options.processes < len(PAIRS) or options.rounds < 100:
+        raise Failure(f"at least {len(PAIRS)} processes and 100 rounds are needed.")
+    common.install("build", "coverage", "sanitizers")
+    plain = common.build("load", "g++", "", "Release",
+                         ["first_call", "load_rounds", "idle", "idle_alone"])
+    sanitized = common.build("load-thread", CLANG, "-O1 -gline-tables-only -fsanitize=thread",
+                             "None", ["first_call"])
+    under_sanitizer = max(options.processes // 4, len(PAIRS))
+    failed = first_calls(plain, options.processes)
+    raced = first_calls(sanitized, under_sanitizer)
+    held, growth = load_rounds(plain, options.rounds)
+    cost, foreign = idle_cost(plain)
+    faults = (failed + raced + growth
+              + [f"`{function}` of the library runs in a program that never calls it"
+                 for function in foreign])
+    tables = [
+        Table("First calls by sixteen threads at once", ["build", "processes", "failed"],
+              [["g++, -O3", options.processes, len(failed)],
+               ["clang++ 19, thread sanitizer", under_sanitizer, len(raced)]]),
+        Table("Loaded, used and unloaded", ["rounds", "objects destroyed in each", "mappings",
+                                            "heap in use, bytes", "resident, bytes"], held or []),
+        Table("A program that never calls it", ["program", "instructions", "inside the library",
+                                                "its functions", "relocations",
+                                                "relative relocations"], cost)]
+    if faults:
+        print("\n".join(f"  {fault}" for fault in faults[:20]))
+        tables.append(Table("Faults", ["what"], [[fault] for fault in faults[:20]]))
+    summary = (f"{options.processes + under_sanitizer} processes made first calls by sixteen "
+               f"threads, the library was loaded and unloaded {options.rounds} times, {cost[0][2]} "
+               f"of its instructions run in a program that never calls it; {len(faults)} faults.")
+    return Result(not faults, summary, tables)

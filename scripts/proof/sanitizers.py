@@ -1,0 +1,216 @@
+"""The module under every sanitizer, valgrind and the static checkers."""
+import dataclasses
+import os
+import re
+import shutil
+
+from . import common, suite
+from .common import Failure
+from .results import Result, Table
+
+TITLE = "Sanitizers and friends"
+ABOUT = """
+Nothing is suppressed at run time, and no source carries an attribute that switches a sanitizer
+off.
+
+- **address and undefined behaviour**: the unit tests and the module, by clang 19 and by g++ 12,
+  also with the conversions of floating-point numbers that do not fit (`float-cast-overflow`).
+- **integer**: clang's `integer` and `implicit-conversion` groups look at the module alone, which
+  the plain unit tests call. They name also what the language allows, such as unsigned numbers
+  that wrap: whatever the module wraps on purpose is written as an explicit conversion.
+- **memory**: whatever a program gets from the module was written before. It is a program of its
+  own, because a test framework's memory is written by a standard library that is not
+  instrumented; for the same reason the exceptions, which print, are left to valgrind.
+- **thread**: the tests with threads, and the first calls of many threads at once (check 10).
+- **valgrind**: the container's tests, and those of the kernels, borders and policies, not
+  optimised, so that each load is still there; leaks count as errors. Left out are the tests that
+  watch `calloc` and `free`, which valgrind keeps for itself, one that asks for more memory than
+  there can be, which valgrind reports, and the long comparisons.
+- **clang-tidy and cppcheck**: `scripts/lint`, where no warning may remain.
+- **reasons**: each mark in a source that silences a checker, and each check that `.clang-tidy`
+  leaves out, is followed by its reason.
+
+A finding is a place in the sources, however often it is reported.
+"""
+CI_RUN = ["integer", "memory", "valgrind", "reasons"]
+WHOLE_RUN = []
+
+CLANG = "clang++-19"
+PLAIN = "-O0 -gdwarf-4 -gline-tables-only"
+FRAMES = " -fno-omit-frame-pointer"
+UNDEFINED = "undefined,float-cast-overflow"
+INTEGER = UNDEFINED + ",integer,implicit-conversion,nullability,local-bounds"
+# Tests that watch calloc and free, which valgrind keeps for itself, or that ask for more than there
+# can be, which it reports; and long ones, whose calls the other tests make as well.
+NOT_UNDER_VALGRIND = {
+    "container_tests": "HeapUse*:SizeLimits/*.TheSameExtentsCanFitOneElementSizeAndNotAnother",
+    "sampling_tests": "Sampling*:EverySpelling*:*Differential*",
+}
+# A checker's line that tells of something wrong, and where.
+FINDING = re.compile(r"(\S+:\d+:\d+: runtime error: .*?)(?: \d.*)?$"
+                     r"|((?:ERROR|WARNING): \w+Sanitizer: .*)$", re.MULTILINE)
+
+
+@dataclasses.dataclass
+class Outcome:
+    compiler: str
+    ran: str
+    findings: list
+
+
+def build_and_run(name, compiler, flags, programs=suite.PROGRAMS):
+    """The unit tests under a sanitizer. Gives the number of those that passed, and the findings."""
+    tests = suite.build(f"sanitizers-{name}", compiler, flags, programs=programs)
+    return run_tests(tests, None, name, programs)
+
+
+def run_tests(tests, module, name, programs=suite.PROGRAMS):
+    reports = common.BUILD / f"sanitizers-{name}-reports"
+    shutil.rmtree(reports, ignore_errors=True)
+    reports.mkdir(parents=True)
+    # To files, because the tests capture the error stream.
+    option = f"log_path={reports}/report"
+    passed, findings = 0, []
+    for program in programs:
+        count, log = suite.run(tests, program, module, f"proof-sanitizers-{name}",
+                               ASAN_OPTIONS=option, UBSAN_OPTIONS=option, TSAN_OPTIONS=option)
+        passed += count or 0
+        if count is None:
+            findings.append(f"{program} fails; see {log}")
+    findings += found_in("".join(path.read_text(encoding="utf-8", errors="replace")
+                                 for path in sorted(reports.iterdir())))
+    return f"{passed} tests", findings
+
+
+def found_in(text):
+    found = {next(filter(None, match)) for match in FINDING.findall(text)}
+    return sorted(finding.replace(f"{common.ROOT}/", "").rstrip(":") for finding in found)
+
+
+def address_by(compiler, name):
+    flags = f"{PLAIN if compiler == CLANG else '-O0 -g1'}{FRAMES} -fsanitize=address,{UNDEFINED}"
+    return Outcome(compiler, *build_and_run(name, compiler, flags))
+
+
+def address():
+    return address_by(CLANG, "address")
+
+
+def address_gcc():
+    return address_by("g++", "address-gcc")
+
+
+def plain_tests():
+    """Without instrumentation, but with the run-time library that an instrumented module needs."""
+    return suite.build("sanitizers-plain", CLANG, PLAIN,
+                       ["-DCMAKE_EXE_LINKER_FLAGS=-fsanitize=undefined"])
+
+
+def integer():
+    module = suite.build_module("sanitizers-integer", CLANG, f"{PLAIN} -fsanitize={INTEGER}")
+    return Outcome(CLANG, *run_tests(plain_tests(), module, "integer"))
+
+
+def memory():
+    flags = f"-O1 -gline-tables-only{FRAMES} -fsanitize=memory -fsanitize-memory-track-origins=2"
+    folder = common.build("sanitizers-memory", CLANG, flags, "None", ["memory_exercise"])
+    done = common.run([folder / "tests" / "proof" / "memory" / "memory_exercise"],
+                      env={**os.environ, "MSAN_OPTIONS": "allocator_may_return_null=1"})
+    log = suite.save_log("proof-sanitizers-memory", done.stdout + done.stderr)
+    findings = found_in(done.stderr)
+    if done.returncode != 0:
+        findings.append(f"memory_exercise fails; see {log}")
+    return Outcome(CLANG, done.stdout.strip() or "nothing", findings)
+
+
+def thread():
+    return Outcome(CLANG, *build_and_run("thread", CLANG, f"{PLAIN}{FRAMES} -fsanitize=thread",
+                                         programs=["thread_tests"]))
+
+
+def valgrind():
+    tests = plain_tests()
+    wrapper = ["valgrind", "--quiet", "--error-exitcode=9", "--leak-check=full",
+               "--errors-for-leak-kinds=definite,indirect,possible"]
+    findings, passed = [], 0
+    for program, left_out in NOT_UNDER_VALGRIND.items():
+        count, log = suite.run(tests, program, log="proof-sanitizers-valgrind", wrapper=wrapper,
+                               words=[f"--gtest_filter=-{left_out}"])
+        passed += count or 0
+        if count is None:
+            findings.append(f"{program} fails or errs; see {log}")
+    return Outcome("valgrind", f"{passed} tests", findings)
+
+
+def lint():
+    done = common.run([common.ROOT / "scripts" / "lint", common.BUILD / "lint"])
+    log = suite.save_log("proof-sanitizers-lint", done.stdout + done.stderr)
+    return Outcome("clang-tidy 14, cppcheck", "include/, src/",
+                   [] if done.returncode == 0 else [f"scripts/lint fails; see {log}"])
+
+
+# What silences a checker: with the checks it names in brackets, and the reason behind a colon or in
+# the comment above.
+MARK = re.compile(r"NOLINT(?!END)|cppcheck-suppress|no_sanitize|diagnostic ignored|LCOV_EXCL|GCOVR")
+REASONED = re.compile(r"NOLINT(NEXTLINE|BEGIN)?\([\w,-]+\)(: \w+ \w+)?")
+COMMENT = re.compile(r"\s*// \w+ \w+")
+
+
+def has_reason(line, above):
+    named = REASONED.search(line)
+    return named is not None and (named[2] is not None or COMMENT.match(above) is not None)
+
+
+def reasons():
+    marks, findings = 0, []
+    for folder in ("include", "src", "tests", "fuzz", "examples", "docs"):
+        for path in sorted((common.ROOT / folder).rglob("*")):
+            if path.suffix not in (".h", ".cpp", ".ipp", ".inc"):
+                continue
+            lines = ["", *path.read_text(encoding="utf-8").splitlines()]
+            for number, (above, line) in enumerate(zip(lines, lines[1:]), start=1):
+                if MARK.search(line):
+                    marks += 1
+                    if not has_reason(line, above):
+                        findings.append(f"{path.relative_to(common.ROOT)}:{number}: no reason")
+    for line in (common.ROOT / ".clang-tidy").read_text(encoding="utf-8").splitlines():
+        if re.match(r"\s+-[a-z]", line):
+            marks += 1
+            if not re.search(r"# \w+ \w+", line):
+                findings.append(f".clang-tidy: no reason for {line.strip()}")
+    return Outcome("-", f"{marks} marks", findings)
+
+
+RUNS = {
+    "address": ("address, undefined behaviour", address),
+    "address-gcc": ("address, undefined behaviour", address_gcc),
+    "integer": ("undefined behaviour, integer", integer),
+    "memory": ("memory", memory),
+    "thread": ("thread", thread),
+    "valgrind": ("valgrind memcheck", valgrind),
+    "lint": ("clang-tidy, cppcheck", lint),
+    "reasons": ("reasons of suppressions", reasons),
+}
+
+
+def add_arguments(parser):
+    parser.add_argument("tools", nargs="*", metavar="TOOL",
+                        help=f"which to run, of {', '.join(RUNS)}; all if none is named")
+
+
+def run(options):
+    unknown = [tool for tool in options.tools if tool not in RUNS]
+    if unknown:
+        raise Failure(f"there is no tool {unknown[0]}; there are {', '.join(RUNS)}.")
+    common.install("build", "test", "coverage", "sanitizers")
+    rows, found = [], []
+    for name in options.tools or RUNS:
+        title, check = RUNS[name]
+        outcome = check()
+        rows.append([title, outcome.compiler, outcome.ran, len(outcome.findings)])
+        found += [[title, finding] for finding in outcome.findings]
+        print(f"  {title}: {outcome.ran}, {len(outcome.findings)} findings", flush=True)
+    tables = [Table("What ran", ["tool", "compiler", "what ran", "findings"], rows)]
+    if found:
+        tables.append(Table("Findings", ["tool", "finding"], found[:50]))
+    return Result(not found, f"{len(rows)} tools have {len(found)} findings.", tables)
