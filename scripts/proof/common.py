@@ -1,5 +1,8 @@
 """What the checks share: packages, builds, programs that are run."""
+import argparse
+import math
 import os
+import re
 import subprocess
 from pathlib import Path
 
@@ -7,10 +10,26 @@ ROOT = Path(__file__).resolve().parents[2]
 BUILD = ROOT / "build" / "proof"
 LOGS = ROOT / "build" / "logs"
 CORES = os.cpu_count() or 1
+LIBRARY = "libvolux_core.so.1.1.0"
 
 
 class Failure(Exception):
     """Why a check could not be carried out, as one sentence."""
+
+
+class BadUse(Failure):
+    """A command line that makes no sense."""
+
+
+def positive(text):
+    """An argument that is a length of time, or any other number above zero."""
+    try:
+        number = float(text)
+    except ValueError:
+        number = 0.0
+    if not 0.0 < number < math.inf:
+        raise argparse.ArgumentTypeError(f"'{text}' is not a number above zero")
+    return number
 
 
 def install(*groups):
@@ -33,7 +52,7 @@ def run(command, log=None, **options):
 
 
 def build(name, compiler="g++", flags="", kind="Release", targets=("volux_core",), arguments=()):
-    """Configures build/proof/NAME with the programs of the proof, builds targets, gives the folder."""
+    """Configures build/proof/NAME with the programs of the proof and builds targets."""
     folder = BUILD / name
     log = f"proof-{name.replace('/', '-')}"
     (LOGS / f"{log}.log").unlink(missing_ok=True)
@@ -44,3 +63,20 @@ def build(name, compiler="g++", flags="", kind="Release", targets=("volux_core",
         if run(command, log).returncode != 0:
             raise Failure(f"the build {name} fails; see {LOGS.relative_to(ROOT)}/{log}.log.")
     return folder
+
+
+def output_of(command, **options):
+    """What a program writes; a program that fails ends the check."""
+    done = subprocess.run([str(word) for word in command], stdout=subprocess.PIPE, check=False,
+                          **options)
+    if done.returncode != 0:
+        raise Failure(f"the program {Path(command[0]).name} stopped with status "
+                      f"{done.returncode}.")
+    return done.stdout
+
+
+def version(program):
+    """A program as it names itself: g++ 12.2.0."""
+    said = run([program, "--version"]).stdout
+    found = re.search(r"\d+\.\d+(\.\d+)?", said)
+    return f"{program} {found[0] if found else '?'}"

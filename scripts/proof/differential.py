@@ -1,9 +1,8 @@
 """Random samples against the oracle, and beside those of other libraries."""
 import collections
 import secrets
-import subprocess
 
-from .common import CORES, ROOT, Failure, build, install
+from .common import CORES, ROOT, BadUse, build, install, output_of, positive
 from .common import run as run_command
 from .results import Result, Table
 
@@ -51,7 +50,9 @@ CI_RUN = ["--seconds", "10"]
 WHOLE_RUN = ["--seconds", "60"]
 
 CAMPAIGN = 10**9  # samples
+KINDS = 294  # of samples: types, forms, kernels and borders that go together
 POSITIONS = 1_000_000  # for each comparison with an outsider
+COMPARISONS = 12
 
 Count = collections.namedtuple("Count", "policies type form kernel border compared different pairs "
                                         "different_pairs")
@@ -59,18 +60,10 @@ Outsider = collections.namedtuple("Outsider", "name what compared largest tolera
 
 
 def add_arguments(parser):
-    parser.add_argument("--seconds", type=float, default=60.0,
+    parser.add_argument("--seconds", type=positive, default=60.0,
                         help="how long to compare with the oracle (60)")
     parser.add_argument("--seed", type=int,
                         help="the seed of the first volume (a new one each time)")
-
-
-def output_of(command, **options):
-    done = subprocess.run([str(word) for word in command], stdout=subprocess.PIPE, check=False,
-                          **options)
-    if done.returncode != 0:
-        raise Failure(f"{command[0].name} stopped with status {done.returncode}.")
-    return done.stdout
 
 
 def rows_of(text):
@@ -93,10 +86,9 @@ def compare_with_outsiders(folder, seed):
     samples = output_of([folder / "scipy_samples", POSITIONS, seed])
     scipy = rows_of(output_of([ROOT / "tests" / "proof" / "differential" / "compare_scipy"],
                               input=samples))
-    return ([Outsider("CImg<double>", what, int(compared), float(largest), float(tolerance))
-             for what, compared, largest, tolerance in cimg]
-            + [Outsider("scipy.ndimage", what, int(compared), float(largest), float(tolerance))
-               for what, compared, largest, tolerance in scipy])
+    return [Outsider(name, what, int(compared), float(largest), float(tolerance))
+            for name, rows in (("CImg<double>", cimg), ("scipy.ndimage", scipy))
+            for what, compared, largest, tolerance in rows]
 
 
 def total(counts, field):
@@ -152,8 +144,8 @@ def judge(options, seed, volumes, counts, outsiders):
     pairs, different_pairs = total(counts, "pairs"), total(counts, "different_pairs")
     held = sum(holds(outsider) for outsider in outsiders)
     return Result(
-        passed=min(samples, pairs) > 0 and different + different_pairs == 0
-        and held == len(outsiders),
+        passed=len(counts) == KINDS and all(count.compared for count in counts) and pairs > 0
+        and different + different_pairs == 0 and held == len(outsiders) == COMPARISONS,
         summary=f"{samples:,} samples compared with the oracle, {different:,} different; {pairs:,} "
                 f"pairs of run-time and compile-time policies, {different_pairs:,} different; "
                 f"{held} of {len(outsiders)} comparisons with outsiders within tolerance.",
@@ -167,10 +159,8 @@ def judge(options, seed, volumes, counts, outsiders):
 
 
 def run(options):
-    if options.seconds <= 0:
-        raise Failure("--seconds takes a number above zero.")
     if options.seed is not None and not 0 <= options.seed < 2**63:
-        raise Failure("--seed takes a number from 0 to 2^63 - 1.")
+        raise BadUse("--seed takes a number from 0 to 2^63 - 1.")
     install("build", "differential")
     folder = build("oracle", targets=("differential_run", "cimg_outsider", "scipy_samples"))
     programs = folder / "tests" / "proof" / "differential"

@@ -1,5 +1,4 @@
 """Four programs for libFuzzer, each with a small corpus to start from."""
-import argparse
 import concurrent.futures
 import os
 import re
@@ -8,7 +7,7 @@ import tempfile
 import time
 from pathlib import Path
 
-from .common import BUILD, LOGS, ROOT, Failure, build, install
+from .common import BUILD, LOGS, ROOT, Failure, build, install, positive, version
 from .results import Result, Table
 
 TITLE = "Fuzzing"
@@ -100,7 +99,6 @@ def spend(tally, seconds, temporary):
     """One run of so many seconds by the clock; adds what it took and found."""
     name = tally.name
     crashes = CRASHES / name
-    known = set(crashes.iterdir())
     command = [program(name), f"-max_total_time={max(1, round(seconds))}", *LIMITS,
                f"-max_len={LONGEST[name]}", f"-artifact_prefix={crashes}/", FOUND / name,
                CORPUS / name]
@@ -111,16 +109,21 @@ def spend(tally, seconds, temporary):
             _, status, usage = os.wait4(child.pid, 0)
             child.returncode = os.waitstatus_to_exitcode(status)
         file.seek(0)
-        tally.add(file.read())
+        said = file.read()
+    tally.add(said)
     tally.cpu += usage.ru_utime + usage.ru_stime
-    kept = sorted(set(crashes.iterdir()) - known)
-    if child.returncode != 0 and not kept:
+    if child.returncode == 0:
+        return
+    kept = re.findall(r"Test unit written to (.+)", said)
+    if not kept:
         raise Failure(f"the fuzzer of {name} ends with status {child.returncode} and keeps no "
                       f"input; see {log.relative_to(ROOT)}.")
-    tally.crash = kept[0] if kept else None
+    tally.crash = Path(kept[-1])
 
 
 def fuzz(name, seconds, temporary):
+    if not any((CORPUS / name).iterdir()):
+        raise Failure(f"{(CORPUS / name).relative_to(ROOT)} holds nothing to start from.")
     for folder in (FOUND / name, CRASHES / name):
         folder.mkdir(parents=True, exist_ok=True)
     tally = Tally(name)
@@ -146,16 +149,6 @@ def fuzz_all(names, seconds):
         return list(pool.map(lambda name: fuzz(name, seconds, temporary), names))
 
 
-def positive(text):
-    try:
-        number = float(text)
-    except ValueError:
-        number = 0.0
-    if not 0 < number < float("inf"):
-        raise argparse.ArgumentTypeError(f"'{text}' is not a length of time")
-    return number
-
-
 def add_arguments(parser):
     length = parser.add_mutually_exclusive_group()
     length.add_argument("--minutes", type=positive, help="processor time for each target")
@@ -175,9 +168,10 @@ def run(options):
     summary = (f"{executions:,} inputs in {minutes:.1f} minutes of processor time, " +
                ("; ".join(f"one fails, `{repeat(tally.name, tally.crash)}`" for tally in crashed)
                 if crashed else "none of which fails") + ".")
-    table = Table("The targets of libFuzzer, clang 14",
+    table = Table(f"The targets of libFuzzer, {version('clang++')}",
                   ["target", "of what", "processor time", "executions", "a second",
                    "edges reached", "units", "new units", "failures"],
                   [tally.row() for tally in tallies])
-    return Result(not crashed, summary, [table],
-                  campaign=len(names) == len(TARGETS) and seconds >= CAMPAIGN_SECONDS)
+    ran = all(tally.executions and tally.covered for tally in tallies)
+    return Result(ran and not crashed, summary, [table], campaign=seconds >= CAMPAIGN_SECONDS,
+                  complete=len(names) == len(TARGETS))

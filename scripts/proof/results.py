@@ -5,6 +5,7 @@ import hashlib
 import json
 import platform
 import re
+import shlex
 from pathlib import Path
 
 from .common import CORES, ROOT, run
@@ -25,6 +26,7 @@ class Result:
     summary: str  # one sentence, with the figure that counts
     tables: list = dataclasses.field(default_factory=list)
     campaign: bool = False  # a long one, kept beside the sample of it that every whole run takes
+    complete: bool = True  # nothing was left out by an option, so that it can be recorded
 
 
 def module_sources():
@@ -52,7 +54,6 @@ class Record:
     command: str
     when: str
     sources: str
-    commit: str
     machine: str
     seconds: int
     result: Result
@@ -60,10 +61,9 @@ class Record:
     @staticmethod
     def of(check, arguments, result, seconds):
         words = [word for word in arguments if word != "--record"]
-        return Record(check, " ".join(["scripts/prove", *words]),
-                      datetime.date.today().isoformat(), module_sources(),
-                      run(["git", "rev-parse", "--short", "HEAD"], cwd=ROOT).stdout.strip(),
-                      machine(), round(seconds), result)
+        return Record(check, shlex.join(["scripts/prove", *words]),
+                      datetime.date.today().isoformat(), module_sources(), machine(),
+                      round(seconds), result)
 
     @staticmethod
     def load(path):

@@ -5,7 +5,7 @@ import re
 import shutil
 
 from . import common, suite
-from .common import Failure
+from .common import BadUse
 from .results import Result, Table
 
 TITLE = "Sanitizers and friends"
@@ -69,7 +69,7 @@ def run_tests(tests, module, name, programs=suite.PROGRAMS):
     shutil.rmtree(reports, ignore_errors=True)
     reports.mkdir(parents=True)
     # To files, because the tests capture the error stream.
-    option = f"log_path={reports}/report"
+    option = f"log_path='{reports}/report'"
     passed, findings = 0, []
     for program in programs:
         count, log = suite.run(tests, program, module, f"proof-sanitizers-{name}",
@@ -118,7 +118,7 @@ def memory():
                       env={**os.environ, "MSAN_OPTIONS": "allocator_may_return_null=1"})
     log = suite.save_log("proof-sanitizers-memory", done.stdout + done.stderr)
     findings = found_in(done.stderr)
-    if done.returncode != 0:
+    if done.returncode != 0 or not re.match(r"[1-9]", done.stdout):
         findings.append(f"memory_exercise fails; see {log}")
     return Outcome(CLANG, done.stdout.strip() or "nothing", findings)
 
@@ -145,7 +145,7 @@ def valgrind():
 def lint():
     done = common.run([common.ROOT / "scripts" / "lint", common.BUILD / "lint"])
     log = suite.save_log("proof-sanitizers-lint", done.stdout + done.stderr)
-    return Outcome("clang-tidy 14, cppcheck", "include/, src/",
+    return Outcome(" and ".join(map(common.version, ("clang-tidy", "cppcheck"))), "include/, src/",
                    [] if done.returncode == 0 else [f"scripts/lint fails; see {log}"])
 
 
@@ -201,7 +201,7 @@ def add_arguments(parser):
 def run(options):
     unknown = [tool for tool in options.tools if tool not in RUNS]
     if unknown:
-        raise Failure(f"there is no tool {unknown[0]}; there are {', '.join(RUNS)}.")
+        raise BadUse(f"there is no tool {unknown[0]}; there are {', '.join(RUNS)}.")
     common.install("build", "test", "coverage", "sanitizers")
     rows, found = [], []
     for name in options.tools or RUNS:
@@ -213,4 +213,5 @@ def run(options):
     tables = [Table("What ran", ["tool", "compiler", "what ran", "findings"], rows)]
     if found:
         tables.append(Table("Findings", ["tool", "finding"], found[:50]))
-    return Result(not found, f"{len(rows)} tools have {len(found)} findings.", tables)
+    return Result(not found, f"{len(rows)} tools have {len(found)} findings.", tables,
+                  complete=len(rows) == len(RUNS))

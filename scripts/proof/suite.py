@@ -28,10 +28,10 @@ def save_log(name, text):
 
 def run(folder, program, module=None, log="proof-tests", wrapper=(), words=(), **environment):
     """Runs a test program with the module of another folder, if one is named. Gives the number of
-    tests that passed, or None if not all did, and the log."""
+    tests that passed, or None if there were none or not all did, and the log."""
     environment = {**os.environ, **environment, "LD_LIBRARY_PATH": str(module or folder)}
     done = common.run([*wrapper, folder / "tests" / program, "--gtest_brief=1", *words],
                       env=environment, errors="replace")
     saved = save_log(f"{log}-{program}", done.stdout + done.stderr)
     passed = re.search(r"^\[  PASSED  \] (\d+) tests?\.$", done.stdout, re.MULTILINE)
-    return (int(passed[1]) if passed and done.returncode == 0 else None), saved
+    return (int(passed[1]) or None if passed and done.returncode == 0 else None), saved

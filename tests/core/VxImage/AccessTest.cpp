@@ -227,6 +227,19 @@ TYPED_TEST(Access, HasVoxelComparesSignedAndIsInsideUnsigned)
     EXPECT_FALSE(this->isInside(2147483648U, 0, 0));
 }
 
+TYPED_TEST(Access, HasVoxelComparesEachExtentAsASignedNumber)
+{
+    constexpr unsigned int kNegative = 2147483648U;
+    this->setExtents(kNegative, 3, 2, 2);
+    EXPECT_FALSE(this->image.hasVoxel(0, 0, 0, 0));
+    this->setExtents(4, kNegative, 2, 2);
+    EXPECT_FALSE(this->image.hasVoxel(0, 0, 0, 0));
+    this->setExtents(4, 3, kNegative, 2);
+    EXPECT_FALSE(this->image.hasVoxel(0, 0, 0, 0));
+    this->setExtents(4, 3, 2, kNegative);
+    EXPECT_FALSE(this->image.hasVoxel(0, 0, 0, 0));
+}
+
 TYPED_TEST(Access, HasVoxelAgreesWithIsInsideOnTheSameBits)
 {
     Random random(5);
@@ -300,6 +313,40 @@ TEST(AccessBeyond32Bits, AddressesElementsBy64Bits)
     EXPECT_EQ(2, block.bytes()[std::size_t{4294967295U} + 65536 + 1 + 7]);
     EXPECT_EQ(2, image(1, 1, 1, 1));
     EXPECT_EQ(0, block.bytes()[0]);
+}
+
+TEST(AccessBeyond32Bits, StepsOverASliceThat32BitsDoNotCount)
+{
+    const SparseBlock block;
+    if (!block.exists())
+        GTEST_SKIP() << "no 4 GiB of address space";
+    VxImage<unsigned char> image;
+    ASSERT_EQ(SUCCESS, image.initializeWithPointer(block.bytes(), 65536, 65537, 2, 1));
+    ASSERT_EQ(SUCCESS, image.setValueVoxel(0, 0, 1, 0, 3));
+    EXPECT_EQ(3, block.bytes()[std::size_t{65536} * 65537]);
+    EXPECT_EQ(0, block.bytes()[65536]);
+}
+
+TEST(AccessBeyond32Bits, StepsByTheLargestStrideAlongEveryAxis)
+{
+    const SparseBlock block;
+    if (!block.exists())
+        GTEST_SKIP() << "no 4 GiB of address space";
+    constexpr unsigned int kLargest = std::numeric_limits<unsigned int>::max();
+    VxImage<unsigned char> image;
+    ASSERT_EQ(SUCCESS, image.initializeWithPointer(block.bytes(), 2, 2, 2, 2));
+    image.setImageStride(0, 0, 0, kLargest);
+    ASSERT_EQ(SUCCESS, image.setValueVoxel(1, 0, 0, 0, 1));
+    EXPECT_EQ(1, block.bytes()[kLargest]);
+    image.setImageStride(kLargest, 0, 0, 0);
+    ASSERT_EQ(SUCCESS, image.setValueVoxel(0, 1, 0, 0, 2));
+    EXPECT_EQ(2, block.bytes()[kLargest]);
+    image.setImageStride(0, kLargest, 0, 0);
+    ASSERT_EQ(SUCCESS, image.setValueVoxel(0, 0, 1, 0, 3));
+    EXPECT_EQ(3, block.bytes()[kLargest]);
+    image.setImageStride(0, 0, kLargest, 0);
+    ASSERT_EQ(SUCCESS, image.setValueVoxel(0, 0, 0, 1, 4));
+    EXPECT_EQ(4, block.bytes()[kLargest]);
 }
 
 }  // namespace

@@ -218,5 +218,103 @@ TYPED_TEST(ContainerDifferential, ResizesAsTheModelDoes)
     });
 }
 
+/// Volumes whose indices 16 bits can not count, along each axis in turn.
+class ContainerBeyond16Bits : public ::testing::Test {
+protected:
+    using T = unsigned char;
+
+    /// Runs check(volume, image) with an image that wraps the volume.
+    template <class Check>
+    static void forEachLongVolume(const Check& check)
+    {
+        constexpr unsigned int kLong = 70000;
+        for (const Layout& layout : {interleaved(kLong, 1, 1, 1), interleaved(1, kLong, 1, 1),
+                                     interleaved(1, 1, kLong, 1), interleaved(1, 1, 1, kLong)}) {
+            auto volume = someVolume<T>(layout, 8000);
+            VxImage<T> image;
+            wrap(volume, &image);
+            check(volume, image);
+        }
+    }
+};
+
+TEST_F(ContainerBeyond16Bits, FillsEveryVoxel)
+{
+    forEachLongVolume([](Volume<T>& volume, VxImage<T>& image) {
+        auto expected = volume;
+        naiveFill(expected, T{77});
+        ASSERT_EQ(SUCCESS, image.fill(77));
+        EXPECT_TRUE(sameBlock(volume, expected));
+    });
+}
+
+TEST_F(ContainerBeyond16Bits, FillsTheLastChannel)
+{
+    forEachLongVolume([](Volume<T>& volume, VxImage<T>& image) {
+        auto expected = volume;
+        const unsigned int channel = volume.layout.channels - 1;
+        naiveFillChannel(expected, channel, T{77});
+        ASSERT_EQ(SUCCESS, image.fill(channel, 77));
+        EXPECT_TRUE(sameBlock(volume, expected));
+    });
+}
+
+TEST_F(ContainerBeyond16Bits, CropsTheFarEnd)
+{
+    forEachLongVolume([](Volume<T>& volume, VxImage<T>& image) {
+        const Layout& l = volume.layout;
+        const Rect end(l.width / 2, l.width, l.height / 2, l.height, l.depth / 2, l.depth);
+        for (const Rect& box : {end, Rect(0, l.width, 0, l.height, 0, l.depth)}) {
+            VxImage<T> out;
+            ASSERT_EQ(SUCCESS, image.crop(box, &out));
+            EXPECT_TRUE(holds(out, naiveCrop(volume, box)));
+        }
+    });
+}
+
+TEST_F(ContainerBeyond16Bits, DrawsAtTheFarEnd)
+{
+    forEachLongVolume([](Volume<T>& volume, VxImage<T>& image) {
+        const Layout& l = volume.layout;
+        auto from = someVolume<T>(interleaved(1, 1, 1, l.channels), 8001);
+        VxImage<T> source;
+        wrap(from, &source);
+        auto expected = volume;
+        naiveDraw(expected, from, l.width - 1, l.height - 1, l.depth - 1);
+        ASSERT_EQ(SUCCESS, image.draw(source, l.width - 1, l.height - 1, l.depth - 1));
+        EXPECT_TRUE(sameBlock(volume, expected));
+    });
+}
+
+TEST_F(ContainerBeyond16Bits, TakesTheLastPlaneWhole)
+{
+    forEachLongVolume([](Volume<T>& volume, VxImage<T>& image) {
+        for (const auto& f : AllPlaneFunctions<T>{}) {
+            const unsigned int index = extent(volume.layout, f.across) - 1;
+            VxImage<T> plane;
+            ASSERT_EQ(SUCCESS, f.get(index, image, &plane));
+            EXPECT_TRUE(holds(plane, naiveGetPlane(f, volume, index))) << f.name;
+        }
+    });
+}
+
+TEST_F(ContainerBeyond16Bits, PutsTheLastPlaneBackWhole)
+{
+    forEachLongVolume([](Volume<T>& volume, VxImage<T>& image) {
+        const Layout& l = volume.layout;
+        for (const auto& f : AllPlaneFunctions<T>{}) {
+            const unsigned int index = extent(l, f.across) - 1;
+            auto from =
+                someVolume<T>(interleaved(f.planeWidth(l), f.planeHeight(l), 1, l.channels), 8002);
+            VxImage<T> plane;
+            wrap(from, &plane);
+            auto expected = volume;
+            naiveSetPlane(f, expected, from, index);
+            ASSERT_EQ(SUCCESS, f.set(index, plane, &image));
+            EXPECT_TRUE(sameBlock(volume, expected)) << f.name;
+        }
+    });
+}
+
 }  // namespace
 }  // namespace volux::core

@@ -285,6 +285,12 @@ TYPED_TEST(Storage, TheDataSizeIsAProductOf64Bits)
     EXPECT_EQ(kBytes, this->image.getBufferSizeBytes());
 }
 
+TYPED_TEST(Storage, TheByteCountIsTheProductOfAllExtents)
+{
+    ASSERT_EQ(SUCCESS, this->image.initialize(2, 3, 5, 7));
+    EXPECT_EQ(210 * sizeof(TypeParam), this->image.getBufferSizeBytes());
+}
+
 TYPED_TEST(Storage, TheByteCountIsThatOfTheExtentsNotOfTheBlock)
 {
     ASSERT_EQ(SUCCESS, this->image.initialize(4, 3, 2, 2));

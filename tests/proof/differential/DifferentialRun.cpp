@@ -1,7 +1,7 @@
-// Compares the library with the oracle on fresh random volumes until a number of seconds has
-// passed. Usage: differential_run SECONDS SEED THREADS Prints a line for each border policy,
-// element type, form, kernel and border: how many samples were compared and differed, and how many
-// pairs of a run-time and a compile-time policy.
+// Compares the library with the oracle on fresh random volumes for so many seconds.
+// Usage: differential_run SECONDS SEED THREADS
+// Prints a line for each border policy, element type, form, kernel and border: how many samples
+// were compared and differed, and how many pairs of a run-time and a compile-time policy.
 #include <atomic>
 #include <chrono>
 #include <cstdint>
