@@ -87,7 +87,7 @@ def compare_with_outsiders(folder, seed):
     scipy = rows_of(output_of([ROOT / "tests" / "proof" / "differential" / "compare_scipy"],
                               input=samples))
     return [Outsider(name, what, int(compared), float(largest), float(tolerance))
-            for name, rows in (("CImg<double>", cimg), ("scipy.ndimage", scipy))
+            for name, rows in (("`CImg<double>`", cimg), ("scipy.ndimage", scipy))
             for what, compared, largest, tolerance in rows]
 
 
