@@ -299,12 +299,20 @@ private:
     void* start_;
 };
 
-TEST(AccessBeyond32Bits, AddressesElementsBy64Bits)
-{
+class AccessBeyond32Bits : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        if (!block.exists())
+            GTEST_SKIP() << "no 4 GiB of address space";
+    }
+
     const SparseBlock block;
-    if (!block.exists())
-        GTEST_SKIP() << "no 4 GiB of address space";
     VxImage<unsigned char> image;
+};
+
+TEST_F(AccessBeyond32Bits, AddressesElementsBy64Bits)
+{
     ASSERT_EQ(SUCCESS, image.initializeWithPointer(block.bytes(), 2, 65537, 2, 2));
     image.setImageStride(65536, 4294967295U, 7, 1);
     ASSERT_EQ(SUCCESS, image.setValueVoxel(0, 65536, 0, 0, 1));
@@ -315,25 +323,17 @@ TEST(AccessBeyond32Bits, AddressesElementsBy64Bits)
     EXPECT_EQ(0, block.bytes()[0]);
 }
 
-TEST(AccessBeyond32Bits, StepsOverASliceThat32BitsDoNotCount)
+TEST_F(AccessBeyond32Bits, StepsOverASliceThat32BitsDoNotCount)
 {
-    const SparseBlock block;
-    if (!block.exists())
-        GTEST_SKIP() << "no 4 GiB of address space";
-    VxImage<unsigned char> image;
     ASSERT_EQ(SUCCESS, image.initializeWithPointer(block.bytes(), 65536, 65537, 2, 1));
     ASSERT_EQ(SUCCESS, image.setValueVoxel(0, 0, 1, 0, 3));
     EXPECT_EQ(3, block.bytes()[std::size_t{65536} * 65537]);
     EXPECT_EQ(0, block.bytes()[65536]);
 }
 
-TEST(AccessBeyond32Bits, StepsByTheLargestStrideAlongEveryAxis)
+TEST_F(AccessBeyond32Bits, StepsByTheLargestStrideAlongEveryAxis)
 {
-    const SparseBlock block;
-    if (!block.exists())
-        GTEST_SKIP() << "no 4 GiB of address space";
     constexpr unsigned int kLargest = std::numeric_limits<unsigned int>::max();
-    VxImage<unsigned char> image;
     ASSERT_EQ(SUCCESS, image.initializeWithPointer(block.bytes(), 2, 2, 2, 2));
     image.setImageStride(0, 0, 0, kLargest);
     ASSERT_EQ(SUCCESS, image.setValueVoxel(1, 0, 0, 0, 1));
