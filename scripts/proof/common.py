@@ -10,7 +10,9 @@ ROOT = Path(__file__).resolve().parents[2]
 BUILD = ROOT / "build" / "proof"
 LOGS = ROOT / "build" / "logs"
 CORES = os.cpu_count() or 1
-LIBRARY = "libvolux_core.so.1.1.0"
+# The built file, by the version that its target is given.
+LIBRARY = "libvolux_core.so." + re.search(
+    r"^    VERSION (\S+)$", (ROOT / "CMakeLists.txt").read_text(encoding="utf-8"), re.MULTILINE)[1]
 
 
 class Failure(Exception):

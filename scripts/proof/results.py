@@ -8,7 +8,7 @@ import re
 import shlex
 from pathlib import Path
 
-from .common import CORES, ROOT, run
+from .common import CORES, ROOT
 
 KEPT = ROOT / "docs" / "proof"
 

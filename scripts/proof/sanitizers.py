@@ -13,8 +13,8 @@ ABOUT = """
 Nothing is suppressed at run time, and no source carries an attribute that switches a sanitizer
 off.
 
-- **address and undefined behaviour**: the unit tests and the module, by clang 19 and by g++ 12,
-  also with the conversions of floating-point numbers that do not fit (`float-cast-overflow`).
+- **address and undefined behaviour**: the unit tests and the module, by clang and by g++, also with
+  the conversions of floating-point numbers that do not fit (`float-cast-overflow`).
 - **integer**: clang's `integer` and `implicit-conversion` groups look at the module alone, which
   the plain unit tests call. They name also what the language allows, such as unsigned numbers
   that wrap: whatever the module wraps on purpose is written as an explicit conversion.
