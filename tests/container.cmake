@@ -12,6 +12,7 @@ set(VOLUX_CONTAINER_TESTS
     core/VxImage/FillTest.cpp
     core/VxImage/LifecycleTest.cpp
     core/VxImage/PlanesTest.cpp
+    core/VxImage/SharedMemoryTest.cpp
     core/VxImage/SizeLimitsTest.cpp
     core/VxImage/SpacingTest.cpp
     core/VxImage/StorageTest.cpp

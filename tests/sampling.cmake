@@ -4,6 +4,7 @@ set(VOLUX_SAMPLING_TESTS
     core/InterpolationType/DispatchTest.cpp
     core/InterpolationType/LinearTest.cpp
     core/InterpolationType/NearestNeighborTest.cpp
+    core/InterpolationType/NeighbourhoodTest.cpp
     core/InterpolationType/OwnPoliciesTest.cpp
     core/SamplingDifferentialTest.cpp
     core/VxImage/ConversionTest.cpp

@@ -2,7 +2,6 @@
 #include "volux/core/VxImage.h"
 
 #include <gtest/gtest.h>
-#include <sys/mman.h>
 
 #include <climits>
 #include <limits>
@@ -16,6 +15,7 @@
 #include "support/ImageFields.h"
 #include "support/ImageStates.h"
 #include "support/Random.h"
+#include "support/SparseBlock.h"
 
 namespace volux::core {
 namespace {
@@ -274,30 +274,6 @@ TYPED_TEST(FloatingAccess, StoresEveryKindOfValueAsGiven)
         EXPECT_TRUE(bitEqual(image.getValueVoxel(1, 0, 0, 0), value));
     }
 }
-
-/// More than 4 GiB of address space, of which only the touched pages take memory.
-class SparseBlock {
-public:
-    static constexpr std::size_t kBytes = (std::size_t{1} << 32U) + 1048576;
-    SparseBlock()
-        : start_(mmap(nullptr, kBytes, PROT_READ | PROT_WRITE,
-                      MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0))
-    {
-    }
-    ~SparseBlock()
-    {
-        if (exists())
-            munmap(start_, kBytes);
-    }
-    SparseBlock(const SparseBlock&) = delete;
-    SparseBlock& operator=(const SparseBlock&) = delete;
-
-    bool exists() const { return start_ != MAP_FAILED; }
-    unsigned char* bytes() const { return static_cast<unsigned char*>(start_); }
-
-private:
-    void* start_;
-};
 
 class AccessBeyond32Bits : public ::testing::Test {
 protected:
