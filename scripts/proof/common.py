@@ -23,6 +23,13 @@ class BadUse(Failure):
     """A command line that makes no sense."""
 
 
+class OneSentence(argparse.ArgumentParser):
+    """Bad use gets one sentence instead of the whole usage."""
+
+    def error(self, message):
+        self.exit(2, f"{self.prog}: {message}; {self.prog} --help says what there is.\n")
+
+
 def positive(text):
     """An argument that is a length of time, or any other number above zero."""
     try:

@@ -3,6 +3,7 @@ import os
 import re
 
 from . import common
+from .callgrind import own_costs
 from .common import BadUse, Failure
 from .results import Result, Table
 
@@ -67,24 +68,7 @@ def instructions(program, output):
                        "--dump-instr=no", program])
     if done.returncode != 0:
         raise Failure(f"callgrind cannot run {program.name}.")
-    counts, names, where = {}, {}, {"ob": "", "fn": ""}
-    calls = False
-    for line in output.read_text(encoding="utf-8").splitlines():
-        entered = re.match(r"(ob|fn)=\((\d+)\)(?: (.*))?$", line)
-        called = re.match(r"c(ob|fn)=\((\d+)\)(?: (.*))?$", line)
-        for match in filter(None, (entered, called)):
-            key = (match[1], match[2])
-            names[key] = match[3] or names[key]
-        if entered:
-            where[entered[1]] = names[entered[1], entered[2]]
-        elif line.startswith("calls="):
-            calls = True  # the line that follows tells what the callee cost, which counts there
-        elif re.match(r"[+*-]?\d* ?\S* \d+$", line) and line[0] in "+-*0123456789":
-            if not calls:
-                key = (where["ob"], where["fn"])
-                counts[key] = counts.get(key, 0) + int(line.split()[-1])
-            calls = False
-    return counts
+    return own_costs(output.read_text(encoding="utf-8"), {})
 
 
 def named(function, library):

@@ -1,0 +1,35 @@
+"""What the times are to reach: the only place where goals stand."""
+import collections
+import fnmatch
+
+# rows: patterns of rows; against: competitors, of which the fastest in the row counts.
+Goal = collections.namedtuple("Goal", "what rows against most aim")
+
+ALIKE = ("CImg", "ITK", "VTK")  # in the rows where their kernel is the module's
+SAME_TRICUBIC = ("CImg", "VTK")
+PLAIN = ("raw", "memset", "memcpy", "numpy")
+
+GOALS = [
+    Goal("nearest A, B, C, constant", ["[ABC]/*/nearest/constant"], ALIKE, 1.05, 0.90),
+    Goal("nearest A, B, C, replication", ["[ABC]/*/nearest/replication"], ALIKE, 1.15, 1.00),
+    Goal("trilinear A, B", ["[AB]/*/linear/*"], ALIKE, 1.00, 0.80),
+    Goal("trilinear C", ["C/*/linear/*"], ALIKE, 0.85, 0.75),
+    Goal("tricubic A, B", ["[AB]/*/cubic/*"], ("CImg",), 0.90, 0.65),
+    Goal("tricubic A, B", ["[AB]/*/cubic/*"], ("VTK",), 1.40, 1.00),
+    Goal("tricubic C", ["C/*/cubic/*"], SAME_TRICUBIC, None, None),
+    Goal("nearest D", ["D/*/nearest/*"], ALIKE, 1.15, 1.00),
+    Goal("trilinear D", ["D/*/linear/*"], ALIKE, 0.90, 0.80),
+    Goal("tricubic D", ["D/*/cubic/*"], SAME_TRICUBIC, 1.25, 1.00),
+    Goal("an element, read or written", ["E/read*", "E/write*"], ("raw",), 1.05, 1.00),
+    Goal("fill of a dense image", ["E/fill"], ("memset",), 1.15, 1.00),
+    Goal("fill of a channel", ["E/fill a channel"], PLAIN, None, None),
+    Goal("crop, draw, deep copy", ["E/crop", "E/draw", "E/deep copy"], ("memcpy",), 1.15, 1.00),
+    Goal("xy planes", ["E/?et xy"], PLAIN, 1.15, 1.00),
+    Goal("yz planes", ["E/?et yz"], ("numpy",), 1.10, 0.95),
+    Goal("zx planes", ["E/?et zx"], ("numpy",), 0.40, 0.06),
+]
+
+
+def goals_of(row):
+    return [goal for goal in GOALS
+            if any(fnmatch.fnmatchcase(row, pattern) for pattern in goal.rows)]

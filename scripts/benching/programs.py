@@ -1,0 +1,108 @@
+"""The programs that time: built, started, and asked for one case after the other."""
+import contextlib
+import json
+import os
+import subprocess
+
+from proof.common import LOGS, ROOT, Failure, install
+from proof.common import run as run_command
+
+from . import figures
+
+TARGET = "bench_times"
+BUILT = figures.BUILD / "bench" / "times"
+PYTHON = "/usr/bin/python3"  # Debian's, which has Debian's numpy
+# What a peer is called in the names of the cases, and its package.
+PEERS = {"CImg": "cimg-dev", "ITK": "libinsighttoolkit5-dev", "VTK": "libvtk9-dev",
+         "numpy": "python3-numpy"}
+
+
+def install_packages():
+    """The peers may be missing: without them the module is measured alone."""
+    install("build", "bench")
+    try:
+        install("bench-peers")
+    except Failure as failure:
+        print(f"Going on, although {failure}", flush=True)
+
+
+def build():
+    figures.build(TARGET)
+
+
+class Program:
+    """A running program, which measures what it is asked for."""
+
+    def __init__(self, name, command):
+        self.name = name
+        LOGS.mkdir(parents=True, exist_ok=True)
+        self.log = LOGS / f"{name}.log"
+        with open(self.log, "w", encoding="utf-8") as said:
+            # numpy would ask for larger pages than the others get.
+            self.process = subprocess.Popen(
+                command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=said, text=True,
+                env={**os.environ, "NUMPY_MADVISE_HUGEPAGE": "0"})
+
+    def ask(self, case):
+        """What the program says of a case."""
+        try:
+            self.process.stdin.write(case + "\n")
+            self.process.stdin.flush()
+        except BrokenPipeError:
+            pass  # the end of its output says so, too
+        answer = []
+        for line in self.process.stdout:
+            if line == "end\n":
+                return json.loads("".join(answer))["benchmarks"][0]
+            answer.append(line)
+        last = self.log.read_text(encoding="utf-8").splitlines()[-1:] or ["it gave no reason"]
+        raise Failure(f"{self.name} stopped at {case}: {last[0]}.")
+
+    def stop(self):
+        self.process.kill()
+        self.process.communicate()
+
+
+def commands():
+    """The programs that there are, by name."""
+    names = (BUILT / "programs").read_text(encoding="utf-8").split()
+    found = {name: [str(BUILT / name)] for name in names}
+    if run_command([PYTHON, "-c", "import numpy"]).returncode == 0:
+        found["bench_numpy"] = [PYTHON, str(ROOT / "bench" / "times" / "bench_numpy.py")]
+    return found
+
+
+def cases_of(name, command):
+    done = run_command([*command, "--benchmark_list_tests"])
+    if done.returncode != 0:
+        raise Failure(f"{name} does not tell its cases.")
+    return done.stdout.split("\n")[:-1]
+
+
+def cases():
+    """For each row and each competitor in it the program that measures it."""
+    rows = {}
+    for name, command in commands().items():
+        for case in cases_of(name, command):
+            row, _, competitor = case.rpartition("/")
+            rows.setdefault(row, {})[competitor] = name
+    return rows
+
+
+@contextlib.contextmanager
+def running(names):
+    """Some of the programs, started; by name."""
+    started = {}
+    try:
+        for name, command in commands().items():
+            if name in names:
+                started[name] = Program(name, command)
+        yield started
+    finally:
+        for program in started.values():
+            program.stop()
+
+
+def release(package):
+    found = run_command(["dpkg-query", "-W", "-f", "${Version}", package])
+    return found.stdout if found.returncode == 0 else "not Debian's"

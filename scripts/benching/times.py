@@ -1,0 +1,296 @@
+"""Times beside other libraries, round by round."""
+import fnmatch
+import random
+import statistics
+
+from proof.common import BadUse, Failure
+
+from . import programs
+from .figures import table
+from .goals import ALIKE, GOALS, goals_of
+
+TITLE = "Times"
+OURS = "volux_core"
+LOOP = "loop"
+# Rounds that a program lives for: where its memory happens to lie is drawn anew with it.
+LIFE = 5
+ORDER = (OURS, "CImg", "ITK", "VTK", "memset", "memcpy", "raw", "numpy")
+WORKLOADS = {
+    "A": "A: an oblique volume",
+    "B": "B: upsampling along the axes",
+    "C": "C: random positions",
+    "D": "D: a dependent chain",
+    "E": "E: the container",
+}
+ABOUT = """
+Every library samples the same voxels (smooth plus noise, seeded, `short` or `float`) at the same
+positions, computed by the same code in the same loop (`bench/times/Workloads.h`), one call for each;
+the results are summed. A time is that of one sample with its share of the loop; what the loop alone
+takes stands below the table.
+
+- **A**: a cube of 256^3 resliced to 256 x 256 x 128, turned by 17, 31 and 11 degrees about the
+  centre, at scale 0.9. Of the 128 slices every 16th is taken, from the ninth on.
+- **B**: 128^3 brought to 384 x 384 x 96 along the axes, voxel centres at half a voxel. Of the 96
+  slices every 24th is taken.
+- **C**: four million random positions in 256^3, up to half a voxel outside, of which every 16th
+  is taken.
+- **D**: 200,000 random positions in 64^3, none of which is known before the sample at the one
+  before it.
+- **E**: a volume of 512 x 512 x 256 `short`; a time is that of one element. A box is 400 x 400 x 200,
+  the channel one of two in a volume of as many bytes. All xy planes are taken in turn, of yz and zx
+  the 64 from the 201st on. `raw` is a plain loop over a pointer, with the extents and strides in
+  local variables and, where `tested` is said, with the same tests as the member's; *crop* and
+  *deep copy* make and free their memory, by `calloc` and `free` on either side.
+
+How it is measured:
+
+- The programs stay loaded for five rounds and take turns: in a round each row comes once, in an
+  order drawn anew, and in a row the libraries are measured one right after the other, another one
+  first in each round. A measurement is one pass to warm up and then as many as fill 10 ms, by the
+  processor time of the thread (Google Benchmark; numpy by a loop of the same kind).
+- A ratio is formed in each round, of the module's time to that of the fastest library named, in that
+  round; the table has the median of the rounds with the quartiles beside it. A goal holds if the
+  median does not pass it.
+- The module is the shared library as it ships, called through its public interface with both
+  policies chosen at compile time, as objects made before the loop: `getValueVoxel<I, B>`, rounded,
+  for `short`, and `getDoubleValueReal<I, B>` at spacing 1 for `float`. All programs are compiled by
+  the same compiler with the same flags. VTK's kernels, and numpy's, are compiled already, as Debian has done it.
+- Before a case is timed, its library is compared with the module at 600 positions, two voxels inside
+  or four outside, none of them a tie. It is the same work there; elsewhere there are differences
+  that the libraries mean: ties; at the edges, CImg with Neumann borders and ITK here with
+  replication move the position into the volume, where the module moves each neighbour; ITK and VTK
+  with a constant test the position once, and VTK then clamps the neighbours. CImg takes positions
+  as `float` and computes in `float`. ITK's *cubic* is a B-spline of order 3 on coefficients computed
+  before, another kernel; it is shown, and is no peer in the ratios.
+- In E the results are compared by a checksum of every 1009th element. Memory is asked for alike:
+  numpy is told not to ask for huge pages, which the system gives to nobody else unasked.
+"""
+
+
+def positive_count(text):
+    """argparse's own sentence for what is no whole number would name this function."""
+    return int(text) if text.isdecimal() else 0
+
+
+def add_arguments(parser):
+    parser.add_argument("--rounds", type=positive_count, default=15, metavar="N",
+                        help="how many rounds to measure (15)")
+    parser.add_argument("--only", metavar="PATTERN",
+                        help="only the rows of that name, such as 'A/short/cubic/*' or 'E/get *'")
+
+
+def chosen(rows, pattern):
+    """The rows whose names match."""
+    found = {row: competitors for row, competitors in rows.items()
+             if pattern is None or fnmatch.fnmatchcase(row, pattern)}
+    if not found:
+        raise BadUse(f"no row is called '{pattern}'; there are {', '.join(sorted(rows)[:3])} and "
+                     f"{len(rows) - 3} more.")
+    return found
+
+
+def check_goals(rows):
+    """A name that is written otherwise in a program than among the goals would go unseen."""
+    measured = [row for row, competitors in rows.items() if OURS in competitors]
+    aimless = [row for row in measured if not goals_of(row)]
+    idle = [goal.what for goal in GOALS if not any(goal in goals_of(row) for row in measured)]
+    if aimless or idle:
+        raise Failure(f"no goal for {aimless}, no row for {idle}.")
+
+
+def turns(rows, number):
+    """The cases of a round: rows in an order of its own, in each another competitor first."""
+    order = sorted(rows)
+    random.Random(number).shuffle(order)
+    for row in order:
+        competitors = sorted(rows[row])
+        first = number % len(competitors)
+        for competitor in competitors[first:] + competitors[:first]:
+            yield row, competitor
+
+
+class Findings:
+    """What the programs have said."""
+
+    def __init__(self, rows):
+        self.times = {row: {} for row in rows}
+        self.agreement = {}
+        self.checksums = {}
+
+    def add(self, row, competitor, said):
+        if "error_message" in said:
+            raise Failure(f"{row}/{competitor}: {said['error_message']}.")
+        nanoseconds = float(f"{1e9 / said['items_per_second']:.4g}")
+        self.times[row].setdefault(competitor, []).append(nanoseconds)
+        if "tolerance" in said:
+            self.compare(row, competitor, said["difference"], said["tolerance"])
+        if "checksum" in said:
+            first = self.checksums.setdefault(row, said["checksum"])
+            if first != said["checksum"]:
+                raise Failure(f"{row}: {competitor} does not give what the others give.")
+
+    def compare(self, row, competitor, difference, tolerance):
+        _, voxels, kernel, _ = row.split("/")
+        key = " ".join((competitor, voxels, kernel))
+        largest = max(difference, self.agreement.get(key, {}).get("largest", 0.0))
+        self.agreement[key] = {"largest": largest, "tolerance": tolerance}
+
+
+def measure(rows, rounds):
+    findings = Findings(rows)
+    needed = {name for row in rows.values() for name in row.values()}
+    for first in range(0, rounds, LIFE):
+        with programs.running(needed) as started:
+            for number in range(first, min(first + LIFE, rounds)):
+                for row, competitor in turns(rows, number):
+                    said = started[rows[row][competitor]].ask(f"{row}/{competitor}")
+                    findings.add(row, competitor, said)
+                print(f"round {number + 1} of {rounds}", flush=True)
+    return findings
+
+
+def run(options):
+    if options.rounds < 1:
+        raise BadUse("--rounds takes a whole number above zero.")
+    if options.record and options.only is not None:
+        raise BadUse("only a run that leaves nothing out is recorded; leave out --only.")
+    programs.install_packages()
+    programs.build()
+    rows = programs.cases()
+    check_goals(rows)
+    present = {competitor for row in rows.values() for competitor in row}
+    skipped = [peer for peer in programs.PEERS if peer not in present]
+    for peer in skipped:
+        print(f"{peer} is skipped: it is not installed.", flush=True)
+    findings = measure(chosen(rows, options.only), options.rounds)
+    return {"rounds": options.rounds, "skipped": skipped,
+            "peers": {peer: programs.release(package)
+                      for peer, package in programs.PEERS.items() if peer in present},
+            "agreement": dict(sorted(findings.agreement.items())), "times": findings.times}
+
+
+def ratios(times, against):
+    """The module's time to that of the fastest of some, round by round; None without any."""
+    others = [times[name] for name in against if name in times]
+    if OURS not in times or not others:
+        return None
+    return [ours / min(theirs) for ours, *theirs in zip(times[OURS], *others)]
+
+
+def quartiles(values):
+    if len(values) == 1:
+        return values * 3
+    return statistics.quantiles(values, n=4, method="inclusive")
+
+
+def spread(values):
+    first, median, third = quartiles(values)
+    return f"{median:.2f} ({first:.2f} to {third:.2f})"
+
+
+def shown(nanoseconds):
+    return f"{nanoseconds:.0f}" if nanoseconds >= 1000 else f"{nanoseconds:.3g}"
+
+
+def verdict(value, goal):
+    return "" if goal is None else "yes" if value <= goal else "**no**"
+
+
+def limit(goal):
+    return "" if goal is None else f"{goal:.2f}"
+
+
+def names_of(against, times):
+    there = [name for name in against if name in times]
+    return there[0] if len(there) == 1 else "fastest of " + ", ".join(there)
+
+
+def ratio_cells(times, goal):
+    found = ratios(times, goal.against)
+    if found is None:
+        return ["not measured", "", limit(goal.most), "", limit(goal.aim), ""]
+    median = statistics.median(found)
+    return [names_of(goal.against, times), spread(found), limit(goal.most),
+            verdict(median, goal.most), limit(goal.aim), verdict(median, goal.aim)]
+
+
+RATIO_HEADS = ["against", "ratio (quartiles)", "at most", "holds", "aim", "holds"]
+
+
+def row_lines(row, times, competitors):
+    """A line for each goal of a row; the times stand in the first."""
+    figures = [shown(statistics.median(times[name])) if name in times else ""
+               for name in competitors]
+    heads = row.split("/")[1:] + figures
+    for goal in goals_of(row):
+        yield [*heads, *ratio_cells(times, goal)]
+        heads = [""] * len(heads)
+
+
+def workload(letter, record):
+    rows = {row: times for row, times in record["times"].items() if row.startswith(letter + "/")}
+    loop = rows.pop(f"{letter}/positions", None)
+    if not rows:
+        return []
+    present = {name for times in rows.values() for name in times}
+    competitors = [name for name in ORDER if name in present]
+    what = ["what"] if letter == "E" else ["voxels", "kernel", "border"]
+    lines = table([*what, *(f"{name}, ns" for name in competitors), *RATIO_HEADS],
+                  [line for row, times in rows.items()
+                   for line in row_lines(row, times, competitors)])
+    if loop:
+        lines += [f"The loop alone takes {statistics.median(loop[LOOP]):.2g} ns for a position.", ""]
+    return [f"### {WORKLOADS[letter]}", "", *lines]
+
+
+def goal_line(goal, record):
+    """A goal over all its rows."""
+    found = [(row, ratios(times, goal.against)) for row, times in record["times"].items()
+             if goal in goals_of(row)]
+    medians = [statistics.median(values) for _, values in found if values is not None]
+    if not medians:
+        return [goal.what, ", ".join(goal.against), "not measured", limit(goal.most), "",
+                limit(goal.aim), ""]
+    present = {name for row, _ in found for name in record["times"][row]}
+    held = [f"{sum(median <= bound for median in medians)} of {len(medians)}"
+            for bound in (goal.most, goal.aim)]
+    return [goal.what, names_of(goal.against, present),
+            f"{min(medians):.2f} to {max(medians):.2f}", limit(goal.most), held[0],
+            limit(goal.aim), held[1]]
+
+
+def overview(record):
+    lines = [goal_line(goal, record) for goal in GOALS
+             if goal.most is not None and any(goal in goals_of(row) for row in record["times"])]
+    return table(["goal", "against", "medians of its rows", "at most", "held in", "aim",
+                  "held in"], lines)
+
+
+def agreement(record):
+    rows = [[*key.split(" "), f"{found['largest']:.2g}", f"{found['tolerance']:.2g}"]
+            for key, found in record["agreement"].items()]
+    return ["### Agreement with the module", "",
+            "Voxels reach about 1300. The module's `short` are rounded readings.", "",
+            *table(["library", "voxels", "kernel", "largest difference", "tolerance"], rows)]
+
+
+def summary(record):
+    """A few rows for whoever has not opened the page yet."""
+    rows = []
+    for kernel in ("nearest", "linear", "cubic"):
+        times = record["times"][f"A/short/{kernel}/constant"]
+        rows.append([kernel, *(shown(statistics.median(times[name])) if name in times else ""
+                               for name in (OURS, *ALIKE))])
+    return table(["`short`, oblique, ns a sample", OURS, *ALIKE], rows)
+
+
+def tables(record):
+    """The record as Markdown."""
+    peers = "; ".join(f"{peer} {version}" for peer, version in record["peers"].items())
+    lines = [f"{record['rounds']} rounds. Beside the module: {peers or 'nobody'}."]
+    if record["skipped"]:
+        lines += [f"Skipped, since it was not installed: {', '.join(record['skipped'])}."]
+    lines += ["", *overview(record)]
+    for letter in WORKLOADS:
+        lines += workload(letter, record)
+    return lines + agreement(record)

@@ -1,0 +1,138 @@
+"""What scripts/bench says and refuses, and the arithmetic behind its tables. Nothing is timed."""
+import subprocess
+import sys
+import unittest
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parents[2]
+sys.path.insert(0, str(ROOT / "scripts"))
+
+from benching import goals, programs, report, times  # noqa: E402  (the path comes first)
+from proof.common import BadUse, Failure  # noqa: E402
+
+
+def bench(*arguments):
+    return subprocess.run([ROOT / "scripts" / "bench", *arguments], capture_output=True, text=True)
+
+
+def record_of(measured, skipped=()):
+    return {"rounds": 3, "peers": {}, "skipped": list(skipped), "agreement": {},
+            "times": measured}
+
+
+class Page(unittest.TestCase):
+    def test_is_what_the_records_say(self):
+        self.assertTrue(report.is_current(), "scripts/bench report writes docs/performance.md anew")
+
+
+class BadUseTest(unittest.TestCase):
+    def assert_refused(self, *arguments):
+        done = bench(*arguments)
+        self.assertEqual(done.returncode, 2, done.stderr)
+        self.assertRegex(done.stderr, r"\Ascripts/bench[^\n]*: [^\n]+\.\n\Z")
+
+    def test_a_measurement_that_does_not_exist_is_refused(self):
+        self.assert_refused("heights")
+
+    def test_rounds_are_a_whole_number_above_zero(self):
+        for rounds in ("0", "-3", "1.5", "many"):
+            with self.subTest(rounds):
+                self.assert_refused("times", "--rounds", rounds)
+
+    def test_a_part_is_not_recorded(self):
+        self.assert_refused("times", "--record", "--only", "A/*")
+        self.assert_refused("--record", "times", "--only", "A/*")
+
+    def test_the_report_takes_no_arguments(self):
+        self.assert_refused("report", "times")
+
+    def test_a_pattern_that_no_row_matches_is_refused(self):
+        with self.assertRaisesRegex(BadUse, "no row is called 'F/\\*'"):
+            times.chosen({"A/short": {}, "E/fill": {}}, "F/*")
+
+
+class Ratios(unittest.TestCase):
+    MEASURED = {"volux_core": [2.0, 6.0, 4.0], "CImg": [1.0, 4.0, 8.0], "VTK": [4.0, 3.0, 9.0]}
+
+    def test_the_fastest_peer_is_chosen_in_each_round(self):
+        self.assertEqual(times.ratios(self.MEASURED, ("CImg", "VTK")), [2.0, 2.0, 0.5])
+
+    def test_a_peer_that_is_missing_does_not_count(self):
+        self.assertEqual(times.ratios(self.MEASURED, ("CImg", "ITK")), [2.0, 1.5, 0.5])
+
+    def test_without_a_peer_there_is_none(self):
+        self.assertIsNone(times.ratios(self.MEASURED, ("ITK",)))
+
+    def test_the_spread_has_the_median_and_the_quartiles(self):
+        self.assertEqual(times.spread([0.5, 2.0, 1.0, 4.0, 3.0]), "2.00 (1.00 to 3.00)")
+        self.assertEqual(times.spread([0.5]), "0.50 (0.50 to 0.50)")
+
+
+class Goals(unittest.TestCase):
+    def line(self, row, **measured):
+        goal = goals.goals_of(row)[0]
+        return times.ratio_cells(measured, goal)
+
+    def test_a_goal_is_reached_by_the_median_at_the_bound(self):
+        cells = self.line("E/fill", volux_core=[1.15, 1.0, 9.0], memset=[1.0, 1.0, 1.0])
+        self.assertEqual(cells[2:], ["1.15", "yes", "1.00", "**no**"])
+
+    def test_nothing_is_said_of_a_goal_without_its_peer(self):
+        cells = self.line("E/fill", volux_core=[1.0], numpy=[1.0])
+        self.assertEqual(cells, ["not measured", "", "1.15", "", "1.00", ""])
+
+    def test_the_tricubic_goals_are_held_against_each_library_by_itself(self):
+        against = [goal.against for goal in goals.goals_of("A/short/cubic/constant")]
+        self.assertEqual(against, [("CImg",), ("VTK",)])
+
+    def test_the_b_spline_is_no_peer(self):
+        for row in ("A/short/cubic/constant", "C/float/cubic/constant", "D/short/cubic/constant"):
+            for goal in goals.goals_of(row):
+                self.assertNotIn("ITK", goal.against)
+
+    def test_a_row_without_a_goal_and_a_goal_without_a_row_are_found(self):
+        with self.assertRaisesRegex(Failure, "no goal for .*E/melt.*, no row for .*nearest D"):
+            times.check_goals({"E/melt": {"volux_core": "bench_container"}})
+
+
+class Programs(unittest.TestCase):
+    def test_one_that_stops_says_why(self):
+        program = programs.Program("bench_none", ["/bin/sh", "-c", "echo it is not equal >&2"])
+        self.addCleanup(program.stop)
+        with self.assertRaisesRegex(Failure, "bench_none stopped at A/b: it is not equal\\."):
+            program.ask("A/b")
+
+    def test_one_that_answers_is_understood(self):
+        answer = 'read name; echo "{\\"benchmarks\\": [{\\"name\\": \\"$name\\"}]}"; echo end'
+        program = programs.Program("bench_some", ["/bin/sh", "-c", answer])
+        self.addCleanup(program.stop)
+        self.assertEqual(program.ask("A/b"), {"name": "A/b"})
+
+
+class Tables(unittest.TestCase):
+    def test_a_peer_that_was_skipped_is_named(self):
+        said = "\n".join(times.tables(record_of({}, skipped=["VTK"])))
+        self.assertIn("Skipped, since it was not installed: VTK.", said)
+
+    def test_each_goal_of_a_row_has_a_line(self):
+        measured = {"A/short/cubic/constant": {"volux_core": [2.0], "CImg": [4.0], "VTK": [1.0]}}
+        lines = times.workload("A", record_of(measured))
+        self.assertIn("| short | cubic | constant | 2 | 4 | 1 | CImg | 0.50 (0.50 to 0.50) | 0.90 |"
+                      " yes | 0.65 | yes |", lines)
+        self.assertIn("|  |  |  |  |  |  | VTK | 2.00 (2.00 to 2.00) | 1.40 | **no** | 1.00 |"
+                      " **no** |", lines)
+
+    def test_results_that_differ_stop_the_run(self):
+        findings = times.Findings(["E/crop"])
+        findings.add("E/crop", "volux_core", {"items_per_second": 1e9, "checksum": 7})
+        with self.assertRaisesRegex(Failure, "numpy does not give what the others give"):
+            findings.add("E/crop", "numpy", {"items_per_second": 1e9, "checksum": 8})
+
+    def test_every_competitor_is_the_first_in_some_round(self):
+        rows = {"A": {"CImg": "", "ITK": "", "volux_core": ""}}
+        first = {next(times.turns(rows, number))[1] for number in range(3)}
+        self.assertEqual(first, set(rows["A"]))
+
+
+if __name__ == "__main__":
+    unittest.main()
