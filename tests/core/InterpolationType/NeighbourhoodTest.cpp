@@ -1,5 +1,5 @@
-// The 2 x 2 x 2 and 4 x 4 x 4 voxels that Linear and Cubic read, in layouts of every kind and at every
-// overlap with the volume.
+// The 2 x 2 x 2 and 4 x 4 x 4 voxels that Linear and Cubic read, in layouts of every kind and at
+// every overlap with the volume.
 #include <gtest/gtest.h>
 
 #include <cstdint>
