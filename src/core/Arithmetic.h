@@ -8,9 +8,7 @@
 #include <limits>
 #include <type_traits>
 
-#if defined(__SSE2__) && !defined(VOLUX_CORE_PORTABLE)
-#include <emmintrin.h>
-#endif
+#include "Processor.h"
 
 // g++ 11 and clang tell of fewer of these; the build files look at the flags themselves as well.
 #if defined(__FAST_MATH__) || (defined(__FINITE_MATH_ONLY__) && __FINITE_MATH_ONLY__) || \
@@ -41,7 +39,7 @@ Int truncateInRange(double value)
 
 inline int truncateToInt(double value)
 {
-#if defined(__SSE2__) && !defined(VOLUX_CORE_PORTABLE)
+#ifdef VOLUX_CORE_SSE2
     return _mm_cvttsd_si32(_mm_set_sd(value));  // the same lowest integer, from the processor
 #else
     return truncateInRange<int>(value);
@@ -50,24 +48,26 @@ inline int truncateToInt(double value)
 
 inline std::int64_t truncateToInt64(double value)
 {
-#if defined(__SSE2__) && defined(__x86_64__) && !defined(VOLUX_CORE_PORTABLE)
+#if defined(VOLUX_CORE_SSE2) && defined(__x86_64__)
     return _mm_cvttsd_si64(_mm_set_sd(value));
 #else
     return truncateInRange<std::int64_t>(value);
 #endif
 }
 
-// A sampled value as a T: truncated, then wrapped. Nothing saturates.
+// A sampled value as a T: truncated, then wrapped. Nothing saturates. An integer is one already.
 //
 // | T                            | by way of | what does not fit, and NaN |
 // |------------------------------|-----------|----------------------------|
 // | short, int                   | 32 bits   | 0, INT_MIN                 |
 // | unsigned char, short and int | 64 bits   | 0                          |
 // | float, double                | neither   | infinity; NaN stays        |
-template <class T>
-T truncateTo(double value)
+template <class T, class Value>
+T truncateTo(Value value)
 {
-    if constexpr (std::is_floating_point_v<T>) {
+    if constexpr (std::is_integral_v<Value>) {
+        return value;
+    } else if constexpr (std::is_floating_point_v<T>) {
         return static_cast<T>(value);
     } else if constexpr (std::is_signed_v<T>) {
         return static_cast<T>(truncateToInt(value));
@@ -77,10 +77,12 @@ T truncateTo(double value)
 }
 
 // The same after rounding half away from zero, float and double included.
-template <class T>
-T roundTo(double value)
+template <class T, class Value>
+T roundTo(Value value)
 {
-    if constexpr (std::is_floating_point_v<T>) {
+    if constexpr (std::is_integral_v<Value>) {
+        return value;
+    } else if constexpr (std::is_floating_point_v<T>) {
         return static_cast<T>(std::round(value));
     } else {
         // Rounding to nearest, truncating after this addition is std::round for every double,
@@ -94,8 +96,7 @@ T roundTo(double value)
 // not < 0.0, so that NaN steps down too.
 inline int lowerVoxel(double position)
 {
-    const int truncated = truncateToInt(position);
-    return position >= 0.0 ? truncated : wrappingAdd(truncated, -1);
+    return wrappingAdd(truncateToInt(position), -static_cast<int>(!(position >= 0.0)));
 }
 
 }  // namespace volux::core::detail

@@ -7,19 +7,19 @@
 
 namespace volux::test {
 
-/// More than 4 GiB of address space, of which only the touched pages take memory.
+/// Address space, more than 4 GiB if not said otherwise; only the touched pages take memory.
 class SparseBlock {
 public:
-    static constexpr std::size_t kBytes = (std::size_t{1} << 32U) + 1048576;
-    SparseBlock()
-        : start_(mmap(nullptr, kBytes, PROT_READ | PROT_WRITE,
+    explicit SparseBlock(std::size_t bytes = (std::size_t{1} << 32U) + 1048576)
+        : bytes_(bytes),
+          start_(mmap(nullptr, bytes, PROT_READ | PROT_WRITE,
                       MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0))
     {
     }
     ~SparseBlock()
     {
         if (exists())
-            munmap(start_, kBytes);
+            munmap(start_, bytes_);
     }
     SparseBlock(const SparseBlock&) = delete;
     SparseBlock& operator=(const SparseBlock&) = delete;
@@ -28,6 +28,7 @@ public:
     unsigned char* bytes() const { return static_cast<unsigned char*>(start_); }
 
 private:
+    std::size_t bytes_;
     void* start_;
 };
 

@@ -20,8 +20,18 @@ template <class T>
 class VxImage;
 
 namespace detail {
+
 struct RunTime;
+
+// Below first, above second: the order decides what an extent of 0 gives (-1).
+inline int clamped(int index, unsigned int extent)
+{
+    const int lowest = index < 0 ? 0 : index;
+    const int last = static_cast<int>(extent - 1U);
+    return last < lowest ? last : lowest;
 }
+
+}  // namespace detail
 
 /// Base of the border policies, for borders chosen at run time.
 ///
@@ -29,7 +39,8 @@ struct RunTime;
 /// border_t<YourBorder, Border>, if YourBorder has a member template fetch() like those of Constant
 /// and Replication, or of your own class derived from border_t<Border, Border::Empty>. It is passed
 /// by its address. A kernel asks get() and then fetch() once for each neighbour outside the image,
-/// in the order of the neighbours, and never for one inside.
+/// in the order of the neighbours, and never for one inside. fetch() leaves the buffer, the extents
+/// and the strides of the image as they are: a kernel has looked at them before.
 struct VOLUX_CORE_API Border {
     /// The end of the chain of tables.
     struct Empty {
@@ -41,10 +52,10 @@ struct VOLUX_CORE_API Border {
     template <class Policy, class Parent>
     struct border_t;
 
-    // Copies and destructors are written out, here and in every policy, because each call that
-    // takes a policy by value makes some: callers inline them, and a defaulted one would not be
-    // exported.
-    Border();  ///< A policy has no state.
+    // Constructors and destructors are written out, here and in every policy, because each call
+    // makes some where it takes a policy by value or supplies one of its own: callers inline them,
+    // and a defaulted one would not be exported.
+    VOLUX_CORE_INLINE_API Border() {}  ///< A policy has no state.
     /// For the static objects alone.
     constexpr explicit Border(detail::ConstantInitialized) noexcept {}
     /// There is nothing to copy.
@@ -95,7 +106,7 @@ struct VOLUX_CORE_LOCAL Border::border_t : Border::border_t<Border, Border::Empt
 
 /// Outside the image, the value that the caller gives with each call.
 struct VOLUX_CORE_API Constant : Border {
-    Constant();  ///< A policy has no state.
+    VOLUX_CORE_INLINE_API Constant() {}  ///< A policy has no state.
     /// For the static objects alone.
     constexpr explicit Constant(detail::ConstantInitialized tag) noexcept : Border(tag) {}
     /// There is nothing to copy.
@@ -118,7 +129,7 @@ protected:
 
 /// Outside the image, the nearest voxel of its edge; `value` is ignored.
 struct VOLUX_CORE_API Replication : Border {
-    Replication();  ///< A policy has no state.
+    VOLUX_CORE_INLINE_API Replication() {}  ///< A policy has no state.
     /// For the static objects alone.
     constexpr explicit Replication(detail::ConstantInitialized tag) noexcept : Border(tag) {}
     /// There is nothing to copy.
@@ -134,20 +145,12 @@ struct VOLUX_CORE_API Replication : Border {
     VOLUX_CORE_LOCAL T fetch(const VxImage<T>& image, int x, int y, int z, unsigned int c, T,
                              unsigned int width, unsigned int height, unsigned int depth)
     {
-        return image(clamped(x, width), clamped(y, height), clamped(z, depth), static_cast<int>(c));
+        return image(detail::clamped(x, width), detail::clamped(y, height),
+                     detail::clamped(z, depth), static_cast<int>(c));
     }
 
 protected:
     border_t<Border, Empty>& get() override;
-
-private:
-    // Below first, above second: the order decides what an extent of 0 gives (-1).
-    VOLUX_CORE_LOCAL static int clamped(int index, unsigned int extent)
-    {
-        const int lowest = index < 0 ? 0 : index;
-        const int last = static_cast<int>(extent - 1U);
-        return last < lowest ? last : lowest;
-    }
 };
 
 /// The two border policies as objects, to be passed by value, or by address as a Border*.

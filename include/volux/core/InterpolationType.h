@@ -37,7 +37,7 @@ struct VOLUX_CORE_API Interpolator {
     template <class Policy, class Parent>
     struct interpolator_t;
 
-    Interpolator();  ///< A policy has no state.
+    VOLUX_CORE_INLINE_API Interpolator() {}  ///< A policy has no state.
     /// For the static objects alone.
     constexpr explicit Interpolator(detail::ConstantInitialized) noexcept {}
     /// There is nothing to copy.
@@ -105,7 +105,7 @@ struct VOLUX_CORE_LOCAL Interpolator::interpolator_t
 /// (2.5 reads voxel 3), and below zero a sum that is a negative whole number steps down by one more
 /// than a floor would (-1.5 gives -2). NaN, and what does not fit 32 bits, lies outside the image.
 struct VOLUX_CORE_API NearestNeighbor : Interpolator {
-    NearestNeighbor();  ///< A policy has no state.
+    VOLUX_CORE_INLINE_API NearestNeighbor() {}  ///< A policy has no state.
     /// For the static objects alone.
     constexpr explicit NearestNeighbor(detail::ConstantInitialized tag) noexcept : Interpolator(tag)
     {
@@ -139,7 +139,7 @@ protected:
 /// makes the result NaN. The weight is (x-weight * y-weight) * z-weight; the products value *
 /// weight are added one by one, beginning with the first product. Nothing is normalised or clamped.
 struct VOLUX_CORE_API Linear : Interpolator {
-    Linear();  ///< A policy has no state.
+    VOLUX_CORE_INLINE_API Linear() {}  ///< A policy has no state.
     /// For the static objects alone.
     constexpr explicit Linear(detail::ConstantInitialized tag) noexcept : Interpolator(tag) {}
     /// There is nothing to copy.
@@ -173,7 +173,7 @@ protected:
 /// range of the voxels. A position that is NaN, or whose neighbourhood passes the ends of the
 /// 32-bit range, gives NaN and reads nothing.
 struct VOLUX_CORE_API Cubic : Interpolator {
-    Cubic();  ///< A policy has no state.
+    VOLUX_CORE_INLINE_API Cubic() {}  ///< A policy has no state.
     /// For the static objects alone.
     constexpr explicit Cubic(detail::ConstantInitialized tag) noexcept : Interpolator(tag) {}
     /// There is nothing to copy.

@@ -17,10 +17,14 @@ namespace volux::core {
 
 namespace detail {
 
-// Both as signed numbers of 64 bits, so that a negative index counts backwards.
-inline std::int64_t elements(std::uint64_t stride, int index)
+template <class T>
+struct Layout;
+
+// Both as signed numbers of 64 bits, so that a negative index counts backwards. The stride is read
+// as one, not converted: g++ then sees that it may be 1, and vectorises loops over x for that.
+inline std::int64_t elements(const std::uint64_t& stride, int index)
 {
-    return static_cast<std::int64_t>(stride) * index;
+    return reinterpret_cast<const std::int64_t&>(stride) * index;
 }
 
 }  // namespace detail
@@ -441,13 +445,20 @@ private:
     bool isValidSize(unsigned int sizeX, unsigned int sizeY, unsigned int sizeZ,
                      unsigned int sizeC);
 
+    friend struct detail::Layout<T>;
+
+    // All are compared, also behind one that fails: a loop over x compares the others once.
     bool isInside(unsigned int x, unsigned int y, unsigned int z) const
     {
-        return x < width && y < height && z < depth;
+        const bool inWidth = x < width;
+        const bool inHeight = y < height;
+        const bool inDepth = z < depth;
+        return inWidth && inHeight && inDepth;
     }
     bool isInside(unsigned int x, unsigned int y, unsigned int z, unsigned int c) const
     {
-        return isInside(x, y, z) && c < channels;
+        const bool inChannels = c < channels;
+        return isInside(x, y, z) && inChannels;
     }
 
     T* buffer = nullptr;

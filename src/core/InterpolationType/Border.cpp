@@ -5,10 +5,6 @@
 
 namespace volux::core {
 
-Border::Border() {}
-Constant::Constant() {}
-Replication::Replication() {}
-
 template <class T>
 T Border::stub(const VxImage<T>&, int, int, int, unsigned int, T, unsigned int, unsigned int,
                unsigned int)

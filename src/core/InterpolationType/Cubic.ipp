@@ -1,48 +1,56 @@
 // Tricubic: separable cubic convolution over 4 x 4 x 4 voxels, normalised.
 #pragma once
 
-#include <cmath>
+#include <limits>
 
 #include "../Arithmetic.h"
-#include "VoxelLookup.h"
+#include "../Pair.h"
+#include "Neighbourhood.h"
 
 namespace volux::core {
 
 namespace detail {
 
-// Keys' kernel for a = -0.5 at a distance d >= 0. Evaluated in exactly this form; the weight of 1
-// is -0.0 and that of 2 is 0.0.
-inline double cubicWeight(double d)
+// Keys' kernel for a = -0.5, of two distances at a time: from 0 to 1, and from 1 to 2. Evaluated in
+// exactly these forms. A weight of zero may have either sign: no sum that begins at 0.0 can tell.
+inline Pair innerCubicWeights(Pair d)
 {
-    const double d2 = d * d;
-    if (d == 0.0) {
-        return 1.0;
-    }
-    if (d < 1.0) {
-        return (1.0 - d2 * 2.5) + (d2 * 1.5) * d;
-    }
-    if (d < 2.0) {
-        return (((d * 8.0 - 4.0) - d2 * 5.0) + d2 * d) * -0.5;
-    }
-    return 0.0;
+    const Pair d2 = d * d;
+    return (Pair(1.0) - d2 * Pair(2.5)) + (d2 * Pair(1.5)) * d;
+}
+
+inline Pair outerCubicWeights(Pair d)
+{
+    const Pair d2 = d * d;
+    return (((d * Pair(8.0) - Pair(4.0)) - d2 * Pair(5.0)) + d2 * d) * Pair(-0.5);
 }
 
 // The four neighbours along one axis, first to last, and their weights.
 struct CubicAxis {
     int first;
-    int last;
-    double weights[4];
+    Pair lower;  // weights of the first two
+    Pair upper;
 
-    explicit CubicAxis(double position)
-        : first(wrappingAdd(lowerVoxel(position), -1)), last(wrappingAdd(first, 3))
+    explicit CubicAxis(double position) : CubicAxis(position, wrappingAdd(lowerVoxel(position), -1))
     {
-        for (int n = 0; n < 4; ++n) {
-            weights[n] = cubicWeight(std::fabs(position - wrappingAdd(first, n)));
-        }
     }
 
     // Near the ends of the 32-bit range the neighbourhood wraps, and then it holds no voxel at all.
-    int count() const { return first <= last ? 4 : 0; }
+    bool isEmpty() const { return wrappingAdd(first, 3) < first; }
+
+private:
+    CubicAxis(double position, int index)
+        : CubicAxis(index,
+                    innerCubicWeights(
+                        Pair(position - wrappingAdd(index, 1), wrappingAdd(index, 2) - position)),
+                    outerCubicWeights(Pair(position - index, wrappingAdd(index, 3) - position)))
+    {
+    }
+
+    CubicAxis(int index, Pair inner, Pair outer)
+        : first(index), lower(firsts(outer, inner)), upper(seconds(inner, outer))
+    {
+    }
 };
 
 }  // namespace detail
@@ -51,24 +59,35 @@ template <class T, class B>
 double Cubic::operator()(const VxImage<T>& image, double x, double y, double z, unsigned int c,
                          B border, T value) noexcept(detail::byValue<Cubic, B>())
 {
+    using detail::Pair;
     const detail::CubicAxis xs(x);
     const detail::CubicAxis ys(y);
     const detail::CubicAxis zs(z);
-    double weightSum = 0.0;
-    double sum = 0.0;
+    if (xs.isEmpty() || ys.isEmpty() || zs.isEmpty()) {
+        return std::numeric_limits<double>::quiet_NaN();
+    }
+    const detail::Neighbourhood<4, T, B> around(image, xs.first, ys.first, zs.first, c, border,
+                                                value);
+    const double yWeights[4] = {ys.lower.first(), ys.lower.second(), ys.upper.first(),
+                                ys.upper.second()};
+    const double zWeights[4] = {zs.lower.first(), zs.lower.second(), zs.upper.first(),
+                                zs.upper.second()};
+    Pair sums(0.0);  // of the weights, and of the weighted voxels
     // Results are compared bit for bit: products and sums keep this grouping and order.
-    for (int k = 0; k < zs.count(); ++k) {
-        for (int j = 0; j < ys.count(); ++j) {
-            for (int i = 0; i < xs.count(); ++i) {
-                const double weight = ys.weights[j] * xs.weights[i] * zs.weights[k];
-                const T voxel = detail::voxelOrBorder(image, xs.first + i, ys.first + j,
-                                                      zs.first + k, c, border, value);
-                weightSum += weight;
-                sum += static_cast<double>(voxel) * weight;
+    for (int k = 0; k < 4; ++k) {
+        for (int j = 0; j < 4; ++j) {
+            T gathered[4];
+            const T* const row = around.row(j, k, gathered);
+            for (int i = 0; i < 4; i += 2) {
+                const Pair weights =
+                    (Pair(yWeights[j]) * (i == 0 ? xs.lower : xs.upper)) * Pair(zWeights[k]);
+                const Pair products = detail::widened(row + i) * weights;
+                sums = sums + firsts(weights, products);
+                sums = sums + seconds(weights, products);
             }
         }
     }
-    return sum / weightSum;
+    return sums.second() / sums.first();
 }
 
 }  // namespace volux::core

@@ -5,11 +5,6 @@
 
 namespace volux::core {
 
-Interpolator::Interpolator() {}
-NearestNeighbor::NearestNeighbor() {}
-Linear::Linear() {}
-Cubic::Cubic() {}
-
 template <class T, class B>
 double Interpolator::stub(const VxImage<T>&, double, double, double, unsigned int, B, T)
 {

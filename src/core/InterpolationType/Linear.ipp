@@ -2,26 +2,50 @@
 #pragma once
 
 #include "../Arithmetic.h"
-#include "VoxelLookup.h"
+#include "../Pair.h"
+#include "Neighbourhood.h"
 
 namespace volux::core {
 
 namespace detail {
 
-// The two neighbours along one axis and their weights.
+// The lower neighbour along one axis, and the weights of both.
 struct LinearAxis {
     int lower;
     double weights[2];
 
-    explicit LinearAxis(double position) : lower(lowerVoxel(position))
-    {
-        const double fraction = position - lower;
-        weights[0] = 1.0 - fraction;
-        weights[1] = fraction;
-    }
+    explicit LinearAxis(double position) : LinearAxis(position, lowerVoxel(position)) {}
 
-    int voxel(int i) const { return wrappingAdd(lower, i); }
+private:
+    LinearAxis(double position, int index)
+        : lower(index), weights{1.0 - (position - index), position - index}
+    {
+    }
 };
+
+template <class T, class B>
+inline double kernel(Linear&, const VxImage<T>& image, double x, double y, double z, unsigned int c,
+                     B& border, T value)
+{
+    const LinearAxis xs(x);
+    const LinearAxis ys(y);
+    const LinearAxis zs(z);
+    const Neighbourhood<2, T, B> around(image, xs.lower, ys.lower, zs.lower, c, border, value);
+    // Results are compared bit for bit: products and sums keep this grouping and order.
+    const Pair x2(xs.weights[0], xs.weights[1]);
+    const Pair rows[2] = {x2 * Pair(ys.weights[0]), x2 * Pair(ys.weights[1])};
+    double sum = -0.0;  // not 0.0, which would lose the sign of a first product of -0.0
+    for (int k = 0; k < 2; ++k) {
+        for (int j = 0; j < 2; ++j) {
+            T gathered[2];
+            const Pair products =
+                widened(around.row(j, k, gathered)) * (rows[j] * Pair(zs.weights[k]));
+            sum += products.first();
+            sum += products.second();
+        }
+    }
+    return sum;
+}
 
 }  // namespace detail
 
@@ -29,20 +53,7 @@ template <class T, class B>
 double Linear::operator()(const VxImage<T>& image, double x, double y, double z, unsigned int c,
                           B border, T value) noexcept(detail::byValue<Linear, B>())
 {
-    const detail::LinearAxis xs(x);
-    const detail::LinearAxis ys(y);
-    const detail::LinearAxis zs(z);
-    // Results are compared bit for bit: products and sums keep this grouping and order.
-    const auto corner = [&](int i, int j, int k) {
-        const T voxel =
-            detail::voxelOrBorder(image, xs.voxel(i), ys.voxel(j), zs.voxel(k), c, border, value);
-        return static_cast<double>(voxel) * (xs.weights[i] * ys.weights[j] * zs.weights[k]);
-    };
-    double sum = corner(0, 0, 0);  // not 0.0, which would lose the sign of -0.0
-    for (int n = 1; n < 8; ++n) {  // x varies fastest
-        sum += corner(n & 1, (n >> 1) & 1, n >> 2);
-    }
-    return sum;
+    return detail::kernel(*this, image, x, y, z, c, border, value);
 }
 
 }  // namespace volux::core

@@ -6,12 +6,23 @@
 
 namespace volux::core {
 
+namespace detail {
+
+template <class T, class B>
+inline T kernel(NearestNeighbor&, const VxImage<T>& image, double x, double y, double z,
+                unsigned int c, B& border, T value)
+{
+    return voxelOrBorder(image, lowerVoxel(x + 0.5), lowerVoxel(y + 0.5), lowerVoxel(z + 0.5), c,
+                         border, value);
+}
+
+}  // namespace detail
+
 template <class T, class B>
 T NearestNeighbor::operator()(const VxImage<T>& image, double x, double y, double z, unsigned int c,
                               B border, T value) noexcept(detail::byValue<NearestNeighbor, B>())
 {
-    return detail::voxelOrBorder(image, detail::lowerVoxel(x + 0.5), detail::lowerVoxel(y + 0.5),
-                                 detail::lowerVoxel(z + 0.5), c, border, value);
+    return detail::kernel(*this, image, x, y, z, c, border, value);
 }
 
 }  // namespace volux::core

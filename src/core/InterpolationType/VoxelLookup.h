@@ -6,13 +6,24 @@
 
 namespace volux::core::detail {
 
+// Out of line: few voxels lie outside, and what clamping needs would burden the reads inside.
+template <class T>
+[[gnu::noinline]] T nearestEdgeVoxel(Replication& border, const VxImage<T>& image, int x, int y,
+                                     int z, unsigned int c)
+{
+    return border.fetch(image, x, y, z, c, T(), image.getWidth(), image.getHeight(),
+                        image.getDepth());
+}
+
 template <class T, class B>
 T readBorder(B& border, const VxImage<T>& image, int x, int y, int z, unsigned int c, T value)
 {
     const unsigned int width = image.getWidth();
     const unsigned int height = image.getHeight();
     const unsigned int depth = image.getDepth();
-    if constexpr (std::is_same_v<B, Border*>) {
+    if constexpr (std::is_same_v<B, Replication>) {
+        return nearestEdgeVoxel(border, image, x, y, z, c);
+    } else if constexpr (std::is_same_v<B, Border*>) {
         return RunTime::fetch(*border, image, x, y, z, c, value, width, height, depth);
     } else {
         return border.fetch(image, x, y, z, c, value, width, height, depth);

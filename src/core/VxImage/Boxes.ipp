@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "ElementCopy.h"
 #include "volux/core/VxImage.h"
 
 namespace volux::core {
@@ -21,31 +22,13 @@ constexpr unsigned int countOf(unsigned int first, unsigned int last)
     return static_cast<unsigned int>(std::int64_t{last} - first + 1);
 }
 
-struct VoxelIndex {
-    unsigned int x;
-    unsigned int y;
-    unsigned int z;
-};
-
-// Copies as many voxels as `extent` spans, from one corner to another, z outermost.
+// Copies as many voxels as `extent` spans, from one place to another, z outermost.
 template <class T>
-void copyBox(const VxImage<T>& src, VoxelIndex from, VxImage<T>& dst, VoxelIndex to,
-             const Rect& extent)
+void copyBox(const Place<T>& from, const Place<T>& to, const Rect& extent, unsigned int channels)
 {
-    const auto at = [](unsigned int corner, unsigned int i) {
-        return static_cast<int>(corner + i);
-    };
-    const ImageSize count(extent.width(), extent.height(), extent.depth(), dst.getChannels());
-    for (unsigned int k = 0; k < count.depth; ++k) {
-        for (unsigned int j = 0; j < count.height; ++j) {
-            for (unsigned int i = 0; i < count.width; ++i) {
-                for (unsigned int c = 0; c < count.channels; ++c) {
-                    dst(at(to.x, i), at(to.y, j), at(to.z, k), at(c, 0)) =
-                        src(at(from.x, i), at(from.y, j), at(from.z, k), at(c, 0));
-                }
-            }
-        }
-    }
+    copyVoxels(from, to, {extent.depth(), from.layout.strideZ, to.layout.strideZ},
+               {extent.height(), from.layout.strideY, to.layout.strideY},
+               {extent.width(), from.layout.strideX, to.layout.strideX}, channels);
 }
 
 }  // namespace detail
@@ -69,8 +52,8 @@ ErrorType VxImage<T>::crop(const Rect& box, VxImage* out)
         return result;
     }
     out->setVoxelSize(voxelSizeX, voxelSizeY, voxelSizeZ);  // refused, `out` keeps its own
-    detail::copyBox(*this, {clipped.xStart, clipped.yStart, clipped.zStart}, *out, {0, 0, 0},
-                    clipped);
+    detail::copyBox<T>({detail::Layout<T>(*this), {clipped.xStart, clipped.yStart, clipped.zStart}},
+                       {detail::Layout<T>(*out), {0, 0, 0}}, clipped, channels);
     return SUCCESS;
 }
 
@@ -87,7 +70,8 @@ ErrorType VxImage<T>::draw(const VxImage& src, unsigned int x, unsigned int y, u
     const Rect clipped(x, std::min(detail::lastOf(x, src.width), width - 1U), y,
                        std::min(detail::lastOf(y, src.height), height - 1U), z,
                        std::min(detail::lastOf(z, src.depth), depth - 1U));
-    detail::copyBox(src, {0, 0, 0}, *this, {x, y, z}, clipped);
+    detail::copyBox<T>({detail::Layout<T>(src), {0, 0, 0}}, {detail::Layout<T>(*this), {x, y, z}},
+                       clipped, channels);
     return SUCCESS;
 }
 

@@ -1,22 +1,25 @@
 // Fill, whole and per channel.
 #pragma once
 
+#include "../Layout.h"
+#include "ElementCopy.h"
 #include "volux/core/VxImage.h"
 
 namespace volux::core {
 
 namespace detail {
 
-// Calls visit(x, y, z) for every voxel, z outermost.
-template <class T, class Visit>
-void forEachVoxel(const VxImage<T>& image, Visit visit)
+// One value copied to every voxel: where it is read, no loop steps on.
+template <class T>
+void fillChannels(const VxImage<T>& image, unsigned int first, unsigned int count, T value)
 {
-    for (unsigned int z = 0; z < image.getDepth(); ++z) {
-        for (unsigned int y = 0; y < image.getHeight(); ++y) {
-            for (unsigned int x = 0; x < image.getWidth(); ++x) {
-                visit(static_cast<int>(x), static_cast<int>(y), static_cast<int>(z));
-            }
-        }
+    const Layout<T> to(image);
+    const Nest nest{{{image.getDepth(), 0, to.strideZ},
+                     {image.getHeight(), 0, to.strideY},
+                     {image.getWidth(), 0, to.strideX},
+                     {count, 0, to.strideC}}};
+    if (!isEmpty(nest)) {
+        copyElements(&value, stepped(to.data, to.strideC * first), nest);
     }
 }
 
@@ -25,11 +28,7 @@ void forEachVoxel(const VxImage<T>& image, Visit visit)
 template <class T>
 ErrorType VxImage<T>::fill(T value)
 {
-    detail::forEachVoxel(*this, [&](int x, int y, int z) {
-        for (unsigned int c = 0; c < channels; ++c) {
-            (*this)(x, y, z, static_cast<int>(c)) = value;
-        }
-    });
+    detail::fillChannels(*this, 0, channels, value);
     return SUCCESS;
 }
 
@@ -39,8 +38,7 @@ ErrorType VxImage<T>::fill(unsigned int channel, T value)
     if (channel >= channels) {
         return ERR_INVALID_CHANNEL;
     }
-    detail::forEachVoxel(
-        *this, [&](int x, int y, int z) { (*this)(x, y, z, static_cast<int>(channel)) = value; });
+    detail::fillChannels(*this, channel, 1, value);
     return SUCCESS;
 }
 

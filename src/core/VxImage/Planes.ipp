@@ -3,24 +3,13 @@
 
 #include <initializer_list>
 
+#include "../Layout.h"
+#include "ElementCopy.h"
 #include "volux/core/Planes.h"
 
 namespace volux::core {
 
 namespace detail {
-
-template <class Copy>
-void forEachElement(unsigned int outerCount, unsigned int innerCount, unsigned int channels,
-                    Copy copy)
-{
-    for (unsigned int outer = 0; outer < outerCount; ++outer) {
-        for (unsigned int inner = 0; inner < innerCount; ++inner) {
-            for (unsigned int c = 0; c < channels; ++c) {
-                copy(static_cast<int>(outer), static_cast<int>(inner), static_cast<int>(c));
-            }
-        }
-    }
-}
 
 struct Fit {
     unsigned int planeExtent;
@@ -47,6 +36,14 @@ bool sizePlane(VxImage<T>& plane, const ImageSize& size)
     return plane.getBufferPointer() != nullptr;
 }
 
+// Copies a plane of voxels between a volume and the whole of a plane image.
+template <class T>
+void copyPlane(const Place<T>& from, const Place<T>& to, const Loop& rows, const Loop& row,
+               unsigned int channels)
+{
+    copyVoxels(from, to, {1, 0, 0}, rows, row, channels);
+}
+
 }  // namespace detail
 
 template <class T>
@@ -60,9 +57,10 @@ ErrorType getXyPlane(unsigned int index, const VxImage<T>& src, VxImage<T>* dst)
     }
     const ImageSize plane(src.getWidth(), src.getHeight(), 1, src.getChannels());
     if (detail::sizePlane(*dst, plane)) {
-        const int z = static_cast<int>(index);
-        detail::forEachElement(plane.height, plane.width, plane.channels,
-                               [&](int j, int i, int c) { (*dst)(i, j, 0, c) = src(i, j, z, c); });
+        const detail::Place<T> from{detail::Layout<T>(src), {0, 0, index}};
+        const detail::Place<T> to{detail::Layout<T>(*dst), {0, 0, 0}};
+        detail::copyPlane(from, to, {plane.height, from.layout.strideY, to.layout.strideY},
+                          {plane.width, from.layout.strideX, to.layout.strideX}, plane.channels);
     }
     return SUCCESS;
 }
@@ -78,9 +76,10 @@ ErrorType getYzPlane(unsigned int index, const VxImage<T>& src, VxImage<T>* dst)
     }
     const ImageSize plane(src.getHeight(), src.getDepth(), 1, src.getChannels());
     if (detail::sizePlane(*dst, plane)) {
-        const int x = static_cast<int>(index);
-        detail::forEachElement(plane.height, plane.width, plane.channels,
-                               [&](int j, int i, int c) { (*dst)(i, j, 0, c) = src(x, i, j, c); });
+        const detail::Place<T> from{detail::Layout<T>(src), {index, 0, 0}};
+        const detail::Place<T> to{detail::Layout<T>(*dst), {0, 0, 0}};
+        detail::copyPlane(from, to, {plane.height, from.layout.strideZ, to.layout.strideY},
+                          {plane.width, from.layout.strideY, to.layout.strideX}, plane.channels);
     }
     return SUCCESS;
 }
@@ -97,9 +96,10 @@ ErrorType getZxPlane(unsigned int index, const VxImage<T>& src, VxImage<T>* dst)
     }
     const ImageSize plane(src.getDepth(), src.getWidth(), 1, src.getChannels());
     if (detail::sizePlane(*dst, plane)) {
-        const int y = static_cast<int>(index);
-        detail::forEachElement(plane.width, plane.height, plane.channels,
-                               [&](int i, int j, int c) { (*dst)(i, j, 0, c) = src(j, y, i, c); });
+        const detail::Place<T> from{detail::Layout<T>(src), {0, index, 0}};
+        const detail::Place<T> to{detail::Layout<T>(*dst), {0, 0, 0}};
+        detail::copyPlane(from, to, {plane.width, from.layout.strideZ, to.layout.strideX},
+                          {plane.height, from.layout.strideX, to.layout.strideY}, plane.channels);
     }
     return SUCCESS;
 }
@@ -120,9 +120,10 @@ ErrorType setXyPlane(unsigned int index, const VxImage<T>& src, VxImage<T>* dst)
     if (fit != SUCCESS) {
         return fit;
     }
-    const int z = static_cast<int>(index);
-    detail::forEachElement(src.getHeight(), src.getWidth(), src.getChannels(),
-                           [&](int j, int i, int c) { (*dst)(i, j, z, c) = src(i, j, 0, c); });
+    const detail::Place<T> from{detail::Layout<T>(src), {0, 0, 0}};
+    const detail::Place<T> to{detail::Layout<T>(*dst), {0, 0, index}};
+    detail::copyPlane(from, to, {src.getHeight(), from.layout.strideY, to.layout.strideY},
+                      {src.getWidth(), from.layout.strideX, to.layout.strideX}, src.getChannels());
     return SUCCESS;
 }
 
@@ -142,9 +143,10 @@ ErrorType setYzPlane(unsigned int index, const VxImage<T>& src, VxImage<T>* dst)
     if (fit != SUCCESS) {
         return fit;
     }
-    const int x = static_cast<int>(index);
-    detail::forEachElement(src.getHeight(), src.getWidth(), src.getChannels(),
-                           [&](int j, int i, int c) { (*dst)(x, i, j, c) = src(i, j, 0, c); });
+    const detail::Place<T> from{detail::Layout<T>(src), {0, 0, 0}};
+    const detail::Place<T> to{detail::Layout<T>(*dst), {index, 0, 0}};
+    detail::copyPlane(from, to, {src.getHeight(), from.layout.strideY, to.layout.strideZ},
+                      {src.getWidth(), from.layout.strideX, to.layout.strideY}, src.getChannels());
     return SUCCESS;
 }
 
@@ -164,9 +166,10 @@ ErrorType setZxPlane(unsigned int index, const VxImage<T>& src, VxImage<T>* dst)
     if (fit != SUCCESS) {
         return fit;
     }
-    const int y = static_cast<int>(index);
-    detail::forEachElement(src.getHeight(), src.getWidth(), src.getChannels(),
-                           [&](int j, int i, int c) { (*dst)(j, y, i, c) = src(i, j, 0, c); });
+    const detail::Place<T> from{detail::Layout<T>(src), {0, 0, 0}};
+    const detail::Place<T> to{detail::Layout<T>(*dst), {0, index, 0}};
+    detail::copyPlane(from, to, {src.getHeight(), from.layout.strideY, to.layout.strideX},
+                      {src.getWidth(), from.layout.strideX, to.layout.strideZ}, src.getChannels());
     return SUCCESS;
 }
 

@@ -1,7 +1,11 @@
 // Sampling at fractional positions: voxel and physical front ends, conversion to T.
 #pragma once
 
+#include <type_traits>
+
 #include "../Arithmetic.h"
+#include "../InterpolationType/Linear.ipp"
+#include "../InterpolationType/NearestNeighbor.ipp"
 #include "../InterpolationType/RunTime.h"
 #include "volux/core/VxImage.h"
 
@@ -9,17 +13,29 @@ namespace volux::core {
 
 namespace detail {
 
-// What the kernel gives at (x, y, z), in voxels. A channel's bits are taken as they are.
+// A physical position in voxels. Most images have no spacing but 1.0, and a division takes as long
+// as much of a kernel.
+inline double inVoxels(double position, double voxelSize)
+{
+    return voxelSize == 1.0 ? position : position / voxelSize;
+}
+
+// What the kernel gives at (x, y, z), in voxels: a double, or an integer voxel as it is. A
+// channel's bits are taken as they are.
 template <class T, class I, class B>
-double sample(const VxImage<T>& image, double x, double y, double z, int c, I& interpolator,
-              B border, T value)
+auto sample(const VxImage<T>& image, double x, double y, double z, int c, I& interpolator, B border,
+            T value)
 {
     const unsigned int channel = static_cast<unsigned int>(c);
     if constexpr (std::is_same_v<I, Interpolator*>) {
         return RunTime::invoke(*interpolator, image, x, y, z, channel, border, value);
+    } else if constexpr (std::is_same_v<I, Cubic>) {
+        // Too long for a copy in every front end, and a call is nothing beside it.
+        return interpolator(image, x, y, z, channel, border, value);
     } else {
-        return static_cast<double>(
-            interpolator.template operator()<T, B>(image, x, y, z, channel, border, value));
+        const auto result = kernel(interpolator, image, x, y, z, channel, border, value);
+        using Result = std::remove_const_t<decltype(result)>;
+        return static_cast<std::conditional_t<std::is_integral_v<Result>, Result, double>>(result);
     }
 }
 
@@ -72,8 +88,9 @@ template <class I, class B>
 T VxImage<T>::getValueReal(double x, double y, double z, int c, I interpolator, B border,
                            T value) const noexcept(detail::byValue<I, B>())
 {
-    return detail::roundTo<T>(detail::sample(*this, x / voxelSizeX, y / voxelSizeY, z / voxelSizeZ,
-                                             c, interpolator, border, value));
+    return detail::roundTo<T>(
+        detail::sample(*this, detail::inVoxels(x, voxelSizeX), detail::inVoxels(y, voxelSizeY),
+                       detail::inVoxels(z, voxelSizeZ), c, interpolator, border, value));
 }
 
 template <class T>
@@ -87,8 +104,8 @@ template <class I>
 double VxImage<T>::getDoubleValueReal(double x, double y, double z, int c, I interpolator) const
     noexcept(detail::byValue<I>())
 {
-    return detail::sample(*this, x / voxelSizeX, y / voxelSizeY, z / voxelSizeZ, c, interpolator,
-                          Constant(), T());
+    return detail::sample(*this, detail::inVoxels(x, voxelSizeX), detail::inVoxels(y, voxelSizeY),
+                          detail::inVoxels(z, voxelSizeZ), c, interpolator, Constant(), T());
 }
 
 template <class T>
@@ -96,8 +113,8 @@ template <class I, class B>
 double VxImage<T>::getDoubleValueReal(double x, double y, double z, int c, I interpolator, B border,
                                       T value) const noexcept(detail::byValue<I, B>())
 {
-    return detail::sample(*this, x / voxelSizeX, y / voxelSizeY, z / voxelSizeZ, c, interpolator,
-                          border, value);
+    return detail::sample(*this, detail::inVoxels(x, voxelSizeX), detail::inVoxels(y, voxelSizeY),
+                          detail::inVoxels(z, voxelSizeZ), c, interpolator, border, value);
 }
 
 template <class T>
@@ -106,8 +123,8 @@ double VxImage<T>::getDoubleValueReal(double x, double y, double z, int c,
                                       Interpolator* interpolator, B border, T value) const
     noexcept(detail::byAddress<I, B>())
 {
-    return detail::sample(*this, x / voxelSizeX, y / voxelSizeY, z / voxelSizeZ, c, interpolator,
-                          border, value);
+    return detail::sample(*this, detail::inVoxels(x, voxelSizeX), detail::inVoxels(y, voxelSizeY),
+                          detail::inVoxels(z, voxelSizeZ), c, interpolator, border, value);
 }
 
 }  // namespace volux::core

@@ -263,6 +263,17 @@ TEST(CubicKernel, LosesTheSignOfNegativeZero)
     EXPECT_TRUE(bitEqual(cubic(scene, {1.5, 1.25, 1.75}, Constant()), 0.0));
 }
 
+TEST(CubicKernel, ProductsThatAreAllNegativeZeroSumToPositiveZero)
+{
+    auto volume = blankVolume<float>({4, 4, 4});
+    for (std::size_t n = 0; n < 64; ++n) {
+        const auto isNegative = [](std::size_t i) { return i == 0 || i == 3; };  // the weight
+        const int negative = isNegative(n % 4) + isNegative(n / 4 % 4) + isNegative(n / 16);
+        volume.block[n] = negative % 2 == 1 ? 0.0F : -0.0F;
+    }
+    EXPECT_TRUE(bitEqual(cubic(WrappedVolume<float>(volume), {1.5, 1.5, 1.5}, Constant()), 0.0));
+}
+
 TEST(CubicKernel, ANeighbourThatIsNotFiniteSpoilsTheResultEvenAtWeightZero)
 {
     const float infinity = std::numeric_limits<float>::infinity();

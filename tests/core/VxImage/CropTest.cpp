@@ -206,6 +206,31 @@ TYPED_TEST(Crop, AZeroExtentDoesNotClip)
     EXPECT_TRUE(holds(this->out, naiveCrop(this->volume, Rect(1, 2, 0, 3, 0, 3))));
 }
 
+TYPED_TEST(Crop, ABeginFrom2To31OnCountsBackwards)
+{
+    constexpr unsigned int kTwoBack = 4294967294U;
+    constexpr unsigned int kOneBack = 4294967295U;
+    const ImageFields<TypeParam> fields = fieldsOf(this->image);
+    const auto expectCrop = [&](std::uint64_t stride, unsigned int ImageFields<TypeParam>::*extent,
+                                const Rect& backwards, const Rect& same) {
+        ImageFields<TypeParam> shifted = fields;
+        shifted.buffer += 2 * stride;
+        shifted.*extent = 0;
+        overwriteFields(this->image, shifted);
+        VxImage<TypeParam> box;
+        EXPECT_EQ(SUCCESS, this->image.crop(backwards, &box));
+        EXPECT_TRUE(holds(box, naiveCrop(this->volume, same)));
+    };
+    using Fields = ImageFields<TypeParam>;
+    expectCrop(fields.strideX, &Fields::width, Rect(kTwoBack, kOneBack, 0, 2, 0, 2),
+               Rect(0, 1, 0, 2, 0, 2));
+    expectCrop(fields.strideY, &Fields::height, Rect(0, 2, kTwoBack, kOneBack, 0, 2),
+               Rect(0, 2, 0, 1, 0, 2));
+    expectCrop(fields.strideZ, &Fields::depth, Rect(0, 2, 0, 2, kTwoBack, kOneBack),
+               Rect(0, 2, 0, 2, 0, 1));
+    overwriteFields(this->image, fields);
+}
+
 TYPED_TEST(Crop, CopiesTheSpacing)
 {
     ASSERT_EQ(SUCCESS, this->image.setVoxelSize(0.5, 0.5, 2.0));

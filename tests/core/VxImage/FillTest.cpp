@@ -3,7 +3,14 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <climits>
+#include <csignal>
 #include <limits>
+#include <thread>
 
 #include "support/BitExact.h"
 #include "support/ContainerOracle.h"
@@ -123,6 +130,30 @@ TEST(FillOfFloats, StoresNaNAndNegativeZeroAsGiven)
         ASSERT_EQ(SUCCESS, image.fill(0, -value));
         EXPECT_TRUE(bitEqual(image(0, 0, 0, 0), -value));
     }
+}
+
+// 2^63 visits of one voxel do not end: a second process makes them.
+TEST(FillWithoutEnd, OfMoreVoxelsThanASigned64BitNumberCountsHasBegun)
+{
+    void* const shared = mmap(nullptr, sizeof(unsigned char), PROT_READ | PROT_WRITE,
+                              MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(MAP_FAILED, shared);
+    auto* const voxel = static_cast<volatile unsigned char*>(shared);
+    const pid_t filling = fork();
+    ASSERT_NE(-1, filling);
+    if (filling == 0) {
+        VxImage<unsigned char> image;
+        image.initializeWithPointer(static_cast<unsigned char*>(shared), INT_MAX, INT_MAX, 2, 2);
+        image.setImageStride(0, 0, 0, 0);
+        image.fill(7);
+        _exit(0);
+    }
+    while (*voxel != 7 && waitpid(filling, nullptr, WNOHANG) == 0)
+        std::this_thread::yield();
+    EXPECT_EQ(7, *voxel);
+    kill(filling, SIGKILL);
+    waitpid(filling, nullptr, 0);
+    munmap(shared, sizeof(unsigned char));
 }
 
 }  // namespace

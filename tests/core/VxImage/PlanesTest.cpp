@@ -35,6 +35,21 @@ protected:
     VxImage<T> volume;
     const AllPlaneFunctions<T> functions{};
 };
+/// The outer loop of zx runs along the plane's x, those of the others along its y.
+template <class T>
+void copyPlaneWithin(const PlaneFunctions<T>& plane, Volume<T>& volume, unsigned int index)
+{
+    const Layout& l = volume.layout;
+    const bool xOutermost = plane.across == Axis::Y;
+    for (unsigned int n = 0; n < l.width * l.height; ++n) {
+        const unsigned int i = xOutermost ? n / l.height : n % l.width;
+        const unsigned int j = xOutermost ? n % l.height : n / l.width;
+        for (unsigned int c = 0; c < l.channels; ++c) {
+            volume.at(i, j, 0, c) = plane.voxel(volume, index, i, j, c);
+        }
+    }
+}
+
 TYPED_TEST_SUITE(Planes, ElementTypes, ElementTypeNames);
 
 TYPED_TEST(Planes, AnXyPlaneRunsAlongXAndY)
@@ -157,6 +172,26 @@ TYPED_TEST(Planes, ALargerBlockIsKeptAndLaidOutAnew)
         EXPECT_TRUE(holds(plane, slice)) << f.name;
         const std::size_t used = slice.layout.span();
         EXPECT_TRUE(isStamped(plane.getBufferPointer() + used, 1000 - used, 50 + used)) << f.name;
+    }
+}
+
+TYPED_TEST(Planes, OutOfAVolumeIntoItselfReadTheNewStrides)
+{
+    const Volume<TypeParam> block = someVolume<TypeParam>(interleaved(4, 4, 4, 2), 5);
+    const auto bytes = block.layout.span() * sizeof(TypeParam);
+    const Layout size = interleaved(3, 2, 4, 2);
+    for (const auto& f : this->functions) {
+        VxImage<TypeParam> image;
+        ASSERT_EQ(SUCCESS, image.initialize(4, 4, 4, 2));
+        ASSERT_EQ(SUCCESS, image.setImageData(block.block.data() + kGuard, bytes));
+        ASSERT_EQ(SUCCESS, image.setImageSize(size.width, size.height, size.depth, size.channels));
+        Volume<TypeParam> expected = block;
+        expected.layout = interleaved(f.planeWidth(size), f.planeHeight(size), 1, 2);
+        copyPlaneWithin(f, expected, 1);
+        ASSERT_EQ(SUCCESS, f.get(1, image, &image));
+        const TypeParam* const first = image.getBufferPointer();
+        EXPECT_TRUE(std::equal(first, first + block.layout.span(), expected.block.data() + kGuard))
+            << f.name;
     }
 }
 

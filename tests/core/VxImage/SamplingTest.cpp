@@ -73,6 +73,25 @@ TYPED_TEST(Sampling, PositionsAreDividedNotMultipliedByTheReciprocal)
     EXPECT_TRUE(bitEqual(interpolator.calls.at(0).z, 3.0));
 }
 
+TYPED_TEST(Sampling, SpacingsAtAndBesideOneGiveTheBitsOfTheDivision)
+{
+    const double below = std::nextafter(1.0, 0.0);
+    const double above = std::nextafter(1.0, 2.0);
+    const double smallest = std::numeric_limits<double>::denorm_min();
+    const double largest = std::numeric_limits<double>::max();
+    for (const double spacing : {1.0, below, above}) {
+        this->scene.image.setVoxelSize(spacing, 1.0, below);
+        for (const double at : {0.0, -0.0, 1.0, -1.0, below, above, 0.1, -2.5, smallest, largest,
+                                kInfinity, -kInfinity, kNaN}) {
+            RecordingInterpolator interpolator;
+            this->image.getValueReal(at, at, at, 0, &interpolator);
+            EXPECT_TRUE(bitEqual(interpolator.calls.at(0).x, at / spacing));
+            EXPECT_TRUE(bitEqual(interpolator.calls.at(0).y, at / 1.0));
+            EXPECT_TRUE(bitEqual(interpolator.calls.at(0).z, at / below));
+        }
+    }
+}
+
 TYPED_TEST(Sampling, FormsWithoutABorderReadZeroFarOutside)
 {
     const TypeParam zero{0};

@@ -376,5 +376,29 @@ TEST_P(FarApart, PlanesAreTakenAndPutBack)
     }
 }
 
+TEST(FarApartRows, OfAZxPlaneAreTransposed)
+{
+    constexpr int kSide = 17;
+    constexpr unsigned int kStride = 0x80001000U;
+    const SparseBlock block(std::size_t{kStride} * kSide);
+    if (!block.exists())
+        GTEST_SKIP() << "no 34 GiB of address space";
+    VxImage<unsigned char> image;
+    ASSERT_EQ(SUCCESS, image.initializeWithPointer(block.bytes(), kSide, 1, kSide, 1));
+    image.setImageStride(0, kStride, 1, 1);
+    VxImage<unsigned char> plane;
+    ASSERT_EQ(SUCCESS, plane.initialize(kSide, kSide, 1, 1));
+    const auto value = [](int x, int z) { return static_cast<unsigned char>(x + kSide * z % 251); };
+    for (int z = 0; z < kSide; ++z)
+        for (int x = 0; x < kSide; ++x)
+            plane(z, x, 0, 0) = value(x, z);
+    ASSERT_EQ(SUCCESS, setZxPlane(0, plane, &image));
+    EXPECT_EQ(value(16, 16), block.bytes()[std::size_t{kStride} * 16 + 16]);
+    VxImage<unsigned char> taken;
+    ASSERT_EQ(SUCCESS, getZxPlane(0, image, &taken));
+    EXPECT_TRUE(std::equal(plane.getBufferPointer(), plane.getBufferPointer() + kSide * kSide,
+                           taken.getBufferPointer()));
+}
+
 }  // namespace
 }  // namespace volux::core

@@ -1,0 +1,138 @@
+// Copies elements in the order of a nest of loops. That order decides the result where elements are
+// shared or the memories overlap; whatever is faster than one by one is taken only where it gives
+// the same.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+
+#include "../Layout.h"
+#include "../Processor.h"
+#include "Nest.h"
+#include "Transposition.h"
+
+namespace volux::core::detail {
+
+// As fast as std::memset, which knows bytes only: the block stays in the nearest cache.
+template <class T>
+void fillRun(T* dst, T value, std::int64_t count)
+{
+    constexpr std::int64_t kBlock = 16384 / sizeof(T);
+    std::fill_n(dst, std::min(count, kBlock), value);
+    for (std::int64_t done = kBlock; done < count; done += kBlock) {
+        std::copy_n(dst, std::min(count - done, kBlock), stepped(dst, done));
+    }
+}
+
+// Whether copying forward reads what it has written before.
+template <class T>
+bool feedsItself(const T* src, const T* dst, std::int64_t count)
+{
+    const std::less<> before;
+    return before(src, dst) && before(dst, stepped(src, count));
+}
+
+// A processor waits for a line that it writes to, unlike for one that it reads, so each is asked
+// for some steps before.
+template <class T>
+void copyOneByOne(const T* src, T* dst, const Loop& outer, const Loop& inner)
+{
+    constexpr std::int64_t kLine = 64 / sizeof(T);
+    constexpr std::int64_t kAhead = 16;
+    const bool isFar = outer.to >= kLine;
+    for (std::int64_t i = 0; i < outer.count; ++i) {
+        if (isFar) {
+            prefetch(stepped(dst, outer.to * std::min(i + kAhead, outer.count - 1)));
+        }
+        for (std::int64_t j = 0; j < inner.count; ++j) {
+            *stepped(dst, outer.to * i + inner.to * j) =
+                *stepped(src, outer.from * i + inner.from * j);
+        }
+    }
+}
+
+template <class T>
+void copyRow(const T* src, T* dst, const Loop& row)
+{
+    if (row.to == 1 && row.from == 0) {
+        fillRun(dst, *src, row.count);
+    } else if (row.to == 1 && row.from == 1 && !feedsItself(src, dst, row.count)) {
+        std::copy_n(src, row.count, dst);
+    } else {
+        copyOneByOne(src, dst, row, {1, 0, 0});
+    }
+}
+
+// And the order is free: each element is written once, and none of those is read.
+template <class T>
+bool isTransposition(const T* src, const T* dst, const Loop& rows, const Loop& row)
+{
+    if (rows.to != 1 || row.from != 1 || row.to < rows.count) {
+        return false;
+    }
+    const std::less<> before;
+    return before(stepped(src, rows.from * (rows.count - 1) + row.count - 1), dst) ||
+           before(stepped(dst, rows.count - 1 + row.to * (row.count - 1)), src);
+}
+
+template <class T>
+void copyRows(const T* src, T* dst, const Loop& rows, const Loop& row)
+{
+    if (row.count < kBlockSide) {  // so short that a call for each would cost more than it saves
+        copyOneByOne(src, dst, rows, row);
+    } else if (rows.count >= kBlockSide && isTransposition(src, dst, rows, row)) {
+        transpose(src, rows.from, dst, row.to, rows.count, row.count);
+    } else {
+        for (std::int64_t i = 0; i < rows.count; ++i) {
+            copyRow(stepped(src, rows.from * i), stepped(dst, rows.to * i), row);
+        }
+    }
+}
+
+template <class T>
+void copyElements(const T* src, T* dst, const Nest& nest)
+{
+    const auto [slices, slice, rows, row] = fused(nest);
+    for (std::int64_t k = 0; k < slices.count; ++k) {
+        for (std::int64_t j = 0; j < slice.count; ++j) {
+            copyRows(stepped(src, slices.from * k + slice.from * j),
+                     stepped(dst, slices.to * k + slice.to * j), rows, row);
+        }
+    }
+}
+
+struct VoxelIndex {
+    unsigned int x;
+    unsigned int y;
+    unsigned int z;
+};
+
+// A voxel that need not exist while nothing is copied. Its indices are those of
+// VxImage::operator(), where one from 2^31 on counts backwards.
+template <class T>
+struct Place {
+    Layout<T> layout;
+    VoxelIndex voxel;
+
+    T* element() const
+    {
+        return stepped(layout.data, layout.strideX * static_cast<int>(voxel.x) +
+                                        layout.strideY * static_cast<int>(voxel.y) +
+                                        layout.strideZ * static_cast<int>(voxel.z));
+    }
+};
+
+// From one voxel to the other and on by three loops, with all channels.
+template <class T>
+void copyVoxels(const Place<T>& from, const Place<T>& to, const Loop& slices, const Loop& rows,
+                const Loop& row, unsigned int channels)
+{
+    const Nest nest{{slices, rows, row, {channels, from.layout.strideC, to.layout.strideC}}};
+    if (!isEmpty(nest)) {
+        copyElements(from.element(), to.element(), nest);
+    }
+}
+
+}  // namespace volux::core::detail
