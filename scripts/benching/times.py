@@ -68,21 +68,15 @@ How it is measured:
 What keeps a goal out of reach, where it is missed:
 
 - **Tricubic**: a result is the quotient of two sums of 64 terms, each added in order. The two sums
-  share a register, so 64 additions wait for one another, at four cycles each, and little else is
-  waited for. VTK sums up rows, columns and slices of four instead, CImg too and in `float`: other
-  bits, and a third of the operations.
-- **Trilinear**: 12 products of weights, 8 with voxels and 8 additions in order, where CImg and ITK
-  interpolate along one axis after the other in 7 steps. That is about a quarter of a call's
-  instructions (below); the others find out where each of six indices leads to, and whether it is
-  inside, which may not be asked once for all eight voxels.
-- **Nearest**: some 40 instructions, the call itself among them; the templates of CImg and ITK are
-  part of the caller's loop. With replication the peers clamp the position before.
-- **C**: every sample waits for memory, for 1, 4 or 16 rows. As many samples are under way at once as
-  the processor holds the instructions of, so that the count of these decides here too.
-- **By address**: a kernel that may have to ask any border keeps its sums in memory, not in registers,
-  wherever that call could come. Tricubic pays most for it.
-- **zx planes**: each block of 16 x 16 touches 16 cache lines on the side that is read and 16 on the
-  other; moving them, not exchanging their elements, takes the time.
+  share a register, so that 64 additions wait for one another. They take 144 products
+  and 128 additions; a kernel that sums up rows, columns and slices of four takes 84 and 63, and
+  gives other bits.
+- **Trilinear**: 12 products of weights, 8 with voxels and 8 additions in order, where interpolating
+  along one axis after the other takes 7 steps. Each of the eight voxels is tested on its own, so no
+  test is made once for all.
+- **Nearest**: the module is called; the templates of CImg are part of the caller's loop.
+- **C**: each sample reads from memory in 1, 4 or 16 rows, at a place that no earlier one has brought
+  near.
 """
 
 
