@@ -61,6 +61,13 @@ oracle::Volume<T> volumeOf(const RowLayout& layout)
     return volume;
 }
 
+template <class Kernel, class T, class B>
+double sampled(const core::VxImage<T>& image, const Position& p, unsigned int c, B border,
+               T value = T{5})
+{
+    return Kernel().template operator()<T, B>(image, p.x, p.y, p.z, c, border, value);
+}
+
 template <class T>
 class Neighbourhood : public ::testing::Test {
 protected:
@@ -81,7 +88,7 @@ protected:
     }
 
     template <class Kernel, class OracleKernel>
-    static void compareWithOracle(Kernel kernel, OracleKernel oracleKernel)
+    static void compareWithOracle(OracleKernel oracleKernel)
     {
         const T value = someValue<T>(12345);
         for (const RowLayout& layout : kLayouts)
@@ -92,12 +99,12 @@ protected:
                 Constant constantBorder;
                 Replication replication;
                 core::Border* const atRunTime = &constantBorder;
-                ASSERT_TRUE(bitEqual(kernel(scene.image, p, constantBorder, value),
+                ASSERT_TRUE(bitEqual(sampled<Kernel>(scene.image, p, 1, constantBorder, value),
                                      oracleKernel(constant, p)));
-                ASSERT_TRUE(
-                    bitEqual(kernel(scene.image, p, atRunTime, value), oracleKernel(constant, p)));
-                ASSERT_TRUE(
-                    bitEqual(kernel(scene.image, p, replication, value), oracleKernel(edge, p)));
+                ASSERT_TRUE(bitEqual(sampled<Kernel>(scene.image, p, 1, atRunTime, value),
+                                     oracleKernel(constant, p)));
+                ASSERT_TRUE(bitEqual(sampled<Kernel>(scene.image, p, 1, replication, value),
+                                     oracleKernel(edge, p)));
             });
     }
 };
@@ -105,31 +112,17 @@ TYPED_TEST_SUITE(Neighbourhood, ElementTypes, ElementTypeNames);
 
 TYPED_TEST(Neighbourhood, LinearReadsRowsOfEveryLayoutWholeAndInPart)
 {
-    this->compareWithOracle(
-        [](const auto& image, const Position& p, auto border, TypeParam value) {
-            return Linear().operator()<TypeParam, decltype(border)>(image, p.x, p.y, p.z, 1, border,
-                                                                    value);
-        },
+    this->template compareWithOracle<Linear>(
         [](const auto& read, const Position& p) { return oracle::linear(read, p); });
 }
 
 TYPED_TEST(Neighbourhood, CubicReadsRowsOfEveryLayoutWholeAndInPart)
 {
-    this->compareWithOracle(
-        [](const auto& image, const Position& p, auto border, TypeParam value) {
-            return Cubic().operator()<TypeParam, decltype(border)>(image, p.x, p.y, p.z, 1, border,
-                                                                   value);
-        },
+    this->template compareWithOracle<Cubic>(
         [](const auto& read, const Position& p) { return oracle::cubic(read, p); });
 }
 
 constexpr unsigned int kLargest = std::numeric_limits<unsigned int>::max();
-
-template <class Kernel, class T, class B>
-double sampled(const core::VxImage<T>& image, const Position& p, unsigned int c, B border)
-{
-    return Kernel().template operator()<T, B>(image, p.x, p.y, p.z, c, border, T{5});
-}
 
 class FarNeighbours : public ::testing::Test {
 protected:
