@@ -5,6 +5,7 @@
 
 #include "../Arithmetic.h"
 #include "../Pair.h"
+#include "Kernels.h"
 #include "Neighbourhood.h"
 
 namespace volux::core {
@@ -53,21 +54,17 @@ private:
     }
 };
 
-}  // namespace detail
-
 template <class T, class B>
-double Cubic::operator()(const VxImage<T>& image, double x, double y, double z, unsigned int c,
-                         B border, T value) noexcept(detail::byValue<Cubic, B>())
+double kernel(Cubic&, const VxImage<T>& image, double x, double y, double z, unsigned int c,
+              B& border, T value)
 {
-    using detail::Pair;
-    const detail::CubicAxis xs(x);
-    const detail::CubicAxis ys(y);
-    const detail::CubicAxis zs(z);
+    const CubicAxis xs(x);
+    const CubicAxis ys(y);
+    const CubicAxis zs(z);
     if (xs.isEmpty() || ys.isEmpty() || zs.isEmpty()) {
         return std::numeric_limits<double>::quiet_NaN();
     }
-    const detail::Neighbourhood<4, T, B> around(image, xs.first, ys.first, zs.first, c, border,
-                                                value);
+    const Neighbourhood<4, T, B> around(image, xs.first, ys.first, zs.first, c, border, value);
     const double yWeights[4] = {ys.lower.first(), ys.lower.second(), ys.upper.first(),
                                 ys.upper.second()};
     const double zWeights[4] = {zs.lower.first(), zs.lower.second(), zs.upper.first(),
@@ -81,13 +78,22 @@ double Cubic::operator()(const VxImage<T>& image, double x, double y, double z, 
             for (int i = 0; i < 4; i += 2) {
                 const Pair weights =
                     (Pair(yWeights[j]) * (i == 0 ? xs.lower : xs.upper)) * Pair(zWeights[k]);
-                const Pair products = detail::widened(row + i) * weights;
+                const Pair products = widened(row + i) * weights;
                 sums = sums + firsts(weights, products);
                 sums = sums + seconds(weights, products);
             }
         }
     }
     return sums.second() / sums.first();
+}
+
+}  // namespace detail
+
+template <class T, class B>
+double Cubic::operator()(const VxImage<T>& image, double x, double y, double z, unsigned int c,
+                         B border, T value) noexcept(detail::byValue<Cubic, B>())
+{
+    return detail::sampleWith(*this, image, x, y, z, c, border, value);
 }
 
 }  // namespace volux::core

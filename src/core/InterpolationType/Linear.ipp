@@ -3,6 +3,7 @@
 
 #include "../Arithmetic.h"
 #include "../Pair.h"
+#include "Kernels.h"
 #include "Neighbourhood.h"
 
 namespace volux::core {
@@ -53,7 +54,7 @@ template <class T, class B>
 double Linear::operator()(const VxImage<T>& image, double x, double y, double z, unsigned int c,
                           B border, T value) noexcept(detail::byValue<Linear, B>())
 {
-    return detail::kernel(*this, image, x, y, z, c, border, value);
+    return detail::sampleWith(*this, image, x, y, z, c, border, value);
 }
 
 }  // namespace volux::core

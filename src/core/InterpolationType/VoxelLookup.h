@@ -6,27 +6,31 @@
 
 namespace volux::core::detail {
 
-// Out of line: few voxels lie outside, and what clamping needs would burden the reads inside.
-template <class T>
-[[gnu::noinline]] T nearestEdgeVoxel(Replication& border, const VxImage<T>& image, int x, int y,
-                                     int z, unsigned int c)
+// Out of line: few voxels lie outside, and what clamping or a table needs would burden the reads
+// inside.
+template <class T, class B>
+[[gnu::noinline]] T askBorder(B& border, const VxImage<T>& image, int x, int y, int z,
+                              unsigned int c, T value)
 {
-    return border.fetch(image, x, y, z, c, T(), image.getWidth(), image.getHeight(),
-                        image.getDepth());
+    const unsigned int width = image.getWidth();
+    const unsigned int height = image.getHeight();
+    const unsigned int depth = image.getDepth();
+    if constexpr (std::is_same_v<B, Border>) {
+        return RunTime::fetch(border, image, x, y, z, c, value, width, height, depth);
+    } else {
+        return border.fetch(image, x, y, z, c, value, width, height, depth);
+    }
 }
 
 template <class T, class B>
 T readBorder(B& border, const VxImage<T>& image, int x, int y, int z, unsigned int c, T value)
 {
-    const unsigned int width = image.getWidth();
-    const unsigned int height = image.getHeight();
-    const unsigned int depth = image.getDepth();
-    if constexpr (std::is_same_v<B, Replication>) {
-        return nearestEdgeVoxel(border, image, x, y, z, c);
+    if constexpr (std::is_same_v<B, Constant>) {
+        return value;
     } else if constexpr (std::is_same_v<B, Border*>) {
-        return RunTime::fetch(*border, image, x, y, z, c, value, width, height, depth);
+        return askBorder(*border, image, x, y, z, c, value);
     } else {
-        return border.fetch(image, x, y, z, c, value, width, height, depth);
+        return askBorder(border, image, x, y, z, c, value);
     }
 }
 

@@ -29,12 +29,12 @@ auto sample(const VxImage<T>& image, double x, double y, double z, int c, I& int
     const unsigned int channel = static_cast<unsigned int>(c);
     if constexpr (std::is_same_v<I, Interpolator*>) {
         return RunTime::invoke(*interpolator, image, x, y, z, channel, border, value);
-    } else if constexpr (std::is_same_v<I, Cubic>) {
-        // Too long for a copy in every front end, and a call is nothing beside it.
+    } else if constexpr (std::is_same_v<I, Cubic> || std::is_same_v<B, Border*>) {
+        // Too long for a copy in every front end; a call is nothing beside it.
         return interpolator(image, x, y, z, channel, border, value);
     } else {
-        const auto result = kernel(interpolator, image, x, y, z, channel, border, value);
-        using Result = std::remove_const_t<decltype(result)>;
+        auto result = kernel(interpolator, image, x, y, z, channel, border, value);
+        using Result = decltype(result);
         return static_cast<std::conditional_t<std::is_integral_v<Result>, Result, double>>(result);
     }
 }

@@ -236,6 +236,17 @@ TYPED_TEST(Dispatch, NeedsNoTableOfTheBorderForAnInsidePosition)
     EXPECT_EQ(image.getValueVoxel(1, 1, 1, 0, &CUBIC, &bare, zero), TypeParam{22});
 }
 
+TYPED_TEST(Dispatch, NeedsNoBorderAtAllForAnInsidePosition)
+{
+    WrappedVolume<TypeParam> scene(countingVolume<TypeParam>({4, 4, 4}));
+    const VxImage<TypeParam>& image = scene.image;
+    const TypeParam zero{0};
+    Border* const none = nullptr;
+    EXPECT_EQ(image.getValueVoxel(1, 0, 0, 0, &NEAREST_NEIGHBOR, none, zero), TypeParam{2});
+    EXPECT_EQ(image.getValueVoxel(2, 0, 0, 0, &LINEAR, none, zero), TypeParam{3});
+    EXPECT_EQ(image.getValueVoxel(1, 1, 1, 0, &CUBIC, none, zero), TypeParam{22});
+}
+
 TEST(StaticPolicies, AreObjectsOfTheConcreteClasses)
 {
     EXPECT_EQ(typeid(NEAREST_NEIGHBOR), typeid(NearestNeighbor));

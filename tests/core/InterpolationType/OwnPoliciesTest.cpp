@@ -289,7 +289,8 @@ TEST(OwnPolicy, WhatABorderThrowsPassesUnchanged)
 }
 
 // Clamps to the voxels that are not on the edge.
-struct OneInside : Replication {
+template <class LibraryBorder>
+struct OneInside : LibraryBorder {
     BorderTable& get() override
     {
         static Border::border_t<OneInside, Border> table;
@@ -304,12 +305,29 @@ struct OneInside : Replication {
     }
 };
 
-TEST(OwnPolicy, APolicyDerivedFromALibraryPolicyIsAskedForItsOwnTable)
+template <class LibraryBorder>
+class DerivedBorder : public ::testing::Test {
+};
+
+using LibraryBorders = ::testing::Types<Constant, Replication>;
+TYPED_TEST_SUITE(DerivedBorder, LibraryBorders);
+
+TYPED_TEST(DerivedBorder, IsAskedForItsOwnTableByEachKernel)
 {
     WrappedVolume<short> scene(rowVolume<short>({1, 2, 3, 4}));
-    OneInside border;
-    EXPECT_EQ(scene.image.getValueVoxel(-4, 0, 0, 0, NEAREST_NEIGHBOR, &border, 0), 2);
-    EXPECT_EQ(scene.image.getValueVoxel(9, 0, 0, 0, NEAREST_NEIGHBOR, &border, 0), 3);
+    OneInside<TypeParam> border;
+    const auto left = [&](auto kernel) {
+        return scene.image.getValueVoxel(-4, 0, 0, 0, kernel, &border, 0);
+    };
+    const auto right = [&](auto kernel) {
+        return scene.image.getValueVoxel(9, 0, 0, 0, kernel, &border, 0);
+    };
+    EXPECT_EQ(left(NEAREST_NEIGHBOR), 2);
+    EXPECT_EQ(right(NEAREST_NEIGHBOR), 3);
+    EXPECT_EQ(left(LINEAR), 2);
+    EXPECT_EQ(right(LINEAR), 3);
+    EXPECT_EQ(left(CUBIC), 2);
+    EXPECT_EQ(right(CUBIC), 3);
 }
 
 }  // namespace
