@@ -38,9 +38,10 @@ inline int clamped(int index, unsigned int extent)
 /// A border of your own derives from Border and overrides get() to return a table: an object of
 /// border_t<YourBorder, Border>, if YourBorder has a member template fetch() like those of Constant
 /// and Replication, or of your own class derived from border_t<Border, Border::Empty>. It is passed
-/// by its address. A kernel asks get() and then fetch() once for each neighbour outside the image,
-/// in the order of the neighbours, and never for one inside. fetch() leaves the buffer, the extents
-/// and the strides of the image as they are: a kernel has looked at them before.
+/// by its address, which is that of a living object; it may be null if nothing outside is read. A
+/// kernel asks get() and then fetch() once for each neighbour outside the image, in the order of
+/// the neighbours, and never for one inside. fetch() leaves the buffer, the extents and the strides
+/// of the image as they are: a kernel has looked at them before.
 struct VOLUX_CORE_API Border {
     /// The end of the chain of tables.
     struct Empty {

@@ -3,7 +3,7 @@
 
 #include "../Arithmetic.h"
 #include "../Pair.h"
-#include "Kernels.h"
+#include "KnownBorder.h"
 #include "Neighbourhood.h"
 
 namespace volux::core {

@@ -81,8 +81,8 @@ public:
             for (int i = 0; i < N; ++i) {
                 gathered[i] = isInside && xs.inside[i]
                                   ? *at(start + xs.offsets[i])
-                                  : readBorder(policy, source, xs.at(i), ys.at(j), zs.at(k),
-                                               channel, constant);
+                                  : readOutside(policy, source, xs.at(i), ys.at(j), zs.at(k),
+                                                channel, constant);
             }
             return gathered;
         }

@@ -1,7 +1,5 @@
-// The way from a policy's address to what it does.
+// The way from a policy's address to its table, for one element type and border kind.
 #pragma once
-
-#include <typeinfo>
 
 #include "volux/core/InterpolationBorderType.h"
 #include "volux/core/InterpolationType.h"
@@ -24,14 +22,5 @@ struct RunTime {
         return interpolator.get().invoke(interpolator, image, x, y, z, c, border, value);
     }
 };
-
-// Whether a border is a Known itself, and not of a class derived from it. There is one type_info of
-// each, so its address tells, where operator== would go on to compare names. No border at all is
-// none: kernels ask it for nothing while all neighbours lie inside.
-template <class Known>
-bool isExactly(Border* border)
-{
-    return border != nullptr && &typeid(*border) == &typeid(Known);
-}
 
 }  // namespace volux::core::detail

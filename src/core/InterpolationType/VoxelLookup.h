@@ -1,5 +1,7 @@
-// The read at a whole position that all kernels share: inside test, strides, border.
+// The read of one voxel, and what a border reads outside.
 #pragma once
+
+#include <type_traits>
 
 #include "RunTime.h"
 #include "volux/core/VxImage.h"
@@ -23,7 +25,7 @@ template <class T, class B>
 }
 
 template <class T, class B>
-T readBorder(B& border, const VxImage<T>& image, int x, int y, int z, unsigned int c, T value)
+T readOutside(B& border, const VxImage<T>& image, int x, int y, int z, unsigned int c, T value)
 {
     if constexpr (std::is_same_v<B, Constant>) {
         return value;
@@ -43,7 +45,7 @@ T voxelOrBorder(const VxImage<T>& image, int x, int y, int z, unsigned int c, B&
                         static_cast<unsigned int>(y) < image.getHeight() &&
                         static_cast<unsigned int>(z) < image.getDepth();
     return inside ? image(x, y, z, static_cast<int>(c))
-                  : readBorder(border, image, x, y, z, c, value);
+                  : readOutside(border, image, x, y, z, c, value);
 }
 
 }  // namespace volux::core::detail

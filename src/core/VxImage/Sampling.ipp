@@ -20,8 +20,8 @@ inline double inVoxels(double position, double voxelSize)
     return voxelSize == 1.0 ? position : position / voxelSize;
 }
 
-// What the kernel gives at (x, y, z), in voxels: a double, or an integer voxel as it is. A
-// channel's bits are taken as they are.
+// What the kernel gives at (x, y, z), in voxels: a double, or a voxel as it is. A channel's bits
+// are taken as they are.
 template <class T, class I, class B>
 auto sample(const VxImage<T>& image, double x, double y, double z, int c, I& interpolator, B border,
             T value)
@@ -30,12 +30,11 @@ auto sample(const VxImage<T>& image, double x, double y, double z, int c, I& int
     if constexpr (std::is_same_v<I, Interpolator*>) {
         return RunTime::invoke(*interpolator, image, x, y, z, channel, border, value);
     } else if constexpr (std::is_same_v<I, Cubic> || std::is_same_v<B, Border*>) {
-        // Too long for a copy in every front end; a call is nothing beside it.
+        // Long, or about to choose by the border: a call is little beside it, a copy in every front
+        // end much.
         return interpolator(image, x, y, z, channel, border, value);
     } else {
-        auto result = kernel(interpolator, image, x, y, z, channel, border, value);
-        using Result = decltype(result);
-        return static_cast<std::conditional_t<std::is_integral_v<Result>, Result, double>>(result);
+        return kernel(interpolator, image, x, y, z, channel, border, value);
     }
 }
 

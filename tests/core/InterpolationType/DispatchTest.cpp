@@ -244,6 +244,7 @@ TYPED_TEST(Dispatch, NeedsNoBorderAtAllForAnInsidePosition)
     Border* const none = nullptr;
     EXPECT_EQ(image.getValueVoxel(1, 0, 0, 0, &NEAREST_NEIGHBOR, none, zero), TypeParam{2});
     EXPECT_EQ(image.getValueVoxel(2, 0, 0, 0, &LINEAR, none, zero), TypeParam{3});
+    EXPECT_EQ(image.getValueVoxel(2, 0, 0, 0, LINEAR, none, zero), TypeParam{3});
     EXPECT_EQ(image.getValueVoxel(1, 1, 1, 0, &CUBIC, none, zero), TypeParam{22});
 }
 

@@ -310,7 +310,14 @@ class DerivedBorder : public ::testing::Test {
 };
 
 using LibraryBorders = ::testing::Types<Constant, Replication>;
-TYPED_TEST_SUITE(DerivedBorder, LibraryBorders);
+struct BorderNames {
+    template <class Border>
+    static std::string GetName(int)
+    {
+        return std::is_same_v<Border, Constant> ? "Constant" : "Replication";
+    }
+};
+TYPED_TEST_SUITE(DerivedBorder, LibraryBorders, BorderNames);
 
 TYPED_TEST(DerivedBorder, IsAskedForItsOwnTableByEachKernel)
 {
