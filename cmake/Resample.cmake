@@ -1,0 +1,33 @@
+# The bulk companion of the module: whole volumes at once, with SIMD and threads. It is built where
+# Google Highway and oneTBB are found, and installed as a component of its own.
+find_package(hwy QUIET)
+find_package(TBB QUIET COMPONENTS tbb)
+if(NOT TARGET hwy::hwy OR NOT TARGET TBB::tbb)
+    message(STATUS "Highway or oneTBB is not there: volux_resample is left out")
+    return()
+endif()
+
+add_library(volux_resample SHARED
+    src/resample/AffineMap.cpp
+    src/resample/Blocks.cpp
+    src/resample/Grid.cpp
+    src/resample/Resample.cpp
+    src/resample/Sample.cpp
+    src/resample/Support.cpp
+    src/resample/Task.cpp
+    src/resample/Work.cpp
+)
+add_library(volux::resample ALIAS volux_resample)
+target_compile_features(volux_resample PUBLIC cxx_std_17)
+target_link_libraries(volux_resample PUBLIC volux::core PRIVATE hwy::hwy TBB::tbb)
+# The file that is compiled for each instruction set includes itself by this way.
+target_include_directories(volux_resample PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/src)
+set_target_properties(volux_resample PROPERTIES
+    EXPORT_NAME resample
+    VERSION 1.1.0
+    SOVERSION 1
+    CXX_EXTENSIONS OFF
+    CXX_VISIBILITY_PRESET hidden
+    VISIBILITY_INLINES_HIDDEN ON
+)
+volux_exact_arithmetic(volux_resample)

@@ -1,0 +1,8 @@
+/// @file
+/// Everything of volux_resample.
+#pragma once
+
+#include "volux/resample/AffineMap.h"
+#include "volux/resample/Grid.h"
+#include "volux/resample/Options.h"
+#include "volux/resample/Resample.h"

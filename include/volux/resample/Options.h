@@ -1,0 +1,100 @@
+/// @file
+/// What every operation of the library takes besides its input and its output.
+#pragma once
+
+#include <functional>
+#include <type_traits>
+
+#include "volux/core/ErrorType.h"
+#include "volux/core/InterpolationBorderType.h"
+#include "volux/core/InterpolationType.h"
+
+namespace volux::resample {
+
+/// The result of an operation whose progress callback said stop: neither success nor a failure.
+inline constexpr core::ErrorType kCancelled = static_cast<core::ErrorType>(1);
+
+/// What becomes of a reading that an integer element type does not hold. Readings are rounded half
+/// away from zero first.
+enum class Overflow {
+    SATURATE,  ///< the nearest value that the type holds; NaN gives 0
+    WRAP,      ///< what the module's own rounded readings give
+};
+
+/// Told how much is done, from 0 to 1, after each part of the work; false cancels the rest.
+///
+/// It is called from the threads that work, by one at a time, and the fraction never falls.
+using Progress = std::function<bool(double)>;
+
+namespace detail {
+
+template <class I>
+core::Interpolator* interpolatorOf(I interpolator)
+{
+    static_assert(core::detail::isKernel<I> || std::is_convertible_v<I, core::Interpolator*>,
+                  "volux::resample takes NearestNeighbor, Linear and Cubic by value, and any "
+                  "interpolator by its address.");
+    namespace Types = core::InterpolationType;
+    if constexpr (std::is_same_v<I, core::NearestNeighbor>) {
+        return &Types::NEAREST_NEIGHBOR;
+    } else if constexpr (std::is_same_v<I, core::Linear>) {
+        return &Types::LINEAR;
+    } else if constexpr (std::is_same_v<I, core::Cubic>) {
+        return &Types::CUBIC;
+    } else {
+        return interpolator;
+    }
+}
+
+template <class B>
+core::Border* borderOf(B border)
+{
+    static_assert(std::is_same_v<B, core::Constant> || std::is_same_v<B, core::Replication> ||
+                      std::is_convertible_v<B, core::Border*>,
+                  "volux::resample takes Constant and Replication by value, and any border by its "
+                  "address.");
+    namespace Types = core::InterpolationBorderType;
+    if constexpr (std::is_same_v<B, core::Constant>) {
+        return &Types::CONSTANT;
+    } else if constexpr (std::is_same_v<B, core::Replication>) {
+        return &Types::REPLICATION;
+    } else {
+        return border;
+    }
+}
+
+}  // namespace detail
+
+/// How samples are taken, stored and shared out among threads. A policy is given as anywhere in
+/// the module: `Cubic()`, `Options(Linear(), Constant(), -1000)`, `Options(&mine, &border)`.
+///
+/// Two defaults differ from the module's. Outside the image the edge goes on (the module reads 0):
+/// half a voxel of every resized volume lies outside. And integers saturate (the module wraps): in
+/// a whole volume nobody looks at each overshoot. A float or double keeps its fraction always.
+struct Options {
+    core::Interpolator* interpolator = &core::InterpolationType::LINEAR;  ///< the kernel
+    core::Border* border = &core::InterpolationBorderType::REPLICATION;   ///< outside the image
+    double outside = 0.0;                    ///< what Constant reads; an integer T must hold it
+    Overflow overflow = Overflow::SATURATE;  ///< for integer destinations
+    unsigned int threads = 0;                ///< how many may work; 0: one for each processor
+    Progress progress;                       ///< may be empty
+
+    /// Linear, Replication, on all threads.
+    Options() = default;
+    /// With another kernel.
+    template <class I, class = std::enable_if_t<!std::is_base_of_v<Options, I>>>
+    Options(I kernel)  // NOLINT(google-explicit-constructor): a kernel alone is an option
+        : interpolator(detail::interpolatorOf(kernel))
+    {
+    }
+    /// With another kernel and border; `value` is what Constant reads outside.
+    template <class I, class B>
+    Options(I kernel, B outsidePolicy, double value = 0.0)
+        : interpolator(detail::interpolatorOf(kernel)),
+          border(detail::borderOf(outsidePolicy)),
+          outside(value)
+    {
+    }
+};
+
+}  // namespace volux::resample

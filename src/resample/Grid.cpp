@@ -1,0 +1,162 @@
+#include "volux/resample/Grid.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace volux::resample {
+
+namespace {
+
+// One axis of a change of size.
+struct AxisChange {
+    double scale;
+    double offset;
+    double spacing;
+};
+
+AxisChange changeOfSize(unsigned int from, unsigned int to, double spacing, Align align)
+{
+    if (align == Align::EDGES) {
+        const double scale = static_cast<double>(from) / to;
+        return {scale, 0.5 * scale - 0.5, spacing * scale};
+    }
+    if (from < 2 || to < 2) {  // no two centres to keep apart: the middle
+        return {1.0, ((from - 1.0) - (to - 1.0)) * 0.5, spacing};
+    }
+    const double scale = (from - 1.0) / (to - 1.0);
+    return {scale, 0.0, spacing * scale};
+}
+
+AxisChange changeOfSpacing(double from, double to, Align align)
+{
+    const double scale = to / from;
+    return {scale, align == Align::EDGES ? 0.5 * scale - 0.5 : 0.0, to};
+}
+
+// Voxels `to` apart that cover what `count` voxels `from` apart do; 0 if no image holds so many.
+unsigned int extentFor(unsigned int count, double from, double to, Align align)
+{
+    const double extent = align == Align::EDGES ? std::max(std::round(count * from / to), 1.0)
+                                                : std::floor((count - 1.0) * from / to) + 1.0;
+    return extent >= 1.0 && extent <= 2147483647.0 ? static_cast<unsigned int>(extent) : 0U;
+}
+
+Grid gridOf(unsigned int width, unsigned int height, unsigned int depth,
+            const AxisChange (&axes)[3])
+{
+    Grid grid;
+    grid.width = width;
+    grid.height = height;
+    grid.depth = depth;
+    grid.spacing = core::VoxelSize(axes[0].spacing, axes[1].spacing, axes[2].spacing);
+    for (int n = 0; n < 3; ++n) {
+        grid.map.rows[n][n] = axes[n].scale;
+        grid.map.rows[n][3] = axes[n].offset;
+    }
+    return grid;
+}
+
+using Matrix = double[3][3];
+
+// By Cramer's rule, column by column.
+void invert(const Matrix& m, Matrix& inverse)
+{
+    for (int row = 0; row < 3; ++row) {
+        for (int column = 0; column < 3; ++column) {
+            const int r1 = (column + 1) % 3;
+            const int r2 = (column + 2) % 3;
+            const int c1 = (row + 1) % 3;
+            const int c2 = (row + 2) % 3;
+            inverse[row][column] = m[r1][c1] * m[r2][c2] - m[r1][c2] * m[r2][c1];
+        }
+    }
+    const double determinant =
+        m[0][0] * inverse[0][0] + m[0][1] * inverse[1][0] + m[0][2] * inverse[2][0];
+    for (auto& row : inverse) {
+        for (double& element : row) {
+            element /= determinant;
+        }
+    }
+}
+
+double dot(const double (&row)[3], double x, double y, double z)
+{
+    return row[0] * x + row[1] * y + row[2] * z;
+}
+
+Position crossProduct(const Position& a, const Position& b)
+{
+    return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
+}
+
+}  // namespace
+
+Grid gridBetween(const Geometry& output, const Geometry& source)
+{
+    const double outputSpacing[3] = {output.spacing.x, output.spacing.y, output.spacing.z};
+    const double sourceSpacing[3] = {source.spacing.x, source.spacing.y, source.spacing.z};
+    Matrix inverse;
+    invert(source.direction, inverse);
+    const bool parallel =
+        std::equal(&source.direction[0][0], &source.direction[0][0] + 9, &output.direction[0][0]);
+    Grid grid;
+    grid.width = output.width;
+    grid.height = output.height;
+    grid.depth = output.depth;
+    grid.spacing = output.spacing;
+    for (int row = 0; row < 3; ++row) {
+        for (int column = 0; column < 3; ++column) {
+            // Images that point the same way differ by exactly nothing in direction.
+            const double turned =
+                parallel ? (row == column ? 1.0 : 0.0)
+                         : dot(inverse[row], output.direction[0][column],
+                               output.direction[1][column], output.direction[2][column]);
+            grid.map.rows[row][column] = turned * outputSpacing[column] / sourceSpacing[row];
+        }
+        grid.map.rows[row][3] =
+            dot(inverse[row], output.origin.x - source.origin.x, output.origin.y - source.origin.y,
+                output.origin.z - source.origin.z) /
+            sourceSpacing[row];
+    }
+    return grid;
+}
+
+Grid gridOfSize(const core::ImageSize& source, const core::VoxelSize& spacing, unsigned int width,
+                unsigned int height, unsigned int depth, Align align)
+{
+    return gridOf(width, height, depth,
+                  {changeOfSize(source.width, width, spacing.x, align),
+                   changeOfSize(source.height, height, spacing.y, align),
+                   changeOfSize(source.depth, depth, spacing.z, align)});
+}
+
+Grid gridOfSpacing(const core::ImageSize& source, const core::VoxelSize& spacing,
+                   const core::VoxelSize& wanted, Align align)
+{
+    return gridOf(
+        extentFor(source.width, spacing.x, wanted.x, align),
+        extentFor(source.height, spacing.y, wanted.y, align),
+        extentFor(source.depth, spacing.z, wanted.z, align),
+        {changeOfSpacing(spacing.x, wanted.x, align), changeOfSpacing(spacing.y, wanted.y, align),
+         changeOfSpacing(spacing.z, wanted.z, align)});
+}
+
+Grid gridOfPlanes(const Planes& planes)
+{
+    Grid grid;
+    grid.width = planes.width;
+    grid.height = planes.height;
+    grid.depth = planes.count;
+    grid.spacing = planes.spacing;
+    const bool alone = planes.step.x == 0.0 && planes.step.y == 0.0 && planes.step.z == 0.0;
+    const Position step = alone ? crossProduct(planes.across, planes.down) : planes.step;
+    const Position* const columns[4] = {&planes.across, &planes.down, &step, &planes.origin};
+    for (int column = 0; column < 4; ++column) {
+        grid.map.rows[0][column] = columns[column]->x;
+        grid.map.rows[1][column] = columns[column]->y;
+        grid.map.rows[2][column] = columns[column]->z;
+    }
+    return grid;
+}
+
+}  // namespace volux::resample

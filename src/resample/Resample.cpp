@@ -1,0 +1,236 @@
+#include "volux/resample/Resample.h"
+
+#include <cstdint>
+#include <limits>
+
+#include "OwnPolicies.h"
+#include "Task.h"
+#include "volux/core/detail/ElementTypes.inc"
+
+namespace volux::resample {
+
+using core::ErrorType;
+using core::SUCCESS;
+using core::VxImage;
+
+namespace detail {
+
+namespace {
+
+// The getter is not const, and only reads.
+template <class T>
+core::VoxelSize spacingOf(const VxImage<T>& image)
+{
+    return const_cast<VxImage<T>&>(image).getVoxelSize();
+}
+
+template <class T>
+core::ImageSize sizeOf(const VxImage<T>& image)
+{
+    return const_cast<VxImage<T>&>(image).getImageSize();
+}
+
+template <class T>
+ErrorType checkFit(const VxImage<T>& destination, const core::ImageSize& size)
+{
+    if (destination.getWidth() != size.width) {
+        return core::ERR_INVALID_X;
+    }
+    if (destination.getHeight() != size.height) {
+        return core::ERR_INVALID_Y;
+    }
+    if (destination.getDepth() != size.depth) {
+        return core::ERR_INVALID_Z;
+    }
+    return destination.getChannels() != size.channels ? core::ERR_INVALID_CHANNEL : SUCCESS;
+}
+
+// Tests a destination that holds a buffer, and gives one to any other.
+template <class T>
+ErrorType prepare(VxImage<T>& destination, const core::ImageSize& size, const Raster& source)
+{
+    if (destination.getBufferPointer() == nullptr) {
+        destination.terminate();  // whatever a failed allocation has left
+        const ErrorType result =
+            destination.initialize(size.width, size.height, size.depth, size.channels);
+        if (result == core::ERR_ALLOCATION_FAILED) {
+            destination.terminate();
+        }
+        return result;
+    }
+    const ErrorType fits = checkFit(destination, size);
+    return fits == SUCCESS ? checkOverlap(source, rasterOf(destination)) : fits;
+}
+
+// That the brick lies in the source and holds what is read.
+ErrorType checkBrick(const Task& task)
+{
+    const ResampleRegion& region = task.source.region;
+    const Raster& brick = task.source.raster;
+    const core::Rect need = supportOf(task.map, task.output, region, task.source.reading);
+    const auto holds = [](unsigned int first, std::uint64_t extent, unsigned int whole,
+                          unsigned int needFirst, unsigned int needLast) {
+        return first + extent <= whole && first <= needFirst && needLast < first + extent;
+    };
+    if (!holds(region.brickX, brick.width, region.sourceWidth, need.xStart, need.xEnd)) {
+        return core::ERR_INVALID_X;
+    }
+    if (!holds(region.brickY, brick.height, region.sourceHeight, need.yStart, need.yEnd)) {
+        return core::ERR_INVALID_Y;
+    }
+    return holds(region.brickZ, brick.depth, region.sourceDepth, need.zStart, need.zEnd)
+               ? SUCCESS
+               : core::ERR_INVALID_Z;
+}
+
+ErrorType checkExtents(const ResampleRegion& region)
+{
+    for (const unsigned int extent :
+         {region.sourceWidth, region.sourceHeight, region.sourceDepth}) {
+        if (extent == 0 || extent > static_cast<unsigned int>(std::numeric_limits<int>::max())) {
+            return core::ERR_INVALID_ARGUMENT;
+        }
+    }
+    return SUCCESS;
+}
+
+template <class T>
+struct Request {
+    const VxImage<T>& source;
+    const Grid& grid;
+    ResampleRegion region;
+    Slab slab;
+    bool isWhole;  // the source is all of it
+};
+
+template <class T>
+ErrorType check(const Request<T>& request, const VxImage<T>* destination, const Options& options,
+                Task& task)
+{
+    ErrorType result = destination == nullptr ? core::ERR_NULL_POINTER : SUCCESS;
+    const auto next = [&](auto test) { result = result == SUCCESS ? test() : result; };
+    next([&] { return checkSource(task.source.raster); });
+    next([&] { return readingOf<T>(options, task.source.reading); });
+    next([&] { return checkGrid(request.grid, request.slab); });
+    next([&] { return checkExtents(request.region); });
+    if (!request.isWhole) {
+        const bool isOwn = task.source.reading.isOwn;
+        next([&] { return isOwn ? core::ERR_INVALID_ARGUMENT : SUCCESS; });
+        next([&] { return checkBox(request.region.output, request.grid); });
+        next([&] { return checkBrick(task); });
+    }
+    return result;
+}
+
+template <class T>
+ErrorType perform(const Request<T>& request, VxImage<T>* destination, const Options& options)
+{
+    Task task = {{rasterOf(request.source), request.region, {}, {}},
+                 request.grid.map,
+                 request.slab,
+                 request.region.output,
+                 {}};
+    const core::Rect& box = request.region.output;
+    ErrorType result = check(request, destination, options, task);
+    if (result == SUCCESS) {
+        result = prepare(*destination,
+                         {box.width(), box.height(), box.depth(), request.source.getChannels()},
+                         task.source.raster);
+    }
+    if (result != SUCCESS) {
+        return result;
+    }
+    destination->setVoxelSize(request.grid.spacing);
+    task.destination = rasterOf(*destination);
+    const OwnPolicies<T> own(request.source, options);
+    task.source.own = own.sample();
+    return run(task, options);
+}
+
+template <class T>
+Request<T> wholeOf(const VxImage<T>& source, const Grid& grid, const Slab& slab)
+{
+    ResampleRegion region;
+    region.sourceWidth = source.getWidth();
+    region.sourceHeight = source.getHeight();
+    region.sourceDepth = source.getDepth();
+    region.output = core::Rect(0, grid.width - 1, 0, grid.height - 1, 0, grid.depth - 1);
+    return {source, grid, region, slab, true};
+}
+
+}  // namespace
+
+}  // namespace detail
+
+template <class T>
+ErrorType resample(const VxImage<T>& source, const Grid& grid, VxImage<T>* destination,
+                   const Options& options)
+{
+    return detail::perform(detail::wholeOf(source, grid, Slab()), destination, options);
+}
+
+template <class T>
+ErrorType reslice(const VxImage<T>& source, const Planes& planes, VxImage<T>* destination,
+                  const Options& options, const Slab& slab)
+{
+    return detail::perform(detail::wholeOf(source, gridOfPlanes(planes), slab), destination,
+                           options);
+}
+
+template <class T>
+ErrorType resize(const VxImage<T>& source, unsigned int width, unsigned int height,
+                 unsigned int depth, Align align, VxImage<T>* destination, const Options& options)
+{
+    return resample(
+        source,
+        gridOfSize(detail::sizeOf(source), detail::spacingOf(source), width, height, depth, align),
+        destination, options);
+}
+
+template <class T>
+ErrorType resize(const VxImage<T>& source, const core::VoxelSize& spacing, Align align,
+                 VxImage<T>* destination, const Options& options)
+{
+    return resample(
+        source, gridOfSpacing(detail::sizeOf(source), detail::spacingOf(source), spacing, align),
+        destination, options);
+}
+
+template <class T>
+ErrorType resample(const VxImage<T>& brick, const Grid& grid, const ResampleRegion& region,
+                   VxImage<T>* destination, const Options& options)
+{
+    return detail::perform<T>({brick, grid, region, Slab(), false}, destination, options);
+}
+
+ErrorType ResampleRegion::support(const Grid& grid, core::Rect* box, const Options& options) const
+{
+    detail::Reading reading;
+    ErrorType result = box == nullptr ? core::ERR_NULL_POINTER : SUCCESS;
+    const auto next = [&](auto test) { result = result == SUCCESS ? test() : result; };
+    next([&] { return detail::readingOf<double>(options, reading); });
+    next([&] { return detail::checkGrid(grid, Slab()); });
+    next([&] { return detail::checkExtents(*this); });
+    next([&] { return reading.isOwn ? core::ERR_INVALID_ARGUMENT : SUCCESS; });
+    next([&] { return detail::checkBox(output, grid); });
+    if (result == SUCCESS) {
+        *box = detail::supportOf(grid.map, output, *this, reading);
+    }
+    return result;
+}
+
+#define VOLUX_RESAMPLE(T)                                                                        \
+    template ErrorType resample<T>(const VxImage<T>&, const Grid&, VxImage<T>*, const Options&); \
+    template ErrorType resample<T>(const VxImage<T>&, const Grid&, const ResampleRegion&,        \
+                                   VxImage<T>*, const Options&);                                 \
+    template ErrorType reslice<T>(const VxImage<T>&, const Planes&, VxImage<T>*, const Options&, \
+                                  const Slab&);                                                  \
+    template ErrorType resize<T>(const VxImage<T>&, unsigned int, unsigned int, unsigned int,    \
+                                 Align, VxImage<T>*, const Options&);                            \
+    template ErrorType resize<T>(const VxImage<T>&, const core::VoxelSize&, Align, VxImage<T>*,  \
+                                 const Options&);
+VOLUX_FOR_EACH_ELEMENT_TYPE(VOLUX_RESAMPLE)
+#undef VOLUX_RESAMPLE
+#undef VOLUX_FOR_EACH_ELEMENT_TYPE
+
+}  // namespace volux::resample

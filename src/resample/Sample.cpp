@@ -1,0 +1,161 @@
+#include <algorithm>
+#include <cstring>
+#include <type_traits>
+
+#include "OwnPolicies.h"
+#include "Task.h"
+#include "Work.h"
+#include "volux/core/detail/ElementTypes.inc"
+#include "volux/resample/Resample.h"
+
+namespace volux::resample {
+
+using core::ErrorType;
+using core::SUCCESS;
+using core::VxImage;
+
+namespace detail {
+
+namespace {
+
+constexpr std::size_t kPart = 16 * kBlock;
+
+struct Places {
+    const Position* positions;
+    std::size_t count;
+    core::VoxelSize unit;  // of the positions, in voxels' own spacing
+};
+
+// Where the results go: `channels` of them for each position, from channel `first` of the source.
+struct Results {
+    core::DataType type;
+    std::size_t bytes;
+    unsigned char* data;
+    unsigned int first;
+    unsigned int channels;
+};
+
+void fill(const Places& places, std::size_t first, Block& block)
+{
+    for (std::size_t n = 0; n < block.count; ++n) {
+        const Position& p = places.positions[first + n];
+        block.x[n] = p.x / places.unit.x;
+        block.y[n] = p.y / places.unit.y;
+        block.z[n] = p.z / places.unit.z;
+    }
+    for (double* const padding : {block.x, block.y, block.z}) {
+        std::fill(padding + block.count, padding + std::min(block.count + 8, kRoom), 0.0);
+    }
+}
+
+void sampleBlock(const Source& source, const Places& places, const Results& results,
+                 Overflow overflow, std::size_t first, Block& block)
+{
+    for (unsigned int c = 0; c < results.channels; ++c) {
+        fill(places, first, block);
+        source.take(results.first + c, block);
+        alignas(double) unsigned char elements[kBlock * sizeof(double)];
+        convert(results.type, overflow, block.samples, block.count, elements);
+        for (std::size_t n = 0; n < block.count; ++n) {
+            std::memcpy(results.data + ((first + n) * results.channels + c) * results.bytes,
+                        elements + n * results.bytes, results.bytes);
+        }
+    }
+}
+
+ErrorType samplePlaces(const Source& source, const Places& places, const Results& results,
+                       const Options& options)
+{
+    const auto part = [&](std::size_t first, std::size_t end) {
+        Block block;
+        for (std::size_t n = first; n < end; n += kBlock) {
+            block.count = std::min(kBlock, end - n);
+            sampleBlock(source, places, results, options.overflow, n, block);
+        }
+    };
+    return shareOut(places.count, kPart, options, part) ? SUCCESS : kCancelled;
+}
+
+bool areApart(const void* a, std::size_t aBytes, const void* b, std::size_t bBytes)
+{
+    const std::less<const unsigned char*> before;
+    const auto* const first = static_cast<const unsigned char*>(a);
+    const auto* const second = static_cast<const unsigned char*>(b);
+    return !before(first, second + bBytes) || !before(second, first + aBytes);
+}
+
+ErrorType checkMemory(const Raster& source, const Places& places, const Results& results)
+{
+    const std::size_t bytes = places.count * results.channels * results.bytes;
+    const bool apart =
+        areApart(source.data, static_cast<std::size_t>(source.end() - source.data), results.data,
+                 bytes) &&
+        areApart(places.positions, places.count * sizeof(Position), results.data, bytes);
+    return apart ? SUCCESS : core::ERR_INVALID_ARGUMENT;
+}
+
+template <class T>
+Source sourceOf(const VxImage<T>& image)
+{
+    Source source = {rasterOf(image), {}, {}, {}};
+    source.region.sourceWidth = image.getWidth();
+    source.region.sourceHeight = image.getHeight();
+    source.region.sourceDepth = image.getDepth();
+    return source;
+}
+
+}  // namespace
+
+}  // namespace detail
+
+template <class T, class Result>
+ErrorType sample(const VxImage<T>& image, const Position* positions, std::size_t count, Units units,
+                 int channel, Result* results, const Options& options)
+{
+    if (positions == nullptr || results == nullptr) {
+        return core::ERR_NULL_POINTER;
+    }
+    detail::Source source = detail::sourceOf(image);
+    ErrorType result = detail::checkSource(source.raster);
+    if (result == SUCCESS) {
+        result = detail::readingOf<T>(options, source.reading);
+    }
+    if (result != SUCCESS) {
+        return result;
+    }
+    const bool isAll = channel == kAllChannels;
+    if (!isAll && (channel < 0 || static_cast<unsigned int>(channel) >= image.getChannels())) {
+        return core::ERR_INVALID_CHANNEL;
+    }
+    const detail::Places places = {positions, count,
+                                   units == Units::VOXELS
+                                       ? core::VoxelSize(1, 1, 1)
+                                       : const_cast<VxImage<T>&>(image).getVoxelSize()};
+    const detail::Results to = {
+        detail::typeOf<Result>(), sizeof(Result), reinterpret_cast<unsigned char*>(results),
+        isAll ? 0U : static_cast<unsigned int>(channel), isAll ? image.getChannels() : 1U};
+    result = detail::checkMemory(source.raster, places, to);
+    if (result != SUCCESS) {
+        return result;
+    }
+    const detail::OwnPolicies<T> own(image, options);
+    source.own = own.sample();
+    return detail::samplePlaces(source, places, to, options);
+}
+
+#define VOLUX_SAMPLE(T, RESULT)                                                                  \
+    template ErrorType sample<T, RESULT>(const VxImage<T>&, const Position*, std::size_t, Units, \
+                                         int, RESULT*, const Options&);
+#define VOLUX_SAMPLE_AS_IT_IS(T) VOLUX_SAMPLE(T, T)
+VOLUX_FOR_EACH_ELEMENT_TYPE(VOLUX_SAMPLE_AS_IT_IS)
+VOLUX_SAMPLE(float, double)
+VOLUX_SAMPLE(int, double)
+VOLUX_SAMPLE(short, double)
+VOLUX_SAMPLE(unsigned int, double)
+VOLUX_SAMPLE(unsigned short, double)
+VOLUX_SAMPLE(unsigned char, double)
+#undef VOLUX_SAMPLE_AS_IT_IS
+#undef VOLUX_SAMPLE
+#undef VOLUX_FOR_EACH_ELEMENT_TYPE
+
+}  // namespace volux::resample

@@ -1,0 +1,381 @@
+// The kernels, one sample in each lane, for the instruction set that Highway is compiling.
+//
+// Each lane does what sampleOne() does, in its order; no sum crosses lanes. A vector that holds a
+// position far from any image is left to sampleOne(), which knows how 32-bit indices wrap.
+#if defined(VOLUX_RESAMPLE_SAMPLES) == defined(HWY_TARGET_TOGGLE)
+#ifdef VOLUX_RESAMPLE_SAMPLES
+#undef VOLUX_RESAMPLE_SAMPLES
+#else
+#define VOLUX_RESAMPLE_SAMPLES
+#endif
+
+#include <hwy/highway.h>
+
+#include <algorithm>
+#include <cstring>
+#include <type_traits>
+
+#include "Blocks.h"
+#include "Exact.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace volux::resample::detail {
+namespace HWY_NAMESPACE {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+using Reals = hn::ScalableTag<double>;
+using Words = hn::RebindToUnsigned<Reals>;
+using Offsets = hn::RebindToSigned<Reals>;
+using Real = hn::Vec<Reals>;
+using Word = hn::Vec<Words>;
+using Offset = hn::Vec<Offsets>;
+using Mask = hn::Mask<Reals>;
+
+constexpr std::size_t kMostLanes = 8;
+constexpr std::size_t kWordBytes = sizeof(std::uint64_t);
+
+inline Real real(double value)
+{
+    return hn::Set(Reals(), value);
+}
+
+// Exact for whole numbers up to 2^51: their bits below those of 1.5 * 2^52.
+inline Offset wholeNumber(Real value)
+{
+    const Offsets d;
+    return hn::Sub(hn::BitCast(d, hn::Add(value, real(0x1.8p52))), hn::BitCast(d, real(0x1.8p52)));
+}
+
+// Eight bytes from each offset on, as they lie in memory.
+inline Word gatherWords(const unsigned char* data, Offset offsets)
+{
+#if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+    return hn::GatherOffset(Words(), reinterpret_cast<const std::uint64_t*>(data), offsets);
+#else
+    HWY_ALIGN std::int64_t at[kMostLanes];
+    HWY_ALIGN std::uint64_t words[kMostLanes];
+    hn::Store(offsets, Offsets(), at);
+    for (std::size_t n = 0; n < hn::Lanes(Words()); ++n) {
+        std::memcpy(words + n, data + at[n], kWordBytes);
+    }
+    return hn::Load(Words(), words);
+#endif
+}
+
+// The element in the lowest bits of each word, exactly as a double.
+template <class T>
+inline Real fromLowest(Word words)
+{
+    const Reals d;
+    if constexpr (std::is_same_v<T, double>) {
+        return hn::BitCast(d, words);
+    } else if constexpr (std::is_same_v<T, float>) {
+        const hn::Rebind<float, Reals> halves;
+        const hn::Rebind<std::uint32_t, Reals> lower;
+        return hn::PromoteTo(d, hn::BitCast(halves, hn::TruncateTo(lower, words)));
+    } else {
+        // Put below the bits of 2^52, which is then taken off; signed ones are moved up before.
+        constexpr std::uint64_t kMask = (std::uint64_t{1} << (8 * sizeof(T))) - 1;
+        constexpr std::uint64_t kUp = std::is_signed_v<T> ? (kMask >> 1U) + 1 : 0;
+        const Word moved = hn::Xor(hn::And(words, hn::Set(Words(), kMask)), hn::Set(Words(), kUp));
+        const Word biased = hn::Or(moved, hn::BitCast(Words(), real(0x1p52)));
+        return hn::Sub(hn::BitCast(d, biased), real(0x1p52 + static_cast<double>(kUp)));
+    }
+}
+
+inline Real lowerVoxels(Real position)
+{
+    const Real whole = hn::Trunc(position);
+    const Mask below = hn::Not(hn::Ge(position, hn::Zero(Reals())));
+    // The zero that is added makes -0.0 the 0.0 that an integer index is.
+    return hn::Sub(hn::Add(whole, hn::Zero(Reals())), hn::IfThenElseZero(below, real(1.0)));
+}
+
+inline Real innerCubicWeights(Real d)
+{
+    const Real d2 = hn::Mul(d, d);
+    return hn::Add(hn::Sub(real(1.0), hn::Mul(d2, real(2.5))), hn::Mul(hn::Mul(d2, real(1.5)), d));
+}
+
+inline Real outerCubicWeights(Real d)
+{
+    const Real d2 = hn::Mul(d, d);
+    const Real sum = hn::Sub(hn::Sub(hn::Mul(d, real(8.0)), real(4.0)), hn::Mul(d2, real(5.0)));
+    return hn::Mul(hn::Add(sum, hn::Mul(d2, d)), real(-0.5));
+}
+
+template <Kernel K>
+inline Real firstNeighbours(Real position)
+{
+    if constexpr (K == Kernel::NEAREST) {
+        return lowerVoxels(hn::Add(position, real(0.5)));
+    } else if constexpr (K == Kernel::LINEAR) {
+        return lowerVoxels(position);
+    } else {
+        return hn::Sub(lowerVoxels(position), real(1.0));
+    }
+}
+
+template <Kernel K>
+inline void weigh(Real position, Real first, Real* weights)
+{
+    if constexpr (K == Kernel::LINEAR) {
+        weights[1] = hn::Sub(position, first);
+        weights[0] = hn::Sub(real(1.0), weights[1]);
+    } else if constexpr (K == Kernel::CUBIC) {
+        weights[0] = outerCubicWeights(hn::Sub(position, first));
+        weights[1] = innerCubicWeights(hn::Sub(position, hn::Add(first, real(1.0))));
+        weights[2] = innerCubicWeights(hn::Sub(hn::Add(first, real(2.0)), position));
+        weights[3] = outerCubicWeights(hn::Sub(hn::Add(first, real(3.0)), position));
+    }
+}
+
+inline Real clamped(Real index, double first, double last)
+{
+    return hn::Min(hn::Max(index, real(first)), real(last));
+}
+
+// The neighbours along one axis. Clamping to what the brick holds keeps every read inside it; a
+// neighbour that Constant replaces may read any of its voxels.
+template <Kernel K>
+struct Neighbours {
+    static constexpr int kReach = reach(K);
+
+    Real first;
+    Real weights[kReach];
+
+    explicit Neighbours(Real position) : first(firstNeighbours<K>(position))
+    {
+        weigh<K>(position, first, weights);
+    }
+
+    Real at(int n) const { return hn::Add(first, real(n)); }
+
+    Real within(const Axis& axis, int n) const { return clamped(at(n), axis.first, axis.last); }
+
+    Mask inside(const Axis& axis, int n) const
+    {
+        return hn::And(hn::Ge(at(n), hn::Zero(Reals())), hn::Le(at(n), real(axis.extent - 1.0)));
+    }
+
+    Mask allInside(const Axis& axis) const
+    {
+        return hn::And(hn::Ge(first, hn::Zero(Reals())),
+                       hn::Le(at(kReach - 1), real(axis.extent - 1.0)));
+    }
+
+    Offset bytes(const Axis& axis, int n) const
+    {
+        const Real steps = hn::Sub(within(axis, n), real(axis.first));
+        return wholeNumber(hn::Mul(steps, real(static_cast<double>(axis.stride))));
+    }
+};
+
+// Where along a row of voxels the neighbours are found: a word for several of them where they lie
+// side by side, and how far each one's bits are from the lowest.
+template <class T, Kernel K, bool SideBySide>
+struct Row {
+    static constexpr int kReach = reach(K);
+    static constexpr int kHeld = SideBySide ? static_cast<int>(kWordBytes / sizeof(T)) : 1;
+    static constexpr int kWords = (kReach + kHeld - 1) / kHeld;
+
+    Offset offsets[kWords];
+    Word shifts[kReach];
+
+    Row(const Axis& axis, const Neighbours<K>& xs)
+    {
+        for (int w = 0; w < kWords; ++w) {
+            if constexpr (SideBySide) {
+                const Real first = clamped(xs.at(w * kHeld), axis.first, axis.last - (kHeld - 1));
+                offsets[w] =
+                    wholeNumber(hn::Mul(hn::Sub(first, real(axis.first)), real(double{sizeof(T)})));
+                for (int i = w * kHeld; i < kReach && i < (w + 1) * kHeld; ++i) {
+                    const Real bits =
+                        hn::Mul(hn::Sub(xs.within(axis, i), first), real(8.0 * double{sizeof(T)}));
+                    shifts[i] = hn::BitCast(Words(), wholeNumber(bits));
+                }
+            } else {
+                offsets[w] = xs.bytes(axis, w);
+            }
+        }
+    }
+
+    // The neighbours of one row, whose first voxel lies at the offsets.
+    void read(const Voxels& voxels, Offset row, Real (&values)[kReach]) const
+    {
+        for (int w = 0; w < kWords; ++w) {
+            const Offset wanted = hn::Add(row, offsets[w]);
+            if constexpr (sizeof(T) == kWordBytes) {
+                values[w] = fromLowest<T>(gatherWords(voxels.data, wanted));
+            } else if constexpr (SideBySide) {
+                const Word words = gatherWords(voxels.data, wanted);
+                for (int i = w * kHeld; i < kReach && i < (w + 1) * kHeld; ++i) {
+                    values[i] = fromLowest<T>(hn::Shr(words, shifts[i]));
+                }
+            } else {
+                // A word that would pass the end begins earlier.
+                const Offset last =
+                    hn::Set(Offsets(), voxels.span - static_cast<std::int64_t>(kWordBytes));
+                const Offset begin = hn::Min(wanted, last);
+                const Word shift = hn::BitCast(Words(), hn::ShiftLeft<3>(hn::Sub(wanted, begin)));
+                values[w] = fromLowest<T>(hn::Shr(gatherWords(voxels.data, begin), shift));
+            }
+        }
+    }
+};
+
+template <class T, Kernel K, bool SideBySide>
+class Sampler {
+public:
+    Sampler(const Voxels& voxels, const Outside& outside) : voxels_(voxels), outside_(outside) {}
+
+    Real operator()(Real x, Real y, Real z) const
+    {
+        const Neighbours<K> xs(x);
+        const Neighbours<K> ys(y);
+        const Neighbours<K> zs(z);
+        if (outside_.isConstant &&
+            !hn::AllTrue(Reals(), hn::And(hn::And(xs.allInside(voxels_.x), ys.allInside(voxels_.y)),
+                                          zs.allInside(voxels_.z)))) {
+            return sum<true>(xs, ys, zs);
+        }
+        return sum<false>(xs, ys, zs);
+    }
+
+private:
+    static constexpr int kReach = reach(K);
+
+    template <bool Masked>
+    Real sum(const Neighbours<K>& xs, const Neighbours<K>& ys, const Neighbours<K>& zs) const
+    {
+        const Row<T, K, SideBySide> row(voxels_.x, xs);
+        const Real constant = real(outside_.value);
+        Mask xInside[kReach];
+        for (int i = 0; Masked && i < kReach; ++i) {
+            xInside[i] = xs.inside(voxels_.x, i);
+        }
+        Real sumOfWeights = hn::Zero(Reals());
+        Real sumOfProducts = hn::Zero(Reals());
+        for (int k = 0; k < kReach; ++k) {
+            const Offset slice = zs.bytes(voxels_.z, k);
+            const Mask zInside = zs.inside(voxels_.z, k);
+            for (int j = 0; j < kReach; ++j) {
+                Real values[kReach];
+                row.read(voxels_, hn::Add(slice, ys.bytes(voxels_.y, j)), values);
+                const Mask rowInside = hn::And(zInside, ys.inside(voxels_.y, j));
+                for (int i = 0; i < kReach; ++i) {
+                    const Real value =
+                        Masked ? hn::IfThenElse(hn::And(rowInside, xInside[i]), values[i], constant)
+                               : values[i];
+                    if constexpr (K == Kernel::NEAREST) {
+                        return value;
+                    }
+                    const Real weight =
+                        hn::Mul(hn::Mul(xs.weights[i], ys.weights[j]), zs.weights[k]);
+                    const Real product = hn::Mul(value, weight);
+                    // The first product of Linear is the sum so far, whatever its sign.
+                    const bool isFirst = K == Kernel::LINEAR && i + j + k == 0;
+                    sumOfProducts = isFirst ? product : hn::Add(sumOfProducts, product);
+                    if constexpr (K == Kernel::CUBIC) {
+                        sumOfWeights = hn::Add(sumOfWeights, weight);
+                    }
+                }
+            }
+        }
+        return K == Kernel::CUBIC ? hn::Div(sumOfProducts, sumOfWeights) : sumOfProducts;
+    }
+
+    const Voxels& voxels_;
+    const Outside& outside_;
+};
+
+// Where indices need no care in 32 bits; NaN is not near.
+inline bool allNear(Real x, Real y, Real z)
+{
+    const Real limit = real(0x1p30);
+    const auto near = [&](Real position) { return hn::Le(hn::Abs(position), limit); };
+    return hn::AllTrue(Reals(), hn::And(hn::And(near(x), near(y)), near(z)));
+}
+
+template <class T, Kernel K>
+void samplesOneByOne(const Voxels& voxels, const Outside& outside, Block& block, std::size_t first,
+                     std::size_t end)
+{
+    for (std::size_t n = first; n < end; ++n) {
+        block.samples[n] = sampleOne<T, K>(voxels, outside, block.x[n], block.y[n], block.z[n]);
+    }
+}
+
+template <class T, Kernel K, bool SideBySide>
+void samplesOf(const Voxels& voxels, const Outside& outside, Block& block)
+{
+    const Reals d;
+    const Sampler<T, K, SideBySide> sampler(voxels, outside);
+    for (std::size_t n = 0; n < block.count; n += hn::Lanes(d)) {
+        const Real x = hn::Load(d, block.x + n);
+        const Real y = hn::Load(d, block.y + n);
+        const Real z = hn::Load(d, block.z + n);
+        if (HWY_LIKELY(allNear(x, y, z))) {
+            hn::Store(sampler(x, y, z), d, block.samples + n);
+        } else {
+            samplesOneByOne<T, K>(voxels, outside, block, n,
+                                  std::min(n + hn::Lanes(d), block.count));
+        }
+    }
+}
+
+template <class T, Kernel K>
+void samplesOf(const Voxels& voxels, const Outside& outside, Block& block)
+{
+    constexpr std::int64_t kFarthest = std::int64_t{1} << 50;  // a double counts the bytes
+    const bool side = voxels.x.stride == static_cast<std::int64_t>(sizeof(T)) &&
+                      voxels.x.span() + static_cast<std::int64_t>(sizeof(T)) >=
+                          static_cast<std::int64_t>(kWordBytes);
+    if (voxels.span < static_cast<std::int64_t>(kWordBytes) || voxels.span > kFarthest) {
+        samplesOneByOne<T, K>(voxels, outside, block, 0, block.count);
+    } else if (side) {
+        samplesOf<T, K, true>(voxels, outside, block);
+    } else {
+        samplesOf<T, K, false>(voxels, outside, block);
+    }
+}
+
+template <class T>
+void samplesOf(const Voxels& voxels, Kernel kernel, const Outside& outside, Block& block)
+{
+    switch (kernel) {
+        case Kernel::NEAREST:
+            return samplesOf<T, Kernel::NEAREST>(voxels, outside, block);
+        case Kernel::LINEAR:
+            return samplesOf<T, Kernel::LINEAR>(voxels, outside, block);
+        case Kernel::CUBIC:
+            return samplesOf<T, Kernel::CUBIC>(voxels, outside, block);
+    }
+}
+
+void samplesOfBlock(const Voxels& voxels, Kernel kernel, const Outside& outside, Block& block)
+{
+    switch (voxels.type) {
+        case core::DT_UCHAR:
+            return samplesOf<unsigned char>(voxels, kernel, outside, block);
+        case core::DT_SHORT:
+            return samplesOf<short>(voxels, kernel, outside, block);
+        case core::DT_USHORT:
+            return samplesOf<unsigned short>(voxels, kernel, outside, block);
+        case core::DT_INT:
+            return samplesOf<int>(voxels, kernel, outside, block);
+        case core::DT_UINT:
+            return samplesOf<unsigned int>(voxels, kernel, outside, block);
+        case core::DT_FLOAT:
+            return samplesOf<float>(voxels, kernel, outside, block);
+        case core::DT_DOUBLE:
+            return samplesOf<double>(voxels, kernel, outside, block);
+    }
+}
+
+}  // namespace HWY_NAMESPACE
+}  // namespace volux::resample::detail
+HWY_AFTER_NAMESPACE();
+
+#endif

@@ -1,0 +1,61 @@
+// One operation, its arguments checked and without their types.
+#pragma once
+
+#include <functional>
+
+#include "Blocks.h"
+#include "Raster.h"
+#include "volux/core/ErrorType.h"
+#include "volux/resample/Grid.h"
+#include "volux/resample/Options.h"
+#include "volux/resample/Resample.h"
+
+namespace volux::resample::detail {
+
+// One sample by the module itself: x, y, z in voxels, and the channel.
+using OwnSample = std::function<double(double, double, double, int)>;
+
+// What the options' policies mean for one element type.
+struct Reading {
+    Kernel kernel = Kernel::LINEAR;
+    Outside outside = {false, 0.0};
+    bool isOwn = false;  // a policy that the library does not know
+};
+
+// Where the samples of a source come from.
+struct Source {
+    Raster raster;
+    ResampleRegion region;  // what the raster is a brick of; its output box is not looked at
+    Reading reading;
+    OwnSample own;  // used if the reading is a policy of the caller's
+
+    Voxels voxels(unsigned int channel) const;
+    void take(unsigned int channel, Block& block) const;
+};
+
+// A destination box of a grid; `output` says which.
+struct Task {
+    Source source;
+    AffineMap map;
+    Slab slab;
+    core::Rect output;
+    Raster destination;
+};
+
+// Of the options alone, for an element type: null policies, an outside value that does not fit.
+template <class T>
+core::ErrorType readingOf(const Options& options, Reading& reading);
+
+core::ErrorType checkSource(const Raster& source);
+core::ErrorType checkGrid(const Grid& grid, const Slab& slab);
+core::ErrorType checkBox(const core::Rect& box, const Grid& grid);
+core::ErrorType checkOverlap(const Raster& source, const Raster& destination);
+
+// The voxels of the whole source that a box of a grid reads.
+core::Rect supportOf(const AffineMap& map, const core::Rect& output, const ResampleRegion& region,
+                     const Reading& reading);
+
+// SUCCESS or kCancelled.
+core::ErrorType run(const Task& task, const Options& options);
+
+}  // namespace volux::resample::detail

@@ -1,0 +1,4 @@
+set(VOLUX_RESAMPLE_TESTS
+    resample/ResampleTest.cpp
+    resample/SampleTest.cpp
+)

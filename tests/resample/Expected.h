@@ -1,0 +1,193 @@
+// What the module itself gives, one call for each sample: what every operation of volux_resample is
+// compared with, bit for bit.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <hwy/targets.h>
+
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <type_traits>
+
+#include "support/BitExact.h"
+#include "support/ElementTypes.h"
+#include "support/Random.h"
+#include "support/RandomScenes.h"
+#include "support/WrappedVolume.h"
+#include "volux/core.h"
+#include "volux/resample.h"
+
+namespace volux::test {
+
+using resample::AffineMap;
+using resample::Grid;
+using resample::Options;
+using resample::Overflow;
+using resample::Position;
+
+using Interpolators = std::array<core::Interpolator*, 3>;
+using Borders = std::array<core::Border*, 2>;
+
+inline const Interpolators kInterpolators{&core::InterpolationType::NEAREST_NEIGHBOR,
+                                          &core::InterpolationType::LINEAR,
+                                          &core::InterpolationType::CUBIC};
+inline const Borders kBorders{&core::InterpolationBorderType::CONSTANT,
+                              &core::InterpolationBorderType::REPLICATION};
+
+// The module's reading at a position in voxels. The calls by value take voxels whatever the spacing
+// is; a policy of the test's own is called through an image whose spacing is 1.
+template <class T>
+double reading(const core::VxImage<T>& image, const Position& p, int c, const Options& options)
+{
+    const auto channel = static_cast<unsigned int>(c);
+    const auto value = static_cast<T>(options.outside);
+    core::Border* const border = options.border;
+    if (options.interpolator == kInterpolators[0])
+        return static_cast<double>(
+            core::NearestNeighbor()(image, p.x, p.y, p.z, channel, border, value));
+    if (options.interpolator == kInterpolators[1])
+        return core::Linear()(image, p.x, p.y, p.z, channel, border, value);
+    if (options.interpolator == kInterpolators[2])
+        return core::Cubic()(image, p.x, p.y, p.z, channel, border, value);
+    return image.getDoubleValueReal(p.x, p.y, p.z, c, options.interpolator, border, value);
+}
+
+// Rounded half away from zero, then the nearest value of T.
+template <class T>
+T saturated(double value)
+{
+    const double rounded = std::round(value);
+    if (std::isnan(rounded))
+        return T{0};
+    if (rounded <= static_cast<double>(std::numeric_limits<T>::lowest()))
+        return std::numeric_limits<T>::lowest();
+    if (rounded >= static_cast<double>(std::numeric_limits<T>::max()))
+        return std::numeric_limits<T>::max();
+    return static_cast<T>(rounded);
+}
+
+// What becomes of a reading in a destination of type T; wrapping is the module's own rounded form.
+template <class T>
+T element(const core::VxImage<T>& image, const Position& p, int c, const Options& options)
+{
+    if constexpr (std::is_floating_point_v<T>)
+        return static_cast<T>(reading(image, p, c, options));
+    else if (options.overflow == Overflow::SATURATE)
+        return saturated<T>(reading(image, p, c, options));
+    else
+        return image.getValueVoxel(p.x, p.y, p.z, c, options.interpolator, options.border,
+                                   static_cast<T>(options.outside));
+}
+
+// Compares each element with the module's, up to the first that differs.
+template <class T>
+void expectEverySample(const core::VxImage<T>& source, const AffineMap& map,
+                       const core::VxImage<T>& result, const Options& options)
+{
+    for (unsigned int k = 0; k < result.getDepth(); ++k)
+        for (unsigned int j = 0; j < result.getHeight(); ++j)
+            for (unsigned int i = 0; i < result.getWidth(); ++i)
+                for (unsigned int c = 0; c < result.getChannels(); ++c) {
+                    const Position p = map(i, j, k);
+                    const int channel = static_cast<int>(c);
+                    ASSERT_TRUE(bitEqual(result(static_cast<int>(i), static_cast<int>(j),
+                                                static_cast<int>(k), channel),
+                                         element(source, p, channel, options)))
+                        << "voxel " << i << ' ' << j << ' ' << k << " channel " << c << " at "
+                        << p.x << ' ' << p.y << ' ' << p.z;
+                }
+}
+
+// Runs a test for each instruction set that this processor has.
+template <class Test>
+void forEachInstructionSet(const Test& test)
+{
+    std::int64_t left = hwy::SupportedTargets();
+    while (left != 0) {
+        const std::int64_t target = left & -left;
+        left &= left - 1;
+        hwy::SetSupportedTargetsForTest(target);
+        hwy::GetChosenTarget().Update(hwy::SupportedTargets());
+        {
+            const ::testing::ScopedTrace trace(__FILE__, __LINE__, hwy::TargetName(target));
+            test();
+        }
+        hwy::SetSupportedTargetsForTest(0);
+        hwy::GetChosenTarget().Update(hwy::SupportedTargets());
+        if (::testing::Test::HasFatalFailure())
+            return;
+    }
+}
+
+inline double between(Random& random, double low, double high)
+{
+    return low + (high - low) * fraction(random);
+}
+
+// Steps of any direction and size, whose positions pass through and beyond a source.
+inline AffineMap obliqueMap(Random& random, const oracle::Extents& extents, double zoom = 1.0)
+{
+    AffineMap map;
+    const std::int64_t size[3] = {extents.width, extents.height, extents.depth};
+    for (int row = 0; row < 3; ++row) {
+        for (int column = 0; column < 3; ++column)
+            map.rows[row][column] = between(random, -1.5, 1.5) * zoom;
+        map.rows[row][3] = between(random, -2.0, static_cast<double>(size[row]) + 2.0);
+    }
+    return map;
+}
+
+// Steps along the axes, of either sign, with zeros of either sign beside them.
+inline AffineMap axisMap(Random& random, const oracle::Extents& extents)
+{
+    AffineMap map = obliqueMap(random, extents);
+    for (int row = 0; row < 3; ++row)
+        for (int column = 0; column < 3; ++column)
+            if (row != column)
+                map.rows[row][column] = random.below(2) == 0 ? 0.0 : -0.0;
+    return map;
+}
+
+// Whole and half steps and offsets: ties, whole positions and the edges themselves.
+inline AffineMap halfMap(Random& random, const oracle::Extents& extents)
+{
+    AffineMap map = axisMap(random, extents);
+    for (auto& row : map.rows)
+        for (double& number : row)
+            number = std::round(number * 2.0) / 2.0;
+    for (int n = 0; n < 3; ++n)
+        if (map.rows[n][n] == 0.0)
+            map.rows[n][n] = 0.5;
+    return map;
+}
+
+// Positions beyond every index, infinite and undefined ones.
+inline AffineMap hugeMap(Random& random, const oracle::Extents& extents)
+{
+    constexpr std::array<double, 6> zooms{1e8, 2e9, 1e12, 1e100, 1e307, 1.7e308};
+    AffineMap map = obliqueMap(random, extents, anyOf(random, zooms) / 1.5);
+    map.rows[random.below(3)][3] =
+        anyOf(random, std::array<double, 3>{-1.7e308, 2147483646.5, 0.0});
+    return map;
+}
+
+inline Grid gridOf(const AffineMap& map, unsigned int width, unsigned int height,
+                   unsigned int depth)
+{
+    Grid grid;
+    grid.width = width;
+    grid.height = height;
+    grid.depth = depth;
+    grid.map = map;
+    return grid;
+}
+
+template <class T>
+T insideValue(Random& random)
+{
+    return static_cast<T>(random.below(200) + 1);
+}
+
+}  // namespace volux::test
