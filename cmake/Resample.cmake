@@ -9,8 +9,10 @@ endif()
 
 add_library(volux_resample SHARED
     src/resample/AffineMap.cpp
+    src/resample/AlignedRows.cpp
     src/resample/Blocks.cpp
     src/resample/Grid.cpp
+    src/resample/ObliqueRows.cpp
     src/resample/Resample.cpp
     src/resample/Sample.cpp
     src/resample/Support.cpp

@@ -8,6 +8,7 @@
 #include <hwy/highway.h>
 
 #include "Elements-inl.h"
+#include "Lines-inl.h"
 #include "Positions-inl.h"
 #include "Samples-inl.h"
 
@@ -17,6 +18,7 @@ namespace volux::resample::detail {
 
 HWY_EXPORT(positionsOfRow);
 HWY_EXPORT(samplesOfBlock);
+HWY_EXPORT(linesOfRows);
 HWY_EXPORT(elementsOfBlock);
 
 void fillPositions(Position row, Position step, unsigned int first, Block& block)
@@ -27,6 +29,11 @@ void fillPositions(Position row, Position step, unsigned int first, Block& block
 void takeSamples(const Voxels& voxels, Kernel kernel, const Outside& outside, Block& block)
 {
     HWY_DYNAMIC_DISPATCH(samplesOfBlock)(voxels, kernel, outside, block);
+}
+
+void takeLines(const Lines& lines, LineSink& sink)
+{
+    HWY_DYNAMIC_DISPATCH(linesOfRows)(lines, sink);
 }
 
 void convert(core::DataType type, Overflow overflow, const double* samples, std::size_t count,

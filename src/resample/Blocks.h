@@ -15,6 +15,14 @@ namespace volux::resample::detail {
 constexpr std::size_t kBlock = 256;
 constexpr std::size_t kRoom = kBlock + 8;
 
+// Eight bytes are read at once, of a source whose bytes a double counts exactly.
+constexpr std::size_t kWordBytes = sizeof(std::uint64_t);
+constexpr bool haveWords(const Voxels& voxels)
+{
+    return voxels.span >= static_cast<std::int64_t>(kWordBytes) && voxels.span <= std::int64_t{1}
+                                                                                      << 50U;
+}
+
 struct Block {
     alignas(64) double x[kRoom];
     alignas(64) double y[kRoom];
@@ -28,6 +36,33 @@ void fillPositions(Position row, Position step, unsigned int first, Block& block
 
 // Positions whose rows are padded with zeros are filled by the caller; so are these.
 void takeSamples(const Voxels& voxels, Kernel kernel, const Outside& outside, Block& block);
+
+// Columns that are taken together along the axes: their neighbours stay in the nearest cache.
+constexpr std::size_t kTile = 64;
+
+// Rows of samples along the axes, by Linear or Cubic, of columns of one slice. No position is far
+// from zero, and the columns' are padded to whole vectors. For sources that have words.
+struct Lines {
+    Voxels voxels;
+    Kernel kernel;
+    Outside outside;
+    const double* x;  // of each column
+    const double* y;  // of each row
+    double z;
+    std::size_t columns;  // at most kTile
+    std::size_t rows;
+};
+
+// Takes the samples of one row after the other.
+class LineSink {
+public:
+    virtual void take(std::size_t row, const double* samples) = 0;
+
+protected:
+    ~LineSink() = default;
+};
+
+void takeLines(const Lines& lines, LineSink& sink);
 
 // Readings as elements, one after the other. Integers are rounded half away from zero first.
 void convert(core::DataType type, Overflow overflow, const double* samples, std::size_t count,

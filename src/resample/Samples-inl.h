@@ -33,7 +33,6 @@ using Offset = hn::Vec<Offsets>;
 using Mask = hn::Mask<Reals>;
 
 constexpr std::size_t kMostLanes = 8;
-constexpr std::size_t kWordBytes = sizeof(std::uint64_t);
 
 inline Real real(double value)
 {
@@ -325,16 +324,20 @@ void samplesOf(const Voxels& voxels, const Outside& outside, Block& block)
     }
 }
 
+template <class T>
+inline bool areSideBySide(const Voxels& voxels)
+{
+    return voxels.x.stride == static_cast<std::int64_t>(sizeof(T)) &&
+           voxels.x.span() + static_cast<std::int64_t>(sizeof(T)) >=
+               static_cast<std::int64_t>(kWordBytes);
+}
+
 template <class T, Kernel K>
 void samplesOf(const Voxels& voxels, const Outside& outside, Block& block)
 {
-    constexpr std::int64_t kFarthest = std::int64_t{1} << 50;  // a double counts the bytes
-    const bool side = voxels.x.stride == static_cast<std::int64_t>(sizeof(T)) &&
-                      voxels.x.span() + static_cast<std::int64_t>(sizeof(T)) >=
-                          static_cast<std::int64_t>(kWordBytes);
-    if (voxels.span < static_cast<std::int64_t>(kWordBytes) || voxels.span > kFarthest) {
+    if (!haveWords(voxels)) {
         samplesOneByOne<T, K>(voxels, outside, block, 0, block.count);
-    } else if (side) {
+    } else if (areSideBySide<T>(voxels)) {
         samplesOf<T, K, true>(voxels, outside, block);
     } else {
         samplesOf<T, K, false>(voxels, outside, block);

@@ -1,12 +1,10 @@
 #include "Task.h"
 
-#include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <limits>
 #include <typeinfo>
 
-#include "Exact.h"
+#include "Rows.h"
 #include "Work.h"
 #include "volux/core/detail/ElementTypes.inc"
 
@@ -45,123 +43,6 @@ bool isExtent(std::uint64_t extent)
 {
     return extent >= 1 && extent <= kMostVoxels;
 }
-
-// Projects the samples of a further plane onto those of the planes before.
-void project(Projection projection, const double* samples, std::size_t count, double* projected)
-{
-    for (std::size_t n = 0; n < count; ++n) {
-        switch (projection) {
-            case Projection::MEAN:
-                projected[n] += samples[n];
-                break;
-            case Projection::MAXIMUM:
-                projected[n] = samples[n] > projected[n] ? samples[n] : projected[n];
-                break;
-            case Projection::MINIMUM:
-                projected[n] = samples[n] < projected[n] ? samples[n] : projected[n];
-                break;
-        }
-    }
-}
-
-// Elements side by side, to where the stride leads.
-void scatter(const unsigned char* elements, std::size_t count, std::int64_t bytes,
-             std::int64_t stride, unsigned char* to)
-{
-    for (std::size_t n = 0; n < count; ++n) {
-        std::memcpy(to + static_cast<std::ptrdiff_t>(stride) * static_cast<std::ptrdiff_t>(n),
-                    elements + n * static_cast<std::size_t>(bytes),
-                    static_cast<std::size_t>(bytes));
-    }
-}
-
-// Rows of the destination along x, each by itself.
-class Rows {
-public:
-    Rows(const Task& task, Overflow overflow) : task_(task), overflow_(overflow) {}
-
-    void operator()(std::size_t first, std::size_t end) const
-    {
-        Block block;
-        for (std::size_t row = first; row < end; ++row) {
-            const auto height = task_.destination.height;
-            const auto y = static_cast<unsigned int>(row % height);
-            const auto z = static_cast<unsigned int>(row / height);
-            for (unsigned int c = 0; c < task_.destination.channels; ++c) {
-                fill(y, z, c, block);
-            }
-        }
-    }
-
-private:
-    void fill(unsigned int y, unsigned int z, unsigned int c, Block& block) const
-    {
-        const unsigned int width = task_.destination.width;
-        for (unsigned int x = 0; x < width; x += kBlock) {
-            block.count = std::min<std::size_t>(kBlock, width - x);
-            double* const readings = block.samples;
-            double projected[kBlock];
-            takePlane(x, y, task_.slab.planes * std::size_t{z}, c, block);
-            if (task_.slab.planes == 1) {
-                store(readings, x, y, z, c, block.count);
-                continue;
-            }
-            std::copy_n(readings, block.count, projected);
-            projectPlanes(x, y, z, c, block, projected);
-            store(projected, x, y, z, c, block.count);
-        }
-    }
-
-    void projectPlanes(unsigned int x, unsigned int y, unsigned int z, unsigned int c, Block& block,
-                       double* projected) const
-    {
-        const Slab& slab = task_.slab;
-        for (unsigned int plane = 1; plane < slab.planes; ++plane) {
-            takePlane(x, y, slab.planes * std::size_t{z} + plane, c, block);
-            project(slab.projection, block.samples, block.count, projected);
-        }
-        for (std::size_t n = 0; slab.projection == Projection::MEAN && n < block.count; ++n) {
-            projected[n] /= slab.planes;
-        }
-    }
-
-    // The samples of a block of one row of one plane of the grid.
-    void takePlane(unsigned int x, unsigned int y, std::size_t plane, unsigned int c,
-                   Block& block) const
-    {
-        const core::Rect& box = task_.output;
-        const auto& rows = task_.map.rows;
-        const Position row =
-            rowOf(task_.map, box.yStart + y, box.zStart + static_cast<unsigned int>(plane));
-        fillPositions(row, {rows[0][0], rows[1][0], rows[2][0]}, box.xStart + x, block);
-        task_.source.take(c, block);
-    }
-
-    static Position rowOf(const AffineMap& map, double j, double k)
-    {
-        const auto coordinate = [&](const double(&row)[4]) {
-            return (row[3] + row[2] * k) + row[1] * j;
-        };
-        return {coordinate(map.rows[0]), coordinate(map.rows[1]), coordinate(map.rows[2])};
-    }
-
-    void store(const double* readings, unsigned int x, unsigned int y, unsigned int z,
-               unsigned int c, std::size_t count) const
-    {
-        const Raster& to = task_.destination;
-        unsigned char* const first = to.at(x, y, z, c);
-        if (to.strideX == to.elementBytes) {
-            convert(to.type, overflow_, readings, count, first);
-            return;
-        }
-        alignas(double) unsigned char elements[kBlock * sizeof(double)];
-        convert(to.type, overflow_, readings, count, elements);
-        scatter(elements, count, to.elementBytes, to.strideX, first);
-    }
-
-    const Task& task_;
-    Overflow overflow_;
-};
 
 }  // namespace
 
@@ -254,9 +135,12 @@ ErrorType run(const Task& task, const Options& options)
 {
     const Raster& to = task.destination;
     const std::size_t rowSamples = std::size_t{to.width} * to.channels * task.slab.planes;
-    const Rows rows(task, options.overflow);
-    const bool isDone = shareOut(std::size_t{to.height} * to.depth, kPart / rowSamples, options,
-                                 [&](std::size_t first, std::size_t end) { rows(first, end); });
+    const auto fill = [&](const auto& rows) {
+        return shareOut(std::size_t{to.height} * to.depth, kPart / rowSamples, options,
+                        [&](std::size_t first, std::size_t end) { rows(first, end); });
+    };
+    const bool isDone = AlignedRows::serve(task) ? fill(AlignedRows(task, options.overflow))
+                                                 : fill(ObliqueRows(task, options.overflow));
     return isDone ? core::SUCCESS : kCancelled;
 }
 

@@ -1,0 +1,209 @@
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+#include "Exact.h"
+#include "Rows.h"
+
+namespace volux::resample::detail {
+
+namespace {
+
+constexpr std::int64_t kOutside = -1;
+
+bool runsAlongAxes(const AffineMap& map)
+{
+    for (int row = 0; row < 3; ++row) {
+        for (int column = 0; column < 3; ++column) {
+            if (row != column && map.rows[row][column] != 0.0) {
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
+bool isNear(const Position& p)
+{
+    const auto near = [](double coordinate) { return std::abs(coordinate) <= 0x1p30; };
+    return near(p.x) && near(p.y) && near(p.z);
+}
+
+// Padded with zeros to whole vectors.
+std::vector<double> coordinates(unsigned int extent, const std::function<double(unsigned int)>& at)
+{
+    std::vector<double> all(extent + kTile);
+    for (unsigned int n = 0; n < extent; ++n) {
+        all[n] = at(n);
+    }
+    return all;
+}
+
+// The nearest voxel along one axis, from the first that the brick holds; kOutside where Constant
+// takes its place.
+std::int64_t nearestBytes(double coordinate, const Axis& axis, const Outside& outside)
+{
+    const int index = AxisWeights<Kernel::NEAREST>(coordinate).first;
+    return outside.isConstant && !axis.holds(index) ? kOutside : axis.bytes(axis.clamped(index));
+}
+
+template <class Element>
+void copyElements(const unsigned char* from, const std::vector<std::int64_t>& columns,
+                  Element constant, std::int64_t stride, unsigned char* to)
+{
+    const auto pitch = static_cast<std::ptrdiff_t>(stride);
+    for (std::size_t n = 0; n < columns.size(); ++n) {
+        Element element = constant;
+        if (columns[n] != kOutside) {
+            std::memcpy(&element, from + columns[n], sizeof element);
+        }
+        std::memcpy(to + pitch * static_cast<std::ptrdiff_t>(n), &element, sizeof element);
+    }
+}
+
+class StoreLines : public LineSink {
+public:
+    StoreLines(const Raster& to, Overflow overflow, std::size_t columns, unsigned char* first)
+        : to_(to), overflow_(overflow), columns_(columns), first_(first)
+    {
+    }
+
+    void take(std::size_t row, const double* samples) override
+    {
+        storeReadings(to_, overflow_, samples, columns_,
+                      first_ + to_.strideY * static_cast<std::int64_t>(row));
+    }
+
+private:
+    const Raster& to_;
+    Overflow overflow_;
+    std::size_t columns_;
+    unsigned char* first_;
+};
+
+}  // namespace
+
+bool AlignedRows::serve(const Task& task)
+{
+    const core::Rect& box = task.output;
+    // Coordinates run from one corner's to the other's.
+    return runsAlongAxes(task.map) && task.slab.planes == 1 && !task.source.reading.isOwn &&
+           haveWords(task.source.voxels(0)) &&
+           isNear(task.map(box.xStart, box.yStart, box.zStart)) &&
+           isNear(task.map(box.xEnd, box.yEnd, box.zEnd));
+}
+
+AlignedRows::AlignedRows(const Task& task, Overflow overflow) : task_(task), overflow_(overflow)
+{
+    const AffineMap& map = task.map;
+    const core::Rect& box = task.output;
+    const Raster& to = task.destination;
+    // The products with the other two indices are zeros of one sign: any index will do.
+    x_ = coordinates(to.width, [&](unsigned int n) { return map(box.xStart + n, 0, 0).x; });
+    y_ = coordinates(to.height, [&](unsigned int n) { return map(0, box.yStart + n, 0).y; });
+    z_ = coordinates(to.depth, [&](unsigned int n) { return map(0, 0, box.zStart + n).z; });
+    if (task.source.reading.kernel != Kernel::NEAREST) {
+        return;
+    }
+    const Voxels voxels = task.source.voxels(0);
+    isRun_ = voxels.x.stride == to.elementBytes && to.strideX == to.elementBytes;
+    for (unsigned int n = 0; n < to.width; ++n) {
+        columns_.push_back(nearestBytes(x_[n], voxels.x, task.source.reading.outside));
+        isRun_ = isRun_ && columns_[n] == columns_[0] + n * to.elementBytes;
+    }
+    isRun_ = isRun_ && columns_[0] != kOutside;
+}
+
+void AlignedRows::operator()(std::size_t first, std::size_t end) const
+{
+    const std::size_t height = task_.destination.height;
+    for (std::size_t row = first; row < end;) {
+        const std::size_t z = row / height;
+        const std::size_t last = std::min(end, (z + 1) * height);
+        fillSlice(static_cast<unsigned int>(z), static_cast<unsigned int>(row - z * height),
+                  static_cast<unsigned int>(last - z * height));
+        row = last;
+    }
+}
+
+void AlignedRows::fillSlice(unsigned int z, unsigned int y, unsigned int yEnd) const
+{
+    for (unsigned int c = 0; c < task_.destination.channels; ++c) {
+        if (task_.source.reading.kernel == Kernel::NEAREST) {
+            copySlice(z, y, yEnd, c);
+        } else {
+            fillLines(z, y, yEnd, c);
+        }
+    }
+}
+
+void AlignedRows::fillLines(unsigned int z, unsigned int y, unsigned int yEnd, unsigned int c) const
+{
+    const Raster& to = task_.destination;
+    Lines lines = {task_.source.voxels(c),
+                   task_.source.reading.kernel,
+                   task_.source.reading.outside,
+                   nullptr,
+                   y_.data() + y,
+                   z_[z],
+                   0,
+                   yEnd - y};
+    for (unsigned int x = 0; x < to.width; x += static_cast<unsigned int>(kTile)) {
+        lines.x = x_.data() + x;
+        lines.columns = std::min<std::size_t>(kTile, to.width - x);
+        StoreLines store(to, overflow_, lines.columns, to.at(x, y, z, c));
+        takeLines(lines, store);
+    }
+}
+
+void AlignedRows::copySlice(unsigned int z, unsigned int y, unsigned int yEnd, unsigned int c) const
+{
+    const Raster& to = task_.destination;
+    const Voxels voxels = task_.source.voxels(c);
+    const Outside& outside = task_.source.reading.outside;
+    const std::int64_t slice = nearestBytes(z_[z], voxels.z, outside);
+    const auto rowBytes = static_cast<std::size_t>(to.width * to.elementBytes);
+    std::int64_t before = kOutside - 1;  // the source row of the destination row before
+    for (unsigned int n = y; n < yEnd; ++n) {
+        const std::int64_t row = nearestBytes(y_[n], voxels.y, outside);
+        const bool isOutside = slice == kOutside || row == kOutside;
+        unsigned char* const place = to.at(0, n, z, c);
+        if (row == before && to.strideX == to.elementBytes) {
+            std::memcpy(place, place - to.strideY, rowBytes);
+        } else {
+            copyRow(isOutside ? nullptr : voxels.data + slice + row, place);
+        }
+        before = row;
+    }
+}
+
+// `from` is null where Constant takes the place of a whole row.
+void AlignedRows::copyRow(const unsigned char* from, unsigned char* to) const
+{
+    const Raster& raster = task_.destination;
+    if (isRun_ && from != nullptr) {
+        std::memcpy(to, from + columns_[0],
+                    static_cast<std::size_t>(raster.width * raster.elementBytes));
+        return;
+    }
+    const std::vector<std::int64_t> nowhere(from == nullptr ? columns_.size() : 0, kOutside);
+    const auto& columns = from == nullptr ? nowhere : columns_;
+    alignas(double) unsigned char constant[sizeof(double)];
+    convert(raster.type, overflow_, &task_.source.reading.outside.value, 1, constant);
+    const auto copy = [&](auto element) {
+        std::memcpy(&element, constant, sizeof element);
+        copyElements(from, columns, element, raster.strideX, to);
+    };
+    switch (raster.elementBytes) {
+        case sizeof(std::uint8_t):
+            return copy(std::uint8_t{});
+        case sizeof(std::uint16_t):
+            return copy(std::uint16_t{});
+        case sizeof(std::uint32_t):
+            return copy(std::uint32_t{});
+        default:
+            return copy(std::uint64_t{});
+    }
+}
+
+}  // namespace volux::resample::detail

@@ -1,0 +1,115 @@
+#include <algorithm>
+#include <cstring>
+
+#include "Rows.h"
+
+namespace volux::resample::detail {
+
+namespace {
+
+// Projects the samples of a further plane onto those of the planes before.
+void project(Projection projection, const double* samples, std::size_t count, double* projected)
+{
+    for (std::size_t n = 0; n < count; ++n) {
+        switch (projection) {
+            case Projection::MEAN:
+                projected[n] += samples[n];
+                break;
+            case Projection::MAXIMUM:
+                projected[n] = samples[n] > projected[n] ? samples[n] : projected[n];
+                break;
+            case Projection::MINIMUM:
+                projected[n] = samples[n] < projected[n] ? samples[n] : projected[n];
+                break;
+        }
+    }
+}
+
+// Elements side by side, to where the stride leads.
+void scatter(const unsigned char* elements, std::size_t count, std::int64_t bytes,
+             std::int64_t stride, unsigned char* to)
+{
+    for (std::size_t n = 0; n < count; ++n) {
+        std::memcpy(to + static_cast<std::ptrdiff_t>(stride) * static_cast<std::ptrdiff_t>(n),
+                    elements + n * static_cast<std::size_t>(bytes),
+                    static_cast<std::size_t>(bytes));
+    }
+}
+
+Position rowOf(const AffineMap& map, double j, double k)
+{
+    const auto coordinate = [&](const double(&row)[4]) {
+        return (row[3] + row[2] * k) + row[1] * j;
+    };
+    return {coordinate(map.rows[0]), coordinate(map.rows[1]), coordinate(map.rows[2])};
+}
+
+}  // namespace
+
+void storeReadings(const Raster& to, Overflow overflow, const double* readings, std::size_t count,
+                   unsigned char* first)
+{
+    if (to.strideX == to.elementBytes) {
+        convert(to.type, overflow, readings, count, first);
+        return;
+    }
+    alignas(double) unsigned char elements[kBlock * sizeof(double)];
+    convert(to.type, overflow, readings, count, elements);
+    scatter(elements, count, to.elementBytes, to.strideX, first);
+}
+
+void ObliqueRows::operator()(std::size_t first, std::size_t end) const
+{
+    Block block;
+    for (std::size_t row = first; row < end; ++row) {
+        const unsigned int height = task_.destination.height;
+        for (unsigned int c = 0; c < task_.destination.channels; ++c) {
+            fill(static_cast<unsigned int>(row % height), static_cast<unsigned int>(row / height),
+                 c, block);
+        }
+    }
+}
+
+void ObliqueRows::fill(unsigned int y, unsigned int z, unsigned int c, Block& block) const
+{
+    const Raster& to = task_.destination;
+    for (unsigned int x = 0; x < to.width; x += static_cast<unsigned int>(kBlock)) {
+        block.count = std::min<std::size_t>(kBlock, to.width - x);
+        double projected[kBlock];
+        const double* readings = block.samples;
+        takePlane(x, y, task_.slab.planes * std::size_t{z}, c, block);
+        if (task_.slab.planes > 1) {
+            std::copy_n(block.samples, block.count, projected);
+            projectPlanes(x, y, z, c, block, projected);
+            readings = projected;
+        }
+        storeReadings(to, overflow_, readings, block.count, to.at(x, y, z, c));
+    }
+}
+
+void ObliqueRows::projectPlanes(unsigned int x, unsigned int y, unsigned int z, unsigned int c,
+                                Block& block, double* projected) const
+{
+    const Slab& slab = task_.slab;
+    for (unsigned int plane = 1; plane < slab.planes; ++plane) {
+        takePlane(x, y, slab.planes * std::size_t{z} + plane, c, block);
+        project(slab.projection, block.samples, block.count, projected);
+    }
+    for (std::size_t n = 0; slab.projection == Projection::MEAN && n < block.count; ++n) {
+        projected[n] /= slab.planes;
+    }
+}
+
+// The samples of a block of one row of one plane of the grid.
+void ObliqueRows::takePlane(unsigned int x, unsigned int y, std::size_t plane, unsigned int c,
+                            Block& block) const
+{
+    const core::Rect& box = task_.output;
+    const auto& rows = task_.map.rows;
+    const Position row =
+        rowOf(task_.map, box.yStart + y, box.zStart + static_cast<unsigned int>(plane));
+    fillPositions(row, {rows[0][0], rows[1][0], rows[2][0]}, box.xStart + x, block);
+    task_.source.take(c, block);
+}
+
+}  // namespace volux::resample::detail

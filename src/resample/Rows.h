@@ -1,0 +1,59 @@
+// How the rows of a destination are filled: any map, one sample after the other along a row, or a
+// map along the axes, whose rows share what they read.
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "Task.h"
+
+namespace volux::resample::detail {
+
+// Stores the readings of successive voxels of one row and channel.
+void storeReadings(const Raster& to, Overflow overflow, const double* readings, std::size_t count,
+                   unsigned char* first);
+
+// Rows `first` to `end` - 1 of the destination, counted through its slices; safe from many threads.
+class ObliqueRows {
+public:
+    ObliqueRows(const Task& task, Overflow overflow) : task_(task), overflow_(overflow) {}
+
+    void operator()(std::size_t first, std::size_t end) const;
+
+private:
+    void fill(unsigned int y, unsigned int z, unsigned int c, Block& block) const;
+    void projectPlanes(unsigned int x, unsigned int y, unsigned int z, unsigned int c, Block& block,
+                       double* projected) const;
+    void takePlane(unsigned int x, unsigned int y, std::size_t plane, unsigned int c,
+                   Block& block) const;
+
+    const Task& task_;
+    Overflow overflow_;
+};
+
+class AlignedRows {
+public:
+    AlignedRows(const Task& task, Overflow overflow);
+
+    // Whether the map runs along the axes and everything else allows it.
+    static bool serve(const Task& task);
+
+    void operator()(std::size_t first, std::size_t end) const;
+
+private:
+    // Rows y to yEnd - 1 of one slice.
+    void fillSlice(unsigned int z, unsigned int y, unsigned int yEnd) const;
+    void copySlice(unsigned int z, unsigned int y, unsigned int yEnd, unsigned int c) const;
+    void copyRow(const unsigned char* from, unsigned char* to) const;
+    void fillLines(unsigned int z, unsigned int y, unsigned int yEnd, unsigned int c) const;
+
+    const Task& task_;
+    Overflow overflow_;
+    std::vector<double> x_;  // the coordinates of columns, rows and slices
+    std::vector<double> y_;
+    std::vector<double> z_;
+    std::vector<std::int64_t> columns_;  // nearest: where each column is read, or kOutside
+    bool isRun_ = false;                 // nearest: the columns lie side by side
+};
+
+}  // namespace volux::resample::detail
