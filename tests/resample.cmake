@@ -1,4 +1,11 @@
 set(VOLUX_RESAMPLE_TESTS
+    resample/AffineMapTest.cpp
+    resample/GridTest.cpp
+    resample/RefusalsTest.cpp
+    resample/RegionTest.cpp
     resample/ResampleTest.cpp
+    resample/ResizeTest.cpp
+    resample/ResliceTest.cpp
     resample/SampleTest.cpp
+    resample/WorkTest.cpp
 )

@@ -87,6 +87,22 @@ struct AxisWeights<Kernel::CUBIC> {
     bool isEmpty() const { return wrappingAdd(first, 3) < first; }
 };
 
+// Where the neighbours along one axis are read: whether a voxel is there, and its distance.
+template <Kernel K>
+struct AxisReads {
+    bool isInside[reach(K)];
+    std::int64_t bytes[reach(K)];
+
+    AxisReads(const Axis& axis, const Outside& outside, int first)
+    {
+        for (int n = 0; n < reach(K); ++n) {
+            const int index = wrappingAdd(first, n);
+            isInside[n] = !outside.isConstant || axis.holds(index);
+            bytes[n] = isInside[n] ? axis.bytes(axis.clamped(index)) : 0;
+        }
+    }
+};
+
 // What the kernel gives for one sample, as a double.
 template <class T, Kernel K>
 double sampleOne(const Voxels& voxels, const Outside& outside, double x, double y, double z)
@@ -100,14 +116,19 @@ double sampleOne(const Voxels& voxels, const Outside& outside, double x, double 
             return std::numeric_limits<double>::quiet_NaN();
         }
     }
+    const AxisReads<K> columns(voxels.x, outside, xs.first);
+    const AxisReads<K> rows(voxels.y, outside, ys.first);
+    const AxisReads<K> slices(voxels.z, outside, zs.first);
     double sumOfWeights = 0.0;
     double sum = K == Kernel::CUBIC ? 0.0 : -0.0;  // -0.0 keeps the sign of a first product
     for (int k = 0; k < kReach; ++k) {
         for (int j = 0; j < kReach; ++j) {
+            const bool isRowInside = slices.isInside[k] && rows.isInside[j];
+            const unsigned char* const row = voxels.data + slices.bytes[k] + rows.bytes[j];
             for (int i = 0; i < kReach; ++i) {
-                const double voxel = static_cast<double>(
-                    voxelOrOutside<T>(voxels, outside, wrappingAdd(xs.first, i),
-                                      wrappingAdd(ys.first, j), wrappingAdd(zs.first, k)));
+                const double voxel = isRowInside && columns.isInside[i]
+                                         ? elementAt<T>(row + columns.bytes[i])
+                                         : outside.value;
                 if constexpr (K == Kernel::NEAREST) {
                     return voxel;
                 }

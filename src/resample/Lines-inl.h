@@ -95,15 +95,16 @@ private:
         const Neighbours<K> xs(hn::LoadU(Reals(), lines_.x + n));
         const Row<T, K, SideBySide> columns(voxels_.x, xs);
         const Real constant = real(lines_.outside.value);
+        const bool isMasked =
+            lines_.outside.isConstant && !hn::AllTrue(Reals(), xs.allInside(voxels_.x));
         for (int k = 0; k < kReach; ++k) {
             Real values[kReach];
             columns.read(voxels_, hn::Set(Offsets(), begins[k]), values);
             for (int i = 0; i < kReach; ++i) {
                 const Real value =
                     !isInside[k] ? constant
-                    : lines_.outside.isConstant
-                        ? hn::IfThenElse(xs.inside(voxels_.x, i), values[i], constant)
-                        : values[i];
+                    : isMasked   ? hn::IfThenElse(xs.inside(voxels_.x, i), values[i], constant)
+                                 : values[i];
                 hn::Store(value, Reals(), row[k][i] + n);
             }
         }

@@ -335,7 +335,8 @@ inline bool areSideBySide(const Voxels& voxels)
 template <class T, Kernel K>
 void samplesOf(const Voxels& voxels, const Outside& outside, Block& block)
 {
-    if (!haveWords(voxels)) {
+    // One lane is slower than no lanes at all.
+    if (!haveWords(voxels) || HWY_TARGET == HWY_SCALAR) {
         samplesOneByOne<T, K>(voxels, outside, block, 0, block.count);
     } else if (areSideBySide<T>(voxels)) {
         samplesOf<T, K, true>(voxels, outside, block);

@@ -55,23 +55,11 @@ struct Voxels {
 };
 
 template <class T>
-T voxelAt(const Voxels& voxels, int x, int y, int z)
+double elementAt(const unsigned char* bytes)
 {
-    T value;
-    std::memcpy(&value,
-                voxels.data + static_cast<std::ptrdiff_t>(voxels.x.bytes(x) + voxels.y.bytes(y) +
-                                                          voxels.z.bytes(z)),
-                sizeof value);
-    return value;
-}
-
-template <class T>
-T voxelOrOutside(const Voxels& voxels, const Outside& outside, int x, int y, int z)
-{
-    if (outside.isConstant && !(voxels.x.holds(x) && voxels.y.holds(y) && voxels.z.holds(z))) {
-        return static_cast<T>(outside.value);
-    }
-    return voxelAt<T>(voxels, voxels.x.clamped(x), voxels.y.clamped(y), voxels.z.clamped(z));
+    T element;
+    std::memcpy(&element, bytes, sizeof element);
+    return static_cast<double>(element);
 }
 
 }  // namespace volux::resample::detail

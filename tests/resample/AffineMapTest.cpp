@@ -1,0 +1,77 @@
+#include "volux/resample/AffineMap.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+#include "Expected.h"
+
+namespace volux::test {
+namespace {
+
+TEST(AffineMap, IsTheIdentityAtFirst)
+{
+    const Position p = AffineMap()(3, 4, 5);
+    EXPECT_EQ(p.x, 3.0);
+    EXPECT_EQ(p.y, 4.0);
+    EXPECT_EQ(p.z, 5.0);
+    EXPECT_TRUE(AffineMap().isInvertible());
+}
+
+// Each step is stored, so that nothing is fused.
+double stepByStep(const double (&row)[4], double i, double j, double k)
+{
+    volatile double sum = row[3];
+    volatile double product = row[2] * k;
+    sum = sum + product;
+    product = row[1] * j;
+    sum = sum + product;
+    product = row[0] * i;
+    return sum + product;
+}
+
+TEST(AffineMap, AddsTheStepsInTheDocumentedOrder)
+{
+    Random random(21);
+    for (int n = 0; n < 2000; ++n) {
+        const AffineMap map = obliqueMap(random, {100, 90, 80}, std::ldexp(1.0, n % 60 - 30));
+        const unsigned int i = random.below(1U << 31U);
+        const unsigned int j = random.below(1000);
+        const unsigned int k = random.below(100);
+        const Position p = map(i, j, k);
+        ASSERT_TRUE(bitEqual(p.x, stepByStep(map.rows[0], i, j, k)));
+        ASSERT_TRUE(bitEqual(p.y, stepByStep(map.rows[1], i, j, k)));
+        ASSERT_TRUE(bitEqual(p.z, stepByStep(map.rows[2], i, j, k)));
+    }
+}
+
+TEST(AffineMap, HasNoInverseWhereItsStepsSpanNoVolume)
+{
+    EXPECT_FALSE((AffineMap{{{1, 2, 3, 0}, {2, 4, 6, 0}, {0, 0, 1, 0}}}).isInvertible());
+    EXPECT_FALSE((AffineMap{{{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 0, 0}}}).isInvertible());
+    EXPECT_FALSE((AffineMap{{{1, 2, 3, 0}, {4, 5, 6, 0}, {7, 8, 9, 0}}}).isInvertible());
+}
+
+TEST(AffineMap, HasAnInverseHoweverSmallOrLargeItsStepsAre)
+{
+    EXPECT_TRUE(
+        (AffineMap{{{1e-200, 0, 0, 0}, {0, 1e-200, 0, 0}, {0, 0, 1e-200, 0}}}).isInvertible());
+    EXPECT_TRUE(
+        (AffineMap{{{1e300, 0, 0, 0}, {0, -1e300, 0, 0}, {0, 0, 1e300, 0}}}).isInvertible());
+}
+
+TEST(AffineMap, HasNoInverseUnlessAllOfItIsFinite)
+{
+    for (const double odd :
+         {std::numeric_limits<double>::infinity(), std::numeric_limits<double>::quiet_NaN()})
+        for (int row = 0; row < 3; ++row)
+            for (int column = 0; column < 4; ++column) {
+                AffineMap map;
+                map.rows[row][column] = odd;
+                EXPECT_FALSE(map.isInvertible()) << row << ' ' << column;
+            }
+}
+
+}  // namespace
+}  // namespace volux::test

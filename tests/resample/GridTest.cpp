@@ -1,0 +1,148 @@
+#include "volux/resample/Grid.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+#include "Expected.h"
+
+namespace volux::test {
+namespace {
+
+using core::ImageSize;
+using core::VoxelSize;
+using resample::Align;
+using resample::Geometry;
+using resample::Planes;
+
+void expectMap(const AffineMap& map, const AffineMap& expected)
+{
+    for (int row = 0; row < 3; ++row)
+        for (int column = 0; column < 4; ++column)
+            EXPECT_EQ(map.rows[row][column], expected.rows[row][column]) << row << ' ' << column;
+}
+
+void expectSize(const Grid& grid, unsigned int width, unsigned int height, unsigned int depth)
+{
+    EXPECT_EQ(grid.width, width);
+    EXPECT_EQ(grid.height, height);
+    EXPECT_EQ(grid.depth, depth);
+}
+
+TEST(GridOfSize, KeepsTheFieldOfView)
+{
+    const Grid grid =
+        gridOfSize(ImageSize(4, 6, 5, 1), VoxelSize(1.0, 2.0, 3.0), 8, 3, 5, Align::EDGES);
+    expectSize(grid, 8, 3, 5);
+    expectMap(grid.map, {{{0.5, 0, 0, -0.25}, {0, 2.0, 0, 0.5}, {0, 0, 1, 0}}});
+    EXPECT_EQ(grid.spacing, VoxelSize(0.5, 4.0, 3.0));
+}
+
+TEST(GridOfSize, KeepsTheFirstAndTheLastCentre)
+{
+    const Grid grid =
+        gridOfSize(ImageSize(5, 3, 7, 1), VoxelSize(1.0, 2.0, 3.0), 9, 2, 7, Align::CENTRES);
+    expectMap(grid.map, {{{0.5, 0, 0, 0}, {0, 2.0, 0, 0}, {0, 0, 1, 0}}});
+    EXPECT_EQ(grid.spacing, VoxelSize(0.5, 4.0, 3.0));
+}
+
+TEST(GridOfSize, ReadsTheMiddleWhereThereIsOneVoxel)
+{
+    const ImageSize source(4, 4, 1, 1);
+    const VoxelSize spacing(1, 1, 1);
+    EXPECT_EQ(gridOfSize(source, spacing, 1, 4, 1, Align::EDGES).map(0, 0, 0).x, 1.5);
+    EXPECT_EQ(gridOfSize(source, spacing, 1, 4, 1, Align::CENTRES).map(0, 0, 0).x, 1.5);
+    EXPECT_EQ(gridOfSize(source, spacing, 4, 4, 3, Align::CENTRES).map(0, 0, 1).z, 0.0);
+}
+
+TEST(GridOfSpacing, HasTheSpacingExactly)
+{
+    const ImageSize source(10, 10, 11, 1);
+    const VoxelSize spacing(1.0, 1.0, 2.5);
+    const VoxelSize wanted(0.5, 3.0, 1.0);
+    const Grid edges = gridOfSpacing(source, spacing, wanted, Align::EDGES);
+    expectSize(edges, 20, 3, 28);  // 20, 3.33 and 27.5 rounded
+    EXPECT_EQ(edges.spacing, wanted);
+    expectMap(edges.map, {{{0.5, 0, 0, -0.25}, {0, 3, 0, 1}, {0, 0, 0.4, 0.5 * 0.4 - 0.5}}});
+    const Grid centres = gridOfSpacing(source, spacing, wanted, Align::CENTRES);
+    expectSize(centres, 19, 4, 26);  // as many steps as fit 9, 9 and 25
+    expectMap(centres.map, {{{0.5, 0, 0, 0}, {0, 3, 0, 0}, {0, 0, 0.4, 0}}});
+}
+
+TEST(GridOfSpacing, HasOneVoxelAtLeastAndNoneForOddSpacings)
+{
+    const ImageSize source(10, 10, 10, 1);
+    const VoxelSize one(1, 1, 1);
+    expectSize(gridOfSpacing(source, one, VoxelSize(100, 1, 1), Align::EDGES), 1, 10, 10);
+    const double infinity = std::numeric_limits<double>::infinity();
+    EXPECT_EQ(gridOfSpacing(source, one, VoxelSize(1e-300, 1, 1), Align::EDGES).width, 0U);
+    EXPECT_EQ(gridOfSpacing(source, one, VoxelSize(0, 1, 1), Align::EDGES).width, 0U);
+    EXPECT_EQ(gridOfSpacing(source, one, VoxelSize(NAN, 1, 1), Align::CENTRES).width, 0U);
+    EXPECT_EQ(gridOfSpacing(source, VoxelSize(infinity, 1, 1), one, Align::EDGES).width, 0U);
+}
+
+TEST(GridBetween, IsTheIdentityBetweenEqualGeometries)
+{
+    Geometry geometry;
+    geometry.width = 3;
+    geometry.spacing = VoxelSize(0.3, 0.7, 1.1);
+    geometry.origin = {-17.3, 4.1, 99.9};
+    const double angle = 0.3;
+    geometry.direction[0][0] = geometry.direction[1][1] = std::cos(angle);
+    geometry.direction[0][1] = -std::sin(angle);
+    geometry.direction[1][0] = std::sin(angle);
+    expectMap(gridBetween(geometry, geometry).map, AffineMap());
+}
+
+TEST(GridBetween, FollowsOriginDirectionAndSpacing)
+{
+    Geometry source;
+    source.spacing = VoxelSize(2, 2, 4);
+    source.origin = {10, 20, 30};
+    Geometry output;  // its x runs along the source's y, its y against the source's x
+    output.width = 7;
+    output.height = 8;
+    output.depth = 9;
+    output.origin = {12, 26, 34};
+    output.direction[0][0] = output.direction[1][1] = 0;
+    output.direction[1][0] = 1;
+    output.direction[0][1] = -1;
+    const Grid grid = gridBetween(output, source);
+    expectSize(grid, 7, 8, 9);
+    expectMap(grid.map, {{{0, -0.5, 0, 1}, {0.5, 0, 0, 3}, {0, 0, 0.25, 1}}});
+}
+
+TEST(GridBetween, IsRefusedForADirectionWithoutAnInverse)
+{
+    Geometry flat;
+    flat.direction[2][2] = 0;
+    EXPECT_FALSE(gridBetween(Geometry(), flat).map.isInvertible());
+    EXPECT_FALSE(gridBetween(flat, Geometry()).map.isInvertible());
+}
+
+TEST(GridOfPlanes, HasThePlanesStepsAsColumns)
+{
+    Planes planes;
+    planes.origin = {1, 2, 3};
+    planes.across = {0, 1, 0};
+    planes.down = {0, 0, 1};
+    planes.step = {5, 6, 7};
+    planes.width = 4;
+    planes.height = 5;
+    planes.count = 6;
+    const Grid grid = gridOfPlanes(planes);
+    expectSize(grid, 4, 5, 6);
+    expectMap(grid.map, {{{0, 0, 5, 1}, {1, 0, 6, 2}, {0, 1, 7, 3}}});
+}
+
+TEST(GridOfPlanes, StepsAlongTheNormalUnlessToldOtherwise)
+{
+    Planes planes;
+    planes.across = {0, 2, 0};
+    planes.down = {0, 0, 3};
+    expectMap(gridOfPlanes(planes).map, {{{0, 0, 6, 0}, {2, 0, 0, 0}, {0, 3, 0, 0}}});
+}
+
+}  // namespace
+}  // namespace volux::test

@@ -1,0 +1,154 @@
+// What is refused, and that nothing has been written then.
+#include <gtest/gtest.h>
+
+#include <limits>
+
+#include "Expected.h"
+#include "volux/resample/Resample.h"
+
+namespace volux::test {
+namespace {
+
+using core::VoxelSize;
+
+class Refusals : public ::testing::Test {
+protected:
+    Refusals() : grid(gridOf(AffineMap(), 3, 4, 5))
+    {
+        source.initialize(4, 4, 4, 2);
+        destination.initialize(3, 4, 5, 2);
+        destination.fill(-7);
+        destination.setVoxelSize(9, 9, 9);
+    }
+
+    // The code, once it is known that the destination is as it was.
+    core::ErrorType refused(const Options& options = Options())
+    {
+        const core::ErrorType code = resample::resample(source, grid, &destination, options);
+        EXPECT_EQ(destination.getVoxelSize(), VoxelSize(9, 9, 9));
+        for (int n = 0; n < 3 * 4 * 5 * 2; ++n)
+            EXPECT_EQ(destination.getBufferPointer()[n], -7);
+        return code;
+    }
+
+    core::VxImage<short> source;
+    core::VxImage<short> destination;
+    Grid grid;
+};
+
+TEST_F(Refusals, NullPointers)
+{
+    EXPECT_EQ(resample::resample<short>(source, grid, nullptr), core::ERR_NULL_POINTER);
+    Options options;
+    options.interpolator = nullptr;
+    EXPECT_EQ(refused(options), core::ERR_NULL_POINTER);
+    options = Options();
+    options.border = nullptr;
+    EXPECT_EQ(refused(options), core::ERR_NULL_POINTER);
+    source.terminate();
+    EXPECT_EQ(refused(), core::ERR_NULL_POINTER);
+}
+
+TEST_F(Refusals, ImpossibleSizes)
+{
+    for (unsigned int Grid::*const extent : {&Grid::width, &Grid::height, &Grid::depth})
+        for (const unsigned int odd : {0U, 0x80000000U}) {
+            const unsigned int before = grid.*extent;
+            grid.*extent = odd;
+            EXPECT_EQ(refused(), core::ERR_INVALID_ARGUMENT);
+            grid.*extent = before;
+        }
+}
+
+TEST_F(Refusals, SlabsThatAreNone)
+{
+    resample::Planes planes;
+    planes.width = planes.height = planes.count = 3;
+    core::VxImage<short> result;
+    EXPECT_EQ(resample::reslice(source, planes, &result, Options(), {0}),
+              core::ERR_INVALID_ARGUMENT);
+    EXPECT_EQ(resample::reslice(source, planes, &result, Options(), {0x80000000U}),
+              core::ERR_INVALID_ARGUMENT);
+    EXPECT_EQ(result.getBufferPointer(), nullptr);
+}
+
+TEST_F(Refusals, SingularAndInfiniteMaps)
+{
+    grid.map.rows[1][1] = 0.0;
+    EXPECT_EQ(refused(), core::ERR_INVALID_ARGUMENT);
+    grid.map.rows[1][1] = std::numeric_limits<double>::infinity();
+    EXPECT_EQ(refused(), core::ERR_INVALID_ARGUMENT);
+    grid.map = AffineMap();
+    grid.map.rows[2][3] = std::numeric_limits<double>::quiet_NaN();
+    EXPECT_EQ(refused(), core::ERR_INVALID_ARGUMENT);
+}
+
+TEST_F(Refusals, SpacingsThatAreNoDistances)
+{
+    for (const double odd : {0.0, -1.0, std::numeric_limits<double>::infinity(),
+                             std::numeric_limits<double>::quiet_NaN()}) {
+        grid.spacing = VoxelSize(1, odd, 1);
+        EXPECT_EQ(refused(), core::ERR_INVALID_ARGUMENT);
+    }
+}
+
+TEST_F(Refusals, ConstantsThatTheTypeDoesNotHold)
+{
+    const auto constant = [](double value) {
+        return Options(core::Linear(), core::Constant(), value);
+    };
+    for (const double odd :
+         {0.5, 32768.0, -32769.0, 1e300, std::numeric_limits<double>::quiet_NaN()})
+        EXPECT_EQ(refused(constant(odd)), core::ERR_INVALID_ARGUMENT) << odd;
+    EXPECT_EQ(resample::resample(source, grid, &destination, constant(-32768.0)), core::SUCCESS);
+}
+
+TEST_F(Refusals, DestinationsOfAnotherSize)
+{
+    grid.width = 4;
+    EXPECT_EQ(refused(), core::ERR_INVALID_X);
+    grid.width = 3;
+    grid.height = 5;
+    EXPECT_EQ(refused(), core::ERR_INVALID_Y);
+    grid.height = 4;
+    grid.depth = 4;
+    EXPECT_EQ(refused(), core::ERR_INVALID_Z);
+    grid.depth = 5;
+    source.terminate();
+    source.initialize(4, 4, 4, 1);
+    EXPECT_EQ(refused(), core::ERR_INVALID_CHANNEL);
+}
+
+TEST_F(Refusals, MemoryThatBothShare)
+{
+    core::VxImage<short> inside;
+    inside.initializeWithPointer(&source(3, 3, 3, 1), 1, 1, 1, 1);
+    core::VxImage<short> single;
+    single.initializeWithPointer(source.getBufferPointer(), 4, 4, 4, 1);
+    single.setImageStride(8, 32, 1, 2);
+    grid = gridOf(AffineMap(), 1, 1, 1);
+    EXPECT_EQ(resample::resample(single, grid, &inside), core::SUCCESS);  // behind its last element
+    inside.terminate();
+    inside.initializeWithPointer(&source(2, 3, 3, 1), 1, 1, 1, 1);
+    EXPECT_EQ(resample::resample(single, grid, &inside), core::ERR_INVALID_ARGUMENT);
+    EXPECT_EQ(resample::resize(source, 4, 4, 4, resample::Align::EDGES, &source),
+              core::ERR_INVALID_ARGUMENT);
+}
+
+TEST_F(Refusals, ResultsThatNoMemoryHolds)
+{
+    grid = gridOf(AffineMap(), 0x7FFFFFFF, 0x7FFFFFFF, 1);
+    core::VxImage<short> result;
+    EXPECT_EQ(resample::resample(source, grid, &result), core::ERR_ALLOCATION_FAILED);
+    EXPECT_EQ(result.getBufferPointer(), nullptr);
+    EXPECT_EQ(result.getWidth(), 0U);
+}
+
+TEST_F(Refusals, NothingElse)
+{
+    EXPECT_EQ(resample::resample(source, grid, &destination), core::SUCCESS);
+    EXPECT_EQ(destination(0, 0, 0, 0), 0);
+}
+
+}  // namespace
+}  // namespace volux::test

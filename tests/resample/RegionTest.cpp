@@ -1,0 +1,200 @@
+#include <gtest/gtest.h>
+
+#include <array>
+#include <vector>
+
+#include "Expected.h"
+#include "volux/resample/Resample.h"
+
+namespace volux::test {
+namespace {
+
+using core::Rect;
+using resample::ResampleRegion;
+
+// A volume, a grid and a way to read it; the whole result, and that of any box from the smallest
+// brick that serves it.
+template <class T>
+class Bricks {
+public:
+    Bricks(const oracle::Volume<T>& volume, const Grid& grid, const Options& options)
+        : scene_(volume), grid_(grid), options_(options)
+    {
+        region_.sourceWidth = scene_.image.getWidth();
+        region_.sourceHeight = scene_.image.getHeight();
+        region_.sourceDepth = scene_.image.getDepth();
+        EXPECT_EQ(resample::resample(scene_.image, grid, &whole_, options), core::SUCCESS);
+    }
+
+    void expectSameBits(const Rect& output)
+    {
+        region_.output = output;
+        Rect support;
+        ASSERT_EQ(region_.support(grid_, &support, options_), core::SUCCESS);
+        core::VxImage<T> brick;
+        core::VxImage<T> part;
+        ASSERT_EQ(perform(support, brick, part), core::SUCCESS);
+        for (unsigned int z = 0; z < output.depth(); ++z)
+            for (unsigned int y = 0; y < output.height(); ++y)
+                for (unsigned int x = 0; x < output.width(); ++x)
+                    for (unsigned int c = 0; c < part.getChannels(); ++c)
+                        ASSERT_TRUE(bitEqual(
+                            at(part, x, y, z, c),
+                            at(whole_, output.xStart + x, output.yStart + y, output.zStart + z, c)))
+                            << x << ' ' << y << ' ' << z;
+        expectNoLessServes(support);
+    }
+
+private:
+    static T at(const core::VxImage<T>& image, unsigned int x, unsigned int y, unsigned int z,
+                unsigned int c)
+    {
+        return image(static_cast<int>(x), static_cast<int>(y), static_cast<int>(z),
+                     static_cast<int>(c));
+    }
+
+    core::ErrorType perform(const Rect& box, core::VxImage<T>& brick, core::VxImage<T>& part)
+    {
+        region_.brickX = box.xStart;
+        region_.brickY = box.yStart;
+        region_.brickZ = box.zStart;
+        EXPECT_EQ(scene_.image.crop(box, &brick), core::SUCCESS);
+        return resample::resample(brick, grid_, region_, &part, options_);
+    }
+
+    // A brick that is thinner by a voxel at any end is refused.
+    void expectNoLessServes(const Rect& support)
+    {
+        const auto refused = [&](Rect box, core::ErrorType code) {
+            core::VxImage<T> brick;
+            core::VxImage<T> part;
+            EXPECT_EQ(perform(box, brick, part), code);
+            EXPECT_EQ(part.getBufferPointer(), nullptr);
+        };
+        for (const bool atEnd : {false, true}) {
+            Rect box = support;
+            (atEnd ? --box.xEnd : ++box.xStart);
+            if (support.width() > 1)
+                refused(box, core::ERR_INVALID_X);
+            box = support;
+            (atEnd ? --box.yEnd : ++box.yStart);
+            if (support.height() > 1)
+                refused(box, core::ERR_INVALID_Y);
+            box = support;
+            (atEnd ? --box.zEnd : ++box.zStart);
+            if (support.depth() > 1)
+                refused(box, core::ERR_INVALID_Z);
+        }
+    }
+
+    WrappedVolume<T> scene_;
+    Grid grid_;
+    Options options_;
+    ResampleRegion region_;
+    core::VxImage<T> whole_;
+};
+
+template <class T>
+oracle::Volume<T> someVolume(Random& random, const oracle::Extents& extents, std::int64_t channels)
+{
+    oracle::Volume<T> volume = blankVolume<T>(extents, channels);
+    for (T& element : volume.block)
+        element = randomElement<T>(random, false);
+    return volume;
+}
+
+template <class T>
+class Region : public ::testing::Test {
+protected:
+    // Every box of the output whose ends are any two cuts along each axis.
+    static void everyCut(Bricks<T> bricks, const Grid& grid)
+    {
+        for (unsigned int z0 = 0; z0 < grid.depth; ++z0)
+            for (unsigned int z1 = z0; z1 < grid.depth; ++z1)
+                for (unsigned int y0 = 0; y0 < grid.height; ++y0)
+                    for (unsigned int y1 = y0; y1 < grid.height; ++y1)
+                        for (unsigned int x0 = 0; x0 < grid.width; ++x0)
+                            for (unsigned int x1 = x0; x1 < grid.width; ++x1) {
+                                bricks.expectSameBits(Rect(x0, x1, y0, y1, z0, z1));
+                                if (::testing::Test::HasFatalFailure())
+                                    return;
+                            }
+    }
+};
+TYPED_TEST_SUITE(Region, ElementTypes, ElementTypeNames);
+
+TYPED_TEST(Region, GivesTheBitsOfTheWholeForEveryCut)
+{
+    Random random(71);
+    const std::array<oracle::Extents, 3> volumes{{{9, 5, 4}, {3, 8, 6}, {12, 2, 7}}};
+    for (const oracle::Extents& extents : volumes)
+        for (core::Interpolator* const interpolator : kInterpolators) {
+            Options options(interpolator, kBorders[random.below(2)], 3);
+            options.threads = 1;
+            const AffineMap map =
+                random.below(2) == 0 ? obliqueMap(random, extents) : axisMap(random, extents);
+            const Grid grid = gridOf(map, 5, 3, 3);
+            this->everyCut({someVolume<TypeParam>(random, extents, 2), grid, options}, grid);
+        }
+}
+
+class RegionRefuses : public ::testing::Test {
+protected:
+    RegionRefuses() : scene(countingVolume<short>({4, 4, 4}))
+    {
+        region.sourceWidth = region.sourceHeight = region.sourceDepth = 4;
+        region.output = Rect(0, 3, 0, 3, 0, 3);
+    }
+
+    core::ErrorType perform(const Options& options = Options())
+    {
+        return resample::resample(scene.image, gridOf(AffineMap(), 4, 4, 4), region, &result,
+                                  options);
+    }
+
+    WrappedVolume<short> scene;
+    ResampleRegion region;
+    core::VxImage<short> result;
+};
+
+TEST_F(RegionRefuses, NothingThatIsRight)
+{
+    EXPECT_EQ(perform(), core::SUCCESS);
+}
+
+TEST_F(RegionRefuses, AnOutputBoxBeyondTheGrid)
+{
+    region.output.xEnd = 4;
+    EXPECT_EQ(perform(), core::ERR_INVALID_X);
+    region.output = Rect(0, 3, 3, 2, 0, 3);
+    EXPECT_EQ(perform(), core::ERR_INVALID_Y);
+    region.output = Rect(0, 3, 0, 3, 4, 4);
+    EXPECT_EQ(perform(), core::ERR_INVALID_Z);
+}
+
+TEST_F(RegionRefuses, ABrickBeyondTheSource)
+{
+    region.brickX = 1;
+    EXPECT_EQ(perform(), core::ERR_INVALID_X);
+    region.brickX = 0xFFFFFFFFU;
+    EXPECT_EQ(perform(), core::ERR_INVALID_X);
+    region.brickX = 0;
+    region.sourceDepth = 3;
+    EXPECT_EQ(perform(), core::ERR_INVALID_Z);
+    region.sourceDepth = 0;
+    EXPECT_EQ(perform(), core::ERR_INVALID_ARGUMENT);
+}
+
+TEST_F(RegionRefuses, PoliciesThatTakeABrickForAnImage)
+{
+    struct Own : core::Linear {
+    } own;
+    EXPECT_EQ(perform(Options(&own)), core::ERR_INVALID_ARGUMENT);
+    Rect box;
+    const Grid grid = gridOf(AffineMap(), 4, 4, 4);
+    EXPECT_EQ(region.support(grid, &box, Options(&own)), core::ERR_INVALID_ARGUMENT);
+    EXPECT_EQ(region.support(grid, nullptr), core::ERR_NULL_POINTER);
+}
+
+}  // namespace
+}  // namespace volux::test

@@ -1,0 +1,208 @@
+// Threads, progress, cancelling, and what is thrown on the way.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <stdexcept>
+#include <vector>
+
+#include "Expected.h"
+#include "support/CapturedStderr.h"
+#include "support/OwnPolicies.h"
+#include "volux/resample/Resample.h"
+
+namespace volux::test {
+namespace {
+
+constexpr std::array<unsigned int, 6> kThreadCounts{1, 2, 3, 7, 16, 0};
+
+// Wider than a block and than several tiles, and long enough for many parts.
+Grid largeGrid(const AffineMap& map)
+{
+    return gridOf(map, 321, 43, 11);
+}
+
+template <class T>
+WrappedVolume<T> largeVolume(Random& random)
+{
+    oracle::Volume<T> volume = blankVolume<T>({90, 31, 17}, random.between(1, 2));
+    for (T& element : volume.block)
+        element = randomElement<T>(random, true);
+    return WrappedVolume<T>(std::move(volume));
+}
+
+template <class T>
+class Threads : public ::testing::Test {
+protected:
+    static void compare(const AffineMap& map, Random& random)
+    {
+        const WrappedVolume<T> scene = largeVolume<T>(random);
+        for (core::Interpolator* const interpolator : kInterpolators) {
+            Options options(interpolator, kBorders[random.below(2)], insideValue<T>(random));
+            core::VxImage<T> first;
+            for (const unsigned int threads : kThreadCounts) {
+                options.threads = threads;
+                core::VxImage<T> result;
+                ASSERT_EQ(resample::resample(scene.image, largeGrid(map), &result, options),
+                          core::SUCCESS);
+                if (first.getBufferPointer() == nullptr) {
+                    expectEverySample(scene.image, map, result, options);
+                    first.initialize(result, true);
+                }
+                const std::size_t bytes = std::size_t{321} * 43 * 11 * result.getChannels();
+                ASSERT_EQ(std::memcmp(first.getBufferPointer(), result.getBufferPointer(),
+                                      bytes * sizeof(T)),
+                          0)
+                    << threads << " threads";
+            }
+        }
+    }
+};
+TYPED_TEST_SUITE(Threads, ElementTypes, ElementTypeNames);
+
+TYPED_TEST(Threads, GiveTheSameBitsHoweverMany)
+{
+    Random random(31);
+    AffineMap oblique = obliqueMap(random, {90, 31, 17}, 0.2);
+    oblique.rows[0][3] = oblique.rows[1][3] = 5.0;
+    this->compare(oblique, random);
+    this->compare({{{0.3, 0, 0, -2.5}, {0, 0.75, 0, -0.5}, {0, 0, 1.6, -1.1}}}, random);
+    this->compare({{{-0.3, 0, 0, 92}, {0, -1, 0, 30}, {0, 0, 1, 3}}}, random);
+}
+
+struct Asked {
+    core::VxImage<short> source;
+    core::VxImage<short> destination;
+    Options options;
+
+    explicit Asked(unsigned int threads)
+    {
+        source.initialize(64, 64, 64, 1);
+        source.fill(9);
+        options.threads = threads;
+    }
+
+    core::ErrorType perform()
+    {
+        return resize(source, 128, 128, 128, resample::Align::EDGES, &destination, options);
+    }
+};
+
+class Progress : public ::testing::TestWithParam<unsigned int> {};
+
+TEST_P(Progress, RisesToOne)
+{
+    Asked asked(GetParam());
+    std::vector<double> told;
+    asked.options.progress = [&](double fraction) {
+        told.push_back(fraction);
+        return true;
+    };
+    EXPECT_EQ(asked.perform(), core::SUCCESS);
+    ASSERT_GT(told.size(), 4U);
+    EXPECT_TRUE(std::is_sorted(told.begin(), told.end()));
+    EXPECT_GT(told.front(), 0.0);
+    EXPECT_EQ(told.back(), 1.0);
+}
+
+TEST_P(Progress, CancelsAndLeavesWholeRows)
+{
+    Asked asked(GetParam());
+    int calls = 0;
+    asked.options.progress = [&](double) { return ++calls < 3; };
+    EXPECT_EQ(asked.perform(), resample::kCancelled);
+    EXPECT_EQ(calls, 3);
+    int finished = 0;
+    for (int z = 0; z < 128; ++z)
+        for (int y = 0; y < 128; ++y) {
+            const short first = asked.destination(0, y, z, 0);
+            finished += first == 9 ? 1 : 0;
+            for (int x = 0; x < 128; ++x)
+                ASSERT_EQ(asked.destination(x, y, z, 0), first);
+            ASSERT_TRUE(first == 9 || first == 0);
+        }
+    EXPECT_GT(finished, 0);
+    EXPECT_LT(finished, 128 * 128);
+}
+
+TEST_P(Progress, MayThrow)
+{
+    Asked asked(GetParam());
+    asked.options.progress = [](double) -> bool { throw std::runtime_error("enough"); };
+    EXPECT_THROW(asked.perform(), std::runtime_error);
+}
+
+TEST_P(Progress, IsNotCancelledByTheLastCall)
+{
+    Asked asked(GetParam());
+    asked.options.progress = [](double fraction) { return fraction < 1.0; };
+    EXPECT_EQ(asked.perform(), core::SUCCESS);
+}
+
+INSTANTIATE_TEST_SUITE_P(On, Progress, ::testing::Values(1U, 4U));
+
+TEST(Policies, WithoutATableThrowAsInTheModule)
+{
+    struct Tableless : core::Border {
+        core::Border::border_t<core::Border, core::Border::Empty>& get() override
+        {
+            static core::Border::border_t<core::Border, core::Border::Empty> table;
+            return table;
+        }
+    } border;
+    const CapturedStderr silence;
+    for (const unsigned int threads : {1U, 4U}) {
+        Asked asked(threads);
+        asked.options.border = &border;
+        EXPECT_THROW(asked.perform(), base::Exception);
+    }
+}
+
+// Half of what Linear gives.
+struct Half : core::Interpolator {
+    template <class T, class B>
+    double operator()(const core::VxImage<T>& image, double x, double y, double z, unsigned int c,
+                      B border, T value)
+    {
+        return 0.5 * core::Linear()(image, x, y, z, c, border, value);
+    }
+
+    core::Interpolator::interpolator_t<core::Interpolator, core::Interpolator::Empty>& get()
+        override
+    {
+        static core::Interpolator::interpolator_t<Half, core::Interpolator> table;
+        return table;
+    }
+};
+
+template <class T>
+class OwnPolicy : public ::testing::Test {
+};
+TYPED_TEST_SUITE(OwnPolicy, ElementTypes, ElementTypeNames);
+
+TYPED_TEST(OwnPolicy, RunsThroughTheModule)
+{
+    Random random(41);
+    PeriodicBorder periodic;
+    Half half;
+    const std::array<core::Interpolator*, 4> policies{kInterpolators[0], kInterpolators[1],
+                                                      kInterpolators[2], &half};
+    for (int n = 0; n < 20; ++n) {
+        WrappedVolume<TypeParam> scene(randomVolume<TypeParam>(random));
+        const AffineMap map = n % 2 == 0 ? obliqueMap(random, scene.volume.extents)
+                                         : axisMap(random, scene.volume.extents);
+        Options options(policies[random.below(4)], &periodic);
+        options.threads = 2;
+        if (options.interpolator == &half && random.below(2) == 0)
+            options.border = kBorders[random.below(2)];
+        core::VxImage<TypeParam> result;
+        ASSERT_EQ(resample::resample(scene.image, gridOf(map, 9, 3, 2), &result, options),
+                  core::SUCCESS);
+        scene.image.setVoxelSize(1.0, 1.0, 1.0);  // for the calls that are compared with
+        expectEverySample(scene.image, map, result, options);
+    }
+}
+
+}  // namespace
+}  // namespace volux::test
