@@ -1,22 +1,6 @@
-# The installed package: find_package(volux_core) gives volux::core, pkg-config volux_core likewise.
+# The installed packages: find_package(volux_core) gives volux::core, pkg-config volux_core likewise;
+# so does volux_resample, if it is built. Each is a component of its own.
 include(CMakePackageConfigHelpers)
-
-install(TARGETS volux_core EXPORT volux_coreTargets
-    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
-    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-install(DIRECTORY include/volux DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
-    FILES_MATCHING PATTERN "*.h" PATTERN "*.inc")
-
-set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/volux_core)
-install(EXPORT volux_coreTargets NAMESPACE volux:: DESTINATION ${package_folder})
-configure_package_config_file(cmake/volux_core-config.cmake.in volux_core-config.cmake
-    INSTALL_DESTINATION ${package_folder})
-write_basic_package_version_file(volux_core-config-version.cmake COMPATIBILITY SameMajorVersion)
-install(FILES
-    ${CMAKE_CURRENT_BINARY_DIR}/volux_core-config.cmake
-    ${CMAKE_CURRENT_BINARY_DIR}/volux_core-config-version.cmake
-    DESTINATION ${package_folder})
 
 # Relative to the file itself, so that a moved installation still works.
 file(RELATIVE_PATH VOLUX_PREFIX_FROM_PC
@@ -27,6 +11,36 @@ foreach(folder LIBDIR INCLUDEDIR)
         set(VOLUX_PC_${folder} "${CMAKE_INSTALL_${folder}}")
     endif()
 endforeach()
-configure_file(cmake/volux_core.pc.in volux_core.pc @ONLY)
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/volux_core.pc
-    DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+function(volux_install library component)
+    install(TARGETS ${library} EXPORT ${library}Targets
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${component}
+            NAMELINK_COMPONENT ${component}
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${component}
+        RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT ${component})
+    set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/${library})
+    install(EXPORT ${library}Targets NAMESPACE volux:: DESTINATION ${package_folder}
+        COMPONENT ${component})
+    configure_package_config_file(cmake/${library}-config.cmake.in ${library}-config.cmake
+        INSTALL_DESTINATION ${package_folder})
+    write_basic_package_version_file(${library}-config-version.cmake
+        COMPATIBILITY SameMajorVersion)
+    install(FILES
+        ${CMAKE_CURRENT_BINARY_DIR}/${library}-config.cmake
+        ${CMAKE_CURRENT_BINARY_DIR}/${library}-config-version.cmake
+        DESTINATION ${package_folder} COMPONENT ${component})
+    configure_file(cmake/${library}.pc.in ${library}.pc @ONLY)
+    install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${library}.pc
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT ${component})
+endfunction()
+
+volux_install(volux_core core)
+install(DIRECTORY include/volux DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT core
+    FILES_MATCHING PATTERN "*.h" PATTERN "*.inc" PATTERN "resample*" EXCLUDE)
+
+if(TARGET volux_resample)
+    volux_install(volux_resample resample)
+    install(DIRECTORY include/volux DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT resample
+        FILES_MATCHING PATTERN "resample.h" PATTERN "resample/*.h"
+        PATTERN "core*" EXCLUDE PATTERN "base" EXCLUDE)
+endif()

@@ -31,5 +31,11 @@ set_target_properties(volux_resample PROPERTIES
     CXX_EXTENSIONS OFF
     CXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON
+    INSTALL_RPATH $<$<PLATFORM_ID:Linux>:$ORIGIN>  # the module is installed beside it
 )
 volux_exact_arithmetic(volux_resample)
+if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
+    set(exports ${CMAKE_CURRENT_SOURCE_DIR}/cmake/exports.map)
+    target_link_options(volux_resample PRIVATE LINKER:--version-script=${exports})
+    set_property(TARGET volux_resample APPEND PROPERTY LINK_DEPENDS ${exports})
+endif()

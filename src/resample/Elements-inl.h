@@ -56,7 +56,8 @@ void elementsOf(Overflow overflow, const double* samples, std::size_t count, voi
 {
     T* const elements = static_cast<T*>(untyped);
     if constexpr (std::is_integral_v<T>) {
-        if (overflow == Overflow::SATURATE) {
+        // One lane is slower than no lanes at all.
+        if (overflow == Overflow::SATURATE && HWY_TARGET != HWY_SCALAR) {
             return saturateBlock(samples, count, elements);
         }
     }

@@ -1,0 +1,28 @@
+// A result made slice by slice, of a source that is never whole in memory but where it is read.
+#include <volux/core.h>
+#include <volux/resample.h>
+
+using namespace volux::core;
+using namespace volux::resample;
+
+int main()
+{
+    VxImage<short> onDisk;  // stands for a file
+    onDisk.initialize(30, 30, 30, 1);
+    onDisk.fill(7);
+    const Grid grid =
+        gridOfSize(onDisk.getImageSize(), VoxelSize(1, 1, 1), 60, 60, 60, Align::EDGES);
+    ResampleRegion region;
+    region.sourceWidth = region.sourceHeight = region.sourceDepth = 30;
+    for (unsigned int z = 0; z < grid.depth; ++z) {
+        VxImage<short> brick, slice;
+        Rect box;
+        region.output = Rect(0, 59, 0, 59, z, z);
+        if (region.support(grid, &box, Cubic()) != SUCCESS || onDisk.crop(box, &brick) != SUCCESS)
+            return 1;
+        region.brickX = box.xStart, region.brickY = box.yStart, region.brickZ = box.zStart;
+        if (resample(brick, grid, region, &slice, Cubic()) != SUCCESS || slice(9, 9, 0, 0) != 7)
+            return 1;
+    }
+    return 0;
+}

@@ -1,0 +1,23 @@
+// Many positions at once: the values along a streamline, in physical units.
+#include <volux/core.h>
+#include <volux/resample.h>
+
+#include <vector>
+
+using namespace volux::core;
+using namespace volux::resample;
+
+int main()
+{
+    float voxels[] = {0, 10, 20, 30};
+    VxImage<float> image;
+    image.initializeWithPointer(voxels, 4, 1, 1, 1);
+    image.setVoxelSize(0.5, 1.0, 1.0);
+    std::vector<Position> line;
+    for (int n = 0; n < 1000; ++n)
+        line.push_back({0.0015 * n, 0.0, 0.0});
+    std::vector<double> values(line.size());
+    if (sample(image, line.data(), line.size(), Units::PHYSICAL, 0, values.data()) != SUCCESS)
+        return 1;
+    return values[500] == image.getDoubleValueReal(0.75, 0, 0, 0, Linear()) ? 0 : 1;
+}
