@@ -12,7 +12,7 @@ int main()
     VxImage<short> slices, isotropic;
     slices.initialize(64, 48, 10, 1);
     slices.setVoxelSize(0.5, 0.5, 2.0);
-    Options options((Cubic()));
+    Options options = Cubic();
     options.progress = [](double done) { return std::printf("%3.0f %%\n", 100.0 * done) > 0; };
     if (resize(slices, VoxelSize(0.5, 0.5, 0.5), Align::EDGES, &isotropic, options) != SUCCESS)
         return 1;

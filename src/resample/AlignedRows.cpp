@@ -11,6 +11,9 @@ namespace {
 
 constexpr std::int64_t kOutside = -1;
 
+// Of the three tables together: nothing of the size of a volume, also of a thin one.
+constexpr std::uint64_t kLongestTables = 1U << 20U;
+
 bool runsAlongAxes(const AffineMap& map)
 {
     for (int row = 0; row < 3; ++row) {
@@ -86,9 +89,11 @@ private:
 bool AlignedRows::serve(const Task& task)
 {
     const core::Rect& box = task.output;
+    const Raster& to = task.destination;
+    const std::uint64_t entries = std::uint64_t{to.width} + to.height + to.depth;
     // Coordinates run from one corner's to the other's.
-    return runsAlongAxes(task.map) && task.slab.planes == 1 && !task.source.reading.isOwn &&
-           haveWords(task.source.voxels(0)) &&
+    return entries <= kLongestTables && runsAlongAxes(task.map) && task.slab.planes == 1 &&
+           !task.source.reading.isOwn && haveWords(task.source.voxels(0)) &&
            isNear(task.map(box.xStart, box.yStart, box.zStart)) &&
            isNear(task.map(box.xEnd, box.yEnd, box.zEnd));
 }

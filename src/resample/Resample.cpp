@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <limits>
+#include <new>
 
 #include "OwnPolicies.h"
 #include "Task.h"
@@ -144,7 +145,11 @@ ErrorType perform(const Request<T>& request, VxImage<T>* destination, const Opti
     task.destination = rasterOf(*destination);
     const OwnPolicies<T> own(request.source, options);
     task.source.own = own.sample();
-    return run(task, options);
+    try {
+        return run(task, options);
+    } catch (const std::bad_alloc&) {  // for the tables of a call: nothing is written yet
+        return core::ERR_ALLOCATION_FAILED;
+    }
 }
 
 template <class T>

@@ -112,7 +112,7 @@ template <class T, class Result>
 ErrorType sample(const VxImage<T>& image, const Position* positions, std::size_t count, Units units,
                  int channel, Result* results, const Options& options)
 {
-    if (positions == nullptr || results == nullptr) {
+    if (count > 0 && (positions == nullptr || results == nullptr)) {
         return core::ERR_NULL_POINTER;
     }
     detail::Source source = detail::sourceOf(image);

@@ -101,7 +101,7 @@ TEST(Resize, WritesThroughAnyLayoutAndNothingBeside)
     core::VxImage<short> wrapped;
     wrapped.initializeWithPointer(block.data() + 7, 5, 6, 3, 2);
     wrapped.setImageStride(20, 150, 700, 3);
-    const Options options(core::Cubic{});
+    const Options options = core::Cubic();
     core::VxImage<short> fresh;
     ASSERT_EQ(resize(scene.image, 5, 6, 3, Align::EDGES, &wrapped, options), core::SUCCESS);
     ASSERT_EQ(resize(scene.image, 5, 6, 3, Align::EDGES, &fresh, options), core::SUCCESS);

@@ -131,10 +131,10 @@ TEST(SampleTakes, NoPositionsAtAll)
 {
     core::VxImage<short> image;
     image.initialize(1, 1, 1, 1);
-    const Position position = {};
-    double result = 7.0;
-    EXPECT_EQ(resample::sample(image, &position, 0, Units::VOXELS, 0, &result), core::SUCCESS);
-    EXPECT_EQ(result, 7.0);
+    const std::vector<Position> positions;
+    std::vector<double> results;
+    EXPECT_EQ(resample::sample(image, positions.data(), 0, Units::VOXELS, 0, results.data()),
+              core::SUCCESS);
 }
 
 }  // namespace

@@ -21,7 +21,8 @@ enum class Overflow {
     WRAP,      ///< what the module's own rounded readings give
 };
 
-/// Told how much is done, from 0 to 1, after each part of the work; false cancels the rest.
+/// Told how much is done, from 0 to 1, after each part of the work; false cancels the rest, if
+/// there is any.
 ///
 /// It is called from the threads that work, by one at a time, and the fraction never falls.
 using Progress = std::function<bool(double)>;

@@ -18,7 +18,9 @@
 /// - ERR_INVALID_X, _Y, _Z, _CHANNEL: the destination, or the box of the source, does not fit.
 /// - ERR_INVALID_ARGUMENT: source and destination share memory; from the first to the last element
 ///   of each is compared, gaps included.
-/// - ERR_ALLOCATION_FAILED: no memory for the result; the destination is then empty again.
+/// - ERR_ALLOCATION_FAILED: no memory for the result, and the destination is empty again; or none
+/// for
+///   what a call needs beside it.
 ///
 /// kCancelled: the progress callback said stop. Each row of the destination along x is then either
 /// finished or as it was before; in a new image that is 0.
