@@ -66,7 +66,7 @@ def build(name, compiler="g++", flags="", kind="Release", targets=("volux_core",
     log = f"proof-{name.replace('/', '-')}"
     (LOGS / f"{log}.log").unlink(missing_ok=True)
     configure = ["cmake", "-S", ROOT, "-B", folder, "-G", "Ninja", "-DVOLUX_DEVELOPER_MODE=OFF",
-                 "-DVOLUX_PROOF=ON", f"-DCMAKE_CXX_COMPILER={compiler}",
+                 "-DVOLUX_PROOF=ON", "-DVOLUX_RESAMPLE=OFF", f"-DCMAKE_CXX_COMPILER={compiler}",
                  f"-DCMAKE_BUILD_TYPE={kind}", f"-DCMAKE_CXX_FLAGS={flags}", *arguments]
     for command in (configure, ["cmake", "--build", folder, "--target", *targets]):
         if run(command, log).returncode != 0:

@@ -138,7 +138,8 @@ class Tree:
             status, said = call([
                 "cmake", "-S", self.source, "-B", build, "-G", "Ninja",
                 "-DCMAKE_CXX_COMPILER=g++", "-DCMAKE_BUILD_TYPE=None",
-                "-DVOLUX_DEVELOPER_MODE=OFF", f"-DCMAKE_CXX_FLAGS={KINDS[kind]}"])
+                "-DVOLUX_DEVELOPER_MODE=OFF", "-DVOLUX_RESAMPLE=OFF",
+                f"-DCMAKE_CXX_FLAGS={KINDS[kind]}"])
             if status != 0:
                 raise Failure(f"cmake cannot configure the module for mutants: {said[-300:]}")
         status, said = call(["ninja", "-C", build, "-j1", "volux_core"], env=english())
