@@ -15,6 +15,7 @@ add_library(volux_resample SHARED
     src/resample/ObliqueRows.cpp
     src/resample/Resample.cpp
     src/resample/Sample.cpp
+    src/resample/Store.cpp
     src/resample/Support.cpp
     src/resample/Task.cpp
     src/resample/Work.cpp

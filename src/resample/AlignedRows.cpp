@@ -4,6 +4,7 @@
 
 #include "Exact.h"
 #include "Rows.h"
+#include "Store.h"
 
 namespace volux::resample::detail {
 
@@ -73,8 +74,8 @@ public:
 
     void take(std::size_t row, const double* samples) override
     {
-        storeReadings(to_, overflow_, samples, columns_,
-                      first_ + to_.strideY * static_cast<std::int64_t>(row));
+        store(to_.type, overflow_, samples, columns_, to_.strideX,
+              first_ + to_.strideY * static_cast<std::int64_t>(row));
     }
 
 private:

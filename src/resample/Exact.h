@@ -16,13 +16,12 @@ inline int wrappingAdd(int a, int b)
     return static_cast<int>(std::int64_t{a} + b);
 }
 
-// Toward zero; NaN and what does not fit give the lowest integer.
+// Toward zero; NaN and what does not fit give the lowest integer, as the lowest itself does.
 template <class Int>
 Int truncated(double value)
 {
-    constexpr double kLowest = std::numeric_limits<Int>::min();
-    const bool fits = value < -kLowest && (value > kLowest - 1.0 || value == kLowest);
-    return fits ? static_cast<Int>(value) : std::numeric_limits<Int>::min();
+    constexpr Int kLowest = std::numeric_limits<Int>::min();
+    return std::abs(value) < -static_cast<double>(kLowest) ? static_cast<Int>(value) : kLowest;
 }
 
 // One lower at negative whole numbers, and for NaN.

@@ -1,7 +1,7 @@
 #include <algorithm>
-#include <cstring>
 
 #include "Rows.h"
+#include "Store.h"
 
 namespace volux::resample::detail {
 
@@ -25,17 +25,6 @@ void project(Projection projection, const double* samples, std::size_t count, do
     }
 }
 
-// Elements side by side, to where the stride leads.
-void scatter(const unsigned char* elements, std::size_t count, std::int64_t bytes,
-             std::int64_t stride, unsigned char* to)
-{
-    for (std::size_t n = 0; n < count; ++n) {
-        std::memcpy(to + static_cast<std::ptrdiff_t>(stride) * static_cast<std::ptrdiff_t>(n),
-                    elements + n * static_cast<std::size_t>(bytes),
-                    static_cast<std::size_t>(bytes));
-    }
-}
-
 Position rowOf(const AffineMap& map, double j, double k)
 {
     const auto coordinate = [&](const double(&row)[4]) {
@@ -45,18 +34,6 @@ Position rowOf(const AffineMap& map, double j, double k)
 }
 
 }  // namespace
-
-void storeReadings(const Raster& to, Overflow overflow, const double* readings, std::size_t count,
-                   unsigned char* first)
-{
-    if (to.strideX == to.elementBytes) {
-        convert(to.type, overflow, readings, count, first);
-        return;
-    }
-    alignas(double) unsigned char elements[kBlock * sizeof(double)];
-    convert(to.type, overflow, readings, count, elements);
-    scatter(elements, count, to.elementBytes, to.strideX, first);
-}
 
 void ObliqueRows::operator()(std::size_t first, std::size_t end) const
 {
@@ -83,7 +60,7 @@ void ObliqueRows::fill(unsigned int y, unsigned int z, unsigned int c, Block& bl
             projectPlanes(x, y, z, c, block, projected);
             readings = projected;
         }
-        storeReadings(to, overflow_, readings, block.count, to.at(x, y, z, c));
+        store(to.type, overflow_, readings, block.count, to.strideX, to.at(x, y, z, c));
     }
 }
 

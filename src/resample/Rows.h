@@ -9,10 +9,6 @@
 
 namespace volux::resample::detail {
 
-// Stores the readings of successive voxels of one row and channel.
-void storeReadings(const Raster& to, Overflow overflow, const double* readings, std::size_t count,
-                   unsigned char* first);
-
 // Rows `first` to `end` - 1 of the destination, counted through its slices; safe from many threads.
 class ObliqueRows {
 public:

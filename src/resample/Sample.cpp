@@ -1,8 +1,8 @@
 #include <algorithm>
-#include <cstring>
 #include <type_traits>
 
 #include "OwnPolicies.h"
+#include "Store.h"
 #include "Task.h"
 #include "Work.h"
 #include "volux/core/detail/ElementTypes.inc"
@@ -23,7 +23,8 @@ constexpr std::size_t kPart = 16 * kBlock;
 struct Places {
     const Position* positions;
     std::size_t count;
-    core::VoxelSize unit;  // of the positions, in voxels' own spacing
+    Units units;
+    core::VoxelSize spacing;
 };
 
 // Where the results go: `channels` of them for each position, from channel `first` of the source.
@@ -39,9 +40,14 @@ void fill(const Places& places, std::size_t first, Block& block)
 {
     for (std::size_t n = 0; n < block.count; ++n) {
         const Position& p = places.positions[first + n];
-        block.x[n] = p.x / places.unit.x;
-        block.y[n] = p.y / places.unit.y;
-        block.z[n] = p.z / places.unit.z;
+        block.x[n] = p.x;
+        block.y[n] = p.y;
+        block.z[n] = p.z;
+    }
+    for (std::size_t n = 0; places.units == Units::PHYSICAL && n < block.count; ++n) {
+        block.x[n] /= places.spacing.x;
+        block.y[n] /= places.spacing.y;
+        block.z[n] /= places.spacing.z;
     }
     for (double* const padding : {block.x, block.y, block.z}) {
         std::fill(padding + block.count, padding + std::min(block.count + 8, kRoom), 0.0);
@@ -54,12 +60,9 @@ void sampleBlock(const Source& source, const Places& places, const Results& resu
     for (unsigned int c = 0; c < results.channels; ++c) {
         fill(places, first, block);
         source.take(results.first + c, block);
-        alignas(double) unsigned char elements[kBlock * sizeof(double)];
-        convert(results.type, overflow, block.samples, block.count, elements);
-        for (std::size_t n = 0; n < block.count; ++n) {
-            std::memcpy(results.data + ((first + n) * results.channels + c) * results.bytes,
-                        elements + n * results.bytes, results.bytes);
-        }
+        store(results.type, overflow, block.samples, block.count,
+              static_cast<std::int64_t>(results.channels * results.bytes),
+              results.data + (first * results.channels + c) * results.bytes);
     }
 }
 
@@ -127,10 +130,9 @@ ErrorType sample(const VxImage<T>& image, const Position* positions, std::size_t
     if (!isAll && (channel < 0 || static_cast<unsigned int>(channel) >= image.getChannels())) {
         return core::ERR_INVALID_CHANNEL;
     }
-    const detail::Places places = {positions, count,
-                                   units == Units::VOXELS
-                                       ? core::VoxelSize(1, 1, 1)
-                                       : const_cast<VxImage<T>&>(image).getVoxelSize()};
+    // The getter is not const, and only reads.
+    const detail::Places places = {positions, count, units,
+                                   const_cast<VxImage<T>&>(image).getVoxelSize()};
     const detail::Results to = {
         detail::typeOf<Result>(), sizeof(Result), reinterpret_cast<unsigned char*>(results),
         isAll ? 0U : static_cast<unsigned int>(channel), isAll ? image.getChannels() : 1U};
