@@ -10,11 +10,12 @@ endif()
 add_library(volux_resample SHARED
     src/resample/AffineMap.cpp
     src/resample/AlignedRows.cpp
-    src/resample/Blocks.cpp
     src/resample/Grid.cpp
+    src/resample/Lines.cpp
     src/resample/ObliqueRows.cpp
     src/resample/Resample.cpp
     src/resample/Sample.cpp
+    src/resample/Samples.cpp
     src/resample/Store.cpp
     src/resample/Support.cpp
     src/resample/Task.cpp

@@ -51,6 +51,7 @@ std::int64_t nearestBytes(double coordinate, const Axis& axis, const Outside& ou
     return outside.isConstant && !axis.holds(index) ? kOutside : axis.bytes(axis.clamped(index));
 }
 
+// `from` is null where Constant takes the place of a whole row.
 template <class Element>
 void copyElements(const unsigned char* from, const std::vector<std::int64_t>& columns,
                   Element constant, std::int64_t stride, unsigned char* to)
@@ -58,7 +59,7 @@ void copyElements(const unsigned char* from, const std::vector<std::int64_t>& co
     const auto pitch = static_cast<std::ptrdiff_t>(stride);
     for (std::size_t n = 0; n < columns.size(); ++n) {
         Element element = constant;
-        if (columns[n] != kOutside) {
+        if (from != nullptr && columns[n] != kOutside) {
             std::memcpy(&element, from + columns[n], sizeof element);
         }
         std::memcpy(to + pitch * static_cast<std::ptrdiff_t>(n), &element, sizeof element);
@@ -183,7 +184,6 @@ void AlignedRows::copySlice(unsigned int z, unsigned int y, unsigned int yEnd, u
     }
 }
 
-// `from` is null where Constant takes the place of a whole row.
 void AlignedRows::copyRow(const unsigned char* from, unsigned char* to) const
 {
     const Raster& raster = task_.destination;
@@ -192,13 +192,11 @@ void AlignedRows::copyRow(const unsigned char* from, unsigned char* to) const
                     static_cast<std::size_t>(raster.width * raster.elementBytes));
         return;
     }
-    const std::vector<std::int64_t> nowhere(from == nullptr ? columns_.size() : 0, kOutside);
-    const auto& columns = from == nullptr ? nowhere : columns_;
     alignas(double) unsigned char constant[sizeof(double)];
     convert(raster.type, overflow_, &task_.source.reading.outside.value, 1, constant);
     const auto copy = [&](auto element) {
         std::memcpy(&element, constant, sizeof element);
-        copyElements(from, columns, element, raster.strideX, to);
+        copyElements(from, columns_, element, raster.strideX, to);
     };
     switch (raster.elementBytes) {
         case sizeof(std::uint8_t):

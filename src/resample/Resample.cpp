@@ -1,7 +1,6 @@
 #include "volux/resample/Resample.h"
 
 #include <cstdint>
-#include <limits>
 #include <new>
 
 #include "OwnPolicies.h"
@@ -82,17 +81,6 @@ ErrorType checkBrick(const Task& task)
     return holds(region.brickZ, brick.depth, region.sourceDepth, need.zStart, need.zEnd)
                ? SUCCESS
                : core::ERR_INVALID_Z;
-}
-
-ErrorType checkExtents(const ResampleRegion& region)
-{
-    for (const unsigned int extent :
-         {region.sourceWidth, region.sourceHeight, region.sourceDepth}) {
-        if (extent == 0 || extent > static_cast<unsigned int>(std::numeric_limits<int>::max())) {
-            return core::ERR_INVALID_ARGUMENT;
-        }
-    }
-    return SUCCESS;
 }
 
 template <class T>

@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <limits>
+#include <new>
 #include <type_traits>
 
 #include "OwnPolicies.h"
@@ -89,7 +91,12 @@ bool areApart(const void* a, std::size_t aBytes, const void* b, std::size_t bByt
 
 ErrorType checkMemory(const Raster& source, const Places& places, const Results& results)
 {
-    const std::size_t bytes = places.count * results.channels * results.bytes;
+    const std::size_t perPlace = results.channels * results.bytes;
+    if (places.count >
+        std::numeric_limits<std::size_t>::max() / 2 / std::max(perPlace, sizeof(Position))) {
+        return core::ERR_INVALID_ARGUMENT;
+    }
+    const std::size_t bytes = places.count * perPlace;
     const bool apart =
         areApart(source.data, static_cast<std::size_t>(source.end() - source.data), results.data,
                  bytes) &&
@@ -123,6 +130,9 @@ ErrorType sample(const VxImage<T>& image, const Position* positions, std::size_t
     if (result == SUCCESS) {
         result = detail::readingOf<T>(options, source.reading);
     }
+    if (result == SUCCESS) {
+        result = detail::checkExtents(source.region);
+    }
     if (result != SUCCESS) {
         return result;
     }
@@ -136,13 +146,20 @@ ErrorType sample(const VxImage<T>& image, const Position* positions, std::size_t
     const detail::Results to = {
         detail::typeOf<Result>(), sizeof(Result), reinterpret_cast<unsigned char*>(results),
         isAll ? 0U : static_cast<unsigned int>(channel), isAll ? image.getChannels() : 1U};
+    if (units == Units::PHYSICAL && !detail::isSpacing(places.spacing)) {
+        return core::ERR_INVALID_ARGUMENT;
+    }
     result = detail::checkMemory(source.raster, places, to);
     if (result != SUCCESS) {
         return result;
     }
     const detail::OwnPolicies<T> own(image, options);
     source.own = own.sample();
-    return detail::samplePlaces(source, places, to, options);
+    try {
+        return detail::samplePlaces(source, places, to, options);
+    } catch (const std::bad_alloc&) {
+        return core::ERR_ALLOCATION_FAILED;
+    }
 }
 
 #define VOLUX_SAMPLE(T, RESULT)                                                                  \

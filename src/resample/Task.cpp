@@ -1,8 +1,11 @@
 #include "Task.h"
 
+#include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <limits>
 #include <typeinfo>
+#include <utility>
 
 #include "Rows.h"
 #include "Work.h"
@@ -34,17 +37,36 @@ bool holds(double value)
             value <= static_cast<double>(Limits::max()) && std::trunc(value) == value);
 }
 
-bool isSpacing(double spacing)
-{
-    return std::isfinite(spacing) && spacing > 0.0;
-}
-
 bool isExtent(std::uint64_t extent)
 {
     return extent >= 1 && extent <= kMostVoxels;
 }
 
+// Each stride passes what the smaller ones span.
+bool areApart(const Raster& raster)
+{
+    std::pair<std::int64_t, std::int64_t> axes[] = {{raster.strideX, raster.width},
+                                                    {raster.strideY, raster.height},
+                                                    {raster.strideZ, raster.depth},
+                                                    {raster.strideC, raster.channels}};
+    std::sort(std::begin(axes), std::end(axes));
+    std::int64_t span = raster.elementBytes;
+    for (const auto& [stride, extent] : axes) {
+        if (extent > 1 && stride < span) {
+            return false;
+        }
+        span += stride * (extent - 1);
+    }
+    return true;
+}
+
 }  // namespace
+
+bool isSpacing(const core::VoxelSize& spacing)
+{
+    const auto isDistance = [](double d) { return std::isfinite(d) && d > 0.0; };
+    return isDistance(spacing.x) && isDistance(spacing.y) && isDistance(spacing.z);
+}
 
 Voxels Source::voxels(unsigned int channel) const
 {
@@ -100,16 +122,22 @@ ErrorType checkSource(const Raster& source)
     if (source.data == nullptr) {
         return core::ERR_NULL_POINTER;
     }
-    return source.isEmpty() ? core::ERR_INVALID_ARGUMENT : core::SUCCESS;
+    return isExtent(source.channels) ? core::SUCCESS : core::ERR_INVALID_ARGUMENT;
+}
+
+ErrorType checkExtents(const ResampleRegion& region)
+{
+    const bool sizes = isExtent(region.sourceWidth) && isExtent(region.sourceHeight) &&
+                       isExtent(region.sourceDepth);
+    return sizes ? core::SUCCESS : core::ERR_INVALID_ARGUMENT;
 }
 
 ErrorType checkGrid(const Grid& grid, const Slab& slab)
 {
     const bool sizes = isExtent(grid.width) && isExtent(grid.height) &&
                        isExtent(std::uint64_t{grid.depth} * slab.planes);
-    const bool spacing =
-        isSpacing(grid.spacing.x) && isSpacing(grid.spacing.y) && isSpacing(grid.spacing.z);
-    return sizes && spacing && grid.map.isInvertible() ? core::SUCCESS : core::ERR_INVALID_ARGUMENT;
+    return sizes && isSpacing(grid.spacing) && grid.map.isInvertible() ? core::SUCCESS
+                                                                       : core::ERR_INVALID_ARGUMENT;
 }
 
 ErrorType checkBox(const core::Rect& box, const Grid& grid)
@@ -128,16 +156,17 @@ ErrorType checkOverlap(const Raster& source, const Raster& destination)
     const std::less<const unsigned char*> before;
     const bool apart =
         !before(source.data, destination.end()) || !before(destination.data, source.end());
-    return apart ? core::SUCCESS : core::ERR_INVALID_ARGUMENT;
+    return apart && areApart(destination) ? core::SUCCESS : core::ERR_INVALID_ARGUMENT;
 }
 
 ErrorType run(const Task& task, const Options& options)
 {
     const Raster& to = task.destination;
-    const std::size_t rowSamples = std::size_t{to.width} * to.channels * task.slab.planes;
-    const auto fill = [&](const auto& rows) {
-        return shareOut(std::size_t{to.height} * to.depth, kPart / rowSamples, options,
-                        [&](std::size_t first, std::size_t end) { rows(first, end); });
+    // Divided one by one, because their product may be more than any integer.
+    const std::size_t rows = kPart / to.width / to.channels / task.slab.planes;
+    const auto fill = [&](const auto& fillRows) {
+        return shareOut(std::size_t{to.height} * to.depth, rows, options,
+                        [&](std::size_t first, std::size_t end) { fillRows(first, end); });
     };
     const bool isDone = AlignedRows::serve(task) ? fill(AlignedRows(task, options.overflow))
                                                  : fill(ObliqueRows(task, options.overflow));

@@ -46,9 +46,15 @@ struct Task {
 template <class T>
 core::ErrorType readingOf(const Options& options, Reading& reading);
 
+// Finite and above 0.
+bool isSpacing(const core::VoxelSize& spacing);
+
 core::ErrorType checkSource(const Raster& source);
+core::ErrorType checkExtents(const ResampleRegion& region);
 core::ErrorType checkGrid(const Grid& grid, const Slab& slab);
 core::ErrorType checkBox(const core::Rect& box, const Grid& grid);
+
+// Of source and destination, and of the destination's voxels among themselves.
 core::ErrorType checkOverlap(const Raster& source, const Raster& destination);
 
 // The voxels of the whole source that a box of a grid reads.

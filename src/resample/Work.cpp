@@ -28,6 +28,19 @@ public:
         if (stopped_) {
             return;
         }
+        try {
+            perform(part);
+        } catch (...) {
+            stopped_ = true;
+            throw;
+        }
+    }
+
+    bool stopped() const { return stopped_; }
+
+private:
+    void perform(std::size_t part)
+    {
         const std::size_t first = part * most_;
         const std::size_t end = std::min(first + most_, items_);
         work_(first, end);
@@ -36,18 +49,22 @@ public:
         }
     }
 
-    bool stopped() const { return stopped_; }
-
-private:
     void tell(std::size_t more)
     {
         const std::lock_guard<std::mutex> oneAtATime(mutex_);
         done_ += more;
-        // Nobody who has said stop is asked again.
-        if (!stopped_ && !progress_(static_cast<double>(done_) / static_cast<double>(items_)) &&
-            done_ < items_) {
+        // Nobody who has said stop, or has thrown, is asked again.
+        if (!stopped_ && !goOn() && done_ < items_) {
             stopped_ = true;
         }
+    }
+
+    // A callback that waits for tasks of its own must not be given another part meanwhile: it would
+    // wait for itself.
+    bool goOn() const
+    {
+        return oneapi::tbb::this_task_arena::isolate(
+            [&] { return progress_(static_cast<double>(done_) / static_cast<double>(items_)); });
     }
 
     const std::size_t items_;
