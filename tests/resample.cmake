@@ -1,5 +1,6 @@
 set(VOLUX_RESAMPLE_TESTS
     resample/AffineMapTest.cpp
+    resample/EveryWayTest.cpp
     resample/GridTest.cpp
     resample/RefusalsTest.cpp
     resample/RegionTest.cpp

@@ -36,11 +36,6 @@ struct Raster {
     std::int64_t strideZ;
     std::int64_t strideC;
 
-    bool isEmpty() const
-    {
-        return data == nullptr || width == 0 || height == 0 || depth == 0 || channels == 0;
-    }
-
     unsigned char* at(std::int64_t x, std::int64_t y, std::int64_t z, std::int64_t c) const
     {
         return data +
@@ -82,7 +77,7 @@ Raster rasterOf(const core::VxImage<T>& image)
                      sizeof(T),
                      sizeof(T),
                      sizeof(T)};
-    if (!raster.isEmpty()) {
+    if (raster.data != nullptr) {  // then no extent is 0 or beyond an int
         raster.strideX = strideOf(image, raster.width, 1, 0, 0, 0);
         raster.strideY = strideOf(image, raster.height, 0, 1, 0, 0);
         raster.strideZ = strideOf(image, raster.depth, 0, 0, 1, 0);

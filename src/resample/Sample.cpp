@@ -78,7 +78,11 @@ ErrorType samplePlaces(const Source& source, const Places& places, const Results
             sampleBlock(source, places, results, options.overflow, n, block);
         }
     };
-    return shareOut(places.count, kPart, options, part) ? SUCCESS : kCancelled;
+    try {
+        return shareOut(places.count, kPart, options, part) ? SUCCESS : kCancelled;
+    } catch (const std::bad_alloc&) {
+        return core::ERR_ALLOCATION_FAILED;
+    }
 }
 
 bool areApart(const void* a, std::size_t aBytes, const void* b, std::size_t bBytes)
@@ -89,8 +93,11 @@ bool areApart(const void* a, std::size_t aBytes, const void* b, std::size_t bByt
     return !before(first, second + bBytes) || !before(second, first + aBytes);
 }
 
-ErrorType checkMemory(const Raster& source, const Places& places, const Results& results)
+ErrorType checkPlaces(const Raster& source, const Places& places, const Results& results)
 {
+    if (places.units == Units::PHYSICAL && !isSpacing(places.spacing)) {
+        return core::ERR_INVALID_ARGUMENT;
+    }
     const std::size_t perPlace = results.channels * results.bytes;
     if (places.count >
         std::numeric_limits<std::size_t>::max() / 2 / std::max(perPlace, sizeof(Position))) {
@@ -130,9 +137,6 @@ ErrorType sample(const VxImage<T>& image, const Position* positions, std::size_t
     if (result == SUCCESS) {
         result = detail::readingOf<T>(options, source.reading);
     }
-    if (result == SUCCESS) {
-        result = detail::checkExtents(source.region);
-    }
     if (result != SUCCESS) {
         return result;
     }
@@ -146,20 +150,13 @@ ErrorType sample(const VxImage<T>& image, const Position* positions, std::size_t
     const detail::Results to = {
         detail::typeOf<Result>(), sizeof(Result), reinterpret_cast<unsigned char*>(results),
         isAll ? 0U : static_cast<unsigned int>(channel), isAll ? image.getChannels() : 1U};
-    if (units == Units::PHYSICAL && !detail::isSpacing(places.spacing)) {
-        return core::ERR_INVALID_ARGUMENT;
-    }
-    result = detail::checkMemory(source.raster, places, to);
+    result = detail::checkPlaces(source.raster, places, to);
     if (result != SUCCESS) {
         return result;
     }
     const detail::OwnPolicies<T> own(image, options);
     source.own = own.sample();
-    try {
-        return detail::samplePlaces(source, places, to, options);
-    } catch (const std::bad_alloc&) {
-        return core::ERR_ALLOCATION_FAILED;
-    }
+    return detail::samplePlaces(source, places, to, options);
 }
 
 #define VOLUX_SAMPLE(T, RESULT)                                                                  \

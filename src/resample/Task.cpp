@@ -119,10 +119,7 @@ VOLUX_FOR_EACH_ELEMENT_TYPE(VOLUX_READING)
 
 ErrorType checkSource(const Raster& source)
 {
-    if (source.data == nullptr) {
-        return core::ERR_NULL_POINTER;
-    }
-    return isExtent(source.channels) ? core::SUCCESS : core::ERR_INVALID_ARGUMENT;
+    return source.data == nullptr ? core::ERR_NULL_POINTER : core::SUCCESS;
 }
 
 ErrorType checkExtents(const ResampleRegion& region)

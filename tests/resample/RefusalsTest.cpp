@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <vector>
 
 #include "Expected.h"
 #include "volux/resample/Resample.h"
@@ -52,7 +53,7 @@ TEST_F(Refusals, NullPointers)
 TEST_F(Refusals, ImpossibleSizes)
 {
     for (unsigned int Grid::*const extent : {&Grid::width, &Grid::height, &Grid::depth})
-        for (const unsigned int odd : {0U, 0x80000000U}) {
+        for (const unsigned int odd : {0U, 0x80000000U, static_cast<unsigned int>(-3)}) {
             const unsigned int before = grid.*extent;
             grid.*extent = odd;
             EXPECT_EQ(refused(), core::ERR_INVALID_ARGUMENT);
@@ -89,6 +90,20 @@ TEST_F(Refusals, SpacingsThatAreNoDistances)
                              std::numeric_limits<double>::quiet_NaN()}) {
         grid.spacing = VoxelSize(1, odd, 1);
         EXPECT_EQ(refused(), core::ERR_INVALID_ARGUMENT);
+    }
+}
+
+TEST_F(Refusals, SourcesWithoutADistanceBetweenVoxels)
+{
+    for (const double odd :
+         {std::numeric_limits<double>::infinity(), std::numeric_limits<double>::quiet_NaN()}) {
+        source.setVoxelSize(1, odd, 1);
+        EXPECT_EQ(resize(source, 3, 4, 5, resample::Align::EDGES, &destination),
+                  core::ERR_INVALID_ARGUMENT);
+        EXPECT_EQ(resize(source, VoxelSize(1, 1, 1), resample::Align::CENTRES, &destination),
+                  core::ERR_INVALID_ARGUMENT);
+        core::VxImage<short> result;  // a grid needs no spacing of the source's
+        EXPECT_EQ(resample::resample(source, grid, &result), core::SUCCESS);
     }
 }
 
@@ -133,6 +148,26 @@ TEST_F(Refusals, MemoryThatBothShare)
     EXPECT_EQ(resample::resample(single, grid, &inside), core::ERR_INVALID_ARGUMENT);
     EXPECT_EQ(resample::resize(source, 4, 4, 4, resample::Align::EDGES, &source),
               core::ERR_INVALID_ARGUMENT);
+}
+
+TEST_F(Refusals, DestinationsWhoseVoxelsShareMemory)
+{
+    std::vector<short> block(200, -7);
+    core::VxImage<short> wrapped;
+    wrapped.initializeWithPointer(block.data(), 3, 4, 5, 2);
+    const auto into = [&](unsigned int y, unsigned int z, unsigned int c, unsigned int x) {
+        wrapped.setImageStride(y, z, c, x);
+        return resample::resample(source, grid, &wrapped);
+    };
+    EXPECT_EQ(into(0, 24, 1, 2), core::ERR_INVALID_ARGUMENT);
+    EXPECT_EQ(into(5, 24, 1, 2), core::ERR_INVALID_ARGUMENT);
+    EXPECT_EQ(into(6, 23, 1, 2), core::ERR_INVALID_ARGUMENT);
+    EXPECT_EQ(into(6, 24, 0, 2), core::ERR_INVALID_ARGUMENT);
+    EXPECT_EQ(into(6, 24, 1, 0), core::ERR_INVALID_ARGUMENT);
+    for (const short element : block)
+        ASSERT_EQ(element, -7);
+    EXPECT_EQ(into(10, 2, 1, 40), core::SUCCESS);
+    EXPECT_EQ(into(6, 24, 1, 2), core::SUCCESS);
 }
 
 TEST_F(Refusals, ResultsThatNoMemoryHolds)

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
+#include <limits>
 #include <vector>
 
 #include "Expected.h"
@@ -124,7 +125,46 @@ TEST(SampleRefuses, WhatItCanNotDo)
     EXPECT_EQ(resample::sample(image, &position, 1, Units::VOXELS, 0, &result,
                                Options(core::Linear(), core::Constant(), 0.5)),
               core::ERR_INVALID_ARGUMENT);
+    const std::size_t endless = std::numeric_limits<std::size_t>::max() / 2;
+    EXPECT_EQ(resample::sample(image, &position, endless, Units::VOXELS, 0, &result),
+              core::ERR_INVALID_ARGUMENT);
     EXPECT_EQ(result, 7.0);
+}
+
+TEST(SampleRefuses, PhysicalUnitsOfASourceThatHasNone)
+{
+    core::VxImage<short> image;
+    image.initialize(2, 2, 2, 1);
+    image.setVoxelSize(1.0, 1.0, std::numeric_limits<double>::quiet_NaN());
+    const Position position = {0.0, 0.0, 0.0};
+    double result = 7.0;
+    EXPECT_EQ(resample::sample(image, &position, 1, Units::PHYSICAL, 0, &result),
+              core::ERR_INVALID_ARGUMENT);
+    EXPECT_EQ(result, 7.0);
+    EXPECT_EQ(resample::sample(image, &position, 1, Units::VOXELS, 0, &result), core::SUCCESS);
+}
+
+TEST(SampleCancels, LeavingEachResultFinishedOrAsItWas)
+{
+    core::VxImage<short> image;
+    image.initialize(2, 2, 2, 2);
+    image.fill(9);
+    const std::vector<Position> positions(100000, Position{0.5, 0.5, 0.5});
+    std::vector<short> results(2 * positions.size(), -5);
+    Options options;
+    options.threads = 3;
+    options.progress = [](double) { return false; };
+    EXPECT_EQ(resample::sample(image, positions.data(), positions.size(), Units::VOXELS,
+                               kAllChannels, results.data(), options),
+              resample::kCancelled);
+    std::size_t finished = 0;
+    for (std::size_t n = 0; n < results.size(); n += 2) {
+        ASSERT_EQ(results[n], results[n + 1]);
+        ASSERT_TRUE(results[n] == 9 || results[n] == -5);
+        finished += results[n] == 9 ? 1 : 0;
+    }
+    EXPECT_GT(finished, 0U);
+    EXPECT_LT(finished, positions.size());
 }
 
 TEST(SampleTakes, NoPositionsAtAll)

@@ -1,9 +1,12 @@
 // Threads, progress, cancelling, and what is thrown on the way.
 #include <gtest/gtest.h>
+#include <oneapi/tbb/parallel_for.h>
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cstring>
+#include <new>
 #include <stdexcept>
 #include <vector>
 
@@ -126,11 +129,39 @@ TEST_P(Progress, CancelsAndLeavesWholeRows)
     EXPECT_LT(finished, 128 * 128);
 }
 
-TEST_P(Progress, MayThrow)
+TEST_P(Progress, MayThrowOnce)
 {
     Asked asked(GetParam());
-    asked.options.progress = [](double) -> bool { throw std::runtime_error("enough"); };
+    int calls = 0;
+    asked.options.progress = [&](double) -> bool {
+        ++calls;
+        throw std::runtime_error("enough");
+    };
     EXPECT_THROW(asked.perform(), std::runtime_error);
+    EXPECT_EQ(calls, 1);
+}
+
+TEST_P(Progress, MayRunOutOfMemory)
+{
+    Asked asked(GetParam());
+    asked.options.progress = [](double) -> bool { throw std::bad_alloc(); };
+    EXPECT_EQ(asked.perform(), core::ERR_ALLOCATION_FAILED);
+}
+
+// The callback must not wait for a part that waits for the callback.
+TEST_P(Progress, MayWorkOnThreadsItself)
+{
+    Asked asked(GetParam());
+    asked.options.progress = [](double) {
+        std::atomic<int> sum{0};
+        oneapi::tbb::parallel_for(0, 64, [&](int n) { sum += n; });
+        core::VxImage<short> small;
+        core::VxImage<short> large;
+        small.initialize(4, 4, 4, 1);
+        return resize(small, 32, 32, 32, resample::Align::CENTRES, &large) == core::SUCCESS &&
+               sum == 64 * 63 / 2;
+    };
+    EXPECT_EQ(asked.perform(), core::SUCCESS);
 }
 
 TEST_P(Progress, IsNotCancelledByTheLastCall)
@@ -140,7 +171,7 @@ TEST_P(Progress, IsNotCancelledByTheLastCall)
     EXPECT_EQ(asked.perform(), core::SUCCESS);
 }
 
-INSTANTIATE_TEST_SUITE_P(On, Progress, ::testing::Values(1U, 4U));
+INSTANTIATE_TEST_SUITE_P(On, Progress, ::testing::Values(1U, 4U, 4294967295U));
 
 TEST(Policies, WithoutATableThrowAsInTheModule)
 {
@@ -175,6 +206,41 @@ struct Half : core::Interpolator {
         return table;
     }
 };
+
+// Throws at one place.
+struct Trap : core::Border {
+    BorderTable& get() override
+    {
+        static core::Border::border_t<Trap, core::Border> table;
+        return table;
+    }
+
+    template <class T>
+    T fetch(const core::VxImage<T>&, int x, int y, int z, unsigned int, T value, unsigned int,
+            unsigned int, unsigned int)
+    {
+        if (x == 700 && y == 30 && z == 0)
+            throw std::runtime_error("caught");
+        return value;
+    }
+};
+
+TEST(Policies, MayThrowLeavingEachVoxelFinishedOrAsItWas)
+{
+    Trap trap;
+    core::VxImage<short> source;
+    source.initialize(2, 2, 2, 1);
+    for (const unsigned int threads : {1U, 4U}) {
+        core::VxImage<short> result;
+        Options options(core::NearestNeighbor(), &trap, 9);
+        options.threads = threads;
+        EXPECT_THROW(resample::resample(source, gridOf(AffineMap(), 900, 60, 2), &result, options),
+                     std::runtime_error);
+        for (int n = 0; n < 900 * 60 * 2; ++n)
+            ASSERT_TRUE(result.getBufferPointer()[n] == 9 || result.getBufferPointer()[n] == 0);
+        EXPECT_EQ(result(700, 30, 0, 0), 0);
+    }
+}
 
 template <class T>
 class OwnPolicy : public ::testing::Test {
