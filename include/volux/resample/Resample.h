@@ -10,23 +10,24 @@
 /// Its spacing becomes that of the grid.
 ///
 /// Failures are tested in this order, and before anything is written:
-/// - ERR_NULL_POINTER: a null destination, interpolator, border or array; a source without a
-/// buffer.
-/// - ERR_INVALID_ARGUMENT: a source or grid extent that is 0 or above 2^31 - 1; a map that is
-///   singular or not finite; a spacing that is not finite and above 0; an `outside` that an integer
-///   T does not hold.
+/// - ERR_NULL_POINTER: a null destination, interpolator, border or array; a source that holds no
+///   buffer.
+/// - ERR_INVALID_ARGUMENT: a grid extent that is 0 or above 2^31 - 1; a map that is singular or not
+///   finite; a spacing that is not finite and above 0; an `outside` that an integer T does not
+///   hold.
 /// - ERR_INVALID_X, _Y, _Z, _CHANNEL: the destination, or the box of the source, does not fit.
 /// - ERR_INVALID_ARGUMENT: source and destination share memory; from the first to the last element
-///   of each is compared, gaps included.
-/// - ERR_ALLOCATION_FAILED: no memory for the result, and the destination is empty again; or none
-/// for
-///   what a call needs beside it.
+///   of each is compared, gaps included. Or voxels of the destination do: each of its strides has
+///   to pass what the smaller ones span.
+/// - ERR_ALLOCATION_FAILED: no memory for the result, and the destination is empty again.
 ///
 /// kCancelled: the progress callback said stop. Each row of the destination along x is then either
 /// finished or as it was before; in a new image that is 0.
 ///
 /// Exceptions are those of the module (a policy without a table), and what the caller's own
-/// policies and callback throw. Rows are then left as after a cancel.
+/// policies and callback throw; the first one stops the other threads and leaves the call. Each
+/// voxel is then either finished or as it was before. A std::bad_alloc, theirs or that of the
+/// threads, becomes ERR_ALLOCATION_FAILED.
 #pragma once
 
 #include <cstddef>
@@ -122,8 +123,10 @@ inline constexpr int kAllChannels = -1;
 
 /// Samples at `count` positions, any double. `results` gets one number for each, or as many as
 /// there are channels, and is of type T or double: a double is the reading as it is.
-/// @return ERR_INVALID_CHANNEL for a channel that the source lacks. After a cancel each result is
-///         either finished or as it was.
+/// @return ERR_INVALID_CHANNEL for a channel that the source lacks; ERR_INVALID_ARGUMENT also for
+///         physical units of a source whose spacing is not finite, for results that share memory
+///         with the source or the positions, and for more of them than any memory holds. After a
+///         cancel each result is either finished or as it was.
 template <class T, class Result>
 VOLUX_RESAMPLE_API core::ErrorType sample(const core::VxImage<T>& source, const Position* positions,
                                           std::size_t count, Units units, int channel,
