@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 #include <type_traits>
 
 #include "Blocks.h"
@@ -75,7 +76,7 @@ inline Real fromLowest(Word words)
         return hn::PromoteTo(d, hn::BitCast(halves, hn::TruncateTo(lower, words)));
     } else {
         // Put below the bits of 2^52, which is then taken off; signed ones are moved up before.
-        constexpr std::uint64_t kMask = (std::uint64_t{1} << (8 * sizeof(T))) - 1;
+        constexpr std::uint64_t kMask = std::numeric_limits<std::make_unsigned_t<T>>::max();
         constexpr std::uint64_t kUp = std::is_signed_v<T> ? (kMask >> 1U) + 1 : 0;
         const Word moved = hn::Xor(hn::And(words, hn::Set(Words(), kMask)), hn::Set(Words(), kUp));
         const Word biased = hn::Or(moved, hn::BitCast(Words(), real(0x1p52)));

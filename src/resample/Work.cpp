@@ -7,54 +7,64 @@
 
 #include <algorithm>
 #include <atomic>
+#include <exception>
 #include <mutex>
 
 namespace volux::resample::detail {
 
 namespace {
 
+// Called by many threads at once. Each part begins by reading an atomic that the caller has written
+// last, and ends by writing one that the caller reads first: what either has done is seen by the
+// other, whatever shares the parts out.
 class Parts {
 public:
     Parts(std::size_t items, std::size_t most, const Progress& progress,
           const std::function<void(std::size_t, std::size_t)>& work)
         : items_(items), most_(std::max<std::size_t>(most, 1)), progress_(progress), work_(work)
     {
+        stopped_ = false;
     }
 
     std::size_t count() const { return (items_ + most_ - 1) / most_; }
 
-    void operator()(std::size_t part)
+    void operator()(std::size_t part) const { finished_ += stopped_ ? 0 : perform(part); }
+
+    // Throws what a part has thrown first.
+    bool areFinished() const
     {
-        if (stopped_) {
-            return;
+        const bool areAll = finished_ == items_;
+        if (failure_ != nullptr) {
+            std::rethrow_exception(failure_);
         }
-        try {
-            perform(part);
-        } catch (...) {
-            stopped_ = true;
-            throw;
-        }
+        return areAll;
     }
 
-    bool stopped() const { return stopped_; }
-
 private:
-    void perform(std::size_t part)
+    // The items that it has finished.
+    std::size_t perform(std::size_t part) const
     {
         const std::size_t first = part * most_;
         const std::size_t end = std::min(first + most_, items_);
-        work_(first, end);
-        if (progress_) {
-            tell(end - first);
+        try {
+            work_(first, end);
+            if (progress_) {
+                tell(end - first);
+            }
+            return end - first;
+        } catch (...) {
+            const std::lock_guard<std::mutex> oneAtATime(mutex_);
+            failure_ = failure_ == nullptr ? std::current_exception() : failure_;
+            stopped_ = true;
+            return 0;
         }
     }
 
-    void tell(std::size_t more)
+    void tell(std::size_t more) const
     {
         const std::lock_guard<std::mutex> oneAtATime(mutex_);
         done_ += more;
-        // Nobody who has said stop, or has thrown, is asked again.
-        if (!stopped_ && !goOn() && done_ < items_) {
+        if (!stopped_ && !goOn()) {
             stopped_ = true;
         }
     }
@@ -71,12 +81,14 @@ private:
     const std::size_t most_;
     const Progress& progress_;
     const std::function<void(std::size_t, std::size_t)>& work_;
-    std::mutex mutex_;
-    std::size_t done_ = 0;
-    std::atomic<bool> stopped_{false};
+    mutable std::mutex mutex_;
+    mutable std::size_t done_ = 0;
+    mutable std::exception_ptr failure_;
+    mutable std::atomic<bool> stopped_;
+    mutable std::atomic<std::size_t> finished_{0};
 };
 
-void onThreads(int threads, Parts& parts)
+void onThreads(int threads, const Parts& parts)
 {
     namespace tbb = oneapi::tbb;
     using Control = tbb::global_control;
@@ -86,14 +98,7 @@ void onThreads(int threads, Parts& parts)
                           std::max<std::size_t>(allowed, static_cast<std::size_t>(threads)));
     tbb::task_arena arena(threads);
     arena.execute([&] {
-        tbb::parallel_for(
-            tbb::blocked_range<std::size_t>(0, parts.count()),
-            [&](const tbb::blocked_range<std::size_t>& range) {
-                for (std::size_t part = range.begin(); part < range.end(); ++part) {
-                    parts(part);
-                }
-            },
-            tbb::simple_partitioner());
+        tbb::parallel_for(std::size_t{0}, parts.count(), parts, tbb::simple_partitioner());
     });
 }
 
@@ -103,7 +108,7 @@ bool shareOut(std::size_t items, std::size_t most, const Options& options,
               const std::function<void(std::size_t, std::size_t)>& work)
 {
     constexpr unsigned int kMostThreads = 1024;
-    Parts parts(items, most, options.progress, work);
+    const Parts parts(items, most, options.progress, work);
     const unsigned int threads =
         options.threads != 0 ? std::min(options.threads, kMostThreads)
                              : static_cast<unsigned int>(oneapi::tbb::info::default_concurrency());
@@ -114,7 +119,7 @@ bool shareOut(std::size_t items, std::size_t most, const Options& options,
     } else {
         onThreads(static_cast<int>(threads), parts);
     }
-    return !parts.stopped();
+    return parts.areFinished();
 }
 
 }  // namespace volux::resample::detail

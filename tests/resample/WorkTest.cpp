@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <cstring>
 #include <new>
 #include <stdexcept>
@@ -153,13 +152,11 @@ TEST_P(Progress, MayWorkOnThreadsItself)
 {
     Asked asked(GetParam());
     asked.options.progress = [](double) {
-        std::atomic<int> sum{0};
-        oneapi::tbb::parallel_for(0, 64, [&](int n) { sum += n; });
+        oneapi::tbb::parallel_for(0, 64, [](int) {});
         core::VxImage<short> small;
         core::VxImage<short> large;
         small.initialize(4, 4, 4, 1);
-        return resize(small, 32, 32, 32, resample::Align::CENTRES, &large) == core::SUCCESS &&
-               sum == 64 * 63 / 2;
+        return resize(small, 32, 32, 32, resample::Align::CENTRES, &large) == core::SUCCESS;
     };
     EXPECT_EQ(asked.perform(), core::SUCCESS);
 }
