@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "BulkPictures.h"
 #include "Montage.h"
 #include "Sheet.h"
 #include "ShortNumber.h"
@@ -21,11 +22,6 @@ constexpr unsigned int kTile = 400;  // pixels
 constexpr unsigned int kDetailTile = 312;
 constexpr double kPixelsToVoxel = 20.0;
 
-double largest(const Point& extent)
-{
-    return std::max({extent.x, extent.y, extent.z});
-}
-
 void letter(Picture& picture, const Volume& volume, const Directions& directions)
 {
     if (volume.orientationKnown())
@@ -40,7 +36,7 @@ std::string convention(const Volume& volume)
 
 Tile cutTile(const Volume& volume, Cut cut, const std::string& name, const Window& window, Job& job)
 {
-    const double pixelEdge = largest(volume.extent()) / kTile;
+    const double pixelEdge = volume.longestSide() / kTile;
     const unsigned int index = slicesOf(volume, cut) / 2;
     Picture picture = viewCut(volume, cut, index, pixelEdge, window, job);
     letter(picture, volume, directionsOf(cut));
@@ -91,7 +87,7 @@ double disagreement(const Volume& volume, const Plane& plane, double square)
 Plane mostTelling(const Volume& volume, const Plane& plane, double square)
 {
     constexpr int kTries = 5;  // to each side
-    const double step = 0.15 * largest(volume.extent()) / kTries;
+    const double step = 0.15 * volume.longestSide() / kTries;
     Plane best = plane;
     double most = disagreement(volume, plane, square);
     for (int down = -kTries; down <= kTries; ++down)
@@ -135,7 +131,7 @@ void makeOblique(const Volume& volume, const Window& window, const OutputFolder&
     Job job("oblique.png", 4);
     const core::VoxelSize spacing = volume.spacing();
     const double finest = std::min({spacing.x, spacing.y, spacing.z});
-    const PixelGrid whole{kDetailTile, kDetailTile, 1.1 * largest(volume.extent()) / kDetailTile};
+    const PixelGrid whole{kDetailTile, kDetailTile, 1.1 * volume.longestSide() / kDetailTile};
     const PixelGrid part{kDetailTile, kDetailTile, finest / kPixelsToVoxel};
     const Plane plane = obliquePlane(volume);
     const Plane detail = mostTelling(volume, plane, kDetailTile * part.edge);
@@ -193,7 +189,7 @@ Tile bordered(const Volume& volume, core::Border& border, const std::string& nam
               const Window& window, Job& job)
 {
     const Plane plane = obliquePlane(volume);
-    const PixelGrid grid{600, 500, 1.7 * largest(volume.extent()) / 600};
+    const PixelGrid grid{600, 500, 1.7 * volume.longestSide() / 600};
     const Policies policies{&InterpolationType::LINEAR, &border, greyBorder(volume, window)};
     Picture picture = viewPlane(volume, plane, grid, policies, window, job);
     outline(picture, volume, plane, grid);
@@ -237,6 +233,7 @@ void makeBrainPictures(const Volume& volume, const OutputFolder& folder)
     makeOblique(volume, window, folder);
     makeBorders(volume, window, folder);
     makeMontageSheet(volume, window, folder);
+    makeFlight(volume, window, folder);
 }
 
 }  // namespace reslice

@@ -1,5 +1,6 @@
 #include "Interrupt.h"
 
+#include <atomic>
 #include <csignal>
 
 #include "Failure.h"
@@ -7,11 +8,12 @@
 namespace reslice {
 namespace {
 
-volatile std::sig_atomic_t interrupted = 0;
+// Free of locks, so a handler may set it and any thread may read it.
+std::atomic<bool> interrupted{false};
 
 void remember(int)
 {
-    interrupted = 1;
+    interrupted = true;
 }
 
 }  // namespace
@@ -24,9 +26,14 @@ void watchForInterrupts()
         std::signal(signal, SIG_IGN);
 }
 
+bool isInterrupted()
+{
+    return interrupted;
+}
+
 void stopIfInterrupted(const std::string& subject)
 {
-    if (interrupted != 0)
+    if (isInterrupted())
         throw Failure("interrupted while working on '" + subject + "'");
 }
 

@@ -9,6 +9,9 @@ namespace reslice {
 /// instead of ending the program.
 void watchForInterrupts();
 
+/// Whether the user has asked to stop.
+bool isInterrupted();
+
 /// Throws Failure once the user has asked to stop; `subject` is the file in hand.
 void stopIfInterrupted(const std::string& subject);
 

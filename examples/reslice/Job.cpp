@@ -22,10 +22,16 @@ Job::~Job()
 
 void Job::rowDone(unsigned int row, unsigned int rows)
 {
+    reached((row + 1.0) / rows);
     stopIfInterrupted(name_);
-    showBar((tilesDone_ + (row + 1.0) / rows) / tiles_);
-    if (row + 1 == rows)
+}
+
+bool Job::reached(double part)
+{
+    showBar((tilesDone_ + part) / tiles_);
+    if (part >= 1.0)
         ++tilesDone_;
+    return !isInterrupted();
 }
 
 void Job::hideBar()

@@ -10,7 +10,7 @@ namespace reslice {
 /// job is.
 class Job {
 public:
-    /// `tiles`: how many parts the picture has; each call of rowDone counts within one of them.
+    /// `tiles`: how many parts the picture has; rowDone and reached count within one of them.
     Job(std::string name, unsigned int tiles);
     ~Job();
     Job(const Job&) = delete;
@@ -18,6 +18,10 @@ public:
 
     /// Throws Failure when the user has interrupted the program.
     void rowDone(unsigned int row, unsigned int rows);
+
+    /// The same for a part of which only the fraction is known, for calls that must not throw;
+    /// false once the user has interrupted the program.
+    bool reached(double part);
 
     /// Takes the bar away, before anything else is printed.
     void hideBar();

@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "Animation.h"
 #include "Job.h"
 #include "Picture.h"
 
@@ -17,8 +18,17 @@ public:
     /// the job began, and what it shows.
     void write(Job& job, const Picture& picture, const std::string& shows) const;
 
+    /// The same for a picture that moves.
+    void write(Job& job, Animation& animation, const std::string& shows) const;
+
 private:
+    std::string pathOf(const Job& job) const;
+    void tell(Job& job, unsigned int width, unsigned int height, const std::string& shows) const;
+
     std::string path_;
 };
+
+/// Prints a line on the standard output; throws Failure if that is full.
+void say(const std::string& line);
 
 }  // namespace reslice

@@ -1,14 +1,14 @@
-// Pictures on disk.
+// Pictures as PNG.
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "Picture.h"
 
 namespace reslice {
 
-/// Writes a PNG file that is either whole or not there: the bytes go to a temporary neighbour,
-/// which takes the name at the end and is removed on any failure. Throws Failure.
-void writePng(const Picture& picture, const std::string& path);
+/// The bytes of a PNG file; `path` is named where that fails. Throws Failure.
+std::vector<unsigned char> encodePng(const Picture& picture, const std::string& path);
 
 }  // namespace reslice

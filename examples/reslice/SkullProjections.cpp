@@ -16,17 +16,11 @@ namespace {
 
 constexpr double kAir = -1024.0;
 constexpr double kBoneSurface = 650.0;  // Hounsfield units; above the headrest
-constexpr double kDegree = 3.14159265358979323846 / 180.0;
 constexpr Window kDenseBone{100.0, 2700.0};
 
 double dot(const Point& a, const Point& b)
 {
     return a.x * b.x + a.y * b.y + a.z * b.z;
-}
-
-Point cross(const Point& a, const Point& b)
-{
-    return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
 }
 
 Point along(const Point& from, const Point& direction, double way)
@@ -40,7 +34,7 @@ double densityAt(const Volume& volume, const Point& at)
                          &core::InterpolationBorderType::CONSTANT, kAir);
 }
 
-/// An upright observer; 0 degrees is before the face, 90 at the patient's left.
+/// An upright observer.
 struct Observer {
     const Volume& volume;
     Plane plane;
@@ -56,12 +50,9 @@ struct Observer {
 };
 
 Observer::Observer(const Volume& seen, double degrees, double pixelEdge)
-    : volume(seen), plane{seen.centre(), {}}, gaze{}, reach(0.0), grid{}
+    : volume(seen), plane(uprightPlane(seen, degrees)), gaze(plane.gaze()), reach(0.0), grid{}
 {
-    const double s = std::sin(degrees * kDegree), c = std::cos(degrees * kDegree);
     const Point extent = seen.extent();
-    plane.directions = {{-c, -s, 0.0}, {0.0, 0.0, -1.0}};
-    gaze = cross(plane.directions.right, plane.directions.down);
     reach = std::hypot(extent.x, extent.y) / 2;
     const double across = std::max(extent.x, extent.y);
     grid = {pixels(across, pixelEdge), pixels(extent.z, pixelEdge), pixelEdge};

@@ -40,6 +40,19 @@ Point Plane::at(double right, double down) const
             centre.z + right * u.z + down * v.z};
 }
 
+Point Plane::gaze() const
+{
+    const auto& [u, v] = directions;
+    return {u.y * v.z - u.z * v.y, u.z * v.x - u.x * v.z, u.x * v.y - u.y * v.x};
+}
+
+Plane uprightPlane(const Volume& volume, double degrees)
+{
+    constexpr double kDegree = 3.14159265358979323846 / 180.0;
+    return {volume.centre(),
+            {{-std::cos(degrees * kDegree), -std::sin(degrees * kDegree), 0.0}, {0.0, 0.0, -1.0}}};
+}
+
 Picture paint(const PixelGrid& grid, const Window& window, Job& job,
               const std::function<double(unsigned int, unsigned int)>& intensity)
 {
@@ -65,7 +78,7 @@ Picture viewPlane(const Volume& volume, const Plane& plane, const PixelGrid& gri
 }
 
 Picture viewCut(const Volume& volume, Cut cut, unsigned int index, double pixelEdge,
-                const Window& window, Job& job)
+                const Window& window, Job& job, core::Interpolator& interpolator)
 {
     SliceView view;
     takeSlice(volume, cut, index, view);
@@ -77,8 +90,8 @@ Picture viewCut(const Volume& volume, Cut cut, unsigned int index, double pixelE
         const double downwards = (row + 0.5) / grid.height;
         const double x = view.alongX * (1.0 - (view.onItsSide ? downwards : across)) - view.firstX;
         const double y = view.alongY * (1.0 - (view.onItsSide ? across : downwards)) - view.firstY;
-        return view.slice.getDoubleValueReal(x, y, 0.0, 0, core::InterpolationType::CUBIC,
-                                             core::InterpolationBorderType::REPLICATION, 0.0);
+        return view.slice.getDoubleValueReal(x, y, 0.0, 0, &interpolator,
+                                             &core::InterpolationBorderType::REPLICATION, 0.0);
     });
 }
 

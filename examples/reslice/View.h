@@ -26,7 +26,14 @@ struct Plane {
 
     /// The position so far to the right of the centre, and so far below.
     Point at(double right, double down) const;
+
+    /// The unit vector that leads away from the observer.
+    Point gaze() const;
 };
+
+/// Through the centre, as an upright observer faces it; 0 degrees is before the face, 90 at the
+/// patient's left.
+Plane uprightPlane(const Volume& volume, double degrees);
 
 struct PixelGrid {
     unsigned int width, height;
@@ -53,7 +60,8 @@ Picture viewPlane(const Volume& volume, const Plane& plane, const PixelGrid& gri
 /// A slice taken out by the plane functions, in radiological convention: the patient's right is
 /// on the left, or the front where that axis is not seen. Pixels are square, whatever the spacing.
 Picture viewCut(const Volume& volume, Cut cut, unsigned int index, double pixelEdge,
-                const Window& window, Job& job);
+                const Window& window, Job& job,
+                core::Interpolator& interpolator = core::InterpolationType::CUBIC);
 
 Directions directionsOf(Cut cut);
 

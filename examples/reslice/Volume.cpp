@@ -27,17 +27,17 @@ public:
 
     double sample(const Point& at, core::Interpolator* interpolator, core::Border* border,
                   double outside) const override;
-    double storable(double intensity) const override
+    AnyImage image() const override { return &image_; }
+    double stored(double intensity) const override
     {
-        return shown(static_cast<double>(stored(intensity)));
+        return static_cast<double>(nearest(intensity));
     }
     void slice(Cut cut, unsigned int index, core::VxImage<double>* plane) const override;
     std::vector<double> someIntensities(std::size_t count) const override;
 
 private:
     void copyInOrder(const T* stored);
-    T stored(double intensity) const;
-    double shown(double value) const { return layout().slope * value + layout().intercept; }
+    T nearest(double intensity) const;
 
     std::shared_ptr<void> voxels_;
     core::VxImage<T> image_;
@@ -84,7 +84,7 @@ void VolumeOf<T>::copyInOrder(const T* stored)
 }
 
 template <class T>
-T VolumeOf<T>::stored(double intensity) const
+T VolumeOf<T>::nearest(double intensity) const
 {
     const double lowest = static_cast<double>(std::numeric_limits<T>::lowest());
     const double highest = static_cast<double>(std::numeric_limits<T>::max());
@@ -98,7 +98,7 @@ double VolumeOf<T>::sample(const Point& at, core::Interpolator* interpolator, co
                            double outside) const
 {
     return shown(
-        image_.getDoubleValueReal(at.x, at.y, at.z, 0, interpolator, border, stored(outside)));
+        image_.getDoubleValueReal(at.x, at.y, at.z, 0, interpolator, border, nearest(outside)));
 }
 
 template <class T>
@@ -166,6 +166,12 @@ Point Volume::extent() const
     const core::ImageSize extents = size();
     const core::VoxelSize edges = spacing();
     return {extents.width * edges.x, extents.height * edges.y, extents.depth * edges.z};
+}
+
+double Volume::longestSide() const
+{
+    const Point sides = extent();
+    return std::max({sides.x, sides.y, sides.z});
 }
 
 Point Volume::centre() const

@@ -4,6 +4,7 @@
 #include <array>
 #include <memory>
 #include <string>
+#include <variant>
 #include <vector>
 
 #include "Axes.h"
@@ -31,7 +32,14 @@ struct Layout {
     double intercept = 0.0;
 };
 
-/// Voxels keep the file's own type; every value that leaves this class is a displayed intensity.
+/// An image of any element type.
+using AnyImage = std::variant<const core::VxImage<unsigned char>*, const core::VxImage<short>*,
+                              const core::VxImage<unsigned short>*, const core::VxImage<int>*,
+                              const core::VxImage<unsigned int>*, const core::VxImage<float>*,
+                              const core::VxImage<double>*>;
+
+/// Voxels keep the file's own type; every value that leaves this class is a displayed intensity,
+/// but for those of image().
 class Volume {
 public:
     explicit Volume(Layout layout);
@@ -45,13 +53,19 @@ public:
     core::ImageSize size() const;
     core::VoxelSize spacing() const;
     Point extent() const;  ///< millimetres, from face to face
+    double longestSide() const;
     Point centre() const;
 
     virtual double sample(const Point& at, core::Interpolator* interpolator, core::Border* border,
                           double outside) const = 0;
 
     /// The intensity nearest to the given one that a voxel can hold.
-    virtual double storable(double intensity) const = 0;
+    double storable(double intensity) const { return shown(stored(intensity)); }
+
+    /// The voxels as they are stored, for whoever reads all of them.
+    virtual AnyImage image() const = 0;
+    virtual double stored(double intensity) const = 0;
+    double shown(double value) const { return layout_.slope * value + layout_.intercept; }
 
     /// Copies the slice out by the plane functions, with the spacing of the plane.
     virtual void slice(Cut cut, unsigned int index, core::VxImage<double>* plane) const = 0;
@@ -59,7 +73,6 @@ public:
     /// A selection of at most `count` intensities from all over the volume; finite ones only.
     virtual std::vector<double> someIntensities(std::size_t count) const = 0;
 
-protected:
     const Layout& layout() const { return layout_; }
 
 private:
