@@ -102,13 +102,15 @@ constexpr unsigned int kRoundPixels = 300;
 constexpr unsigned int kRoundHundredths = 10;
 constexpr unsigned int kStillPixels = 440;
 constexpr double kAir = -1024.0;
-constexpr Window kDenseBone{100.0, 2700.0};
+constexpr Window kDenseBone{400.0, 2400.0};  // the headrest is darker
 
 Picture maximum(const Volume& volume, const Plane& plane, double width, double height,
                 double pixelEdge, Job& job)
 {
-    const Point extent = volume.extent();
-    const double reach = std::hypot(extent.x, extent.y, extent.z) / 2;
+    const Point extent = volume.extent(), gaze = plane.gaze();
+    const double reach =
+        (std::abs(gaze.x) * extent.x + std::abs(gaze.y) * extent.y + std::abs(gaze.z) * extent.z) /
+        2;
     const PixelGrid grid{pixels(width, pixelEdge), pixels(height, pixelEdge), pixelEdge};
     Picture picture = viewMaximum(volume, plane, grid, reach, kAir, kDenseBone, job);
     furnish(picture, volume, plane.directions, pixelEdge);
@@ -150,7 +152,7 @@ void makeRound(const Volume& volume, const OutputFolder& folder)
         std::vector<Tile> tiles;
         tiles.push_back(
             {maximum(volume, uprightPlane(volume, degrees), across, extent.z, edge, job),
-             "from " + shortNumber(degrees) + " degrees to the left of the front"});
+             "seen from " + shortNumber(degrees) + "° (0° the front, 90° the left)"});
         animation.add(composeSheet("Maximum projection: " + volume.name(), windowStory(), tiles));
     }
     folder.write(job, animation, "the same going round the head");
@@ -168,20 +170,23 @@ void makeFlight(const Volume& volume, const Window& window, const OutputFolder& 
     Job job("flight.gif", kFlightFrames * kTilesOfBulkView + 1);
     Animation animation(job.name(), kFlightHundredths);
     const double length = volume.longestSide();
-    const PixelGrid grid{kFlightPixels, kFlightPixels, 1.1 * length / kFlightPixels};
+    const Point extent = volume.extent();
+    const double side = 1.1 * length, edge = side / kFlightPixels;
+    const PixelGrid grid{pixels(std::min(side, std::hypot(extent.x, extent.y)), edge),
+                         pixels(std::min(side, std::hypot(extent.y, extent.z)), edge), edge};
     const double mapEdge = length / kMapPixels;
     const Picture slice =
         viewCut(volume, Cut::AXIAL, slicesOf(volume, Cut::AXIAL) / 2, mapEdge, window, job);
     for (unsigned int frame = 0; frame < kFlightFrames; ++frame) {
-        const Plane plane = planeOf(volume, poseOf(frame, length));
+        const Plane plane = planeOf(volume, poseOf(frame, extent.y));
         Picture picture = viewPlaneInBulk(volume, plane, grid, window.low, window, job);
         furnish(picture, volume, plane.directions, grid.edge);
         std::vector<Tile> tiles;
-        tiles.push_back({std::move(picture), "frame " + std::to_string(frame + 1)});
-        tiles.push_back({mapOf(volume, slice, mapEdge, plane), "cuts the middle here"});
-        animation.add(composeSheet(
-            "Flight through the head: " + volume.name(),
-            "oblique planes, trilinear, " + shortNumber(grid.edge) + " mm to a pixel", tiles));
+        tiles.push_back({std::move(picture), "plane " + std::to_string(frame + 1) + " of " +
+                                                 std::to_string(kFlightFrames)});
+        tiles.push_back({mapOf(volume, slice, mapEdge, plane), "on the middle slice"});
+        animation.add(composeSheet("Flight through the head: " + volume.name(),
+                                   "oblique planes, trilinear", tiles));
     }
     folder.write(job, animation, "oblique planes on a flight through the head, trilinear");
 }

@@ -9,8 +9,12 @@ import unittest
 from volumes import fingerprint
 
 RESLICE = os.path.abspath(sys.argv[1])
+BULK = sys.argv[2] == 'bulk'  # built with volux_resample
 BRAIN = {'planes.png', 'oblique.png', 'borders.png', 'montage.png'}
-SKULL = {'skull-cuts.png', 'skull-rays.png'}
+SKULL = {'skull-resized.png', 'skull-cuts.png', 'skull-rays.png'}
+if BULK:
+    BRAIN |= {'flight.gif'}
+    SKULL |= {'skull-maximum.png', 'skull-round.gif'}
 
 
 class Demo(unittest.TestCase):
@@ -37,7 +41,7 @@ class Demo(unittest.TestCase):
         folder = folder or self.output
         found = {}
         for name in os.listdir(folder) if os.path.isdir(folder) else []:
-            self.assertTrue(name.endswith('.png') and name[0] != '.', name)
+            self.assertTrue(name.endswith(('.png', '.gif')) and name[0] != '.', name)
             with open(os.path.join(folder, name), 'rb') as picture:
                 found[name] = fingerprint(picture.read())
         return found

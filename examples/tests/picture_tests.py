@@ -2,9 +2,11 @@
 
 import math
 import os
+import struct
+import unittest
 
 import volumes
-from demo import Demo
+from demo import BULK, Demo
 from volumes import EXTENT, nifti, scene, voxels
 
 
@@ -114,3 +116,45 @@ class Orientation(Demo):
 
     def test_rotation_counts_where_the_matrix_is_degenerate(self):
         self.assertEqual(self.draw(nifti(rows=[[0.0] * 4] * 3, qform=1)), self.draw(nifti()))
+
+
+@unittest.skipUnless(BULK, 'without volux_resample')
+class Movement(Demo):
+    """Pictures that move."""
+
+    def animation(self, name, *arguments):
+        run = self.run_demo('--output', self.output, *arguments)
+        self.assertEqual((run.returncode, run.stderr), (0, ''))
+        with open(os.path.join(self.output, name), 'rb') as picture:
+            return picture.read()
+
+    def test_frames_lie_within_the_picture_and_go_round(self):
+        gif = self.animation('flight.gif', self.file('head.nii', volumes.slim()))
+        width, height, _, frames = volumes.gif_frames(gif)
+        self.assertEqual(len(frames), 48)
+        self.assertEqual(frames[0][:4], (0, 0, width, height))
+        for left, top, columns, rows, size, codes in frames[:3]:
+            self.assertLessEqual((left + columns, top + rows), (width, height))
+            self.assertEqual(len(volumes.gif_pixels(size, codes)), columns * rows)
+        self.assertIn(b'NETSCAPE2.0\3\1' + struct.pack('<H', 0), gif)
+
+    def test_right_of_the_patient_is_on_the_left(self):
+        bright = nifti(values=voxels(value=lambda x, y, z: 200 * (x > EXTENT[0] / 2)))
+        gif = self.animation('flight.gif', self.file('head.nii', bright))
+        width, _, palette, frames = volumes.gif_frames(gif)
+        pixels = volumes.gif_pixels(*frames[0][4:])
+        row = pixels[250 * width:251 * width]  # between the letters
+        centre = 20 + row[20:].index(row[0]) // 2  # of the tile, which paper surrounds
+        self.assertGreater(palette[3 * row[centre - 60]], 250)
+        self.assertLess(palette[3 * row[centre + 60]], 5)
+
+    def test_maximum_projection_shows_bone(self):
+        run = self.run_demo('--output', self.output, '--ct', self.file('head.inv3', volumes.inv3()))
+        self.assertEqual((run.returncode, run.stderr), (0, ''))
+        with open(os.path.join(self.output, 'skull-maximum.png'), 'rb') as picture:
+            rows = volumes.greys(picture.read())
+        # From the front: a box of 1200 HU, of 400 to 2400, in air.
+        tile = rows[Layout.TOP + 170]
+        self.assertEqual(tile[20 + 25], 0)
+        self.assertGreater(tile[20 + 200], 95)  # the kernel overshoots
+

@@ -1,12 +1,13 @@
 """Runs the demo on sound and unsound volumes.
 
-Usage: reslice_test.py RESLICE [TestCase[.test_name] ...]
+Usage: reslice_test.py RESLICE bulk|plain [TestCase[.test_name] ...]
 """
 
 import os
 import pty
 import random
 import resource
+import shutil
 import signal
 import subprocess
 import sys
@@ -14,8 +15,8 @@ import time
 import unittest
 
 import volumes
-from demo import BRAIN, RESLICE, SKULL, Demo
-from picture_tests import Layout, Orientation  # for unittest to find
+from demo import BRAIN, BULK, RESLICE, SKULL, Demo
+from picture_tests import Layout, Movement, Orientation  # for unittest to find
 from volumes import CODES, EXTENT, compressed, header, inv3, nifti, scene, slim, voxels
 
 
@@ -45,8 +46,10 @@ class SoundVolumes(Demo):
 
     def test_every_element_type_and_byte_order_gives_the_same_pictures(self):
         expected = self.reference()
-        # The constant outside is the nearest value of the type, so that it differs from float on.
-        shared = {name: picture for name, picture in expected.items() if name != 'borders.png'}
+        # The constant outside is the nearest value of the type, as is each voxel of the flight, so
+        # that they differ from float on.
+        shared = {name: picture for name, picture in expected.items()
+                  if name not in ('borders.png', 'flight.gif')}
         for kind, order in [(kind, '>') for kind in CODES] + [('d', '<')]:
             with self.subTest(kind=kind, order=order):
                 drawn = self.draw(slim(kind, order))
@@ -71,7 +74,7 @@ class SoundVolumes(Demo):
         stored = slim('h', slope=-0.5, intercept=30.0)
         drawn, expected = self.draw(stored), self.draw(slim('d', values=shown))
         self.assertNotEqual(drawn['planes.png'], self.reference()['planes.png'])
-        for name in BRAIN - {'borders.png'}:  # outside stands a value that the type can hold
+        for name in BRAIN - {'borders.png', 'flight.gif'}:  # they hold values of the stored type
             self.assertEqual(drawn[name], expected[name])
 
     def test_first_volume_of_a_series(self):
@@ -107,9 +110,11 @@ class SoundVolumes(Demo):
         self.assertEqual((run.returncode, run.stderr), (0, ''))
         self.assertEqual(set(self.pictures()), BRAIN)
         lines = run.stdout.splitlines()
-        self.assertEqual(len(lines), 4)
+        if not BULK:
+            self.assertIn('without volux_resample', lines.pop())
+        self.assertEqual(len(lines), len(BRAIN))
         for line in lines:
-            self.assertRegex(line, r'\.png +\d+ x \d+ +\d+\.\d\d s  \w')
+            self.assertRegex(line, r'\.(png|gif) +\d+ x \d+ +\d+\.\d\d s  \w')
 
 
 class UnsoundVolumes(Demo):
@@ -304,9 +309,22 @@ class Surroundings(Demo):
                                  stdout=full, stderr=subprocess.PIPE, text=True, check=False)
         self.assert_refused(run, 'standard output', 'no space left')
 
-    def interrupt(self, number, sight):
+    @unittest.skipUnless(BULK, 'without volux_resample')
+    def test_full_disk_under_a_picture_that_moves(self):
+        volume = self.file('head.nii', slim())
+        self.assertEqual(self.run_demo('--output', self.output, volume).returncode, 0)
+        sizes = {name: os.path.getsize(os.path.join(self.output, name)) for name in BRAIN}
+        last = sizes.pop('flight.gif')
+        self.assertGreater(last - 1, max(sizes.values()))
+        os.remove(os.path.join(self.output, 'flight.gif'))
+        run = self.run_demo('--output', self.output, volume, preexec_fn=lambda: resource.setrlimit(
+            resource.RLIMIT_FSIZE, (last - 1, last - 1)))
+        self.assert_refused(run, 'flight.gif', 'file too large')
+        self.assertEqual(set(self.pictures()), BRAIN - {'flight.gif'})
+
+    def interrupt(self, number, sight, *options):
         """Sends the signal as soon as the path is there."""
-        process = subprocess.Popen([RESLICE, '--output', self.output, '--synthetic', '--ct'],
+        process = subprocess.Popen([RESLICE, '--output', self.output, '--synthetic', *options],
                                    stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
         while process.poll() is None and not os.path.exists(sight):
             time.sleep(0.01)
@@ -317,12 +335,18 @@ class Surroundings(Demo):
     def test_interrupt_leaves_whole_pictures_only(self):
         cuts = os.path.join(self.output, 'skull-cuts.png')
         for number in signal.SIGINT, signal.SIGTERM:
-            self.assert_refused(self.interrupt(number, self.output), 'interrupted', 'skull-cuts')
+            self.assert_refused(self.interrupt(number, self.output, '--ct'), 'interrupted',
+                                'skull-resized')
             self.assertEqual(self.pictures(), {})
-            self.assert_refused(self.interrupt(number, cuts), 'interrupted', 'skull-rays')
-            self.assertEqual(set(self.pictures()), {'skull-cuts.png'})
-            os.remove(cuts)
-            os.rmdir(self.output)
+            self.assert_refused(self.interrupt(number, cuts, '--ct'), 'interrupted', 'skull-rays')
+            self.assertEqual(set(self.pictures()), {'skull-resized.png', 'skull-cuts.png'})
+            shutil.rmtree(self.output)
+
+    @unittest.skipUnless(BULK, 'without volux_resample')
+    def test_interrupt_of_the_flight_leaves_no_part_of_it(self):
+        run = self.interrupt(signal.SIGINT, os.path.join(self.output, 'montage.png'))
+        self.assert_refused(run, 'interrupted', 'flight.gif')
+        self.assertEqual(set(self.pictures()), BRAIN - {'flight.gif'})
 
     def test_bar_on_a_terminal_only(self):
         ours, theirs = pty.openpty()
@@ -338,9 +362,10 @@ class Surroundings(Demo):
             pass
         os.close(ours)
         self.assertEqual(process.wait(timeout=60), 0)
-        self.assertIn(b'planes.png', shown)
+        for name in BRAIN:
+            self.assertIn(name.encode(), shown)
         self.assertIn(b'#] 100 %', shown)
 
 
 if __name__ == '__main__':
-    unittest.main(argv=[sys.argv[0], *sys.argv[2:]])
+    unittest.main(argv=[sys.argv[0], *sys.argv[3:]])

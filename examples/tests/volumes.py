@@ -109,9 +109,73 @@ def png_rows(png):
     return width, height, rows
 
 
-def fingerprint(png):
+def gif_blocks(gif, at):
+    """What a chain of blocks holds, and where it ends."""
+    contents = b''
+    while gif[at]:
+        contents += gif[at + 1:at + 1 + gif[at]]
+        at += 1 + gif[at]
+    return contents, at + 1
+
+
+def gif_frames(gif):
+    """Width, height, palette and (left, top, columns, rows, code size, codes) of each frame; raises
+    an error for a file that is not whole."""
+    width, height = struct.unpack_from('<HH', gif, 6)
+    if gif[:6] != b'GIF89a' or gif[10] & 0x87 != 0x87:
+        raise ValueError('no GIF of 256 colours')
+    palette, at, frames = gif[13:13 + 768], 13 + 768, []
+    while gif[at] != 0x3B:
+        if gif[at] == 0x21:
+            _, at = gif_blocks(gif, at + 2)
+        elif gif[at] == 0x2C:
+            place = struct.unpack_from('<4H', gif, at + 1)
+            codes, end = gif_blocks(gif, at + 11)
+            frames.append((*place, gif[at + 10], codes))
+            at = end
+        else:
+            raise ValueError('no block')
+    if at + 1 != len(gif):
+        raise ValueError('bytes after the end')
+    return width, height, palette, frames
+
+
+def gif_codes(size, packed):
+    """The codes of a frame, one after the other, and the first free one at each."""
+    clear, bits, held, width, free = 1 << size, 0, 0, size + 1, (1 << size) + 2
+    for byte in packed:
+        held |= byte << bits
+        bits += 8
+        while bits >= width:
+            code, held, bits = held & ((1 << width) - 1), held >> width, bits - width
+            if code == clear + 1:
+                return
+            yield code
+            free = clear + 1 if code == clear else min(free + 1, 4096)
+            width = min(max(size + 1, free.bit_length()), 12)
+
+
+def gif_pixels(size, packed):
+    """The colours of a frame as indices."""
+    clear, shown, before, table = 1 << size, [], b'', []
+    for code in gif_codes(size, packed):
+        if code == clear:
+            table, before = [bytes([n]) for n in range(clear)] + [b'', b''], b''
+            continue
+        entry = table[code] if code < len(table) else before + before[:1]
+        if before and len(table) < 4096:
+            table.append(before + entry[:1])
+        shown.append(entry)
+        before = entry
+    return b''.join(shown)
+
+
+def fingerprint(picture):
     """Equal for equal pictures; raises an error for a file that is not whole."""
-    width, height, rows = png_rows(png)
+    if picture[:3] == b'GIF':
+        width, height, _, frames = gif_frames(picture)
+        return f'{width} x {height}, {len(frames)}, {hashlib.sha256(picture).hexdigest()}'
+    width, height, rows = png_rows(picture)
     return f'{width} x {height}, {hashlib.sha256(rows).hexdigest()}'
 
 
