@@ -22,12 +22,6 @@ constexpr unsigned int kTile = 400;  // pixels
 constexpr unsigned int kDetailTile = 312;
 constexpr double kPixelsToVoxel = 20.0;
 
-void letter(Picture& picture, const Volume& volume, const Directions& directions)
-{
-    if (volume.orientationKnown())
-        addDirections(picture, directions);
-}
-
 std::string convention(const Volume& volume)
 {
     return volume.orientationKnown() ? "radiological convention: the patient's right is on the left"
@@ -39,8 +33,7 @@ Tile cutTile(const Volume& volume, Cut cut, const std::string& name, const Windo
     const double pixelEdge = volume.longestSide() / kTile;
     const unsigned int index = slicesOf(volume, cut) / 2;
     Picture picture = viewCut(volume, cut, index, pixelEdge, window, job);
-    letter(picture, volume, directionsOf(cut));
-    addScale(picture, pixelEdge);
+    furnish(picture, volume, directionsOf(cut), pixelEdge);
     return {std::move(picture), name + std::to_string(index)};
 }
 
@@ -106,8 +99,7 @@ Tile view(const Volume& volume, const Plane& plane, const PixelGrid& grid, const
           const std::string& name, const Window& window, Job& job)
 {
     Picture picture = viewPlane(volume, plane, grid, policies, window, job);
-    letter(picture, volume, plane.directions);
-    addScale(picture, grid.edge);
+    furnish(picture, volume, plane.directions, grid.edge);
     return {std::move(picture), name};
 }
 
@@ -193,8 +185,7 @@ Tile bordered(const Volume& volume, core::Border& border, const std::string& nam
     const Policies policies{&InterpolationType::LINEAR, &border, greyBorder(volume, window)};
     Picture picture = viewPlane(volume, plane, grid, policies, window, job);
     outline(picture, volume, plane, grid);
-    letter(picture, volume, plane.directions);
-    addScale(picture, grid.edge);
+    furnish(picture, volume, plane.directions, grid.edge);
     return {std::move(picture), name};
 }
 

@@ -110,6 +110,13 @@ void addScale(Picture& picture, double pixelEdge)
               {kTextSize - 2, kInk, Anchor::RIGHT});
 }
 
+void furnish(Picture& picture, const Volume& volume, const Directions& directions, double pixelEdge)
+{
+    if (volume.orientationKnown())
+        addDirections(picture, directions);
+    addScale(picture, pixelEdge);
+}
+
 Picture composeSheet(const std::string& title, const std::string& subtitle,
                      const std::vector<Tile>& tiles)
 {

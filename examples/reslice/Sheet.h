@@ -23,6 +23,10 @@ void addDirections(Picture& picture, const Directions& directions);
 /// Puts a bar of a round length at the lower right.
 void addScale(Picture& picture, double pixelEdge);
 
+/// Both of them; the letters only where the volume tells how it lies.
+void furnish(Picture& picture, const Volume& volume, const Directions& directions,
+             double pixelEdge);
+
 /// Tiles side by side, each below its caption, under a title and a line that says more.
 Picture composeSheet(const std::string& title, const std::string& subtitle,
                      const std::vector<Tile>& tiles);

@@ -26,8 +26,7 @@ Tile cutTile(const Volume& volume, Cut cut, double part, const std::string& name
     const double edge = volume.longestSide() / kTile;
     const auto index = static_cast<unsigned int>(part * slicesOf(volume, cut));
     Picture picture = viewCut(volume, cut, index, edge, kBone, job, interpolator);
-    addDirections(picture, directionsOf(cut));
-    addScale(picture, edge);
+    furnish(picture, volume, directionsOf(cut), edge);
     return {std::move(picture), name + std::to_string(index)};
 }
 

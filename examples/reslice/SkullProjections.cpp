@@ -121,8 +121,7 @@ Tile projection(const Observer& observer, const std::string& caption, const Wind
     Picture picture = paint(observer.grid, window, job, [&](unsigned int column, unsigned int row) {
         return reading(observer, observer.start(column, row));
     });
-    addDirections(picture, observer.plane.directions);
-    addScale(picture, observer.grid.edge);
+    furnish(picture, observer.volume, observer.plane.directions, observer.grid.edge);
     return {std::move(picture), caption};
 }
 
