@@ -2,6 +2,9 @@
 #include <volux/core.h>
 #include <volux/resample.h>
 
+#include <algorithm>
+#include <iostream>
+
 using namespace volux::core;
 using namespace volux::resample;
 
@@ -9,11 +12,11 @@ int main()
 {
     VxImage<short> onDisk;  // stands for a file
     onDisk.initialize(30, 30, 30, 1);
-    onDisk.fill(7);
     const Grid grid =
         gridOfSize(onDisk.getImageSize(), VoxelSize(1, 1, 1), 60, 60, 60, Align::EDGES);
     ResampleRegion region;
     region.sourceWidth = region.sourceHeight = region.sourceDepth = 30;
+    unsigned int most = 0;
     for (unsigned int z = 0; z < grid.depth; ++z) {
         VxImage<short> brick, slice;
         Rect box;
@@ -21,8 +24,9 @@ int main()
         if (region.support(grid, &box, Cubic()) != SUCCESS || onDisk.crop(box, &brick) != SUCCESS)
             return 1;
         region.brickX = box.xStart, region.brickY = box.yStart, region.brickZ = box.zStart;
-        if (resample(brick, grid, region, &slice, Cubic()) != SUCCESS || slice(9, 9, 0, 0) != 7)
+        if (resample(brick, grid, region, &slice, Cubic()) != SUCCESS)
             return 1;
+        most = std::max(most, brick.getDepth());
     }
-    return 0;
+    std::cout << "at most " << most << " slices at once\n";  // prints: at most 4 slices at once
 }
