@@ -19,18 +19,6 @@ TEST(AffineMap, IsTheIdentityAtFirst)
     EXPECT_TRUE(AffineMap().isInvertible());
 }
 
-// Each step is stored, so that nothing is fused.
-double stepByStep(const double (&row)[4], double i, double j, double k)
-{
-    volatile double sum = row[3];
-    volatile double product = row[2] * k;
-    sum = sum + product;
-    product = row[1] * j;
-    sum = sum + product;
-    product = row[0] * i;
-    return sum + product;
-}
-
 TEST(AffineMap, AddsTheStepsInTheDocumentedOrder)
 {
     Random random(21);

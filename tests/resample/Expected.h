@@ -8,78 +8,19 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
-#include <limits>
-#include <type_traits>
 
 #include "support/BitExact.h"
 #include "support/ElementTypes.h"
 #include "support/Random.h"
 #include "support/RandomScenes.h"
+#include "support/SingleCalls.h"
 #include "support/WrappedVolume.h"
 #include "volux/core.h"
 #include "volux/resample.h"
 
 namespace volux::test {
 
-using resample::AffineMap;
 using resample::Grid;
-using resample::Options;
-using resample::Overflow;
-using resample::Position;
-
-using Interpolators = std::array<core::Interpolator*, 3>;
-using Borders = std::array<core::Border*, 2>;
-
-inline const Interpolators kInterpolators{&core::InterpolationType::NEAREST_NEIGHBOR,
-                                          &core::InterpolationType::LINEAR,
-                                          &core::InterpolationType::CUBIC};
-inline const Borders kBorders{&core::InterpolationBorderType::CONSTANT,
-                              &core::InterpolationBorderType::REPLICATION};
-
-// The module's reading at a position in voxels. The calls by value take voxels whatever the spacing
-// is; a policy of the test's own is called through an image whose spacing is 1.
-template <class T>
-double reading(const core::VxImage<T>& image, const Position& p, int c, const Options& options)
-{
-    const auto channel = static_cast<unsigned int>(c);
-    const auto value = static_cast<T>(options.outside);
-    core::Border* const border = options.border;
-    if (options.interpolator == kInterpolators[0])
-        return static_cast<double>(
-            core::NearestNeighbor()(image, p.x, p.y, p.z, channel, border, value));
-    if (options.interpolator == kInterpolators[1])
-        return core::Linear()(image, p.x, p.y, p.z, channel, border, value);
-    if (options.interpolator == kInterpolators[2])
-        return core::Cubic()(image, p.x, p.y, p.z, channel, border, value);
-    return image.getDoubleValueReal(p.x, p.y, p.z, c, options.interpolator, border, value);
-}
-
-// Rounded half away from zero, then the nearest value of T.
-template <class T>
-T saturated(double value)
-{
-    const double rounded = std::round(value);
-    if (std::isnan(rounded))
-        return T{0};
-    if (rounded <= static_cast<double>(std::numeric_limits<T>::lowest()))
-        return std::numeric_limits<T>::lowest();
-    if (rounded >= static_cast<double>(std::numeric_limits<T>::max()))
-        return std::numeric_limits<T>::max();
-    return static_cast<T>(rounded);
-}
-
-// What becomes of a reading in a destination of type T; wrapping is the module's own rounded form.
-template <class T>
-T element(const core::VxImage<T>& image, const Position& p, int c, const Options& options)
-{
-    if constexpr (std::is_floating_point_v<T>)
-        return static_cast<T>(reading(image, p, c, options));
-    else if (options.overflow == Overflow::SATURATE)
-        return saturated<T>(reading(image, p, c, options));
-    else
-        return image.getValueVoxel(p.x, p.y, p.z, c, options.interpolator, options.border,
-                                   static_cast<T>(options.outside));
-}
 
 // Compares each element with the module's, up to the first that differs.
 template <class T>
@@ -104,7 +45,8 @@ void expectEverySample(const core::VxImage<T>& source, const AffineMap& map,
 template <class Test>
 void forEachInstructionSet(const Test& test)
 {
-    std::int64_t left = hwy::SupportedTargets();
+    // Of those that the processor has, the ones that the library is compiled for.
+    std::int64_t left = hwy::SupportedTargets() & HWY_TARGETS;
     while (left != 0) {
         const std::int64_t target = left & -left;
         left &= left - 1;

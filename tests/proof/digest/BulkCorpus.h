@@ -1,0 +1,332 @@
+// The calls on whole volumes that digests are taken of, and the stream of their results. `Calls`
+// answers them: volux_resample, or one call of the module for each sample. Like the volumes, not
+// one number of it may change, and every product that is added to is exact.
+#pragma once
+
+#include <array>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "Corpus.h"
+#include "Stream.h"
+#include "support/SingleCalls.h"
+#include "support/WrappedVolume.h"
+#include "volux/resample/Resample.h"
+
+namespace volux::digest {
+
+using resample::AffineMap;
+using resample::Align;
+using resample::Grid;
+using resample::Options;
+using resample::Planes;
+using resample::Slab;
+using test::kBorders;
+using test::kInterpolators;
+
+// Two requests have results that are large enough for many threads.
+constexpr unsigned int kLargeScene = 5;
+constexpr unsigned int kLargeRound = 4;
+
+inline double step(Generator& random)
+{
+    return (random.fraction() - 0.5) * 3.0;
+}
+
+inline double start(Generator& random, std::int64_t extent)
+{
+    return wholeCoordinate(random, extent, 2) + random.fraction();
+}
+
+inline AffineMap obliqueMap(Generator& random, const Extents& extents)
+{
+    AffineMap map;
+    const std::array<std::int64_t, 3> extent{extents.width, extents.height, extents.depth};
+    for (std::size_t row = 0; row < 3; ++row) {
+        for (std::size_t column = 0; column < 3; ++column)
+            map.rows[row][column] = step(random);
+        map.rows[row][3] = start(random, extent[row]);
+    }
+    return map;
+}
+
+// Whole, half and odd steps of either sign, zeros of either sign beside them.
+inline AffineMap axisMap(Generator& random, const Extents& extents)
+{
+    constexpr std::array<double, 8> steps{1.0, -1.0, 0.5, 2.0, 0.37, -0.83, 1.6, 0.125};
+    constexpr std::array<double, 5> starts{0.0, -0.5, 1.25, -2.0, 0.4};
+    AffineMap map;
+    const std::array<std::int64_t, 3> extent{extents.width, extents.height, extents.depth};
+    for (std::size_t row = 0; row < 3; ++row) {
+        for (std::size_t column = 0; column < 3; ++column)
+            map.rows[row][column] = random.below(2) == 0 ? 0.0 : -0.0;
+        map.rows[row][row] = random.anyOf(steps);
+        const double first = random.anyOf(starts);
+        const bool isBackward = map.rows[row][row] < 0.0;
+        map.rows[row][3] = isBackward ? static_cast<double>(extent[row]) - first : first;
+    }
+    return map;
+}
+
+// A map whose positions pass what is finite, and the ends of the 32-bit range.
+inline AffineMap farMap(Generator& random, const Extents& extents)
+{
+    constexpr std::array<double, 5> sizes{0x1p31, 0x1p30, 1e12, 1e100, 1e307};
+    AffineMap map = random.below(2) == 0 ? obliqueMap(random, extents) : axisMap(random, extents);
+    const double size = random.anyOf(sizes);
+    for (auto& row : map.rows)
+        for (std::size_t column = 0; column < 3; ++column)
+            row[column] *= size;
+    return map;
+}
+
+inline Grid gridOf(const AffineMap& map, Generator& random)
+{
+    Grid grid;
+    grid.width = 1 + random.below(21);
+    grid.height = 1 + random.below(5);
+    grid.depth = 1 + random.below(3);
+    grid.map = map;
+    return grid;
+}
+
+inline resample::Position anyDirection(Generator& random)
+{
+    const double x = step(random);
+    const double y = step(random);
+    return {x, y, step(random)};
+}
+
+inline Planes somePlanes(Generator& random, const Extents& extents)
+{
+    Planes planes;
+    const double x = start(random, extents.width);
+    const double y = start(random, extents.height);
+    planes.origin = {x, y, start(random, extents.depth)};
+    planes.across = anyDirection(random);
+    planes.down = anyDirection(random);
+    planes.step = anyDirection(random);
+    planes.width = 1 + random.below(17);
+    planes.height = 1 + random.below(5);
+    planes.count = 1 + random.below(2);
+    return planes;
+}
+
+// A destination: an image of its own, or the caller's memory with gaps in it, which are digested
+// as well: nothing may be written there.
+template <class T>
+class Destination {
+public:
+    Destination(unsigned int width, unsigned int height, unsigned int depth, unsigned int channels,
+                bool isWrapped)
+    {
+        if (!isWrapped) {
+            image.initialize(width, height, depth, channels);
+            return;
+        }
+        const unsigned int x = channels + 1;
+        const unsigned int y = x * width + 2;
+        const unsigned int z = y * height + 3;
+        block_.resize(std::size_t{z} * depth, T{77});
+        image.initializeWithPointer(block_.data(), width, height, depth, channels);
+        image.setImageStride(y, z, 1, x);
+    }
+
+    void appendTo(Stream& stream) const
+    {
+        if (block_.empty())
+            return append(stream, image);
+        for (const T element : block_)
+            append(stream, static_cast<double>(element));
+    }
+
+    core::VxImage<T> image;
+
+private:
+    std::vector<T> block_;
+};
+
+template <class T, class Calls>
+class Requests {
+public:
+    Requests(unsigned int scene, unsigned int rounds, const Calls& calls, Streams& streams)
+        : scene_(scene),
+          rounds_(rounds),
+          calls_(calls),
+          streams_(streams),
+          random_(1000 + static_cast<unsigned int>(core::VxImage<T>().getDataType()) * kScenes +
+                  scene),
+          wrapped_(volume<T>(scene, random_)),
+          extents_(wrapped_.volume.extents),
+          value_(outsideValue<T>(scene, random_))
+    {
+    }
+
+    void answer()
+    {
+        for (unsigned int round = 0; round < rounds_; ++round) {
+            resampleOnto("resample", gridOf(obliqueMap(random_, extents_), random_));
+            resampleOnto("resample along the axes", gridOf(axisMap(random_, extents_), random_));
+            resampleOnto("resample far away", gridOf(farMap(random_, extents_), random_));
+            reslice();
+            resize();
+            samplePositions();
+            if (scene_ == kLargeScene && round == kLargeRound)
+                resampleLarge();
+        }
+    }
+
+private:
+    template <class Ask>
+    void withEachPolicy(const std::string& operation, const Ask& ask)
+    {
+        constexpr std::array<const char*, 3> kernels{"NearestNeighbor", "Linear", "Cubic"};
+        constexpr std::array<const char*, 2> borders{"Constant", "Replication"};
+        const bool isWrapping = random_.below(3) == 0;
+        for (std::size_t kernel = 0; kernel < 3; ++kernel)
+            for (std::size_t border = 0; border < 2; ++border) {
+                Options options(kInterpolators[kernel], kBorders[border],
+                                static_cast<double>(value_));
+                if (isWrapping)
+                    options.overflow = resample::Overflow::WRAP;
+                ask(options, streams_[operation + ", " + kernels[kernel] + ", " + borders[border]]);
+            }
+    }
+
+    Destination<T> destination(unsigned int width, unsigned int height, unsigned int depth,
+                               bool isWrapped) const
+    {
+        return {width, height, depth, wrapped_.image.getChannels(), isWrapped};
+    }
+
+    void resampleOnto(const std::string& operation, const Grid& grid)
+    {
+        const bool isWrapped = random_.below(2) == 0;
+        withEachPolicy(operation, [&](const Options& options, Stream& stream) {
+            Destination<T> to = destination(grid.width, grid.height, grid.depth, isWrapped);
+            calls_.resample(wrapped_.image, grid, to.image, options);
+            to.appendTo(stream);
+        });
+    }
+
+    void resampleLarge()
+    {
+        Grid oblique = gridOf(obliqueMap(random_, extents_), random_);
+        Grid along = gridOf(axisMap(random_, extents_), random_);
+        for (Grid* const grid : {&oblique, &along}) {
+            for (auto& row : grid->map.rows)
+                for (std::size_t column = 0; column < 3; ++column)
+                    row[column] *= 0.125;
+            grid->width = 301;
+            grid->height = 29;
+            grid->depth = 5;
+        }
+        resampleOnto("resample", oblique);
+        resampleOnto("resample along the axes", along);
+    }
+
+    void reslice()
+    {
+        using resample::Projection;
+        const Planes planes = somePlanes(random_, extents_);
+        const auto projection = random_.anyOf<Projection>(
+            std::array<Projection, 3>{Projection::MEAN, Projection::MAXIMUM, Projection::MINIMUM});
+        const Slab slab = {1 + random_.below(4), projection};
+        withEachPolicy("reslice", [&](Options options, Stream& stream) {
+            options.overflow = resample::Overflow::SATURATE;  // of a mean the module knows nothing
+            Destination<T> to = destination(planes.width, planes.height, planes.count, false);
+            calls_.reslice(wrapped_.image, planes, to.image, options, slab);
+            to.appendTo(stream);
+        });
+    }
+
+    void resize()
+    {
+        const unsigned int width = 2 + random_.below(19);
+        const unsigned int height = 2 + random_.below(5);
+        const unsigned int depth = 2 + random_.below(3);
+        const bool hasCentres = extents_.width > 1 && extents_.height > 1 && extents_.depth > 1;
+        const bool isCentred = random_.below(2) == 0 && hasCentres;
+        const Align align = isCentred ? Align::CENTRES : Align::EDGES;
+        withEachPolicy("resize", [&](const Options& options, Stream& stream) {
+            Destination<T> to = destination(width, height, depth, false);
+            calls_.resize(wrapped_.image, align, to.image, options);
+            to.appendTo(stream);
+        });
+    }
+
+    std::vector<resample::Position> positions(resample::Units units)
+    {
+        std::vector<resample::Position> all;
+        const test::oracle::Position& unit = wrapped_.volume.spacing;
+        for (int n = 0; n < 40; ++n) {
+            const Position p = position(random_, extents_);
+            const bool isPhysical = units == resample::Units::PHYSICAL;
+            all.push_back(isPhysical ? resample::Position{p.x * unit.x, p.y * unit.y, p.z * unit.z}
+                                     : resample::Position{p.x, p.y, p.z});
+        }
+        return all;
+    }
+
+    void samplePositions()
+    {
+        using resample::Units;
+        const Units units = random_.below(2) == 0 ? Units::VOXELS : Units::PHYSICAL;
+        const bool asItIs = random_.below(2) == 0;
+        const std::vector<resample::Position> places = positions(units);
+        withEachPolicy("sample", [&](const Options& options, Stream& stream) {
+            if (asItIs)
+                sampleInto(std::vector<double>(), places, units, options, stream);
+            else
+                sampleInto(std::vector<T>(), places, units, options, stream);
+        });
+    }
+
+    template <class Result>
+    void sampleInto(std::vector<Result> results, const std::vector<resample::Position>& places,
+                    resample::Units units, const Options& options, Stream& stream) const
+    {
+        results.resize(places.size() * wrapped_.image.getChannels());
+        calls_.sample(wrapped_.image, places, units, results.data(), options);
+        for (const Result result : results)
+            append(stream, static_cast<double>(result));
+    }
+
+    const unsigned int scene_;
+    const unsigned int rounds_;
+    const Calls& calls_;
+    Streams& streams_;
+    Generator random_;
+    const test::WrappedVolume<T> wrapped_;
+    const Extents extents_;
+    const T value_;
+};
+
+template <class T, class Calls>
+void digestBulk(unsigned int rounds, const Calls& calls)
+{
+    Streams streams;
+    for (unsigned int scene = 0; scene < kScenes; ++scene)
+        Requests<T, Calls>(scene, rounds, calls, streams).answer();
+    for (const auto& [name, stream] : streams) {
+        std::printf("%zu %s\n", stream.size(), name.c_str());
+        std::fwrite(stream.data(), 1, stream.size(), stdout);
+    }
+}
+
+// Writes what digest_sampler writes, of other families.
+template <class Calls>
+bool digestBulk(unsigned int rounds, const Calls& calls)
+{
+    digestBulk<unsigned char>(rounds, calls);
+    digestBulk<short>(rounds, calls);
+    digestBulk<unsigned short>(rounds, calls);
+    digestBulk<int>(rounds, calls);
+    digestBulk<unsigned int>(rounds, calls);
+    digestBulk<float>(rounds, calls);
+    digestBulk<double>(rounds, calls);
+    return std::fflush(stdout) == 0;
+}
+
+}  // namespace volux::digest

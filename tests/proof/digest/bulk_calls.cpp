@@ -1,0 +1,107 @@
+// Answers the corpus on whole volumes by volux_resample, with an instruction set and a number of
+// threads. "all" as an instruction set is whatever Highway chooses; without arguments, the
+// instruction sets are named that the library is compiled for and this processor has.
+#include <hwy/targets.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "BulkCorpus.h"
+
+namespace volux::digest {
+namespace {
+
+class BulkCalls {
+public:
+    explicit BulkCalls(unsigned int threads) : threads_(threads) {}
+
+    template <class T>
+    void resample(const core::VxImage<T>& source, const Grid& grid, core::VxImage<T>& destination,
+                  const Options& options) const
+    {
+        require(resample::resample(source, grid, &destination, onThreads(options)));
+    }
+
+    template <class T>
+    void reslice(const core::VxImage<T>& source, const Planes& planes,
+                 core::VxImage<T>& destination, const Options& options, const Slab& slab) const
+    {
+        require(resample::reslice(source, planes, &destination, onThreads(options), slab));
+    }
+
+    template <class T>
+    void resize(const core::VxImage<T>& source, Align align, core::VxImage<T>& destination,
+                const Options& options) const
+    {
+        require(resample::resize(source, destination.getWidth(), destination.getHeight(),
+                                 destination.getDepth(), align, &destination, onThreads(options)));
+    }
+
+    template <class T, class Result>
+    void sample(const core::VxImage<T>& source, const std::vector<resample::Position>& positions,
+                resample::Units units, Result* results, const Options& options) const
+    {
+        require(resample::sample(source, positions.data(), positions.size(), units,
+                                 resample::kAllChannels, results, onThreads(options)));
+    }
+
+private:
+    Options onThreads(Options options) const
+    {
+        options.threads = threads_;
+        return options;
+    }
+
+    static void require(core::ErrorType result)
+    {
+        if (result != core::SUCCESS)
+            throw std::runtime_error("a call was refused with " + std::to_string(result));
+    }
+
+    const unsigned int threads_;
+};
+
+std::vector<std::int64_t> instructionSets()
+{
+    std::vector<std::int64_t> all;
+    for (std::int64_t left = hwy::SupportedTargets() & HWY_TARGETS; left != 0; left &= left - 1)
+        all.push_back(left & -left);
+    return all;
+}
+
+bool force(const std::string& name)
+{
+    for (const std::int64_t target : instructionSets())
+        if (name == hwy::TargetName(target)) {
+            hwy::SetSupportedTargetsForTest(target);
+            hwy::GetChosenTarget().Update(hwy::SupportedTargets());
+            return true;
+        }
+    return name == "all";
+}
+
+int answer(int rounds, const std::string& target, int threads)
+{
+    if (rounds < 1 || threads < 0 || !force(target)) {
+        std::fputs("usage: bulk_calls [ROUNDS INSTRUCTION_SET THREADS]\n", stderr);
+        return EXIT_FAILURE;
+    }
+    const BulkCalls calls(static_cast<unsigned int>(threads));
+    return digestBulk(static_cast<unsigned int>(rounds), calls) ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+
+}  // namespace
+}  // namespace volux::digest
+
+int main(int count, char** arguments)
+{
+    if (count == 4)
+        return volux::digest::answer(std::atoi(arguments[1]), arguments[2],
+                                     std::atoi(arguments[3]));
+    for (const std::int64_t target : volux::digest::instructionSets())
+        std::puts(hwy::TargetName(target));
+    return EXIT_SUCCESS;
+}

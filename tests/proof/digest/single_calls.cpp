@@ -1,0 +1,133 @@
+// Answers the corpus on whole volumes without volux_resample: by one call of the module for each
+// sample, at the position that the documentation gives.
+#include <cstdio>
+#include <cstdlib>
+#include <vector>
+
+#include "BulkCorpus.h"
+
+namespace volux::digest {
+namespace {
+
+using test::positionOf;
+
+struct SingleCalls {
+    template <class T>
+    static void resample(const core::VxImage<T>& source, const Grid& grid,
+                         core::VxImage<T>& destination, const Options& options)
+    {
+        forEachVoxel(destination, [&](unsigned int i, unsigned int j, unsigned int k, int c) {
+            return test::element(source, positionOf(grid.map, i, j, k), c, options);
+        });
+    }
+
+    template <class T>
+    static void reslice(const core::VxImage<T>& source, const Planes& planes,
+                        core::VxImage<T>& destination, const Options& options, const Slab& slab)
+    {
+        const AffineMap map = mapOf(planes);
+        forEachVoxel(destination, [&](unsigned int i, unsigned int j, unsigned int k, int c) {
+            double projected = 0.0;
+            for (unsigned int n = 0; n < slab.planes; ++n) {
+                const auto p = positionOf(map, i, j, k * slab.planes + n);
+                const double sample = test::reading(source, p, c, options);
+                projected = n == 0 ? sample : project(slab.projection, projected, sample);
+            }
+            const bool isMean = slab.projection == resample::Projection::MEAN && slab.planes > 1;
+            return converted<T>(isMean ? projected / slab.planes : projected);
+        });
+    }
+
+    template <class T>
+    static void resize(const core::VxImage<T>& source, Align align, core::VxImage<T>& destination,
+                       const Options& options)
+    {
+        Grid grid;
+        const auto change = [&](int axis, unsigned int from, unsigned int to) {
+            const bool isCentred = align == Align::CENTRES;
+            const double s = isCentred ? (from - 1.0) / (to - 1.0) : static_cast<double>(from) / to;
+            grid.map.rows[axis][axis] = s;
+            grid.map.rows[axis][3] = isCentred ? 0.0 : 0.5 * s - 0.5;  // a half of it is exact
+        };
+        change(0, source.getWidth(), destination.getWidth());
+        change(1, source.getHeight(), destination.getHeight());
+        change(2, source.getDepth(), destination.getDepth());
+        resample(source, grid, destination, options);
+    }
+
+    template <class T, class Result>
+    static void sample(const core::VxImage<T>& source,
+                       const std::vector<resample::Position>& positions, resample::Units units,
+                       Result* results, const Options& options)
+    {
+        const core::VoxelSize unit = units == resample::Units::PHYSICAL
+                                         ? const_cast<core::VxImage<T>&>(source).getVoxelSize()
+                                         : core::VoxelSize(1, 1, 1);
+        for (const resample::Position& p : positions)
+            for (unsigned int c = 0; c < source.getChannels(); ++c) {
+                const resample::Position voxel = {p.x / unit.x, p.y / unit.y, p.z / unit.z};
+                const int channel = static_cast<int>(c);
+                if constexpr (std::is_same_v<T, Result>)
+                    *results++ = test::element(source, voxel, channel, options);
+                else
+                    *results++ = test::reading(source, voxel, channel, options);
+            }
+    }
+
+private:
+    template <class T, class Value>
+    static void forEachVoxel(core::VxImage<T>& image, const Value& value)
+    {
+        for (unsigned int k = 0; k < image.getDepth(); ++k)
+            for (unsigned int j = 0; j < image.getHeight(); ++j)
+                for (unsigned int i = 0; i < image.getWidth(); ++i)
+                    for (unsigned int c = 0; c < image.getChannels(); ++c)
+                        image(static_cast<int>(i), static_cast<int>(j), static_cast<int>(k),
+                              static_cast<int>(c)) = value(i, j, k, static_cast<int>(c));
+    }
+
+    static AffineMap mapOf(const Planes& planes)
+    {
+        AffineMap map;
+        const resample::Position* const columns[] = {&planes.across, &planes.down, &planes.step,
+                                                     &planes.origin};
+        for (int column = 0; column < 4; ++column) {
+            map.rows[0][column] = columns[column]->x;
+            map.rows[1][column] = columns[column]->y;
+            map.rows[2][column] = columns[column]->z;
+        }
+        return map;
+    }
+
+    static double project(resample::Projection projection, double before, double sample)
+    {
+        if (projection == resample::Projection::MEAN)
+            return before + sample;
+        const bool isGreater = projection == resample::Projection::MAXIMUM;
+        return (isGreater ? sample > before : sample < before) ? sample : before;
+    }
+
+    template <class T>
+    static T converted(double value)
+    {
+        if constexpr (std::is_floating_point_v<T>)
+            return static_cast<T>(value);
+        else
+            return test::saturated<T>(value);
+    }
+};
+
+}  // namespace
+}  // namespace volux::digest
+
+int main(int count, char** arguments)
+{
+    const int rounds = count == 2 ? std::atoi(arguments[1]) : 0;
+    if (rounds < 1) {
+        std::fputs("usage: single_calls ROUNDS\n", stderr);
+        return EXIT_FAILURE;
+    }
+    const volux::digest::SingleCalls calls;
+    return volux::digest::digestBulk(static_cast<unsigned int>(rounds), calls) ? EXIT_SUCCESS
+                                                                               : EXIT_FAILURE;
+}

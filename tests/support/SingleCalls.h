@@ -1,0 +1,95 @@
+// What the module itself gives, one call for each sample, at positions that follow the documented
+// rule. Nothing here calls volux_resample; only what its headers say of a map and of options is
+// used.
+#pragma once
+
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+#include <type_traits>
+
+#include "volux/core.h"
+#include "volux/resample/AffineMap.h"
+#include "volux/resample/Options.h"
+
+namespace volux::test {
+
+using resample::AffineMap;
+using resample::Options;
+using resample::Overflow;
+using resample::Position;
+
+using Interpolators = std::array<core::Interpolator*, 3>;
+using Borders = std::array<core::Border*, 2>;
+
+inline const Interpolators kInterpolators{&core::InterpolationType::NEAREST_NEIGHBOR,
+                                          &core::InterpolationType::LINEAR,
+                                          &core::InterpolationType::CUBIC};
+inline const Borders kBorders{&core::InterpolationBorderType::CONSTANT,
+                              &core::InterpolationBorderType::REPLICATION};
+
+// Each step is stored, so that no compiler fuses a product and a sum.
+inline double stepByStep(const double (&row)[4], double i, double j, double k)
+{
+    volatile double sum = row[3];
+    volatile double product = row[2] * k;
+    sum = sum + product;
+    product = row[1] * j;
+    sum = sum + product;
+    product = row[0] * i;
+    return sum + product;
+}
+
+inline Position positionOf(const AffineMap& map, double i, double j, double k)
+{
+    return {stepByStep(map.rows[0], i, j, k), stepByStep(map.rows[1], i, j, k),
+            stepByStep(map.rows[2], i, j, k)};
+}
+
+// The module's reading at a position in voxels. The calls by value take voxels whatever the spacing
+// is; a policy of the test's own is called through an image whose spacing is 1.
+template <class T>
+double reading(const core::VxImage<T>& image, const Position& p, int c, const Options& options)
+{
+    const auto channel = static_cast<unsigned int>(c);
+    const auto value = static_cast<T>(options.outside);
+    core::Border* const border = options.border;
+    if (options.interpolator == kInterpolators[0])
+        return static_cast<double>(
+            core::NearestNeighbor()(image, p.x, p.y, p.z, channel, border, value));
+    if (options.interpolator == kInterpolators[1])
+        return core::Linear()(image, p.x, p.y, p.z, channel, border, value);
+    if (options.interpolator == kInterpolators[2])
+        return core::Cubic()(image, p.x, p.y, p.z, channel, border, value);
+    return image.getDoubleValueReal(p.x, p.y, p.z, c, options.interpolator, border, value);
+}
+
+// Rounded half away from zero, then the nearest value of T.
+template <class T>
+T saturated(double value)
+{
+    const double rounded = std::round(value);
+    if (std::isnan(rounded))
+        return T{0};
+    if (rounded <= static_cast<double>(std::numeric_limits<T>::lowest()))
+        return std::numeric_limits<T>::lowest();
+    if (rounded >= static_cast<double>(std::numeric_limits<T>::max()))
+        return std::numeric_limits<T>::max();
+    return static_cast<T>(rounded);
+}
+
+// What becomes of a reading in a destination of type T; wrapping is the module's own rounded form.
+template <class T>
+T element(const core::VxImage<T>& image, const Position& p, int c, const Options& options)
+{
+    if constexpr (std::is_floating_point_v<T>)
+        return static_cast<T>(reading(image, p, c, options));
+    else if (options.overflow == Overflow::SATURATE)
+        return saturated<T>(reading(image, p, c, options));
+    else
+        return image.getValueVoxel(p.x, p.y, p.z, c, options.interpolator, options.border,
+                                   static_cast<T>(options.outside));
+}
+
+}  // namespace volux::test
