@@ -9,6 +9,7 @@ import subprocess
 import time
 from pathlib import Path
 
+from . import sysroot
 from .common import BUILD, CORES, LOGS, ROOT, BadUse, Failure, install
 from .common import run as run_command
 from .common import version
@@ -37,14 +38,31 @@ row of the table has to give them.
 - In the rows marked *fused* the library's sources are compiled with `-ffp-contract=fast`. They have
   to give another digest, which shows that the last bit reaches it. Nearest neighbour and whole
   voxels have no product and sum to fuse.
+
+Calls on whole volumes have a corpus of their own, `bulk`, and a small part of it, `bulk-small`:
+`resample` on oblique maps, along the axes and beyond what is finite, `reslice` with slabs, `resize`
+and `sample`, with each kernel and border, saturating and wrapping, into images and into memory with
+gaps, on the same volumes. Its digests are computed twice. In every row a program without
+`volux_resample` calls the module once for each sample, at the position that the documentation gives,
+so that a compiler for which there is neither Highway nor oneTBB has to give them too. In the rows
+marked *bulk* `volux_resample` answers, with each instruction set that it is compiled for and with 1,
+2, 3, 7 and 16 threads; for aarch64 Debian's packages of the two are unpacked in the build folder.
 """
 CI_RUN = ["--rows", "^(x86-64 g[+][+]-12 (-O2|-O3 -march=x86-64-v3)( fused)?"
-                    "|x86-64 clang[+][+]-14 -O3|s390x s390x-linux-gnu-g[+][+] -O2)$"]
+                    "|x86-64 clang[+][+]-14 -O3|x86-64 g[+][+]-12 -O2 bulk|s390x s390x-linux-gnu-g[+][+] -O2)$"]
 WHOLE_RUN = []
 
 SOURCE = ROOT / "tests" / "proof" / "digest"
 COMMITTED = SOURCE / "digests.txt"
-POSITIONS = {"full": 2000, "small": 100}  # in each volume
+SIZES = {  # of a corpus: its program, and the positions or the rounds of requests in each volume
+    "full": ("sampler", 2000),
+    "small": ("sampler", 100),
+    "bulk": ("single_calls", 6),
+    "bulk-small": ("single_calls", 1),
+}
+WHOLE = tuple(SIZES)
+SMALL = ("small", "bulk-small")
+THREADS = (1, 2, 3, 7, 16)
 
 COMPILERS = ("g++-12", "g++-11", "clang++-14", "clang++-16", "clang++-19", "clang++-22")
 FLAGS = ("-O0", "-O1", "-O2", "-O3", "-Os", "-O2 -flto", "-O3 -march=x86-64-v3",
@@ -67,13 +85,15 @@ class Row:
     compiler: str
     flags: str
     runner: tuple = ()
-    corpora: tuple = ("full", "small")
+    corpora: tuple = WHOLE
     fused: bool = False
+    bulk: bool = False  # volux_resample answers instead of the module
     linker: str = ""  # another compiler, whose libraries and linker this one uses
 
     @property
     def name(self):
-        return f"{self.target} {self.compiler} {self.flags}" + (" fused" if self.fused else "")
+        return (f"{self.target} {self.compiler} {self.flags}" + (" fused" if self.fused else "")
+                + (" bulk" if self.bulk else ""))
 
     @property
     def folder(self):
@@ -87,9 +107,30 @@ class Row:
     def programs(self):
         return [program for program in (self.compiler, self.linker, *self.runner[:1]) if program]
 
+    def program_of(self, corpus):
+        if self.bulk:
+            return "bulk_calls"
+        program = SIZES[corpus][0]
+        if self.fused:
+            return f"contracted_{program}"
+        return "digest_sampler" if program == "sampler" else program
+
     @property
     def group(self):
         return "digest" if self.compiler in IN_CI else "digest-all"
+
+
+@dataclasses.dataclass(frozen=True)
+class Run:
+    """One run of a program of a row."""
+
+    corpus: str
+    instructions: str = ""
+    threads: int = 0
+
+    def __str__(self):
+        how = f" with {self.instructions} on {self.threads} threads" if self.threads else ""
+        return self.corpus + how
 
 
 @dataclasses.dataclass
@@ -97,19 +138,19 @@ class Outcome:
     """What the program of a row gave, or why it gave nothing."""
 
     row: Row
-    found: dict  # corpus: {family: (digest, number of results)}
+    found: dict  # corpus, and how it was run: {family: (digest, number of results)}
     fault: str = ""
 
     def differing(self, committed):
-        """The families of each corpus that are not as committed."""
-        return {corpus: [name for name in sorted(committed[corpus].keys() | families.keys())
-                         if committed[corpus].get(name) != families.get(name, (None,))[0]]
-                for corpus, families in self.found.items()}
+        """The families of each run that are not as committed."""
+        return {run: [name for name in sorted(committed[run.corpus].keys() | families.keys())
+                      if committed[run.corpus].get(name) != families.get(name, (None,))[0]]
+                for run, families in self.found.items()}
 
     def passed(self, committed):
         """As committed; where products and sums are fused, other in nothing but what has any."""
-        if self.fault or any(families.keys() != committed[corpus].keys()
-                             for corpus, families in self.found.items()):
+        if self.fault or any(families.keys() != committed[run.corpus].keys()
+                             for run, families in self.found.items()):
             return False
         names = [name for names in self.differing(committed).values() for name in names]
         if self.row.fused:
@@ -128,6 +169,18 @@ def native_rows():
         row("g++-12", "-O3 -march=x86-64-v3", fused=True)]
 
 
+def bulk_rows():
+    folder = sysroot.folder_of("arm64")
+    include, library = folder / "usr" / "include", folder / "usr" / "lib" / "aarch64-linux-gnu"
+    runner = ("qemu-aarch64-static", "-L", "/usr/aarch64-linux-gnu",
+              "-E", f"LD_LIBRARY_PATH={library}")
+    return [Row("x86-64", compiler, flags, corpora=("bulk",), bulk=True) for compiler, flags in
+            (("g++-12", "-O2"), ("g++-12", "-O3 -march=x86-64-v3"), ("clang++-14", "-O3"),
+             ("clang++-19", "-O2"))] + [
+        Row("aarch64", "aarch64-linux-gnu-g++", flags, runner, ("bulk",), bulk=True)
+        for flags in ("-O0", "-O2")]
+
+
 def i386_rows():
     """Run by the processor itself, if the system lets it, with the cross compiler's C library."""
     folder = Path("/usr/i686-linux-gnu/lib")
@@ -137,7 +190,7 @@ def i386_rows():
     except FileNotFoundError:
         pass  # it comes with the compiler
     except OSError:
-        runner, corpora = ("qemu-i386-static", "-L", str(folder.parent)), ("small",)
+        runner, corpora = ("qemu-i386-static", "-L", str(folder.parent)), SMALL
     return [Row("i386", "i686-linux-gnu-g++", f"{level} -msse2 -mfpmath=sse", runner, corpora)
             for level in ("-O0", "-O2", "-O3")]
 
@@ -147,19 +200,23 @@ def emulated_rows():
         triple, processor = EMULATED[target]
         runner = (f"qemu-{processor}-static", "-L", f"/usr/{triple}")
         own = f"{triple}-g++"
-        return Row(target, compiler or own, flags, runner, ("small",), fused, own)
+        return Row(target, compiler or own, flags, runner, SMALL, fused, linker=own)
     return [row(*words) for words in itertools.product(EMULATED, ("-O0", "-O2", "-O3"))] + [
         row(target, f"-O2 --target={EMULATED[target][0]}", "clang++-19") for target in EMULATED] + [
         row("aarch64", "-O2", fused=True)]
 
 
 def all_rows():
-    return native_rows() + i386_rows() + emulated_rows()
+    return native_rows() + bulk_rows() + i386_rows() + emulated_rows()
 
 
 def provide(rows):
     """Sees to it that the compilers and emulators of the rows are there."""
     install("build")
+    if any(row.bulk for row in rows):
+        install("resample")
+    if any(row.bulk and row.target == "aarch64" for row in rows):
+        sysroot.provide("arm64")
     for row in rows:
         for program in row.programs:
             if shutil.which(program):
@@ -175,25 +232,40 @@ def provide(rows):
 
 
 def build(row):
-    """Builds the library and the program of a row; gives the program."""
+    """Builds the library and the programs of a row."""
     (LOGS / f"{row.log}.log").unlink(missing_ok=True)
-    target = "contracted_sampler" if row.fused else "digest_sampler"
+    targets = sorted({row.program_of(corpus) for corpus in row.corpora})
     cross = [] if row.target == "x86-64" else ["-DCMAKE_SYSTEM_NAME=Linux",
                                               f"-DCMAKE_SYSTEM_PROCESSOR={row.target}"]
     configure = ["cmake", "-S", SOURCE, "-B", row.folder, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=None",
-                 f"-DCMAKE_CXX_COMPILER={row.compiler}", f"-DCMAKE_CXX_FLAGS={row.flags}", *cross]
-    for command in (configure, ["cmake", "--build", row.folder, "--target", target, "-j", "1"]):
+                 f"-DCMAKE_CXX_COMPILER={row.compiler}", f"-DCMAKE_CXX_FLAGS={row.flags}",
+                 f"-DVOLUX_RESAMPLE={'ON' if row.bulk else 'OFF'}", *cross]
+    for command in (configure, ["cmake", "--build", row.folder, "--target", *targets, "-j", "1"]):
         if run_command(command, row.log).returncode != 0:
             raise Failure(f"does not build; see {LOGS.relative_to(ROOT)}/{row.log}.log")
-    return row.folder / target
+
+
+def runs_of(row):
+    """How the programs of a row are run: each run with its command."""
+    if not row.bulk:
+        for corpus in row.corpora:
+            yield Run(corpus), [*row.runner, row.folder / row.program_of(corpus),
+                                str(SIZES[corpus][1])]
+        return
+    program = [*row.runner, row.folder / "bulk_calls"]
+    named = run_command(program).stdout.split()
+    if not named:
+        raise Failure("names no instruction set")
+    for corpus, instructions, threads in itertools.product(row.corpora, named, THREADS):
+        yield (Run(corpus, instructions, threads),
+               [*program, str(SIZES[corpus][1]), instructions, str(threads)])
 
 
 def families_of(command, log):
     """Runs a program; the digest of each of its families and the number of its results."""
     digests, counts = {}, {}
     with open(LOGS / f"{log}.log", "ab") as errors, \
-            subprocess.Popen(command, stdout=subprocess.PIPE, stderr=errors,
-                             cwd=command[-2].parent) as program:
+            subprocess.Popen(command, stdout=subprocess.PIPE, stderr=errors) as program:
         for header in program.stdout:
             size, name = header.decode().rstrip("\n").split(" ", 1)
             results = program.stdout.read(int(size))
@@ -208,10 +280,9 @@ def carry_out(row):
     start = time.monotonic()
     outcome = Outcome(row, {})
     try:
-        program = build(row)
-        for corpus in row.corpora:
-            command = [*row.runner, program, str(POSITIONS[corpus])]
-            outcome.found[corpus] = families_of(command, row.log)
+        build(row)
+        for run, command in runs_of(row):
+            outcome.found[run] = families_of(command, row.log)
     except (Failure, OSError) as failure:
         outcome.fault = str(failure)
     return outcome, time.monotonic() - start
@@ -224,9 +295,10 @@ def over_all(families):
 
 
 def write_committed(outcome):
-    text = ("# SHA-256 of the sampled corpus, of the small part of it and of each family;\n"
+    text = ("# SHA-256 of the sampled corpora, of the small parts of them and of each family;\n"
             "# `scripts/prove digest` compares, and with --update it writes this file.\n")
-    for corpus, families in outcome.found.items():
+    for run, families in outcome.found.items():
+        corpus = run.corpus
         digests = {name: digest for name, (digest, _) in families.items()}
         text += f"{over_all(digests)}  {corpus}\n"
         text += "".join(f"{digest}  {corpus}: {name}\n" for name, digest in sorted(digests.items()))
@@ -237,8 +309,8 @@ def read_committed():
     if not COMMITTED.exists():
         raise Failure(f"{COMMITTED.relative_to(ROOT)} is missing; scripts/prove digest --update "
                       "writes it.")
-    committed, text = {corpus: {} for corpus in POSITIONS}, COMMITTED.read_text(encoding="utf-8")
-    for digest, corpus, name in re.findall(r"^([0-9a-f]{64})  (\w+): (.+)$", text, re.MULTILINE):
+    committed, text = {corpus: {} for corpus in SIZES}, COMMITTED.read_text(encoding="utf-8")
+    for digest, corpus, name in re.findall(r"^([0-9a-f]{64})  ([\w-]+): (.+)$", text, re.MULTILINE):
         committed[corpus][name] = digest
     for corpus, digests in committed.items():
         if not digests or f"{over_all(digests)}  {corpus}\n" not in text:
@@ -250,8 +322,8 @@ def verdict(outcome, committed):
     if outcome.fault:
         return f"**{outcome.fault}**"
     differing = outcome.differing(committed)
-    text = "; ".join(f"differs in {len(names)} of {len(outcome.found[corpus])} families of {corpus}"
-                     for corpus, names in differing.items() if names) or "equal"
+    text = "; ".join(f"differs in {len(names)} of {len(outcome.found[run])} families of {run}"
+                     for run, names in differing.items() if names) or "equal"
     if outcome.passed(committed):
         return text + (", as it has to" if outcome.row.fused else "")
     return f"**{text}**"
@@ -265,8 +337,8 @@ def say(outcome, seconds, committed):
         return
     differing = outcome.differing(committed)
     for name in sorted({name for names in differing.values() for name in names}):
-        corpora = " and ".join(corpus for corpus, names in differing.items() if name in names)
-        print(f"        {name} ({corpora})", flush=True)
+        runs = " and ".join(str(run) for run, names in differing.items() if name in names)
+        print(f"        {name} ({runs})", flush=True)
 
 
 def carry_out_all(rows, committed):
@@ -282,23 +354,31 @@ def carry_out_all(rows, committed):
     return [job.result()[0] for job in jobs]
 
 
+def what_ran(outcome):
+    instructions = dict.fromkeys(run.instructions for run in outcome.found if run.instructions)
+    how = (f": {', '.join(instructions)}, each on {', '.join(map(str, THREADS))} threads"
+           if instructions else "")
+    return ", ".join(outcome.row.corpora) + how
+
+
 def rows_table(outcomes, committed):
     versions = {compiler: version(compiler) for compiler in {o.row.compiler for o in outcomes}}
     rows = []
     for outcome in outcomes:
         row = outcome.row
         rows.append([row.target, versions[row.compiler],
-                     f"`{row.flags}`" + (", fused" if row.fused else ""),
+                     f"`{row.flags}`" + (", fused" if row.fused else "")
+                     + (", bulk" if row.bulk else ""),
                      row.runner[0] if "qemu" in "".join(row.runner[:1]) else "the processor",
-                     " and ".join(row.corpora), verdict(outcome, committed)])
+                     what_ran(outcome), verdict(outcome, committed)])
     return Table("Each build, compared with the committed digests",
                  ["target", "compiler", "flags", "run by", "corpus", "digest"], rows)
 
 
 def corpora_table(outcomes, committed):
-    measured = {corpus: families for outcome in outcomes
+    measured = {run.corpus: families for outcome in outcomes
                 if not outcome.row.fused and outcome.passed(committed)
-                for corpus, families in outcome.found.items()}
+                for run, families in outcome.found.items()}
     return Table("The digests over all families",
                  ["corpus", "results", "families", "SHA-256"],
                  [[corpus, f"{sum(count for _, count in families.values()):,}", len(families),
@@ -310,9 +390,10 @@ def families_table(outcomes, committed):
     fused = [outcome for outcome in outcomes if outcome.row.fused and not outcome.fault]
     changed = {name for outcome in fused
                for names in outcome.differing(committed).values() for name in names}
-    digests = committed["full"]
-    return Table("The families: the first digits of their digest over the full corpus, and whether "
-                 "fused products and sums change it",
+    digests = {name: digest for corpus in ("full", "bulk")
+               for name, digest in committed[corpus].items()}
+    return Table("The families: the first digits of their digest over `full` or `bulk`, and "
+                 "whether fused products and sums change it",
                  ["family", "SHA-256", "fused"],
                  [[name, f"`{digest[:16]}`",
                    "not run" if not fused else "differs" if name in changed else "equal"]
