@@ -2,6 +2,7 @@ set(VOLUX_RESAMPLE_TESTS
     resample/AffineMapTest.cpp
     resample/EveryWayTest.cpp
     resample/GridTest.cpp
+    resample/LargeTest.cpp
     resample/RefusalsTest.cpp
     resample/RegionTest.cpp
     resample/ResampleTest.cpp

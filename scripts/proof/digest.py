@@ -169,11 +169,13 @@ def native_rows():
         row("g++-12", "-O3 -march=x86-64-v3", fused=True)]
 
 
+def sysroot_libraries():
+    return sysroot.folder_of("arm64") / "usr" / "lib" / "aarch64-linux-gnu"
+
+
 def bulk_rows():
-    folder = sysroot.folder_of("arm64")
-    include, library = folder / "usr" / "include", folder / "usr" / "lib" / "aarch64-linux-gnu"
     runner = ("qemu-aarch64-static", "-L", "/usr/aarch64-linux-gnu",
-              "-E", f"LD_LIBRARY_PATH={library}")
+              "-E", f"LD_LIBRARY_PATH={sysroot_libraries()}")
     return [Row("x86-64", compiler, flags, corpora=("bulk",), bulk=True) for compiler, flags in
             (("g++-12", "-O2"), ("g++-12", "-O3 -march=x86-64-v3"), ("clang++-14", "-O3"),
              ("clang++-19", "-O2"))] + [
@@ -237,6 +239,9 @@ def build(row):
     targets = sorted({row.program_of(corpus) for corpus in row.corpora})
     cross = [] if row.target == "x86-64" else ["-DCMAKE_SYSTEM_NAME=Linux",
                                               f"-DCMAKE_SYSTEM_PROCESSOR={row.target}"]
+    if row.bulk and cross:
+        packages = sysroot_libraries() / "cmake"
+        cross += [f"-Dhwy_DIR={packages / 'hwy'}", f"-DTBB_DIR={packages / 'TBB'}"]
     configure = ["cmake", "-S", SOURCE, "-B", row.folder, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=None",
                  f"-DCMAKE_CXX_COMPILER={row.compiler}", f"-DCMAKE_CXX_FLAGS={row.flags}",
                  f"-DVOLUX_RESAMPLE={'ON' if row.bulk else 'OFF'}", *cross]

@@ -1,4 +1,4 @@
-"""Four programs for libFuzzer, each with a small corpus to start from."""
+"""Five programs for libFuzzer, each with a small corpus to start from."""
 import concurrent.futures
 import os
 import re
@@ -14,7 +14,8 @@ TITLE = "Fuzzing"
 ABOUT = """
 libFuzzer makes up inputs, keeps those that reach something new, and goes on from them; the module
 is compiled with its counters and under clang's address and undefined-behaviour sanitizers
-(`float-cast-overflow` among them), so that it is led through the module's own branches.
+(`float-cast-overflow` among them), so that it is led through the module's own branches, and through
+those of `volux_resample`.
 
 - `lifecycle`: the input is a program of calls on three images and two blocks of the caller's: the
   three ways to initialize, wrapping, resizing, copies and assignments between the images, to
@@ -28,6 +29,10 @@ is compiled with its counters and under clang's address and undefined-behaviour 
 - `kernels`: the three kernels in every way in which a sampling call can be written, run-time and
   compile-time policies alike, against the oracle: any 64 bits as a coordinate or a spacing, any
   bytes as voxels.
+- `bulk`: `resample` and `sample` of `volux_resample`, onto whole grids and onto boxes of them from
+  the bricks that they read, with each instruction set, against one call of the module for each
+  sample: any numbers in a map, any layout, any bytes as voxels. The source lies between forbidden
+  pages, as that of `boxes`.
 - `reader`: the demo's readers of NIfTI and InVesalius files, compressed or not; whatever the file
   is, they load it or throw the demo's own failure. Checksums are mended in some of the inputs,
   since nothing behind them would be reached otherwise. At most 1 GiB of memory and 10 seconds for a
@@ -45,6 +50,7 @@ TARGETS = {
     "lifecycle": "programs of calls",
     "boxes": "crop, draw, planes, fill",
     "kernels": "sampling",
+    "bulk": "whole volumes",
     "reader": "the demo's files",
 }
 CAMPAIGN_SECONDS = 20 * 60
@@ -55,7 +61,7 @@ CORPUS = ROOT / "fuzz" / "corpus"
 FOUND = BUILD / "fuzz-corpus"
 CRASHES = BUILD / "fuzz-crashes"
 LIMITS = ["-len_control=10", "-timeout=10", "-rss_limit_mb=1024", "-print_final_stats=1"]
-LONGEST = {"lifecycle": 512, "boxes": 512, "kernels": 1024, "reader": 8192}
+LONGEST = {"lifecycle": 512, "boxes": 512, "kernels": 1024, "bulk": 1024, "reader": 8192}
 
 
 class Tally:
@@ -159,8 +165,9 @@ def add_arguments(parser):
 def run(options):
     seconds = options.minutes * 60 if options.minutes else options.seconds or 60.0
     names = [options.target] if options.target else list(TARGETS)
-    install("build", "test", "demo")
-    build("fuzz", "clang++", SANITIZED, "None", [f"fuzz_{name}" for name in names])
+    install("build", "test", "demo", "resample")
+    build("fuzz", "clang++", SANITIZED, "None", [f"fuzz_{name}" for name in names],
+          ["-DVOLUX_RESAMPLE=ON"])
     tallies = fuzz_all(names, seconds)
     crashed = [tally for tally in tallies if tally.crash is not None]
     executions = sum(tally.executions for tally in tallies)

@@ -6,7 +6,8 @@ architectures and its installed packages stay as they are.
 from .common import BUILD, LOGS, ROOT, Failure
 from .common import run as run_command
 
-PACKAGES = ("libhwy-dev", "libhwy1", "libtbb-dev", "libtbb12")
+# CMake looks for every library that a package's development files name.
+PACKAGES = ("libhwy-dev", "libhwy1", "libtbb-dev", "libtbb12", "libtbbbind-2-5", "libtbbmalloc2")
 LOG = "proof-sysroot"
 
 

@@ -1,0 +1,237 @@
+// Compares calls on large random volumes with one call of the module for each sample, for so many
+// seconds. Every call draws its map, kernel, border, instruction set and number of threads.
+// Usage: bulk_run SECONDS SEED
+// Prints the number of volumes, then a line for each operation, element type, kernel and border:
+// how many samples were compared, and how many differed.
+#include <array>
+#include <chrono>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "resample/Expected.h"
+
+namespace volux::test {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr int kCallsPerVolume = 24;
+constexpr int kDifferencesPrinted = 5;
+constexpr std::array<const char*, 3> kKernelNames{"NearestNeighbor", "Linear", "Cubic"};
+constexpr std::array<const char*, 2> kBorderNames{"Constant", "Replication"};
+
+struct Count {
+    unsigned long long compared = 0;
+    unsigned long long different = 0;
+};
+
+std::map<std::string, Count> counts;
+
+// Kept until the next one is chosen.
+std::string chooseInstructionSet(Random& random)
+{
+    std::vector<std::int64_t> all;
+    hwy::SetSupportedTargetsForTest(0);
+    for (std::int64_t left = hwy::SupportedTargets() & HWY_TARGETS; left != 0; left &= left - 1)
+        all.push_back(left & -left);
+    const std::int64_t chosen = all[random.below(static_cast<unsigned int>(all.size()))];
+    hwy::SetSupportedTargetsForTest(chosen);
+    hwy::GetChosenTarget().Update(hwy::SupportedTargets());
+    return hwy::TargetName(chosen);
+}
+
+template <class T>
+oracle::Volume<T> largeVolume(Random& random)
+{
+    constexpr std::array<Layout, 4> layouts{Layout::Interleaved, Layout::Planar, Layout::ZFastest,
+                                            Layout::Padded};
+    oracle::Volume<T> v;
+    v.extents = {random.between(20, 150), random.between(20, 150), random.between(10, 60)};
+    v.channels = random.between(1, 2);
+    layOut(v, anyOf(random, layouts), random);
+    v.spacing = randomSpacing(random);
+    const std::int64_t last = v.strideX * (v.extents.width - 1) +
+                              v.strideY * (v.extents.height - 1) +
+                              v.strideZ * (v.extents.depth - 1) + v.strideC * (v.channels - 1);
+    v.block.resize(static_cast<std::size_t>(last + 1));
+    const bool withRareOnes = random.below(3) == 0;
+    for (T& element : v.block)
+        element = randomElement<T>(random, withRareOnes);
+    return v;
+}
+
+Options someOptions(Random& random, unsigned int& kernel, unsigned int& border)
+{
+    constexpr std::array<unsigned int, 6> threads{0, 1, 2, 3, 7, 16};
+    kernel = random.below(3);
+    border = random.below(2);
+    Options options(kInterpolators[kernel], kBorders[border], insideValue<unsigned char>(random));
+    options.overflow = random.below(3) == 0 ? Overflow::WRAP : Overflow::SATURATE;
+    options.threads = anyOf(random, threads);
+    return options;
+}
+
+AffineMap someMap(Random& random, const oracle::Extents& extents, std::string& name)
+{
+    switch (random.below(8)) {
+        case 0:
+            name = "ties and whole positions";
+            return halfMap(random, extents);
+        case 1:
+            name = "far away";
+            return hugeMap(random, extents);
+        case 2:
+        case 3:
+        case 4:
+            name = "along the axes";
+            return axisMap(random, extents);
+        default:
+            name = "oblique";
+            return obliqueMap(random, extents, random.below(2) == 0 ? 0.3 : 1.0);
+    }
+}
+
+template <class T>
+class Volume {
+public:
+    explicit Volume(std::uint64_t seed)
+        : seed_(seed), random_(seed), scene_(largeVolume<T>(random_))
+    {
+    }
+
+    void compareCalls()
+    {
+        for (int n = 0; n < kCallsPerVolume; ++n) {
+            if (random_.below(4) == 0)
+                comparePositions();
+            else
+                compareGrid();
+        }
+    }
+
+private:
+    void compareGrid()
+    {
+        std::string operation;
+        const AffineMap map = someMap(random_, scene_.volume.extents, operation);
+        const Grid grid =
+            gridOf(map, random_.between(1, 600), random_.between(1, 40), random_.between(1, 8));
+        begin("resample, " + operation);
+        core::VxImage<T> result;
+        if (resample::resample(scene_.image, grid, &result, options_) != core::SUCCESS)
+            return differs("a call was refused");
+        for (unsigned int k = 0; k < grid.depth; ++k)
+            for (unsigned int j = 0; j < grid.height; ++j)
+                for (unsigned int i = 0; i < grid.width; ++i)
+                    for (int c = 0; c < static_cast<int>(result.getChannels()); ++c)
+                        compare(result(static_cast<int>(i), static_cast<int>(j),
+                                       static_cast<int>(k), c),
+                                positionOf(map, i, j, k), c);
+    }
+
+    void comparePositions()
+    {
+        std::vector<Position> positions;
+        for (unsigned int n = random_.between(1, 20000); n > 0; --n) {
+            const oracle::Position p = randomPosition(random_, scene_.volume.extents);
+            positions.push_back({p.x, p.y, p.z});
+        }
+        begin("sample");
+        const auto channels = static_cast<int>(scene_.image.getChannels());
+        std::vector<T> results(positions.size() * scene_.image.getChannels());
+        if (resample::sample(scene_.image, positions.data(), positions.size(),
+                             resample::Units::VOXELS, resample::kAllChannels, results.data(),
+                             options_) != core::SUCCESS)
+            return differs("a call was refused");
+        std::size_t next = 0;
+        for (const Position& p : positions)
+            for (int c = 0; c < channels; ++c)
+                compare(results[next++], p, c);
+    }
+
+    void begin(const std::string& operation)
+    {
+        unsigned int kernel = 0;
+        unsigned int border = 0;
+        options_ = someOptions(random_, kernel, border);
+        instructions_ = chooseInstructionSet(random_);
+        kind_ = operation + '\t' + elementTypeName<T>() + '\t' + kKernelNames[kernel] + '\t' +
+                kBorderNames[border];
+        count_ = &counts[kind_];
+    }
+
+    void compare(T result, const Position& p, int c)
+    {
+        ++count_->compared;
+        const T expected = element(scene_.image, p, c, options_);
+        if (!sameBits(result, expected))
+            differs(withBits(result) + ", not " + withBits(expected));
+    }
+
+    void differs(const std::string& how)
+    {
+        static int printed = 0;
+        ++count_->different;
+        if (++printed <= kDifferencesPrinted)
+            std::fprintf(stderr, "seed %llu, %s, %s, %u threads: %s\n",
+                         static_cast<unsigned long long>(seed_), kind_.c_str(),
+                         instructions_.c_str(), options_.threads, how.c_str());
+    }
+
+    const std::uint64_t seed_;
+    Random random_;
+    const WrappedVolume<T> scene_;
+    Options options_;
+    std::string instructions_;
+    std::string kind_;
+    Count* count_ = nullptr;
+};
+
+// The seed chooses the element type as well, so that it alone repeats a volume.
+void compareVolume(std::uint64_t seed)
+{
+    switch (seed % 7) {
+        case 0:
+            return Volume<unsigned char>(seed).compareCalls();
+        case 1:
+            return Volume<short>(seed).compareCalls();
+        case 2:
+            return Volume<unsigned short>(seed).compareCalls();
+        case 3:
+            return Volume<int>(seed).compareCalls();
+        case 4:
+            return Volume<unsigned int>(seed).compareCalls();
+        case 5:
+            return Volume<float>(seed).compareCalls();
+        default:
+            return Volume<double>(seed).compareCalls();
+    }
+}
+
+void run(double seconds, std::uint64_t seed)
+{
+    const auto end = Clock::now() + std::chrono::duration_cast<Clock::duration>(
+                                        std::chrono::duration<double>(seconds));
+    unsigned long long volumes = 0;
+    for (; Clock::now() < end; ++volumes)
+        compareVolume(seed + volumes);
+    std::printf("volumes\t%llu\n", volumes);
+    for (const auto& [kind, count] : counts)
+        std::printf("%s\t%llu\t%llu\n", kind.c_str(), count.compared, count.different);
+}
+
+}  // namespace
+}  // namespace volux::test
+
+int main(int argc, char** argv)
+{
+    if (argc != 3)
+        return 2;
+    volux::test::run(std::strtod(argv[1], nullptr), std::strtoull(argv[2], nullptr, 10));
+    return 0;
+}
