@@ -3,6 +3,7 @@ set(VOLUX_RESAMPLE_TESTS
     resample/EveryWayTest.cpp
     resample/GridTest.cpp
     resample/LargeTest.cpp
+    resample/MatrixTest.cpp
     resample/RefusalsTest.cpp
     resample/RegionTest.cpp
     resample/ResampleTest.cpp
