@@ -180,7 +180,7 @@ def bulk_rows():
             (("g++-12", "-O2"), ("g++-12", "-O3 -march=x86-64-v3"), ("clang++-14", "-O3"),
              ("clang++-19", "-O2"))] + [
         Row("aarch64", "aarch64-linux-gnu-g++", flags, runner, ("bulk",), bulk=True)
-        for flags in ("-O0", "-O2")]
+        for flags in ("-O2", "-O3")]
 
 
 def i386_rows():

@@ -15,14 +15,14 @@ off.
 
 - **address and undefined behaviour**: the unit tests, the module and `volux_resample`, by clang and
   by g++, also with the conversions of floating-point numbers that do not fit
-  (`float-cast-overflow`).
+  (`float-cast-overflow`); of the tests of `volux_resample` those that take minutes are left out.
 - **integer**: clang's `integer` and `implicit-conversion` groups look at the module alone, which
   the plain unit tests call. They name also what the language allows, such as unsigned numbers
   that wrap: whatever the module wraps on purpose is written as an explicit conversion.
 - **memory**: whatever a program gets from the module was written before. It is a program of its
   own, because a test framework's memory is written by a standard library that is not
   instrumented; for the same reason the exceptions, which print, are left to valgrind.
-- **thread**: the tests with threads, `WorkTest` of `volux_resample` among them, and the first calls of many threads at once (check 10).
+- **thread**: the tests with threads, and the first calls of many threads at once (check 10).
 - **valgrind**: the container's tests, and those of the kernels, borders, policies and of
   `volux_resample`, not optimised, so that each load is still there; leaks count as errors. Left out
   are the tests that watch `calloc` and `free`, which valgrind keeps for itself, those that ask for
@@ -43,6 +43,8 @@ PLAIN = "-O0 -gdwarf-4 -gline-tables-only"
 FRAMES = " -fno-omit-frame-pointer"
 UNDEFINED = "undefined,float-cast-overflow"
 INTEGER = UNDEFINED + ",integer,implicit-conversion,nullability,local-bounds"
+SUITES = (*suite.PROGRAMS, "resample_tests")
+WITH_RESAMPLE = ["-DVOLUX_RESAMPLE=ON"]
 # Of volux_resample: those that ask for everything with everything, or for gigabytes, again and again.
 LONG_RESAMPLE_TESTS = "Matrix/*:Threads/*:Large/*"
 # Tests that watch calloc and free, which valgrind keeps for itself, or that ask for more than there
@@ -67,13 +69,13 @@ class Outcome:
     findings: list
 
 
-def build_and_run(name, compiler, flags, programs=suite.PROGRAMS):
+def build_and_run(name, compiler, flags, programs):
     """The unit tests under a sanitizer. Gives the number of those that passed, and the findings."""
-    tests = suite.build(f"sanitizers-{name}", compiler, flags, programs=programs)
+    tests = suite.build(f"sanitizers-{name}", compiler, flags, WITH_RESAMPLE, programs)
     return run_tests(tests, None, name, programs)
 
 
-def run_tests(tests, module, name, programs=suite.PROGRAMS):
+def run_tests(tests, module, name, programs):
     reports = common.BUILD / f"sanitizers-{name}-reports"
     shutil.rmtree(reports, ignore_errors=True)
     reports.mkdir(parents=True)
@@ -81,7 +83,8 @@ def run_tests(tests, module, name, programs=suite.PROGRAMS):
     option = f"log_path='{reports}/report'"
     passed, findings = 0, []
     for program in programs:
-        count, log = suite.run(tests, program, module, f"proof-sanitizers-{name}",
+        words = [f"--gtest_filter=-{LONG_RESAMPLE_TESTS}"] if program == "resample_tests" else []
+        count, log = suite.run(tests, program, module, f"proof-sanitizers-{name}", words=words,
                                ASAN_OPTIONS=option, UBSAN_OPTIONS=option, TSAN_OPTIONS=option)
         passed += count or 0
         if count is None:
@@ -98,7 +101,7 @@ def found_in(text):
 
 def address_by(compiler, name):
     flags = f"{PLAIN if compiler == CLANG else '-O0 -g1'}{FRAMES} -fsanitize=address,{UNDEFINED}"
-    return Outcome(compiler, *build_and_run(name, compiler, flags))
+    return Outcome(compiler, *build_and_run(name, compiler, flags, SUITES))
 
 
 def address():
@@ -112,12 +115,12 @@ def address_gcc():
 def plain_tests():
     """Without instrumentation, but with the run-time library that an instrumented module needs."""
     return suite.build("sanitizers-plain", CLANG, PLAIN,
-                       ["-DCMAKE_EXE_LINKER_FLAGS=-fsanitize=undefined"])
+                       ["-DCMAKE_EXE_LINKER_FLAGS=-fsanitize=undefined", *WITH_RESAMPLE], SUITES)
 
 
 def integer():
     module = suite.build_module("sanitizers-integer", CLANG, f"{PLAIN} -fsanitize={INTEGER}")
-    return Outcome(CLANG, *run_tests(plain_tests(), module, "integer"))
+    return Outcome(CLANG, *run_tests(plain_tests(), module, "integer", suite.PROGRAMS))
 
 
 def memory():
@@ -211,7 +214,7 @@ def run(options):
     unknown = [tool for tool in options.tools if tool not in RUNS]
     if unknown:
         raise BadUse(f"there is no tool {unknown[0]}; there are {', '.join(RUNS)}.")
-    common.install("build", "test", "coverage", "sanitizers")
+    common.install("build", "test", "coverage", "sanitizers", "resample")
     rows, found = [], []
     for name in options.tools or RUNS:
         title, check = RUNS[name]
