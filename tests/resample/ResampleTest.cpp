@@ -73,5 +73,50 @@ TYPED_TEST(Resample, GivesTheModulesBitsWhereNoIndexReaches)
     forEachInstructionSet([] { TestFixture::compareScenes(hugeMap, 4, 100); });
 }
 
+// Voxels and positions that are zeros of either sign: the sign of a sum of zeros tells in which
+// order, and with which weights, it was made.
+template <class T>
+class SignedZeros : public ::testing::Test {
+};
+using RealTypes = ::testing::Types<float, double>;
+TYPED_TEST_SUITE(SignedZeros, RealTypes, ElementTypeNames);
+
+AffineMap zeroMap(Random& random)
+{
+    constexpr std::array<double, 4> steps{-1.0, -0.5, 0.5, 1.0};
+    constexpr std::array<double, 4> starts{-0.0, -0.0, 0.0, 1.0};
+    constexpr std::array<double, 6> others{-0.0, -0.0, -0.0,
+                                           -0.0, -0.0, 0x1p-60};  // the last one is no axis
+    AffineMap map;
+    for (int row = 0; row < 3; ++row) {
+        for (int column = 0; column < 3; ++column)
+            map.rows[row][column] = row == column ? anyOf(random, steps) : anyOf(random, others);
+        map.rows[row][3] = anyOf(random, starts);
+    }
+    return map;
+}
+
+TYPED_TEST(SignedZeros, AreThoseOfTheModule)
+{
+    using T = TypeParam;
+    forEachInstructionSet([] {
+        Random random(5);
+        for (int n = 0; n < 200; ++n) {
+            oracle::Volume<T> volume = blankVolume<T>({4, 3, 3});
+            for (T& voxel : volume.block)
+                voxel = anyOf<T>(random, std::array<T, 6>{-T{0}, -T{0}, -T{0}, -T{0}, T{0}, T{1}});
+            const WrappedVolume<T> scene(volume);
+            const AffineMap map = zeroMap(random);
+            for (core::Interpolator* const interpolator : kInterpolators) {
+                const Options options(interpolator, kBorders[random.below(2)], -0.0);
+                core::VxImage<T> result;
+                ASSERT_EQ(resample::resample(scene.image, gridOf(map, 3, 2, 2), &result, options),
+                          core::SUCCESS);
+                expectEverySample(scene.image, map, result, options);
+            }
+        }
+    });
+}
+
 }  // namespace
 }  // namespace volux::test
