@@ -2,6 +2,7 @@ set(VOLUX_RESAMPLE_TESTS
     resample/AffineMapTest.cpp
     resample/EveryWayTest.cpp
     resample/GridTest.cpp
+    resample/GuardTest.cpp
     resample/LargeTest.cpp
     resample/MatrixTest.cpp
     resample/RefusalsTest.cpp

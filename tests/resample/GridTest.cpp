@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -84,15 +85,17 @@ TEST(GridOfSpacing, HasOneVoxelAtLeastAndNoneForOddSpacings)
 
 TEST(GridBetween, IsTheIdentityBetweenEqualGeometries)
 {
-    Geometry geometry;
-    geometry.width = 3;
-    geometry.spacing = VoxelSize(0.3, 0.7, 1.1);
-    geometry.origin = {-17.3, 4.1, 99.9};
-    const double angle = 0.3;
-    geometry.direction[0][0] = geometry.direction[1][1] = std::cos(angle);
-    geometry.direction[0][1] = -std::sin(angle);
-    geometry.direction[1][0] = std::sin(angle);
-    expectMap(gridBetween(geometry, geometry).map, AffineMap());
+    for (const double angle : {0.1, 0.3, 0.7, 1.1, 2.3}) {
+        const double c = std::cos(angle);
+        const double s = std::sin(angle);
+        Geometry geometry;
+        geometry.width = 3;
+        geometry.spacing = VoxelSize(0.3, 0.7, 1.1);
+        geometry.origin = {-17.3, 4.1, 99.9};
+        const double direction[3][3] = {{c, -s * c, s * s}, {s, c * c, -c * s}, {0, s, c}};
+        std::copy(&direction[0][0], &direction[0][0] + 9, &geometry.direction[0][0]);
+        expectMap(gridBetween(geometry, geometry).map, AffineMap());
+    }
 }
 
 TEST(GridBetween, FollowsOriginDirectionAndSpacing)

@@ -116,6 +116,7 @@ TEST_F(Refusals, ConstantsThatTheTypeDoesNotHold)
          {0.5, 32768.0, -32769.0, 1e300, std::numeric_limits<double>::quiet_NaN()})
         EXPECT_EQ(refused(constant(odd)), core::ERR_INVALID_ARGUMENT) << odd;
     EXPECT_EQ(resample::resample(source, grid, &destination, constant(-32768.0)), core::SUCCESS);
+    EXPECT_EQ(resample::resample(source, grid, &destination, constant(32767.0)), core::SUCCESS);
 }
 
 TEST_F(Refusals, DestinationsOfAnotherSize)
@@ -168,6 +169,22 @@ TEST_F(Refusals, DestinationsWhoseVoxelsShareMemory)
         ASSERT_EQ(element, -7);
     EXPECT_EQ(into(10, 2, 1, 40), core::SUCCESS);
     EXPECT_EQ(into(6, 24, 1, 2), core::SUCCESS);
+}
+
+TEST(RefusalsOfSharedMemory, CountToTheLastByte)
+{
+    unsigned char bytes[8] = {};
+    core::VxImage<unsigned char> source;
+    source.initializeWithPointer(bytes + 3, 2, 1, 1, 1);
+    const auto at = [&](int first) {
+        core::VxImage<unsigned char> destination;
+        destination.initializeWithPointer(bytes + first, 2, 1, 1, 1);
+        return resample::resample(source, gridOf(AffineMap(), 2, 1, 1), &destination);
+    };
+    EXPECT_EQ(at(1), core::SUCCESS);
+    EXPECT_EQ(at(2), core::ERR_INVALID_ARGUMENT);
+    EXPECT_EQ(at(4), core::ERR_INVALID_ARGUMENT);
+    EXPECT_EQ(at(5), core::SUCCESS);
 }
 
 TEST_F(Refusals, ResultsThatNoMemoryHolds)

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <vector>
 
 #include "Expected.h"
@@ -91,6 +92,28 @@ TYPED_TEST(Reslice, ProjectsThickSlabs)
                     else
                         ASSERT_TRUE(bitEqual(got, saturated<T>(expected)));
                 }
+    }
+}
+
+// Of samples that are equal, and of one that is not a number, the first stays.
+TEST(ResliceSlab, KeepsTheFirstOfWhatIsNeitherGreaterNorLess)
+{
+    const float zero = 0.0F;
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    oracle::Volume<float> volume = blankVolume<float>({4, 1, 2});
+    volume.block = {zero, -zero, nan, 1.0F, -zero, zero, 1.0F, nan};
+    const WrappedVolume<float> scene(volume);
+    Planes planes;
+    planes.step = {0, 0, 1};
+    planes.width = 4;
+    planes.height = 1;
+    for (const Projection projection : {Projection::MAXIMUM, Projection::MINIMUM}) {
+        core::VxImage<float> result;
+        ASSERT_EQ(resample::reslice(scene.image, planes, &result, core::NearestNeighbor(),
+                                    Slab{2, projection}),
+                  core::SUCCESS);
+        for (int x = 0; x < 4; ++x)
+            EXPECT_TRUE(bitEqual(result(x, 0, 0, 0), volume.block[static_cast<std::size_t>(x)]));
     }
 }
 

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstddef>
 #include <limits>
 #include <vector>
@@ -103,6 +104,70 @@ TYPED_TEST(Sample, TakesOneChannel)
     EXPECT_EQ(results[1], 5.0);
 }
 
+// Readings beside a half, at the ends of a type's range and beyond, and what is no number: of many
+// at once, so that whole vectors are rounded as well as what is left over.
+template <class T>
+class SampleRounds : public ::testing::Test {
+};
+TYPED_TEST_SUITE(SampleRounds, ElementTypes, ElementTypeNames);
+
+std::vector<double> delicateReadings(double lowest, double highest)
+{
+    std::vector<double> all{-0.0, NAN, INFINITY, -INFINITY, 1e300, -1e300, 4503599627370497.0};
+    for (const double whole : {lowest - 1.0, lowest, lowest + 1.0, -2.0, -1.0, 0.0, 1.0, 2.0, 7.0,
+                               highest - 1.0, highest, highest + 1.0})
+        for (const double tie : {whole - 0.5, whole, whole + 0.5})
+            for (const double beside : {lowest - 9.0, tie, highest + 9.0})
+                all.push_back(std::nextafter(tie, beside));
+    return all;
+}
+
+// Gives the position along x.
+struct Given : core::Interpolator {
+    template <class T, class B>
+    double operator()(const core::VxImage<T>&, double x, double, double, unsigned int, B, T)
+    {
+        return x;
+    }
+
+    core::Interpolator::interpolator_t<core::Interpolator, core::Interpolator::Empty>& get()
+        override
+    {
+        static core::Interpolator::interpolator_t<Given, core::Interpolator> table;
+        return table;
+    }
+};
+
+TYPED_TEST(SampleRounds, HalvesAwayFromZeroAndSaturatesOrWraps)
+{
+    using T = TypeParam;
+    using Limits = std::numeric_limits<T>;
+    using Reals = std::numeric_limits<double>;
+    Given given;
+    const bool isInteger = Limits::is_integer;
+    const std::vector<double> readings =
+        delicateReadings(isInteger ? static_cast<double>(Limits::lowest()) : Reals::lowest(),
+                         isInteger ? static_cast<double>(Limits::max()) : Reals::max());
+    std::vector<Position> positions;
+    for (const double reading : readings)
+        positions.push_back({reading, 0.0, 0.0});
+    core::VxImage<T> image;
+    image.initialize(1, 1, 1, 1);
+    forEachInstructionSet([&] {
+        for (std::size_t first = 0; first < 16; ++first) {
+            Options options(&given);
+            options.overflow = first % 2 == 0 ? Overflow::SATURATE : Overflow::WRAP;
+            std::vector<T> results(positions.size() - first);
+            ASSERT_EQ(resample::sample(image, positions.data() + first, results.size(),
+                                       Units::VOXELS, 0, results.data(), options),
+                      core::SUCCESS);
+            for (std::size_t n = 0; n < results.size(); ++n)
+                ASSERT_TRUE(bitEqual(results[n], element(image, positions[first + n], 0, options)))
+                    << readings[first + n];
+        }
+    });
+}
+
 TEST(SampleRefuses, WhatItCanNotDo)
 {
     core::VxImage<short> image;
@@ -121,6 +186,9 @@ TEST(SampleRefuses, WhatItCanNotDo)
     EXPECT_EQ(resample::sample(image, &position, 1, Units::VOXELS, 0, nowhere),
               core::ERR_NULL_POINTER);
     EXPECT_EQ(resample::sample(image, &position, 1, Units::VOXELS, 0, image.getBufferPointer()),
+              core::ERR_INVALID_ARGUMENT);
+    Position written = {0.0, 0.0, 0.0};
+    EXPECT_EQ(resample::sample(image, &written, 1, Units::VOXELS, 0, &written.y),
               core::ERR_INVALID_ARGUMENT);
     EXPECT_EQ(resample::sample(image, &position, 1, Units::VOXELS, 0, &result,
                                Options(core::Linear(), core::Constant(), 0.5)),
