@@ -26,8 +26,8 @@ target_compile_features(volux_resample PUBLIC cxx_std_17)
 target_link_libraries(volux_resample PUBLIC volux::core PRIVATE hwy::hwy TBB::tbb)
 # The file that is compiled for each instruction set includes itself by this way.
 target_include_directories(volux_resample PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/src)
-# A vector whose length is unknown to the compiler is no member and no element of an array; what tests
-# each instruction set has to know of the same ones.
+# A vector whose length is unknown to the compiler is no member and no element of an array. PUBLIC, as
+# the tests of each instruction set have to know of the same ones.
 target_compile_definitions(volux_resample PUBLIC
     "$<BUILD_INTERFACE:HWY_DISABLED_TARGETS=(HWY_SVE|HWY_SVE2|HWY_SVE_256|HWY_SVE2_128)>")
 set_target_properties(volux_resample PROPERTIES

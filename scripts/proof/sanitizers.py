@@ -27,8 +27,8 @@ off.
   `volux_resample`, not optimised, so that each load is still there; leaks count as errors. Left out
   are the tests that watch `calloc` and `free`, which valgrind keeps for itself, those that ask for
   more memory than there can be, which valgrind reports, the long comparisons, and those with voxels
-  gigabytes apart: for each page between them valgrind looks after a page of its own, which took most
-  of the time and shows nothing that neighbours do not show.
+  gigabytes apart: valgrind takes most of its time for the pages between them, and these tests make
+  no call that the others do not make.
 - **clang-tidy and cppcheck**: `scripts/lint`, where no warning may remain.
 - **reasons**: each mark in a source that silences a checker, and each check that `.clang-tidy`
   leaves out, is followed by its reason.
@@ -45,11 +45,11 @@ UNDEFINED = "undefined,float-cast-overflow"
 INTEGER = UNDEFINED + ",integer,implicit-conversion,nullability,local-bounds"
 SUITES = (*suite.PROGRAMS, "resample_tests")
 WITH_RESAMPLE = ["-DVOLUX_RESAMPLE=ON"]
-# Of volux_resample: those that ask for everything with everything, or for gigabytes, again and again.
+# Of volux_resample: those that ask for everything with everything, or for gigabytes, many times.
 LONG_RESAMPLE_TESTS = "Matrix/*:Threads/*:Large/*"
 # Tests that watch calloc and free, which valgrind keeps for itself, or that ask for more than there
-# can be, which it reports; long ones, whose calls the other tests make as well; and those with voxels
-# gigabytes apart, where valgrind makes a page of its own for each page between them: most of its time.
+# can be, which it reports; long ones, whose calls the other tests make as well; and those with
+# voxels gigabytes apart, which take most of its time.
 NOT_UNDER_VALGRIND = {
     "container_tests": "HeapUse*:SizeLimits/*.TheSameExtentsCanFitOneElementSizeAndNotAnother"
                        ":*FarApart*:AccessBeyond32Bits*",

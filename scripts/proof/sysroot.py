@@ -1,7 +1,7 @@
 """Highway and oneTBB for another processor, unpacked where a cross compiler finds them.
 
-Debian's own packages are taken, by an apt whose state lies in the build folder: the machine's list of
-architectures and its installed packages stay as they are.
+Debian's own packages are taken, by an apt whose state lies in the build folder: the machine's list
+of architectures and its installed packages stay as they are.
 """
 from .common import BUILD, LOGS, ROOT, Failure
 from .common import run as run_command
