@@ -1,164 +1,277 @@
-// What every program brings onto which grid, and how a case is checked and timed.
+// What every program brings onto which grid, or samples where, and how a case is checked and timed.
 #pragma once
 
-#include <volux/core.h>
 #include <volux/resample.h>
 
-#include <cmath>
-#include <cstdint>
-#include <stdexcept>
-#include <string>
-#include <vector>
-
-#include "../times/Serve.h"
-#include "../times/Workloads.h"
+#include "../times/Sampling.h"
 
 namespace volux::bench {
 
-constexpr int kOutsideValue = -77;
+using resample::Grid;
+using resample::Position;
+using Positions = std::vector<Position>;
 
-/// A cube of voxels and the grid that it is brought onto.
-struct Job {
-    const char* name;
-    int extent;
-    resample::Grid grid;
-};
-
-inline resample::Position turned(resample::Position p)
+/// A map of the workload A's directions, whose middle reads the centre of a cube.
+inline Grid turnedGrid(int extent, double scale, unsigned int width, unsigned int height,
+                       unsigned int depth)
 {
-    const auto turn = [](double& a, double& b, double degrees) {
-        const double angle = degrees * 3.14159265358979323846 / 180.0;
-        const double turnedA = std::cos(angle) * a - std::sin(angle) * b;
-        b = std::sin(angle) * a + std::cos(angle) * b;
-        a = turnedA;
-    };
-    turn(p.y, p.z, 17.0);
-    turn(p.z, p.x, 31.0);
-    turn(p.x, p.y, 11.0);
-    return p;
-}
-
-/// Turned by 17, 31 and 11 degrees about the centre of a cube of 256.
-inline resample::Grid turnedGrid(double scale, unsigned int width, unsigned int height,
-                                 unsigned int depth)
-{
-    constexpr double kCentre = 127.5;
-    const resample::Position corner = turned(
+    const auto position = [](const Point& p) { return Position{p.x, p.y, p.z}; };
+    const double centre = (extent - 1) / 2.0;
+    const Point corner = Oblique::turned(
         {-scale * (width - 1.0) / 2, -scale * (height - 1.0) / 2, -scale * (depth - 1.0) / 2});
     resample::Planes planes;
-    planes.origin = {kCentre + corner.x, kCentre + corner.y, kCentre + corner.z};
-    planes.across = turned({scale, 0, 0});
-    planes.down = turned({0, scale, 0});
-    planes.step = turned({0, 0, scale});
+    planes.origin = {centre + corner.x, centre + corner.y, centre + corner.z};
+    planes.across = position(Oblique::turned({scale, 0, 0}));
+    planes.down = position(Oblique::turned({0, scale, 0}));
+    planes.step = position(Oblique::turned({0, 0, scale}));
     planes.width = width;
     planes.height = height;
     planes.count = depth;
-    return resample::gridOfPlanes(planes);
+    return gridOfPlanes(planes);
 }
 
-/// A and B are those of the samples one by one, whole; the plane is one frame of a viewer.
-inline std::vector<Job> jobs()
+/// Some slices of a grid.
+inline Grid slices(Grid grid, unsigned int first, unsigned int count)
 {
-    const core::VoxelSize one(1, 1, 1);
-    return {{"A", 256, turnedGrid(0.9, 256, 256, 128)},
-            {"B", 128,
-             resample::gridOfSize(core::ImageSize(128, 128, 128, 1), one, 384, 384, 96,
-                                  resample::Align::EDGES)},
-            {"plane", 256, turnedGrid(0.45, 512, 512, 1)}};
+    for (auto& row : grid.map.rows) {
+        row[3] += row[2] * first;
+    }
+    grid.depth = count;
+    return grid;
 }
 
-enum class Kernel { kNearest, kLinear, kCubic };
-enum class Outside { kConstant, kReplication };
+/// A: a quarter of the slices of an oblique volume, side by side.
+struct ObliqueVolume {
+    static constexpr const char* kName = "A";
+    static constexpr int kExtent = 256;
+    static Grid target() { return slices(turnedGrid(kExtent, 0.9, 256, 256, 128), 16, 32); }
+};
 
-inline resample::Options optionsOf(Kernel kernel, Outside outside)
-{
-    resample::Options options;
-    if (kernel == Kernel::kNearest) {
-        options = core::NearestNeighbor();
-    } else if (kernel == Kernel::kCubic) {
-        options = core::Cubic();
-    }
-    if (outside == Outside::kConstant) {
-        options.border = &core::InterpolationBorderType::CONSTANT;
-        options.outside = kOutsideValue;
-    }
-    options.threads = 1;
-    return options;
-}
-
-template <class T>
-struct Volume {
-    std::vector<T> voxels;
-    core::VxImage<T> image;
-
-    explicit Volume(int extent) : voxels(makeVoxels<T>(extent))
+/// B: a quarter of the slices of an upsampling along the axes.
+struct UpsampledVolume {
+    static constexpr const char* kName = "B";
+    static constexpr int kExtent = 128;
+    static Grid target()
     {
-        const auto size = static_cast<unsigned int>(extent);
-        image.initializeWithPointer(voxels.data(), size, size, size, 1);
+        const core::VoxelSize one(1, 1, 1);
+        return slices(resample::gridOfSize(core::ImageSize(kExtent, kExtent, kExtent, 1), one, 384,
+                                           384, 96, resample::Align::EDGES),
+                      12, 24);
     }
 };
 
-/// Fails unless the result is the module's at 600 voxels of the grid that lie inside by two voxels.
-template <class T>
-void check(const Job& job, const Volume<T>& source, const T* result, Kernel kernel, Outside outside,
-           double tolerance)
+/// C: a million random positions.
+struct RandomPositions {
+    static constexpr const char* kName = "C";
+    static constexpr int kExtent = 256;
+    static Positions target()
+    {
+        Positions positions;
+        for (std::uint64_t i = 0; i < 1'000'000; ++i) {
+            const Point point = randomPoint(4 * i, kExtent);
+            positions.push_back({point.x, point.y, point.z});
+        }
+        return positions;
+    }
+};
+
+/// One frame of a viewer.
+struct ViewersPlane {
+    static constexpr const char* kName = "plane";
+    static constexpr int kExtent = 256;
+    static Grid target() { return turnedGrid(kExtent, 0.45, 512, 512, 1); }
+};
+
+inline std::size_t count(const Grid& grid)
 {
-    const resample::Options options = optionsOf(kernel, outside);
+    return std::size_t{grid.width} * grid.height * grid.depth;
+}
+
+inline std::size_t count(const Positions& positions)
+{
+    return positions.size();
+}
+
+inline Position position(const Grid& grid, std::size_t n)
+{
+    const auto row = static_cast<unsigned int>(n / grid.width);
+    return grid.map(static_cast<unsigned int>(n % grid.width), row % grid.height,
+                    row / grid.height);
+}
+
+inline Position position(const Positions& positions, std::size_t n)
+{
+    return positions[n];
+}
+
+// Inside by two voxels, and away from where the nearest voxel changes: all libraries mean the same.
+inline bool isComparable(const Position& p, int extent)
+{
+    const auto isPlain = [extent](double x) {
+        return x >= 2.0 && x <= extent - 3.0 && std::abs(x - std::floor(x) - 0.5) > 1e-6;
+    };
+    return isPlain(p.x) && isPlain(p.y) && isPlain(p.z);
+}
+
+/// The largest difference between a result and the module at kCompared positions.
+template <class T, Kernel K, class Target, class Result>
+double largestDifference(const Source<T>& source, const Target& target, const Result* result,
+                         double tolerance)
+{
+    const Wrapped<T> module(source);
+    double largest = 0.0;
     int compared = 0;
-    for (std::uint64_t n = 0; compared < 600; ++n) {
-        const auto i = static_cast<unsigned int>(scattered(3 * n) % job.grid.width);
-        const auto j = static_cast<unsigned int>(scattered(3 * n + 1) % job.grid.height);
-        const auto k = static_cast<unsigned int>(scattered(3 * n + 2) % job.grid.depth);
-        const resample::Position p = job.grid.map(i, j, k);
-        const auto inside = [&](double x) { return x >= 2.0 && x <= job.extent - 3.0; };
-        if (!inside(p.x) || !inside(p.y) || !inside(p.z)) {
+    for (std::uint64_t i = 0; compared < kCompared; ++i) {
+        const std::size_t n = scattered(i) % count(target);
+        const Position p = position(target, n);
+        if (!isComparable(p, source.extent)) {
             continue;
         }
-        const double expected = source.image.getDoubleValueReal(
-            p.x, p.y, p.z, 0, options.interpolator, options.border, T{});
-        const std::size_t place = (std::size_t{k} * job.grid.height + j) * job.grid.width + i;
-        if (!(std::abs(static_cast<double>(result[place]) - expected) <= tolerance)) {
-            throw std::runtime_error(std::string(job.name) + ": the result is not the module's");
+        const double ours = module.image().getDoubleValueReal(p.x, p.y, p.z, 0, Interpolator<K>());
+        const double difference = std::abs(static_cast<double>(result[n]) - ours);
+        if (!(difference <= tolerance)) {
+            throw std::runtime_error("it gives " + std::to_string(result[n]) +
+                                     " where the module gives " + std::to_string(ours));
         }
+        largest = std::max(largest, difference);
         ++compared;
     }
+    return largest;
 }
 
-/// Registers a case for each job, element type, kernel and border. Library<T> is made of a job, its
-/// volume, a kernel and a border; run() does all of the work, and result() is where it left it.
-template <template <class> class Library, class T>
-void addJob(const Job& job, const std::string& type, const std::string& library)
+/// Library<T, K, O, Target> is made of a source and of where it is read; run() does all of the
+/// work, and result() is where it left it: elements of T on a grid, doubles at positions.
+template <template <class, Kernel, Outside, class> class Library, class Workload, class T, Kernel K,
+          Outside O>
+void measureBulk(benchmark::State& state)
 {
-    const char* const kernels[] = {"nearest", "linear", "cubic"};
-    const char* const borders[] = {"constant", "replication"};
-    for (const Kernel kernel : {Kernel::kNearest, Kernel::kLinear, Kernel::kCubic}) {
-        for (const Outside outside : {Outside::kConstant, Outside::kReplication}) {
-            const std::string name = std::string(job.name) + '/' + type + '/' +
-                                     kernels[static_cast<int>(kernel)] + '/' +
-                                     borders[static_cast<int>(outside)] + '/' + library;
-            const auto measure = [job, kernel, outside](benchmark::State& state) {
-                Volume<T> source(job.extent);
-                Library<T> work(job, source, kernel, outside);
-                work.run();
-                check(job, source, work.result(), kernel, outside, Library<T>::kTolerance);
-                for (auto _ : state) {
-                    work.run();
-                }
-                state.SetItemsProcessed(state.iterations() * job.grid.width * job.grid.height *
-                                        job.grid.depth);
-            };
-            benchmark::RegisterBenchmark(name.c_str(), measure)->Unit(benchmark::kMillisecond);
+    static const auto target = Workload::target();
+    const Source<T>& voxels = source<T, Workload::kExtent>();
+    Library<T, K, O, std::decay_t<decltype(target)>> library(voxels, target);
+    library.run();
+    if constexpr (decltype(library)::kComparable) {
+        const double tolerance = decltype(library)::kTolerance;
+        static const double difference =
+            largestDifference<T, K>(voxels, target, library.result(), tolerance);
+        state.counters["difference"] = difference;
+        state.counters["tolerance"] = tolerance;
+    }
+    for (auto _ : state) {
+        library.run();
+    }
+    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(count(target)));
+}
+
+template <template <class, Kernel, Outside, class> class Library, class Workload, class T, Kernel K,
+          Outside O>
+void addCase(const std::string& library)
+{
+    constexpr const char* kKernels[] = {"nearest", "linear", "cubic"};
+    const std::string name = std::string(Workload::kName) +
+                             (std::is_same_v<T, short> ? "/short/" : "/float/") +
+                             kKernels[static_cast<int>(K)] +
+                             (O == Outside::kConstant ? "/constant/" : "/replication/") + library;
+    benchmark::RegisterBenchmark(name.c_str(), measureBulk<Library, Workload, T, K, O>)
+        ->MeasureProcessCPUTime();
+}
+
+template <template <class, Kernel, Outside, class> class Library, class Workload, Kernel K>
+void addKernel(const std::string& library)
+{
+    addCase<Library, Workload, short, K, Outside::kConstant>(library);
+    addCase<Library, Workload, short, K, Outside::kReplication>(library);
+    addCase<Library, Workload, float, K, Outside::kConstant>(library);
+    addCase<Library, Workload, float, K, Outside::kReplication>(library);
+}
+
+template <template <class, Kernel, Outside, class> class Library, class Workload>
+void addBulkKernels(const std::string& library)
+{
+    addKernel<Library, Workload, Kernel::kNearest>(library);
+    addKernel<Library, Workload, Kernel::kLinear>(library);
+    addKernel<Library, Workload, Kernel::kCubic>(library);
+}
+
+/// All workloads, and the plane by the linear kernel.
+template <template <class, Kernel, Outside, class> class Library>
+void addBulk(const std::string& library)
+{
+    addBulkKernels<Library, ObliqueVolume>(library);
+    addBulkKernels<Library, UpsampledVolume>(library);
+    addBulkKernels<Library, RandomPositions>(library);
+    addKernel<Library, ViewersPlane, Kernel::kLinear>(library);
+}
+
+/// What is written: elements onto a grid, readings at positions.
+template <class T, class Target>
+using Written = std::conditional_t<std::is_same_v<Target, Grid>, T, double>;
+
+/// How far a result may be from the module's reading: a short is rounded, a float has 24 bits, and
+/// a library has a tolerance of its own.
+template <class Result>
+constexpr double tolerance(double own)
+{
+    return std::is_same_v<Result, short>   ? 0.5 + own
+           : std::is_same_v<Result, float> ? kLargestVoxel * 0x1p-24 + own
+                                           : own;
+}
+
+/// A library that offers one position per call, in a loop.
+template <class Sampler, class T, class Target>
+class Looped {
+public:
+    static constexpr bool kComparable = Sampler::kComparable;
+    using Result = Written<T, Target>;
+    static constexpr double kTolerance = tolerance<Result>(Sampler::kTolerance);
+
+    Looped(const Source<T>& source, const Target& target)
+        : sampler_(source), target_(target), result_(count(target))
+    {
+    }
+
+    void run() { fill(target_); }
+
+    const Result* result() const { return result_.data(); }
+
+private:
+    void fill(const Positions& positions)
+    {
+        for (std::size_t n = 0; n < positions.size(); ++n) {
+            result_[n] = sampled(positions[n].x, positions[n].y, positions[n].z);
         }
     }
-}
 
-template <template <class> class Library>
-void addLibrary(const std::string& library)
-{
-    for (const Job& job : jobs()) {
-        addJob<Library, short>(job, "short", library);
-        addJob<Library, float>(job, "float", library);
+    void fill(const Grid& grid)
+    {
+        const auto& rows = grid.map.rows;
+        Result* place = result_.data();
+        for (unsigned int k = 0; k < grid.depth; ++k) {
+            for (unsigned int j = 0; j < grid.height; ++j) {
+                const Point row = {rows[0][3] + rows[0][2] * k + rows[0][1] * j,
+                                   rows[1][3] + rows[1][2] * k + rows[1][1] * j,
+                                   rows[2][3] + rows[2][2] * k + rows[2][1] * j};
+                for (unsigned int i = 0; i < grid.width; ++i) {
+                    *place++ = sampled(row.x + rows[0][0] * i, row.y + rows[1][0] * i,
+                                       row.z + rows[2][0] * i);
+                }
+            }
+        }
     }
-}
+
+    // No reading of these voxels leaves a short.
+    Result sampled(double x, double y, double z) const
+    {
+        const auto reading = sampler_(x, y, z);
+        if constexpr (std::is_integral_v<Result> && !std::is_integral_v<decltype(reading)>) {
+            return static_cast<Result>(reading + (reading < 0 ? -0.5F : 0.5F));
+        } else {
+            return static_cast<Result>(reading);
+        }
+    }
+
+    const Sampler sampler_;
+    const Target& target_;
+    std::vector<Result> result_;
+};
 
 }  // namespace volux::bench

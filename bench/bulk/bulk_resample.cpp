@@ -1,4 +1,4 @@
-// volux_resample: on one thread with each instruction set, and on two.
+// volux_resample: on one thread with each instruction set.
 #include <hwy/targets.h>
 
 #include "Bulk.h"
@@ -6,44 +6,69 @@
 namespace volux::bench {
 namespace {
 
-template <class T, std::int64_t Targets, unsigned int Threads>
-class Bulk {
-public:
-    static constexpr double kTolerance = std::is_same_v<T, short> ? 0.5 : 1e-3;  // the rounding
+// Those that may be used; 0: whatever the processor has.
+inline void useInstructions(std::int64_t targets)
+{
+    hwy::SetSupportedTargetsForTest(targets);
+    hwy::GetChosenTarget().Update(hwy::SupportedTargets());
+}
 
-    Bulk(const Job& job, const Volume<T>& source, Kernel kernel, Outside outside)
-        : job_(job), source_(source), options_(optionsOf(kernel, outside))
+template <class T, Kernel K, Outside O, class Target>
+class Ours {
+public:
+    static constexpr bool kComparable = true;
+    using Result = Written<T, Target>;
+    static constexpr double kTolerance = tolerance<Result>(0.0);
+
+    Ours(const Source<T>& source, const Target& target)
+        : source_(source), target_(target), options_(Interpolator<K>(), Border<O>(), kOutsideValue)
     {
-        hwy::SetSupportedTargetsForTest(Targets);
-        hwy::GetChosenTarget().Update(hwy::SupportedTargets());
-        options_.threads = Threads;
+        options_.threads = 1;
+        result_.resize(count(target));
+        if constexpr (std::is_same_v<Target, Grid>) {
+            image_.initializeWithPointer(result_.data(), target.width, target.height, target.depth,
+                                         1);
+        }
     }
 
     void run()
     {
-        if (resample::resample(source_.image, job_.grid, &result_, options_) != core::SUCCESS) {
+        if (call() != core::SUCCESS) {
             throw std::runtime_error("volux_resample refused");
         }
     }
 
-    const T* result() const { return result_.getBufferPointer(); }
+    const Result* result() const { return result_.data(); }
 
 private:
-    const Job& job_;
-    const Volume<T>& source_;
+    core::ErrorType call()
+    {
+        if constexpr (std::is_same_v<Target, Grid>) {
+            return resample::resample(source_.image(), target_, &image_, options_);
+        } else {
+            return resample::sample(source_.image(), target_.data(), target_.size(),
+                                    resample::Units::VOXELS, 0, result_.data(), options_);
+        }
+    }
+
+    const Wrapped<T> source_;
+    const Target& target_;
     resample::Options options_;
-    core::VxImage<T> result_;
+    std::vector<Result> result_;
+    core::VxImage<Result> image_;
 };
 
-// 0: whatever the processor has.
-template <class T>
-using Best = Bulk<T, 0, 1>;
-template <class T>
-using OnTwoThreads = Bulk<T, 0, 2>;
-template <class T>
-using Avx2 = Bulk<T, HWY_AVX2 | HWY_SCALAR, 1>;
-template <class T>
-using Scalar = Bulk<T, HWY_SCALAR, 1>;
+template <std::int64_t Targets>
+struct With {
+    template <class T, Kernel K, Outside O, class Target>
+    class Bulk : public Ours<T, K, O, Target> {
+    public:
+        Bulk(const Source<T>& source, const Target& target) : Ours<T, K, O, Target>(source, target)
+        {
+            useInstructions(Targets);
+        }
+    };
+};
 
 }  // namespace
 }  // namespace volux::bench
@@ -51,9 +76,10 @@ using Scalar = Bulk<T, HWY_SCALAR, 1>;
 int main(int argc, char** argv)
 {
     namespace bench = volux::bench;
-    bench::addLibrary<bench::Best>("volux_resample");
-    bench::addLibrary<bench::OnTwoThreads>("volux_resample on two threads");
-    bench::addLibrary<bench::Avx2>("volux_resample with AVX2");
-    bench::addLibrary<bench::Scalar>("volux_resample without SIMD");
+    bench::addBulk<bench::With<0>::Bulk>("volux_resample");
+    bench::addBulk<bench::With<HWY_AVX3>::Bulk>("AVX-512");
+    bench::addBulk<bench::With<HWY_AVX2>::Bulk>("AVX2");
+    bench::addBulk<bench::With<HWY_SSE4>::Bulk>("SSE4");
+    bench::addBulk<bench::With<HWY_SCALAR>::Bulk>("scalar");
     return bench::serve(argc, argv);
 }

@@ -1,40 +1,31 @@
-// VTK: vtkImageReslice on one thread, which knows maps along the axes too.
-#include <vtkAOSDataArrayTemplate.h>
-#include <vtkImageData.h>
-#include <vtkImageInterpolator.h>
+// VTK: vtkImageReslice on one thread, which knows maps along the axes too; at positions, a call of
+// its interpolator for each.
 #include <vtkImageReslice.h>
 #include <vtkMatrix4x4.h>
 #include <vtkMultiThreader.h>
-#include <vtkNew.h>
-#include <vtkPointData.h>
 
+#include "../times/VtkSampler.h"
 #include "Bulk.h"
 
 namespace volux::bench {
 namespace {
 
-template <class T>
+template <class T, Kernel K, Outside O>
 class Reslice {
 public:
-    // It rounds a tie up where the module rounds it away from zero.
-    static constexpr double kTolerance = std::is_same_v<T, short> ? 0.5 : 1e-3;
+    static constexpr bool kComparable = true;
+    // Weights and sums are those of a float.
+    static constexpr double kTolerance = tolerance<T>(kLargestVoxel * 0x1p-17);
 
-    Reslice(const Job& job, Volume<T>& source, Kernel kernel, Outside outside)
+    Reslice(const Source<T>& source, const Grid& grid)
     {
-        constexpr int kCallersOwn = 1;
-        vtkNew<vtkAOSDataArrayTemplate<T>> voxels;
-        voxels->SetArray(source.voxels.data(), static_cast<vtkIdType>(source.voxels.size()),
-                         kCallersOwn);
-        vtkNew<vtkImageData> image;
-        image->SetDimensions(job.extent, job.extent, job.extent);
-        image->GetPointData()->SetScalars(voxels);
-        reslice_->SetInputData(image);
-        place(job.grid);
-        reslice_->SetInterpolationMode(kernel == Kernel::kNearest  ? VTK_RESLICE_NEAREST
-                                       : kernel == Kernel::kLinear ? VTK_RESLICE_LINEAR
-                                                                   : VTK_RESLICE_CUBIC);
+        reslice_->SetInputData(imageAround(source));
+        place(grid);
+        reslice_->SetInterpolationMode(K == Kernel::kNearest  ? VTK_RESLICE_NEAREST
+                                       : K == Kernel::kLinear ? VTK_RESLICE_LINEAR
+                                                              : VTK_RESLICE_CUBIC);
         reslice_->SetBackgroundLevel(kOutsideValue);
-        if (outside == Outside::kReplication) {
+        if (O == Outside::kReplication) {
             reslice_->GetInterpolator()->SetTolerance(1e9);
         }
     }
@@ -52,7 +43,7 @@ public:
 
 private:
     // The axes hold the map from output indices to voxels.
-    void place(const resample::Grid& grid)
+    void place(const Grid& grid)
     {
         vtkNew<vtkMatrix4x4> axes;
         for (int row = 0; row < 3; ++row) {
@@ -70,12 +61,16 @@ private:
     vtkNew<vtkImageReslice> reslice_;
 };
 
+template <class T, Kernel K, Outside O, class Target>
+using Bulk = std::conditional_t<std::is_same_v<Target, Grid>, Reslice<T, K, O>,
+                                Looped<VtkSampler<T, K, O>, T, Target>>;
+
 }  // namespace
 }  // namespace volux::bench
 
 int main(int argc, char** argv)
 {
     vtkMultiThreader::SetGlobalMaximumNumberOfThreads(1);
-    volux::bench::addLibrary<volux::bench::Reslice>("VTK");
+    volux::bench::addBulk<volux::bench::Bulk>("VTK");
     return volux::bench::serve(argc, argv);
 }

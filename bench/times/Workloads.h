@@ -86,6 +86,14 @@ struct Oblique {
                              kOutput, kFirstSlice, kSliceStep, sample);
     }
 
+    static Point turned(Point point)
+    {
+        turn(point.y, point.z, 17.0);
+        turn(point.z, point.x, 31.0);
+        turn(point.x, point.y, 11.0);
+        return point;
+    }
+
 private:
     static void turn(double& a, double& b, double degrees)
     {
@@ -93,14 +101,6 @@ private:
         const double turnedA = std::cos(angle) * a - std::sin(angle) * b;
         b = std::sin(angle) * a + std::cos(angle) * b;
         a = turnedA;
-    }
-
-    static Point turned(Point point)
-    {
-        turn(point.y, point.z, 17.0);
-        turn(point.z, point.x, 31.0);
-        turn(point.x, point.y, 11.0);
-        return point;
     }
 };
 

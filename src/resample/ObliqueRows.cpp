@@ -7,6 +7,10 @@ namespace volux::resample::detail {
 
 namespace {
 
+// Columns that are filled together, row after row: what neighbouring rows read lies in few pages.
+constexpr unsigned int kColumns = 64;
+static_assert(kColumns <= kBlock);
+
 // Projects the samples of a further plane onto those of the planes before.
 void project(Projection projection, const double* samples, std::size_t count, double* projected)
 {
@@ -37,31 +41,32 @@ Position rowOf(const AffineMap& map, double j, double k)
 
 void ObliqueRows::operator()(std::size_t first, std::size_t end) const
 {
+    const Raster& to = task_.destination;
     Block block;
-    for (std::size_t row = first; row < end; ++row) {
-        const unsigned int height = task_.destination.height;
-        for (unsigned int c = 0; c < task_.destination.channels; ++c) {
-            fill(static_cast<unsigned int>(row % height), static_cast<unsigned int>(row / height),
-                 c, block);
+    for (unsigned int x = 0; x < to.width; x += kColumns) {
+        block.count = std::min(kColumns, to.width - x);
+        for (std::size_t row = first; row < end; ++row) {
+            for (unsigned int c = 0; c < to.channels; ++c) {
+                fill(x, static_cast<unsigned int>(row % to.height),
+                     static_cast<unsigned int>(row / to.height), c, block);
+            }
         }
     }
 }
 
-void ObliqueRows::fill(unsigned int y, unsigned int z, unsigned int c, Block& block) const
+void ObliqueRows::fill(unsigned int x, unsigned int y, unsigned int z, unsigned int c,
+                       Block& block) const
 {
     const Raster& to = task_.destination;
-    for (unsigned int x = 0; x < to.width; x += static_cast<unsigned int>(kBlock)) {
-        block.count = std::min<std::size_t>(kBlock, to.width - x);
-        double projected[kBlock];
-        const double* readings = block.samples;
-        takePlane(x, y, task_.slab.planes * std::size_t{z}, c, block);
-        if (task_.slab.planes > 1) {
-            std::copy_n(block.samples, block.count, projected);
-            projectPlanes(x, y, z, c, block, projected);
-            readings = projected;
-        }
-        store(to.type, overflow_, readings, block.count, to.strideX, to.at(x, y, z, c));
+    double projected[kColumns];
+    const double* readings = block.samples;
+    takePlane(x, y, task_.slab.planes * std::size_t{z}, c, block);
+    if (task_.slab.planes > 1) {
+        std::copy_n(block.samples, block.count, projected);
+        projectPlanes(x, y, z, c, block, projected);
+        readings = projected;
     }
+    store(to.type, overflow_, readings, block.count, to.strideX, to.at(x, y, z, c));
 }
 
 void ObliqueRows::projectPlanes(unsigned int x, unsigned int y, unsigned int z, unsigned int c,

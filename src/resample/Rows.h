@@ -17,7 +17,7 @@ public:
     void operator()(std::size_t first, std::size_t end) const;
 
 private:
-    void fill(unsigned int y, unsigned int z, unsigned int c, Block& block) const;
+    void fill(unsigned int x, unsigned int y, unsigned int z, unsigned int c, Block& block) const;
     void projectPlanes(unsigned int x, unsigned int y, unsigned int z, unsigned int c, Block& block,
                        double* projected) const;
     void takePlane(unsigned int x, unsigned int y, std::size_t plane, unsigned int c,
