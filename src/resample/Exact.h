@@ -102,11 +102,38 @@ struct AxisReads {
     }
 };
 
+// Whether the nearest voxel to a position, raised by half a voxel, lies inside.
+inline bool holdsRaised(const Axis& axis, double raised)
+{
+    return raised >= 0.0 && raised < axis.extent;
+}
+
+// Inside, where most positions are, nothing is clamped or replaced.
+template <class T>
+bool readNearest(const Voxels& voxels, double x, double y, double z, double& voxel)
+{
+    x += 0.5;
+    y += 0.5;
+    z += 0.5;
+    if (!(holdsRaised(voxels.x, x) && holdsRaised(voxels.y, y) && holdsRaised(voxels.z, z))) {
+        return false;
+    }
+    voxel = elementAt<T>(voxels.data + voxels.x.bytes(static_cast<int>(x)) +
+                         voxels.y.bytes(static_cast<int>(y)) + voxels.z.bytes(static_cast<int>(z)));
+    return true;
+}
+
 // What the kernel gives for one sample, as a double.
 template <class T, Kernel K>
 double sampleOne(const Voxels& voxels, const Outside& outside, double x, double y, double z)
 {
     constexpr int kReach = reach(K);
+    if constexpr (K == Kernel::NEAREST) {
+        double voxel;
+        if (readNearest<T>(voxels, x, y, z, voxel)) {
+            return voxel;
+        }
+    }
     const AxisWeights<K> xs(x);
     const AxisWeights<K> ys(y);
     const AxisWeights<K> zs(z);

@@ -28,7 +28,11 @@ template <class T, Kernel K, bool SideBySide>
 class LineMaker {
 public:
     explicit LineMaker(const Lines& lines)
-        : lines_(lines), voxels_(lines.voxels), zs_(lines.z), count_(lines.columns)
+        : lines_(lines),
+          voxels_(lines.voxels),
+          x_(lines.voxels.x),
+          zs_(lines.z),
+          count_(lines.columns)
     {
         const Reals d;
         std::fill_n(held_, kReach, kNone);
@@ -93,18 +97,17 @@ private:
                        std::size_t n, Neighbour* row)
     {
         const Neighbours<K> xs(hn::LoadU(Reals(), lines_.x + n));
-        const Row<T, K, SideBySide> columns(voxels_.x, xs);
+        const Row<T, K, SideBySide> columns(x_, xs);
         const Real constant = real(lines_.outside.value);
-        const bool isMasked =
-            lines_.outside.isConstant && !hn::AllTrue(Reals(), xs.allInside(voxels_.x));
+        const bool isMasked = lines_.outside.isConstant && !hn::AllTrue(Reals(), xs.allInside(x_));
         for (int k = 0; k < kReach; ++k) {
             Real values[kReach];
             columns.read(voxels_, hn::Set(Offsets(), begins[k]), values);
             for (int i = 0; i < kReach; ++i) {
-                const Real value =
-                    !isInside[k] ? constant
-                    : isMasked   ? hn::IfThenElse(xs.inside(voxels_.x, i), values[i], constant)
-                                 : values[i];
+                const Real value = !isInside[k] ? constant
+                                   : isMasked
+                                       ? hn::IfThenElse(xs.inside(x_, i), values[i], constant)
+                                       : values[i];
                 hn::Store(value, Reals(), row[k][i] + n);
             }
         }
@@ -149,6 +152,7 @@ private:
 
     const Lines& lines_;
     const Voxels& voxels_;
+    const RealAxis x_;
     const AxisWeights<K> zs_;
     const std::size_t count_;
     std::int64_t held_[kReach];

@@ -7,9 +7,16 @@ namespace volux::resample::detail {
 
 namespace {
 
-// Columns that are filled together, row after row: what neighbouring rows read lies in few pages.
-constexpr unsigned int kColumns = 64;
+// What is filled together, row after row: neighbouring rows and slices read the same cache lines,
+// which a whole slice would drive out.
+constexpr unsigned int kColumns = 128;
+constexpr unsigned int kBoxSide = 16;
 static_assert(kColumns <= kBlock);
+
+unsigned int parts(unsigned int extent, unsigned int most)
+{
+    return (extent - 1) / most + 1;
+}
 
 // Projects the samples of a further plane onto those of the planes before.
 void project(Projection projection, const double* samples, std::size_t count, double* projected)
@@ -39,16 +46,39 @@ Position rowOf(const AffineMap& map, double j, double k)
 
 }  // namespace
 
+ObliqueRows::ObliqueRows(const Task& task, Overflow overflow) : task_(task), overflow_(overflow)
+{
+    boxRows_ = std::min(kBoxSide, task.destination.height);
+    boxSlices_ = std::min(std::max(kBoxSide / task.slab.planes, 1U), task.destination.depth);
+    bands_ = parts(task.destination.height, boxRows_);
+}
+
+std::size_t ObliqueRows::boxes() const
+{
+    return std::size_t{bands_} * parts(task_.destination.depth, boxSlices_);
+}
+
 void ObliqueRows::operator()(std::size_t first, std::size_t end) const
 {
+    for (std::size_t box = first; box < end; ++box) {
+        fillBox(static_cast<unsigned int>(box % bands_) * boxRows_,
+                static_cast<unsigned int>(box / bands_) * boxSlices_);
+    }
+}
+
+void ObliqueRows::fillBox(unsigned int yFirst, unsigned int zFirst) const
+{
     const Raster& to = task_.destination;
+    const unsigned int yEnd = yFirst + std::min(boxRows_, to.height - yFirst);
+    const unsigned int zEnd = zFirst + std::min(boxSlices_, to.depth - zFirst);
     Block block;
     for (unsigned int x = 0; x < to.width; x += kColumns) {
         block.count = std::min(kColumns, to.width - x);
-        for (std::size_t row = first; row < end; ++row) {
-            for (unsigned int c = 0; c < to.channels; ++c) {
-                fill(x, static_cast<unsigned int>(row % to.height),
-                     static_cast<unsigned int>(row / to.height), c, block);
+        for (unsigned int z = zFirst; z < zEnd; ++z) {
+            for (unsigned int y = yFirst; y < yEnd; ++y) {
+                for (unsigned int c = 0; c < to.channels; ++c) {
+                    fill(x, y, z, c, block);
+                }
             }
         }
     }

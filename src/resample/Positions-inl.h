@@ -22,11 +22,11 @@ inline void coordinatesOfRow(double row, double step, unsigned int first, std::s
     const hn::ScalableTag<double> d;
     const auto start = hn::Set(d, row);
     const auto slope = hn::Set(d, step);
-    const auto lanes = hn::Iota(d, 0.0);
+    const auto lanes = hn::Set(d, static_cast<double>(hn::Lanes(d)));
+    auto index = hn::Iota(d, static_cast<double>(first));
     for (std::size_t n = 0; n < count; n += hn::Lanes(d)) {
-        const auto index =
-            hn::Add(lanes, hn::Set(d, static_cast<double>(first) + static_cast<double>(n)));
         hn::Store(hn::Add(start, hn::Mul(slope, index)), d, coordinates + n);
+        index = hn::Add(index, lanes);
     }
 }
 

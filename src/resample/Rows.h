@@ -9,14 +9,17 @@
 
 namespace volux::resample::detail {
 
-// Rows `first` to `end` - 1 of the destination, counted through its slices; safe from many threads.
+// In boxes of whole rows; safe from many threads.
 class ObliqueRows {
 public:
-    ObliqueRows(const Task& task, Overflow overflow) : task_(task), overflow_(overflow) {}
+    ObliqueRows(const Task& task, Overflow overflow);
 
+    std::size_t boxes() const;
+    // Boxes `first` to `end` - 1.
     void operator()(std::size_t first, std::size_t end) const;
 
 private:
+    void fillBox(unsigned int yFirst, unsigned int zFirst) const;
     void fill(unsigned int x, unsigned int y, unsigned int z, unsigned int c, Block& block) const;
     void projectPlanes(unsigned int x, unsigned int y, unsigned int z, unsigned int c, Block& block,
                        double* projected) const;
@@ -25,8 +28,12 @@ private:
 
     const Task& task_;
     Overflow overflow_;
+    unsigned int boxRows_;
+    unsigned int boxSlices_;
+    unsigned int bands_;  // boxes beside one another in a slice
 };
 
+// Rows `first` to `end` - 1 of the destination, counted through its slices; safe from many threads.
 class AlignedRows {
 public:
     AlignedRows(const Task& task, Overflow overflow);

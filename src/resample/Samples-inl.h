@@ -75,11 +75,13 @@ inline Real fromLowest(Word words)
         const hn::Rebind<std::uint32_t, Reals> lower;
         return hn::PromoteTo(d, hn::BitCast(halves, hn::TruncateTo(lower, words)));
     } else {
-        // Put below the bits of 2^52, which is then taken off; signed ones are moved up before.
+        // Put below the bits of 2^52, which is then taken off; signed ones are moved up before. The
+        // bits below are masked, so one exclusive or does both.
         constexpr std::uint64_t kMask = std::numeric_limits<std::make_unsigned_t<T>>::max();
         constexpr std::uint64_t kUp = std::is_signed_v<T> ? (kMask >> 1U) + 1 : 0;
-        const Word moved = hn::Xor(hn::And(words, hn::Set(Words(), kMask)), hn::Set(Words(), kUp));
-        const Word biased = hn::Or(moved, hn::BitCast(Words(), real(0x1p52)));
+        constexpr std::uint64_t kBias = std::uint64_t{0x433} << 52U;
+        const Word biased =
+            hn::Xor(hn::And(words, hn::Set(Words(), kMask)), hn::Set(Words(), kBias | kUp));
         return hn::Sub(hn::BitCast(d, biased), real(0x1p52 + static_cast<double>(kUp)));
     }
 }
@@ -136,6 +138,22 @@ inline Real clamped(Real index, double first, double last)
     return hn::Min(hn::Max(index, real(first)), real(last));
 }
 
+// An axis in the numbers that vectors are compared with, for which a vector need not wait.
+struct RealAxis {
+    double first;
+    double last;
+    double lastVoxel;  // of the whole source
+    double stride;
+
+    explicit RealAxis(const Axis& axis)
+        : first(axis.first),
+          last(axis.last),
+          lastVoxel(axis.extent - 1.0),
+          stride(static_cast<double>(axis.stride))
+    {
+    }
+};
+
 // The neighbours along one axis. Clamping to what the brick holds keeps every read inside it; a
 // neighbour that Constant replaces may read any of its voxels.
 template <Kernel K>
@@ -152,23 +170,23 @@ struct Neighbours {
 
     Real at(int n) const { return hn::Add(first, real(n)); }
 
-    Real within(const Axis& axis, int n) const { return clamped(at(n), axis.first, axis.last); }
+    Real within(const RealAxis& axis, int n) const { return clamped(at(n), axis.first, axis.last); }
 
-    Mask inside(const Axis& axis, int n) const
+    Mask inside(const RealAxis& axis, int n) const
     {
-        return hn::And(hn::Ge(at(n), hn::Zero(Reals())), hn::Le(at(n), real(axis.extent - 1.0)));
+        return hn::And(hn::Ge(at(n), hn::Zero(Reals())), hn::Le(at(n), real(axis.lastVoxel)));
     }
 
-    Mask allInside(const Axis& axis) const
+    Mask allInside(const RealAxis& axis) const
     {
         return hn::And(hn::Ge(first, hn::Zero(Reals())),
-                       hn::Le(at(kReach - 1), real(axis.extent - 1.0)));
+                       hn::Le(at(kReach - 1), real(axis.lastVoxel)));
     }
 
-    Offset bytes(const Axis& axis, int n) const
+    Offset bytes(const RealAxis& axis, int n) const
     {
         const Real steps = hn::Sub(within(axis, n), real(axis.first));
-        return wholeNumber(hn::Mul(steps, real(static_cast<double>(axis.stride))));
+        return wholeNumber(hn::Mul(steps, real(axis.stride)));
     }
 };
 
@@ -183,7 +201,7 @@ struct Row {
     Offset offsets[kWords];
     Word shifts[kReach];
 
-    Row(const Axis& axis, const Neighbours<K>& xs)
+    Row(const RealAxis& axis, const Neighbours<K>& xs)
     {
         for (int w = 0; w < kWords; ++w) {
             if constexpr (SideBySide) {
@@ -228,7 +246,10 @@ struct Row {
 template <class T, Kernel K, bool SideBySide>
 class Sampler {
 public:
-    Sampler(const Voxels& voxels, const Outside& outside) : voxels_(voxels), outside_(outside) {}
+    Sampler(const Voxels& voxels, const Outside& outside)
+        : voxels_(voxels), outside_(outside), x_(voxels.x), y_(voxels.y), z_(voxels.z)
+    {
+    }
 
     Real operator()(Real x, Real y, Real z) const
     {
@@ -236,8 +257,8 @@ public:
         const Neighbours<K> ys(y);
         const Neighbours<K> zs(z);
         if (outside_.isConstant &&
-            !hn::AllTrue(Reals(), hn::And(hn::And(xs.allInside(voxels_.x), ys.allInside(voxels_.y)),
-                                          zs.allInside(voxels_.z)))) {
+            !hn::AllTrue(Reals(),
+                         hn::And(hn::And(xs.allInside(x_), ys.allInside(y_)), zs.allInside(z_)))) {
             return sum<true>(xs, ys, zs);
         }
         return sum<false>(xs, ys, zs);
@@ -249,21 +270,21 @@ private:
     template <bool Masked>
     Real sum(const Neighbours<K>& xs, const Neighbours<K>& ys, const Neighbours<K>& zs) const
     {
-        const Row<T, K, SideBySide> row(voxels_.x, xs);
+        const Row<T, K, SideBySide> row(x_, xs);
         const Real constant = real(outside_.value);
         Mask xInside[kReach];
         for (int i = 0; Masked && i < kReach; ++i) {
-            xInside[i] = xs.inside(voxels_.x, i);
+            xInside[i] = xs.inside(x_, i);
         }
         Real sumOfWeights = hn::Zero(Reals());
         Real sumOfProducts = hn::Zero(Reals());
         for (int k = 0; k < kReach; ++k) {
-            const Offset slice = zs.bytes(voxels_.z, k);
-            const Mask zInside = zs.inside(voxels_.z, k);
+            const Offset slice = zs.bytes(z_, k);
+            const Mask zInside = zs.inside(z_, k);
             for (int j = 0; j < kReach; ++j) {
                 Real values[kReach];
-                row.read(voxels_, hn::Add(slice, ys.bytes(voxels_.y, j)), values);
-                const Mask rowInside = hn::And(zInside, ys.inside(voxels_.y, j));
+                row.read(voxels_, hn::Add(slice, ys.bytes(y_, j)), values);
+                const Mask rowInside = hn::And(zInside, ys.inside(y_, j));
                 for (int i = 0; i < kReach; ++i) {
                     const Real value =
                         Masked ? hn::IfThenElse(hn::And(rowInside, xInside[i]), values[i], constant)
@@ -288,6 +309,9 @@ private:
 
     const Voxels& voxels_;
     const Outside& outside_;
+    const RealAxis x_;
+    const RealAxis y_;
+    const RealAxis z_;
 };
 
 // Where indices need no care in 32 bits; NaN is not near.
@@ -356,6 +380,26 @@ void samplesOf(const Voxels& voxels, Kernel kernel, const Outside& outside, Bloc
             return samplesOf<T, Kernel::LINEAR>(voxels, outside, block);
         case Kernel::CUBIC:
             return samplesOf<T, Kernel::CUBIC>(voxels, outside, block);
+    }
+}
+
+void samplesOfBlock(const Voxels& voxels, Kernel kernel, const Outside& outside, Block& block)
+{
+    switch (voxels.type) {
+        case core::DT_UCHAR:
+            return samplesOf<unsigned char>(voxels, kernel, outside, block);
+        case core::DT_SHORT:
+            return samplesOf<short>(voxels, kernel, outside, block);
+        case core::DT_USHORT:
+            return samplesOf<unsigned short>(voxels, kernel, outside, block);
+        case core::DT_INT:
+            return samplesOf<int>(voxels, kernel, outside, block);
+        case core::DT_UINT:
+            return samplesOf<unsigned int>(voxels, kernel, outside, block);
+        case core::DT_FLOAT:
+            return samplesOf<float>(voxels, kernel, outside, block);
+        case core::DT_DOUBLE:
+            return samplesOf<double>(voxels, kernel, outside, block);
     }
 }
 

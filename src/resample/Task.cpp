@@ -158,15 +158,20 @@ ErrorType checkOverlap(const Raster& source, const Raster& destination)
 
 ErrorType run(const Task& task, const Options& options)
 {
-    const Raster& to = task.destination;
-    // Divided one by one, because their product may be more than any integer.
-    const std::size_t rows = kPart / to.width / to.channels / task.slab.planes;
-    const auto fill = [&](const auto& fillRows) {
-        return shareOut(std::size_t{to.height} * to.depth, rows, options,
-                        [&](std::size_t first, std::size_t end) { fillRows(first, end); });
+    const auto share = [&](const auto& rows, std::size_t items, std::size_t most) {
+        return shareOut(items, most, options,
+                        [&](std::size_t first, std::size_t end) { rows(first, end); });
     };
-    const bool isDone = AlignedRows::serve(task) ? fill(AlignedRows(task, options.overflow))
-                                                 : fill(ObliqueRows(task, options.overflow));
+    const Raster& to = task.destination;
+    bool isDone = false;
+    if (AlignedRows::serve(task)) {
+        const std::size_t rowSamples = std::size_t{to.width} * to.channels;
+        isDone = share(AlignedRows(task, options.overflow), std::size_t{to.height} * to.depth,
+                       kPart / rowSamples);
+    } else {
+        const ObliqueRows rows(task, options.overflow);
+        isDone = share(rows, rows.boxes(), 1);
+    }
     return isDone ? core::SUCCESS : kCancelled;
 }
 
