@@ -162,15 +162,21 @@ void measureBulk(benchmark::State& state)
     state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(count(target)));
 }
 
+template <class T>
+std::string caseName(const std::string& workload, Kernel kernel, Outside outside)
+{
+    constexpr const char* kKernels[] = {"nearest", "linear", "cubic"};
+    return workload + (std::is_same_v<T, short> ? "/short/" : "/float/") +
+           kKernels[static_cast<int>(kernel)] +
+           (outside == Outside::kConstant ? "/constant/" : "/replication/");
+}
+
+// The time of the whole process: a library may work on a thread of its own.
 template <template <class, Kernel, Outside, class> class Library, class Workload, class T, Kernel K,
           Outside O>
 void addCase(const std::string& library)
 {
-    constexpr const char* kKernels[] = {"nearest", "linear", "cubic"};
-    const std::string name = std::string(Workload::kName) +
-                             (std::is_same_v<T, short> ? "/short/" : "/float/") +
-                             kKernels[static_cast<int>(K)] +
-                             (O == Outside::kConstant ? "/constant/" : "/replication/") + library;
+    const std::string name = caseName<T>(Workload::kName, K, O) + library;
     benchmark::RegisterBenchmark(name.c_str(), measureBulk<Library, Workload, T, K, O>)
         ->MeasureProcessCPUTime();
 }

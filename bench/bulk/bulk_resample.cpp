@@ -6,8 +6,7 @@
 namespace volux::bench {
 namespace {
 
-// Those that may be used; 0: whatever the processor has.
-inline void useInstructions(std::int64_t targets)
+void useInstructions(std::int64_t targets)
 {
     hwy::SetSupportedTargetsForTest(targets);
     hwy::GetChosenTarget().Update(hwy::SupportedTargets());
@@ -70,16 +69,23 @@ struct With {
     };
 };
 
+template <std::int64_t Targets>
+void addInstructions(const std::string& name)
+{
+    if ((hwy::SupportedTargets() & Targets) != 0) {
+        addBulk<With<Targets>::template Bulk>(name);
+    }
+}
+
 }  // namespace
 }  // namespace volux::bench
 
 int main(int argc, char** argv)
 {
     namespace bench = volux::bench;
-    bench::addBulk<bench::With<0>::Bulk>("volux_resample");
-    bench::addBulk<bench::With<HWY_AVX3>::Bulk>("AVX-512");
-    bench::addBulk<bench::With<HWY_AVX2>::Bulk>("AVX2");
-    bench::addBulk<bench::With<HWY_SSE4>::Bulk>("SSE4");
-    bench::addBulk<bench::With<HWY_SCALAR>::Bulk>("scalar");
+    bench::addInstructions<HWY_AVX3>("AVX-512");
+    bench::addInstructions<HWY_AVX2>("AVX2");
+    bench::addInstructions<HWY_SSE4>("SSE4");
+    bench::addInstructions<HWY_SCALAR>("scalar");
     return bench::serve(argc, argv);
 }

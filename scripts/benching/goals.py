@@ -2,8 +2,9 @@
 import collections
 import fnmatch
 
-# rows: patterns of rows; against: competitors, of which the fastest in the row counts.
-Goal = collections.namedtuple("Goal", "what rows against most aim")
+# rows: patterns of rows; against: competitors, of which the fastest in the row counts; ours: who is
+# compared with them.
+Goal = collections.namedtuple("Goal", "what rows against most aim ours", defaults=["volux_core"])
 
 ALIKE = ("CImg", "ITK", "VTK")  # in the rows where their kernel is the module's
 SAME_TRICUBIC = ("CImg", "VTK")
@@ -30,6 +31,30 @@ GOALS = [
 ]
 
 
-def goals_of(row):
-    return [goal for goal in GOALS
+# Whole volumes.
+BULK_ALIKE = ("VTK", "ITK", "CImg", "scipy")
+WIDEST = "AVX-512"
+
+BULK = [
+    Goal("nearest A", ["A/*/nearest/*"], BULK_ALIKE, 0.95, None, "scalar"),
+    Goal("nearest A", ["A/*/nearest/*"], BULK_ALIKE, 0.60, 0.35, WIDEST),
+    Goal("trilinear A", ["A/*/linear/*"], BULK_ALIKE, 0.55, None, "AVX2"),
+    Goal("trilinear A", ["A/*/linear/*"], BULK_ALIKE, 0.35, 0.25, WIDEST),
+    Goal("tricubic A", ["A/*/cubic/*"], SAME_TRICUBIC, 1.00, None, "AVX2"),
+    Goal("tricubic A", ["A/*/cubic/*"], SAME_TRICUBIC, 0.65, 0.45, WIDEST),
+    Goal("nearest B", ["B/*/nearest/*"], BULK_ALIKE, 1.00, 0.60, WIDEST),
+    Goal("trilinear B", ["B/*/linear/*"], BULK_ALIKE, 0.60, 0.40, WIDEST),
+    Goal("tricubic B", ["B/*/cubic/*"], SAME_TRICUBIC, 0.55, 0.37, WIDEST),
+    Goal("nearest C", ["C/*/nearest/*"], BULK_ALIKE, None, None, WIDEST),
+    Goal("trilinear C", ["C/*/linear/*"], BULK_ALIKE, 0.55, 0.45, WIDEST),
+    Goal("tricubic C", ["C/*/cubic/*"], SAME_TRICUBIC, None, None, WIDEST),
+    Goal("trilinear plane", ["plane/*"], BULK_ALIKE, None, None, WIDEST),
+]
+
+# Two threads' time to one's: 1.6 and 1.9 times as fast.
+THREADS = Goal("two threads", ["threads/*"], ("one thread",), 1 / 1.6, 1 / 1.9, "two threads")
+
+
+def goals_of(row, goals=tuple(GOALS)):
+    return [goal for goal in goals
             if any(fnmatch.fnmatchcase(row, pattern) for pattern in goal.rows)]

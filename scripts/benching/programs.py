@@ -1,7 +1,9 @@
 """The programs that time: built, started, and asked for one case after the other."""
+import collections
 import contextlib
 import json
 import os
+import re
 import subprocess
 
 from proof.common import LOGS, ROOT, Failure, install
@@ -9,25 +11,31 @@ from proof.common import run as run_command
 
 from . import figures
 
-TARGET = "bench_times"
-BUILT = figures.BUILD / "bench" / "times"
-PYTHON = "/usr/bin/python3"  # Debian's, which has Debian's numpy
-# What a peer is called in the names of the cases, and its package.
-PEERS = {"CImg": "cimg-dev", "ITK": "libinsighttoolkit5-dev", "VTK": "libvtk9-dev",
-         "numpy": "python3-numpy"}
+PYTHON = "/usr/bin/python3"  # Debian's, which has Debian's packages
+
+# Programs that take turns. target: what builds them; folder: where they stand in bench; script: the
+# one in Python; needs: what it imports; packages: groups of scripts/packages; peers: what each is
+# called in the names of the cases, and its package.
+Suite = collections.namedtuple("Suite", "target folder script needs packages peers")
+TIMES = Suite("bench_times", "times", "bench_numpy", "numpy", ("build", "bench"),
+              {"CImg": "cimg-dev", "ITK": "libinsighttoolkit5-dev", "VTK": "libvtk9-dev",
+               "numpy": "python3-numpy"})
+BULK = Suite("bench_bulk", "bulk", "bulk_scipy", "scipy", ("build", "bench", "resample"),
+             {"VTK": "libvtk9-dev", "ITK": "libinsighttoolkit5-dev", "CImg": "cimg-dev",
+              "scipy": "python3-scipy"})
 
 
-def install_packages():
-    """The peers may be missing: without them the module is measured alone."""
-    install("build", "bench")
+def install_packages(suite):
+    """The peers may be missing: without them the library is measured alone."""
+    install(*suite.packages)
     try:
         install("bench-peers")
     except Failure as failure:
         print(f"Going on, although {failure}", flush=True)
 
 
-def build():
-    figures.build(TARGET)
+def build(suite):
+    figures.build(suite.target)
 
 
 class Program:
@@ -63,12 +71,13 @@ class Program:
         self.process.communicate()
 
 
-def commands():
+def commands(suite):
     """The programs that there are, by name."""
-    names = (BUILT / "programs").read_text(encoding="utf-8").split()
-    found = {name: [str(BUILT / name)] for name in names}
-    if run_command([PYTHON, "-c", "import numpy"]).returncode == 0:
-        found["bench_numpy"] = [PYTHON, str(ROOT / "bench" / "times" / "bench_numpy.py")]
+    built = figures.BUILD / "bench" / suite.folder
+    names = (built / "programs").read_text(encoding="utf-8").split()
+    found = {name: [str(built / name)] for name in names}
+    if run_command([PYTHON, "-c", f"import {suite.needs}"]).returncode == 0:
+        found[suite.script] = [PYTHON, str(ROOT / "bench" / suite.folder / f"{suite.script}.py")]
     return found
 
 
@@ -76,13 +85,14 @@ def cases_of(name, command):
     done = run_command([*command, "--benchmark_list_tests"])
     if done.returncode != 0:
         raise Failure(f"{name} does not tell its cases.")
-    return done.stdout.split("\n")[:-1]
+    # Google Benchmark adds which clock is read.
+    return re.sub(r"/(process|real)_time$", "", done.stdout, flags=re.MULTILINE).split("\n")[:-1]
 
 
-def cases():
+def cases(suite):
     """For each row and each competitor in it the program that measures it."""
     rows = {}
-    for name, command in commands().items():
+    for name, command in commands(suite).items():
         for case in cases_of(name, command):
             row, _, competitor = case.rpartition("/")
             rows.setdefault(row, {})[competitor] = name
@@ -90,11 +100,11 @@ def cases():
 
 
 @contextlib.contextmanager
-def running(names):
+def running(suite, names):
     """Some of the programs, started; by name."""
     started = {}
     try:
-        for name, command in commands().items():
+        for name, command in commands(suite).items():
             if name in names:
                 started[name] = Program(name, command)
         yield started

@@ -5,10 +5,11 @@ import re
 
 from proof.common import ROOT
 
-from . import counts, overhead, record, times
+from . import bulk, counts, overhead, record, times
 
 MEASUREMENTS = {
     "times": times,
+    "bulk": bulk,
     "counts": counts,
     "overhead": overhead,
 }

@@ -85,9 +85,9 @@ def positive_count(text):
     return int(text) if text.isdecimal() else 0
 
 
-def add_arguments(parser):
-    parser.add_argument("--rounds", type=positive_count, default=15, metavar="N",
-                        help="how many rounds to measure (15)")
+def add_arguments(parser, rounds=15):
+    parser.add_argument("--rounds", type=positive_count, default=rounds, metavar="N",
+                        help=f"how many rounds to measure ({rounds})")
     parser.add_argument("--only", metavar="PATTERN",
                         help="only the rows of that name, such as 'A/short/cubic/*' or 'E/get *'")
 
@@ -145,49 +145,70 @@ class Findings:
     def compare(self, row, competitor, difference, tolerance):
         _, voxels, kernel, _ = row.split("/")
         key = " ".join((competitor, voxels, kernel))
-        largest = max(difference, self.agreement.get(key, {}).get("largest", 0.0))
-        self.agreement[key] = {"largest": largest, "tolerance": tolerance}
+        before = self.agreement.get(key, {"largest": 0.0, "tolerance": 0.0})
+        self.agreement[key] = {"largest": max(difference, before["largest"]),
+                               "tolerance": max(tolerance, before["tolerance"])}
 
 
-def measure(rows, rounds):
+def measure(suite, rows, rounds, is_wanted=lambda times, competitor: True):
+    """Asks for each row and competitor in each round, as long as it is wanted beside those before."""
     findings = Findings(rows)
     needed = {name for row in rows.values() for name in row.values()}
     for first in range(0, rounds, LIFE):
-        with programs.running(needed) as started:
+        with programs.running(suite, needed) as started:
             for number in range(first, min(first + LIFE, rounds)):
                 for row, competitor in turns(rows, number):
+                    if not is_wanted(findings.times[row], competitor):
+                        continue
                     said = started[rows[row][competitor]].ask(f"{row}/{competitor}")
                     findings.add(row, competitor, said)
                 print(f"round {number + 1} of {rounds}", flush=True)
     return findings
 
 
-def run(options):
+def check_options(options):
     if options.rounds < 1:
         raise BadUse("--rounds takes a whole number above zero.")
     if options.record and options.only is not None:
         raise BadUse("only a run that leaves nothing out is recorded; leave out --only.")
-    programs.install_packages()
-    programs.build()
-    rows = programs.cases()
-    check_goals(rows)
+
+
+def missing(suite, rows):
+    """The peers that have no case."""
     present = {competitor for row in rows.values() for competitor in row}
-    skipped = [peer for peer in programs.PEERS if peer not in present]
+    skipped = [peer for peer in suite.peers if peer not in present]
     for peer in skipped:
         print(f"{peer} is skipped: it is not installed.", flush=True)
-    findings = measure(chosen(rows, options.only), options.rounds)
-    return {"rounds": options.rounds, "skipped": skipped,
+    return skipped
+
+
+def found_by(suite, findings, rounds, skipped):
+    return {"rounds": rounds, "skipped": skipped,
             "peers": {peer: programs.release(package)
-                      for peer, package in programs.PEERS.items() if peer in present},
+                      for peer, package in suite.peers.items() if peer not in skipped},
             "agreement": dict(sorted(findings.agreement.items())), "times": findings.times}
 
 
-def ratios(times, against):
-    """The module's time to that of the fastest of some, round by round; None without any."""
+def run(options):
+    suite = programs.TIMES
+    check_options(options)
+    programs.install_packages(suite)
+    programs.build(suite)
+    rows = programs.cases(suite)
+    check_goals(rows)
+    skipped = missing(suite, rows)
+    findings = measure(suite, chosen(rows, options.only), options.rounds)
+    return found_by(suite, findings, options.rounds, skipped)
+
+
+def ratios(times, against, ours=OURS):
+    """Our time to that of the fastest of some, round by round; None without any."""
     others = [times[name] for name in against if name in times]
-    if OURS not in times or not others:
+    if ours not in times or not others:
         return None
-    return [ours / min(theirs) for ours, *theirs in zip(times[OURS], *others)]
+    # One that was left out after some rounds does not count in the others.
+    return [mine / min(theirs[number] for theirs in others if number < len(theirs))
+            for number, mine in enumerate(times[ours])]
 
 
 def quartiles(values):
@@ -219,7 +240,7 @@ def names_of(against, times):
 
 
 def ratio_cells(times, goal):
-    found = ratios(times, goal.against)
+    found = ratios(times, goal.against, goal.ours)
     if found is None:
         return ["not measured", "", limit(goal.most), "", limit(goal.aim), ""]
     median = statistics.median(found)
@@ -230,13 +251,14 @@ def ratio_cells(times, goal):
 RATIO_HEADS = ["against", "ratio (quartiles)", "at most", "holds", "aim", "holds"]
 
 
-def row_lines(row, times, competitors):
+def row_lines(row, times, competitors, goals=tuple(GOALS)):
     """A line for each goal of a row; the times stand in the first."""
     figures = [shown(statistics.median(times[name])) if name in times else ""
                for name in competitors]
     heads = row.split("/")[1:] + figures
-    for goal in goals_of(row):
-        yield [*heads, *ratio_cells(times, goal)]
+    for goal in goals_of(row, goals):
+        ours = [] if goal.ours == OURS else [goal.ours]
+        yield [*heads, *ours, *ratio_cells(times, goal)]
         heads = [""] * len(heads)
 
 
@@ -258,31 +280,33 @@ def workload(letter, record):
 
 def goal_line(goal, record):
     """A goal over all its rows."""
-    found = [(row, ratios(times, goal.against)) for row, times in record["times"].items()
-             if goal in goals_of(row)]
+    found = [(row, ratios(times, goal.against, goal.ours)) for row, times in record["times"].items()
+             if goals_of(row, [goal])]
     medians = [statistics.median(values) for _, values in found if values is not None]
+    what = goal.what if goal.ours == OURS else f"{goal.what}, {goal.ours}"
     if not medians:
-        return [goal.what, ", ".join(goal.against), "not measured", limit(goal.most), "",
+        return [what, ", ".join(goal.against), "not measured", limit(goal.most), "",
                 limit(goal.aim), ""]
     present = {name for row, _ in found for name in record["times"][row]}
-    held = [f"{sum(median <= bound for median in medians)} of {len(medians)}"
+    held = ["" if bound is None else
+            f"{sum(median <= bound for median in medians)} of {len(medians)}"
             for bound in (goal.most, goal.aim)]
-    return [goal.what, names_of(goal.against, present),
+    return [what, names_of(goal.against, present),
             f"{min(medians):.2f} to {max(medians):.2f}", limit(goal.most), held[0],
             limit(goal.aim), held[1]]
 
 
-def overview(record):
-    lines = [goal_line(goal, record) for goal in GOALS
-             if goal.most is not None and any(goal in goals_of(row) for row in record["times"])]
+def overview(record, goals=tuple(GOALS)):
+    lines = [goal_line(goal, record) for goal in goals
+             if goal.most is not None and any(goals_of(row, [goal]) for row in record["times"])]
     return table(["goal", "against", "medians of its rows", "at most", "held in", "aim",
                   "held in"], lines)
 
 
-def agreement(record):
+def agreement(record, heading="### Agreement with the module"):
     rows = [[*key.split(" "), f"{found['largest']:.2g}", f"{found['tolerance']:.2g}"]
             for key, found in record["agreement"].items()]
-    return ["### Agreement with the module", "",
+    return [heading, "",
             "Voxels reach about 1300. The module's `short` are rounded readings.", "",
             *table(["library", "voxels", "kernel", "largest difference", "tolerance"], rows)]
 
@@ -297,13 +321,18 @@ def summary(record):
     return table(["`short`, oblique, ns a sample", OURS, *ALIKE], rows)
 
 
-def tables(record):
-    """The record as Markdown."""
+def beside(record):
+    """Who was measured, and how often."""
     peers = "; ".join(f"{peer} {version}" for peer, version in record["peers"].items())
     lines = [f"{record['rounds']} rounds. Beside the module: {peers or 'nobody'}."]
     if record["skipped"]:
         lines += [f"Skipped, since it was not installed: {', '.join(record['skipped'])}."]
-    lines += ["", *overview(record)]
+    return [*lines, ""]
+
+
+def tables(record):
+    """The record as Markdown."""
+    lines = [*beside(record), *overview(record)]
     for letter in WORKLOADS:
         lines += workload(letter, record)
     return lines + agreement(record)

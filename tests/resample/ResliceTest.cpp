@@ -69,15 +69,15 @@ TYPED_TEST(Reslice, ProjectsThickSlabs)
     using T = TypeParam;
     for (const Projection projection :
          {Projection::MEAN, Projection::MAXIMUM, Projection::MINIMUM}) {
-        const Planes planes = this->somePlanes(2);
+        const Planes planes = this->somePlanes(7);  // more than are filled together
         const Options options(kInterpolators[this->random.below(3)]);
         core::VxImage<T> result;
         ASSERT_EQ(
             resample::reslice(this->scene.image, planes, &result, options, Slab{3, projection}),
             core::SUCCESS);
-        ASSERT_EQ(result.getDepth(), 2U);
+        ASSERT_EQ(result.getDepth(), 7U);
         const AffineMap map = resample::gridOfPlanes(planes).map;
-        for (unsigned int k = 0; k < 2; ++k)
+        for (unsigned int k = 0; k < 7; ++k)
             for (unsigned int j = 0; j < 5; ++j)
                 for (unsigned int i = 0; i < 13; ++i) {
                     std::vector<double> samples;

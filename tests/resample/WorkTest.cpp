@@ -73,21 +73,54 @@ TYPED_TEST(Threads, GiveTheSameBitsHoweverMany)
     this->compare({{{-0.3, 0, 0, 92}, {0, -1, 0, 30}, {0, 0, 1, 3}}}, random);
 }
 
+TEST(Boxes, OfAnObliqueResultLeaveNothingOut)
+{
+    // More columns, rows and slices than a box has, none of them a multiple.
+    Random random(37);
+    const WrappedVolume<short> scene = largeVolume<short>(random);
+    AffineMap map = obliqueMap(random, {90, 31, 17}, 0.2);
+    map.rows[0][3] = map.rows[1][3] = 5.0;
+    for (core::Interpolator* const interpolator : kInterpolators)
+        for (const unsigned int threads : {1U, 3U}) {
+            Options options(interpolator, kBorders[random.below(2)]);
+            options.threads = threads;
+            core::VxImage<short> result;
+            ASSERT_EQ(resample::resample(scene.image, gridOf(map, 277, 35, 37), &result, options),
+                      core::SUCCESS);
+            expectEverySample(scene.image, map, result, options);
+        }
+}
+
 struct Asked {
     core::VxImage<short> source;
     core::VxImage<short> destination;
     Options options;
+    Grid grid;
 
     explicit Asked(unsigned int threads)
     {
         source.initialize(64, 64, 64, 1);
         source.fill(9);
         options.threads = threads;
+        grid = resample::gridOfSize(source.getImageSize(), {1, 1, 1}, 128, 128, 128,
+                                    resample::Align::EDGES);
     }
 
-    core::ErrorType perform()
+    core::ErrorType perform() { return resample::resample(source, grid, &destination, options); }
+
+    // Rows that are finished; the others are as they were.
+    int finishedRows() const
     {
-        return resize(source, 128, 128, 128, resample::Align::EDGES, &destination, options);
+        int finished = 0;
+        for (int z = 0; z < 128; ++z)
+            for (int y = 0; y < 128; ++y) {
+                const short first = destination(0, y, z, 0);
+                finished += first == 9 ? 1 : 0;
+                for (int x = 0; x < 128; ++x)
+                    EXPECT_EQ(destination(x, y, z, 0), first);
+                EXPECT_TRUE(first == 9 || first == 0);
+            }
+        return finished;
     }
 };
 
@@ -110,22 +143,17 @@ TEST_P(Progress, RisesToOne)
 
 TEST_P(Progress, CancelsAndLeavesWholeRows)
 {
-    Asked asked(GetParam());
-    int calls = 0;
-    asked.options.progress = [&](double) { return ++calls < 3; };
-    EXPECT_EQ(asked.perform(), resample::kCancelled);
-    EXPECT_EQ(calls, 3);
-    int finished = 0;
-    for (int z = 0; z < 128; ++z)
-        for (int y = 0; y < 128; ++y) {
-            const short first = asked.destination(0, y, z, 0);
-            finished += first == 9 ? 1 : 0;
-            for (int x = 0; x < 128; ++x)
-                ASSERT_EQ(asked.destination(x, y, z, 0), first);
-            ASSERT_TRUE(first == 9 || first == 0);
-        }
-    EXPECT_GT(finished, 0);
-    EXPECT_LT(finished, 128 * 128);
+    for (const double shear : {0.0, 0.1}) {  // along the axes, and oblique
+        Asked asked(GetParam());
+        asked.grid.map.rows[0][1] = shear;
+        int calls = 0;
+        asked.options.progress = [&](double) { return ++calls < 3; };
+        EXPECT_EQ(asked.perform(), resample::kCancelled);
+        EXPECT_EQ(calls, 3);
+        const int finished = asked.finishedRows();
+        EXPECT_GT(finished, 0);
+        EXPECT_LT(finished, 128 * 128);
+    }
 }
 
 TEST_P(Progress, MayThrowOnce)
