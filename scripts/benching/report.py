@@ -20,10 +20,11 @@ HEAD = """# Performance
 
 <!-- Written by `scripts/bench report` from the records in docs/performance; edit those scripts. -->
 
-How fast the module is, beside other libraries and beside plain memory. `scripts/bench --record`
-measures everything again and writes this page; `scripts/bench MEASUREMENT` runs one part, and
-`--help` says how to make it longer or shorter. Lower is better everywhere. Each part says when and
-on what it was measured; `sources` are the first digits of a SHA-256 over `include/` and `src/`.
+How fast the module and `volux_resample` are, beside other libraries and beside plain memory.
+`scripts/bench --record` measures everything again and writes this page; `scripts/bench MEASUREMENT`
+runs one part, and `--help` says how to make it longer or shorter. Lower is better everywhere. Each
+part says when and on what it was measured; `sources` are the first digits of a SHA-256 over
+`include/` and `src/`.
 
 """
 

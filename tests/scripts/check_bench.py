@@ -7,7 +7,7 @@ from pathlib import Path
 ROOT = Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "scripts"))
 
-from benching import goals, programs, report, times  # noqa: E402  (the path comes first)
+from benching import bulk, goals, programs, report, times  # noqa: E402  (the path comes first)
 from proof.common import BadUse, Failure  # noqa: E402
 
 
@@ -42,6 +42,7 @@ class BadUseTest(unittest.TestCase):
     def test_a_part_is_not_recorded(self):
         self.assert_refused("times", "--record", "--only", "A/*")
         self.assert_refused("--record", "times", "--only", "A/*")
+        self.assert_refused("bulk", "--record", "--only", "A/*")
 
     def test_the_report_takes_no_arguments(self):
         self.assert_refused("report", "times")
@@ -59,6 +60,10 @@ class Ratios(unittest.TestCase):
 
     def test_a_peer_that_is_missing_does_not_count(self):
         self.assertEqual(times.ratios(self.MEASURED, ("CImg", "ITK")), [2.0, 1.5, 0.5])
+
+    def test_a_peer_that_was_not_asked_again_counts_where_it_was(self):
+        measured = {"volux_core": [2.0, 6.0, 4.0], "CImg": [1.0], "VTK": [4.0, 3.0, 8.0]}
+        self.assertEqual(times.ratios(measured, ("CImg", "VTK")), [2.0, 2.0, 0.5])
 
     def test_without_a_peer_there_is_none(self):
         self.assertIsNone(times.ratios(self.MEASURED, ("ITK",)))
@@ -132,6 +137,41 @@ class Tables(unittest.TestCase):
         rows = {"A": {"CImg": "", "ITK": "", "volux_core": ""}}
         first = {next(times.turns(rows, number))[1] for number in range(3)}
         self.assertEqual(first, set(rows["A"]))
+
+
+class Bulk(unittest.TestCase):
+    MEASURED = {"AVX-512": [1.0], "VTK": [4.0], "CImg": [8.0], "scipy": [8.1]}
+
+    def test_a_peer_without_a_chance_is_not_asked_again(self):
+        wanted = {name for name in self.MEASURED if bulk.is_wanted(self.MEASURED, name)}
+        self.assertEqual(wanted, {"AVX-512", "VTK", "CImg"})
+
+    def test_everybody_is_asked_once(self):
+        self.assertTrue(bulk.is_wanted({"VTK": [1.0]}, "scipy"))
+
+    def test_each_instruction_set_with_a_goal_has_a_line(self):
+        measured = {"A/short/linear/constant": {"AVX-512": [1.0], "AVX2": [2.0], "VTK": [4.0]}}
+        lines = bulk.workload("A", record_of(measured))
+        self.assertIn("| short | linear | constant | 1 | 2 | 4 | AVX2 | VTK | 0.50 (0.50 to 0.50) |"
+                      " 0.55 | yes |  |  |", lines)
+        self.assertIn("|  |  |  |  |  |  | AVX-512 | VTK | 0.25 (0.25 to 0.25) | 0.35 | yes | 0.25 |"
+                      " yes |", lines)
+
+    def test_two_threads_are_judged_by_their_gain(self):
+        measured = {"threads/A/linear": {"one thread": [8.0], "two threads": [5.0]}}
+        self.assertIn("| A | linear | 8 | 5 | 1.60 (1.60 to 1.60) | 1.60 | yes | 1.90 | **no** |",
+                      bulk.threads(record_of(measured)))
+
+    def test_growth_has_a_line_for_each_size(self):
+        measured = {"growth/oblique/64": {"one thread": [8.0]}, "growth/copy/64": {"memcpy": [0.1]},
+                    "growth/oblique/32": {"one thread": [7.0]}}
+        lines = bulk.growth(record_of(measured))
+        self.assertIn("| 32^3 | 7 |  |", lines)
+        self.assertIn("| 64^3 | 8 | 0.1 |", lines)
+
+    def test_a_row_without_a_goal_and_a_goal_without_a_row_are_found(self):
+        with self.assertRaisesRegex(Failure, "no goal for .*B/melt.*, no row for .*two threads"):
+            bulk.check_goals({"B/melt": {}, "growth/copy/32": {}})
 
 
 if __name__ == "__main__":
