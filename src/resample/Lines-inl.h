@@ -24,6 +24,49 @@ namespace HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
+// The neighbours of the columns of a vector, where all of them lie among as many voxels side by
+// side as there are lanes: loaded together, and moved to their columns.
+template <class T, Kernel K>
+class Window {
+public:
+    static constexpr std::int64_t kNone = -1;
+
+    Window(const RealAxis& axis, const Neighbours<K>& xs, std::int64_t voxel) : voxel_(voxel)
+    {
+        const Real first = real(axis.first + static_cast<double>(voxel));
+        for (int i = 0; i < kReach; ++i) {
+            lanes_[i] = wholeNumber(hn::Sub(xs.within(axis, i), first));
+        }
+    }
+
+    // The first voxel of the window, from the first that the brick holds; kNone if there is none.
+    static std::int64_t find(const RealAxis& axis, const Neighbours<K>& xs)
+    {
+        const Reals d;
+        const auto lanes = static_cast<double>(hn::Lanes(d));
+        const double lowest = hn::GetLane(hn::MinOfLanes(d, xs.within(axis, 0)));
+        const double highest = hn::GetLane(hn::MaxOfLanes(d, xs.within(axis, kReach - 1)));
+        const double first = std::min(lowest, axis.last - (lanes - 1.0));
+        const bool isThere = first >= axis.first && highest - first < lanes;
+        return isThere ? static_cast<std::int64_t>(first - axis.first) : kNone;
+    }
+
+    void read(const Voxels& voxels, std::int64_t row, Real (&values)[reach(K)]) const
+    {
+        const Real all =
+            loadVoxels<T>(voxels.data + row + voxel_ * static_cast<std::int64_t>(sizeof(T)));
+        for (int i = 0; i < kReach; ++i) {
+            values[i] = hn::TableLookupLanes(all, hn::IndicesFromVec(Reals(), lanes_[i]));
+        }
+    }
+
+private:
+    static constexpr int kReach = reach(K);
+
+    std::int64_t voxel_;
+    Offset lanes_[kReach];
+};
+
 template <class T, Kernel K, bool SideBySide>
 class LineMaker {
 public:
@@ -41,6 +84,7 @@ public:
             for (int i = 0; i < kReach; ++i) {
                 hn::Store(xs.weights[i], d, weights_[i] + n);
             }
+            windows_[n] = SideBySide ? Window<T, K>::find(x_, xs) : Window<T, K>::kNone;
         }
     }
 
@@ -97,12 +141,25 @@ private:
                        std::size_t n, Neighbour* row)
     {
         const Neighbours<K> xs(hn::LoadU(Reals(), lines_.x + n));
-        const Row<T, K, SideBySide> columns(x_, xs);
+        const auto expandFrom = [&](const auto& columns) {
+            read(columns, xs, isInside, begins, n, row);
+        };
+        if (windows_[n] != Window<T, K>::kNone) {
+            expandFrom(Window<T, K>(x_, xs, windows_[n]));
+        } else {
+            expandFrom(Row<T, K, SideBySide>(x_, xs));
+        }
+    }
+
+    template <class Columns>
+    void read(const Columns& columns, const Neighbours<K>& xs, const bool (&isInside)[kReach],
+              const std::int64_t (&begins)[kReach], std::size_t n, Neighbour* row)
+    {
         const Real constant = real(lines_.outside.value);
         const bool isMasked = lines_.outside.isConstant && !hn::AllTrue(Reals(), xs.allInside(x_));
         for (int k = 0; k < kReach; ++k) {
             Real values[kReach];
-            columns.read(voxels_, hn::Set(Offsets(), begins[k]), values);
+            columns.read(voxels_, begins[k], values);
             for (int i = 0; i < kReach; ++i) {
                 const Real value = !isInside[k] ? constant
                                    : isMasked
@@ -156,6 +213,7 @@ private:
     const AxisWeights<K> zs_;
     const std::size_t count_;
     std::int64_t held_[kReach];
+    std::int64_t windows_[kTile];  // at the first column of each vector
     HWY_ALIGN double weights_[kReach][kTile];
     HWY_ALIGN Neighbour rows_[kReach][kReach];
 };

@@ -86,6 +86,24 @@ inline Real fromLowest(Word words)
     }
 }
 
+// As many voxels side by side as there are lanes.
+template <class T>
+inline Real loadVoxels(const unsigned char* bytes)
+{
+    const Reals d;
+    const T* const first = reinterpret_cast<const T*>(bytes);
+    const auto voxels = hn::LoadU(hn::Rebind<T, Reals>(), first);
+    if constexpr (std::is_same_v<T, double>) {
+        return voxels;
+    } else if constexpr (std::is_same_v<T, unsigned int>) {
+        return fromLowest<T>(hn::PromoteTo(Words(), voxels));
+    } else if constexpr (sizeof(T) < sizeof(int)) {
+        return hn::PromoteTo(d, hn::PromoteTo(hn::Rebind<std::int32_t, Reals>(), voxels));
+    } else {
+        return hn::PromoteTo(d, voxels);
+    }
+}
+
 inline Real lowerVoxels(Real position)
 {
     const Real whole = hn::Trunc(position);
@@ -217,6 +235,11 @@ struct Row {
                 offsets[w] = xs.bytes(axis, w);
             }
         }
+    }
+
+    void read(const Voxels& voxels, std::int64_t row, Real (&values)[kReach]) const
+    {
+        read(voxels, hn::Set(Offsets(), row), values);
     }
 
     // The neighbours of one row, whose first voxel lies at the offsets.

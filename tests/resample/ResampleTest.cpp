@@ -63,6 +63,23 @@ TYPED_TEST(Resample, GivesTheModulesBitsOnMapsAlongTheAxes)
     forEachInstructionSet([] { TestFixture::compareScenes(axisMap, 2, 150); });
 }
 
+// The neighbours of a vector lie side by side, from before the first voxel to behind the last.
+TYPED_TEST(Resample, GivesTheModulesBitsOnShortStepsAlongTheAxes)
+{
+    forEachInstructionSet([] {
+        Random random(5);
+        oracle::Volume<TypeParam> volume = blankVolume<TypeParam>({19, 5, 4}, 2);
+        for (TypeParam& element : volume.block)
+            element = randomElement<TypeParam>(random, true);
+        const WrappedVolume<TypeParam> scene(std::move(volume));
+        const Grid there =
+            gridOf({{{0.3, 0, 0, -1.6}, {0, 0.7, 0, -0.5}, {0, 0, 0.6, -0.4}}}, 77, 8, 7);
+        const Grid back = gridOf({{{-0.3, 0, 0, 20.6}, {0, 1, 0, 0}, {0, 0, -0.6, 3}}}, 77, 5, 6);
+        TestFixture::compare(scene.image, there, random);
+        TestFixture::compare(scene.image, back, random);
+    });
+}
+
 TYPED_TEST(Resample, GivesTheModulesBitsAtTiesAndWholePositions)
 {
     forEachInstructionSet([] { TestFixture::compareScenes(halfMap, 3, 150); });
