@@ -280,4 +280,11 @@ private:
     std::vector<Result> result_;
 };
 
+/// Each case has carried out its work once before it is timed.
+inline int serveBulk(int argc, char** argv)
+{
+    constexpr bool kWarmsUp = true;
+    return serve(argc, argv, kWarmsUp);
+}
+
 }  // namespace volux::bench

@@ -14,5 +14,5 @@ using Bulk = Looped<CImgSampler<T, K, O>, T, Target>;
 int main(int argc, char** argv)
 {
     addBulk<Bulk>("CImg");
-    return serve(argc, argv);
+    return serveBulk(argc, argv);
 }

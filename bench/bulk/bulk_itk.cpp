@@ -89,5 +89,5 @@ int main(int argc, char** argv)
     bench::addBoth<bench::UpsampledVolume>();
     bench::addBoth<bench::RandomPositions>();
     bench::addKernel<bench::Bulk, bench::ViewersPlane, bench::Kernel::kLinear>("ITK");
-    return bench::serve(argc, argv);
+    return bench::serveBulk(argc, argv);
 }

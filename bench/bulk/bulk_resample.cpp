@@ -87,5 +87,5 @@ int main(int argc, char** argv)
     bench::addInstructions<HWY_AVX2>("AVX2");
     bench::addInstructions<HWY_SSE4>("SSE4");
     bench::addInstructions<HWY_SCALAR>("scalar");
-    return bench::serve(argc, argv);
+    return bench::serveBulk(argc, argv);
 }

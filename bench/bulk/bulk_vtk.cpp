@@ -72,5 +72,5 @@ int main(int argc, char** argv)
 {
     vtkMultiThreader::SetGlobalMaximumNumberOfThreads(1);
     volux::bench::addBulk<volux::bench::Bulk>("VTK");
-    return volux::bench::serve(argc, argv);
+    return volux::bench::serveBulk(argc, argv);
 }

@@ -11,12 +11,12 @@
 
 namespace volux::bench {
 
-inline void measureWhatIsAsked(char* program)
+inline void measureWhatIsAsked(char* program, bool warmsUp)
 {
     std::string time = "--benchmark_min_time=0.01";
     std::string warmUp = "--benchmark_min_warmup_time=0.001";  // one pass at least
-    char* options[] = {program, time.data(), warmUp.data(), nullptr};
-    int count = 3;
+    char* options[] = {program, time.data(), warmsUp ? nullptr : warmUp.data(), nullptr};
+    int count = warmsUp ? 2 : 3;
     benchmark::Initialize(&count, options);
     for (std::string name; std::getline(std::cin, name);) {
         benchmark::JSONReporter reporter;
@@ -26,11 +26,12 @@ inline void measureWhatIsAsked(char* program)
     }
 }
 
-inline int serve(int argc, char** argv)
+/// Cases that warm up by themselves need no pass for that.
+inline int serve(int argc, char** argv, bool warmsUp = false)
 {
     try {
         if (argc == 1) {
-            measureWhatIsAsked(argv[0]);
+            measureWhatIsAsked(argv[0], warmsUp);
         } else {
             benchmark::Initialize(&argc, argv);
             benchmark::RunSpecifiedBenchmarks();
