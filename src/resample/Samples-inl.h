@@ -325,26 +325,6 @@ void samplesOf(const Voxels& voxels, Kernel kernel, const Outside& outside, Bloc
     }
 }
 
-void samplesOfBlock(const Voxels& voxels, Kernel kernel, const Outside& outside, Block& block)
-{
-    switch (voxels.type) {
-        case core::DT_UCHAR:
-            return samplesOf<unsigned char>(voxels, kernel, outside, block);
-        case core::DT_SHORT:
-            return samplesOf<short>(voxels, kernel, outside, block);
-        case core::DT_USHORT:
-            return samplesOf<unsigned short>(voxels, kernel, outside, block);
-        case core::DT_INT:
-            return samplesOf<int>(voxels, kernel, outside, block);
-        case core::DT_UINT:
-            return samplesOf<unsigned int>(voxels, kernel, outside, block);
-        case core::DT_FLOAT:
-            return samplesOf<float>(voxels, kernel, outside, block);
-        case core::DT_DOUBLE:
-            return samplesOf<double>(voxels, kernel, outside, block);
-    }
-}
-
 }  // namespace HWY_NAMESPACE
 }  // namespace volux::resample::detail
 HWY_AFTER_NAMESPACE();
