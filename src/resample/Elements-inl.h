@@ -66,8 +66,8 @@ void elementsOf(Overflow overflow, const double* samples, std::size_t count, voi
     }
 }
 
-void elementsOfBlock(core::DataType type, Overflow overflow, const double* samples,
-                     std::size_t count, void* elements)
+inline void elementsOfBlock(core::DataType type, Overflow overflow, const double* samples,
+                            std::size_t count, void* elements)
 {
     switch (type) {
         case core::DT_UCHAR:

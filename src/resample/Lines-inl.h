@@ -240,7 +240,7 @@ void makeLines(const Lines& lines, LineSink& sink)
     }
 }
 
-void linesOfRows(const Lines& lines, LineSink& sink)
+inline void linesOfRows(const Lines& lines, LineSink& sink)
 {
     switch (lines.voxels.type) {
         case core::DT_UCHAR:

@@ -210,12 +210,17 @@ private:
     static constexpr int kReach = reach(K);
 
     template <bool Masked>
+    Real orConstant(Mask inside, Real value) const
+    {
+        return Masked ? hn::IfThenElse(inside, value, real(outside_.value)) : value;
+    }
+
+    template <bool Masked>
     Real sum(const Neighbours<K>& xs, const Neighbours<K>& ys, const Neighbours<K>& zs) const
     {
         const Row<T, K, SideBySide> row(x_, xs);
-        const Real constant = real(outside_.value);
         Mask xInside[kReach];
-        for (int i = 0; Masked && i < kReach; ++i) {
+        for (int i = 0; i < kReach; ++i) {
             xInside[i] = xs.inside(x_, i);
         }
         Real sumOfWeights = hn::Zero(Reals());
@@ -229,8 +234,7 @@ private:
                 const Mask rowInside = hn::And(zInside, ys.inside(y_, j));
                 for (int i = 0; i < kReach; ++i) {
                     const Real value =
-                        Masked ? hn::IfThenElse(hn::And(rowInside, xInside[i]), values[i], constant)
-                               : values[i];
+                        orConstant<Masked>(hn::And(rowInside, xInside[i]), values[i]);
                     if constexpr (K == Kernel::NEAREST) {
                         return value;
                     }
