@@ -23,7 +23,7 @@ public:
           const std::function<void(std::size_t, std::size_t)>& work)
         : items_(items), most_(std::max<std::size_t>(most, 1)), progress_(progress), work_(work)
     {
-        stopped_ = false;
+        stopped_.store(false);  // written, not initialised: see above
     }
 
     std::size_t count() const { return (items_ + most_ - 1) / most_; }
