@@ -87,7 +87,7 @@ template <class T>
 inline Real loadVoxels(const unsigned char* bytes)
 {
     const Reals d;
-    const T* const first = reinterpret_cast<const T*>(bytes);
+    const T* const first = static_cast<const T*>(static_cast<const void*>(bytes));
     const auto voxels = hn::LoadU(hn::Rebind<T, Reals>(), first);
     if constexpr (std::is_same_v<T, double>) {
         return voxels;
