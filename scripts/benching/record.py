@@ -8,7 +8,7 @@ import shlex
 import time
 
 from proof.common import output_of, version
-from proof.results import machine, module_sources
+from proof.results import machine, sources_of
 
 from . import figures
 
@@ -38,7 +38,7 @@ class Clock:
     def provenance(self, command):
         return {"command": shlex.join(["scripts/bench", *command]),
                 "when": datetime.date.today().isoformat(),
-                "sources": module_sources(),
+                "sources": sources_of(command[0]),
                 "seconds": round(time.monotonic() - self.start),
                 "machine": machine(),
                 "processor": processor(),

@@ -24,7 +24,7 @@ How fast the module and `volux_resample` are, beside other libraries and beside 
 `scripts/bench --record` measures everything again and writes this page; `scripts/bench MEASUREMENT`
 runs one part, and `--help` says how to make it longer or shorter. Lower is better everywhere. Each
 part says when and on what it was measured; `sources` are the first digits of a SHA-256 over
-`include/` and `src/`.
+the module's files in `include/` and `src/`, and for whole volumes over the companion's as well.
 
 """
 

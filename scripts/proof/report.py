@@ -8,10 +8,11 @@ HEAD = """# The proof
 <!-- Written by `scripts/prove report` from the results in docs/proof; edit those scripts. -->
 
 Every result of the library is promised to the last bit, on every compiler and processor; of a NaN,
-only that it is one. These eleven
-checks are the evidence, and `scripts/prove` runs them all again; `scripts/prove CHECK` runs one,
-and `scripts/prove CHECK --help` says how to make it longer. Each result says when it was found, on
-what and with which command; `sources` are the first digits of a SHA-256 over `include/` and `src/`.
+only that it is one. These eleven checks are the evidence, and `scripts/prove` runs them all again;
+`scripts/prove CHECK` runs one, and `scripts/prove CHECK --help` says how to make it longer. Each
+result says when it was found, on what and with which command; `sources` are the first digits of a
+SHA-256 over the module's files in `include/` and `src/`, and for whole volumes over the companion's
+as well.
 
 """
 
