@@ -4,9 +4,11 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cstring>
 #include <new>
 #include <stdexcept>
+#include <thread>
 #include <vector>
 
 #include "Expected.h"
@@ -180,7 +182,9 @@ TEST_P(Progress, MayWorkOnThreadsItself)
 {
     Asked asked(GetParam());
     asked.options.progress = [](double) {
-        oneapi::tbb::parallel_for(0, 64, [](int) {});
+        // Long enough for idle threads to take some.
+        oneapi::tbb::parallel_for(
+            0, 16, [](int) { std::this_thread::sleep_for(std::chrono::microseconds(50)); });
         core::VxImage<short> small;
         core::VxImage<short> large;
         small.initialize(4, 4, 4, 1);
