@@ -3,9 +3,9 @@
 #include <cstdint>
 #include <new>
 
+#include "ElementTypes.h"
 #include "OwnPolicies.h"
 #include "Task.h"
-#include "volux/core/detail/ElementTypes.inc"
 
 namespace volux::resample {
 
@@ -222,8 +222,7 @@ ErrorType ResampleRegion::support(const Grid& grid, core::Rect* box, const Optio
                                  Align, VxImage<T>*, const Options&);                            \
     template ErrorType resize<T>(const VxImage<T>&, const core::VoxelSize&, Align, VxImage<T>*,  \
                                  const Options&);
-VOLUX_FOR_EACH_ELEMENT_TYPE(VOLUX_RESAMPLE)
+VOLUX_RESAMPLE_FOR_EACH_ELEMENT_TYPE(VOLUX_RESAMPLE)
 #undef VOLUX_RESAMPLE
-#undef VOLUX_FOR_EACH_ELEMENT_TYPE
 
 }  // namespace volux::resample

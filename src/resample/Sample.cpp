@@ -3,11 +3,11 @@
 #include <new>
 #include <type_traits>
 
+#include "ElementTypes.h"
 #include "OwnPolicies.h"
 #include "Store.h"
 #include "Task.h"
 #include "Work.h"
-#include "volux/core/detail/ElementTypes.inc"
 #include "volux/resample/Resample.h"
 
 namespace volux::resample {
@@ -163,7 +163,7 @@ ErrorType sample(const VxImage<T>& image, const Position* positions, std::size_t
     template ErrorType sample<T, RESULT>(const VxImage<T>&, const Position*, std::size_t, Units, \
                                          int, RESULT*, const Options&);
 #define VOLUX_SAMPLE_AS_IT_IS(T) VOLUX_SAMPLE(T, T)
-VOLUX_FOR_EACH_ELEMENT_TYPE(VOLUX_SAMPLE_AS_IT_IS)
+VOLUX_RESAMPLE_FOR_EACH_ELEMENT_TYPE(VOLUX_SAMPLE_AS_IT_IS)
 VOLUX_SAMPLE(float, double)
 VOLUX_SAMPLE(int, double)
 VOLUX_SAMPLE(short, double)
@@ -172,6 +172,5 @@ VOLUX_SAMPLE(unsigned short, double)
 VOLUX_SAMPLE(unsigned char, double)
 #undef VOLUX_SAMPLE_AS_IT_IS
 #undef VOLUX_SAMPLE
-#undef VOLUX_FOR_EACH_ELEMENT_TYPE
 
 }  // namespace volux::resample

@@ -7,9 +7,9 @@
 #include <typeinfo>
 #include <utility>
 
+#include "ElementTypes.h"
 #include "Rows.h"
 #include "Work.h"
-#include "volux/core/detail/ElementTypes.inc"
 
 namespace volux::resample::detail {
 
@@ -113,9 +113,8 @@ ErrorType readingOf(const Options& options, Reading& reading)
 }
 
 #define VOLUX_READING(T) template ErrorType readingOf<T>(const Options&, Reading&);
-VOLUX_FOR_EACH_ELEMENT_TYPE(VOLUX_READING)
+VOLUX_RESAMPLE_FOR_EACH_ELEMENT_TYPE(VOLUX_READING)
 #undef VOLUX_READING
-#undef VOLUX_FOR_EACH_ELEMENT_TYPE
 
 ErrorType checkSource(const Raster& source)
 {

@@ -32,7 +32,9 @@ namespace detail {
 template <class I>
 core::Interpolator* interpolatorOf(I interpolator)
 {
-    static_assert(core::detail::isKernel<I> || std::is_convertible_v<I, core::Interpolator*>,
+    constexpr bool isKernel = std::is_same_v<I, core::NearestNeighbor> ||
+                              std::is_same_v<I, core::Linear> || std::is_same_v<I, core::Cubic>;
+    static_assert(isKernel || std::is_convertible_v<I, core::Interpolator*>,
                   "volux::resample takes NearestNeighbor, Linear and Cubic by value, and any "
                   "interpolator by its address.");
     namespace Types = core::InterpolationType;
