@@ -12,4 +12,5 @@ set(VOLUX_RESAMPLE_TESTS
     resample/ResliceTest.cpp
     resample/SampleTest.cpp
     resample/WorkTest.cpp
+    support/Allocation.cpp
 )
