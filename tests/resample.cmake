@@ -4,7 +4,6 @@ set(VOLUX_RESAMPLE_TESTS
     resample/GridTest.cpp
     resample/GuardTest.cpp
     resample/LargeTest.cpp
-    resample/MatrixTest.cpp
     resample/RefusalsTest.cpp
     resample/RegionTest.cpp
     resample/ResampleTest.cpp
