@@ -64,8 +64,14 @@ private:
     {
         const std::lock_guard<std::mutex> oneAtATime(mutex_);
         done_ += more;
-        if (!stopped_ && !goOn()) {
-            stopped_ = true;
+        if (stopped_) {
+            return;
+        }
+        try {
+            stopped_ = !goOn();
+        } catch (...) {
+            stopped_ = true;  // before the next in line asks
+            throw;
         }
     }
 
