@@ -23,9 +23,8 @@ off.
   own, because a test framework's memory is written by a standard library that is not
   instrumented; for the same reason the exceptions, which print, are left to valgrind.
 - **thread**: the tests with threads, and the first calls of many threads at once (check 10).
-- **valgrind**: the container's tests, and those of the kernels, borders, policies and of
-  `volux_resample`, not optimised, so that each load is still there; leaks count as errors, and so
-  does what may be one, but for oneTBB, whose threads outlive the tests. Left out are the tests that
+- **valgrind**: the container's tests, and those of the kernels, borders and policies, not
+  optimised, so that each load is still there; leaks count as errors. Left out are the tests that
   watch `calloc` and `free`, which valgrind keeps for itself, those that ask for more memory than
   there can be, which valgrind reports, the long comparisons, and those with voxels gigabytes apart:
   valgrind takes most of its time for the pages between them, and these tests make no call that the
@@ -47,7 +46,7 @@ INTEGER = UNDEFINED + ",integer,implicit-conversion,nullability,local-bounds"
 SUITES = (*suite.PROGRAMS, "resample_tests")
 WITH_RESAMPLE = ["-DVOLUX_RESAMPLE=ON"]
 # Of volux_resample: those that ask for everything with everything, or for gigabytes, many times.
-LONG_RESAMPLE_TESTS = "Matrix/*:Threads/*:Large/*"
+LONG_RESAMPLE_TESTS = "EveryWay/*:Threads/*:Large/*"
 # Tests that watch calloc and free, which valgrind keeps for itself, or that ask for more than there
 # can be, which it reports; long ones, whose calls the other tests make as well; and those with
 # voxels gigabytes apart, which take most of its time.
@@ -55,8 +54,6 @@ NOT_UNDER_VALGRIND = {
     "container_tests": "HeapUse*:SizeLimits/*.TheSameExtentsCanFitOneElementSizeAndNotAnother"
                        ":*FarApart*:AccessBeyond32Bits*",
     "sampling_tests": "Sampling*:EverySpelling*:*Differential*:FarNeighbours*",
-    "resample_tests": f"{LONG_RESAMPLE_TESTS}:Refusals.ResultsThatNoMemoryHolds"
-                      ":Resample/*:Sample/*:Region/*",
 }
 # A checker's line that tells of something wrong, and where.
 FINDING = re.compile(r"(\S+:\d+:\d+: runtime error: .*?)(?: \d.*)?$"
@@ -143,13 +140,12 @@ def thread():
 
 def valgrind():
     tests = plain_tests()
-    wrapper = ["valgrind", "--quiet", "--error-exitcode=9", "--leak-check=full"]
+    wrapper = ["valgrind", "--quiet", "--error-exitcode=9", "--leak-check=full",
+               "--errors-for-leak-kinds=definite,indirect,possible"]
     findings, passed = [], 0
     for program, left_out in NOT_UNDER_VALGRIND.items():
-        # oneTBB's threads live on when a program ends, and what they own looks possibly lost.
-        kinds = "definite,indirect" + ("" if program == "resample_tests" else ",possible")
         count, log = suite.run(tests, program, log="proof-sanitizers-valgrind",
-                               wrapper=[*wrapper, f"--errors-for-leak-kinds={kinds}"],
+                               wrapper=wrapper,
                                words=[f"--gtest_filter=-{left_out}"])
         passed += count or 0
         if count is None:
