@@ -113,7 +113,7 @@ def address_gcc():
 def plain_tests():
     """Without instrumentation, but with the run-time library that an instrumented module needs."""
     return suite.build("sanitizers-plain", CLANG, PLAIN,
-                       ["-DCMAKE_EXE_LINKER_FLAGS=-fsanitize=undefined", *WITH_RESAMPLE], SUITES)
+                       ["-DCMAKE_EXE_LINKER_FLAGS=-fsanitize=undefined"])
 
 
 def integer():
@@ -145,8 +145,7 @@ def valgrind():
     findings, passed = [], 0
     for program, left_out in NOT_UNDER_VALGRIND.items():
         count, log = suite.run(tests, program, log="proof-sanitizers-valgrind",
-                               wrapper=wrapper,
-                               words=[f"--gtest_filter=-{left_out}"])
+                               wrapper=wrapper, words=[f"--gtest_filter=-{left_out}"])
         passed += count or 0
         if count is None:
             findings.append(f"{program} fails or errs; see {log}")
