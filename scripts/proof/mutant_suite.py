@@ -11,7 +11,7 @@ from .common import ROOT, Failure
 from .mutant_tree import FOLDER, KINDS, base, base_module, call, english
 
 TESTS = ROOT / "tests"
-PROCESSOR_SECONDS = 10  # a mutant can loop for ever; the longest program takes half as long
+PROCESSOR_SECONDS = 60  # a mutant can loop for ever; the longest program takes a tenth of it
 ADDRESS_SPACE = 40 << 30  # and it can ask for any amount of memory
 DIFFERENTIAL = "SamplingDifferentialTest"
 CHECKS = ("check_boundary", "check_refusals")
