@@ -63,6 +63,30 @@ void forEachInstructionSet(const Test& test)
     }
 }
 
+inline Grid gridOf(const AffineMap& map, unsigned int width, unsigned int height,
+                   unsigned int depth)
+{
+    Grid grid;
+    grid.width = width;
+    grid.height = height;
+    grid.depth = depth;
+    grid.map = map;
+    return grid;
+}
+
+// Resamples with each kernel and border.
+template <class T>
+void expectEveryPolicy(const core::VxImage<T>& source, const Grid& grid, double outsideValue)
+{
+    for (core::Interpolator* const interpolator : kInterpolators)
+        for (core::Border* const border : kBorders) {
+            const Options options(interpolator, border, outsideValue);
+            core::VxImage<T> result;
+            ASSERT_EQ(resample::resample(source, grid, &result, options), core::SUCCESS);
+            expectEverySample(source, grid.map, result, options);
+        }
+}
+
 inline double between(Random& random, double low, double high)
 {
     return low + (high - low) * fraction(random);
@@ -117,17 +141,6 @@ inline AffineMap hugeMap(Random& random, const oracle::Extents& extents)
     map.rows[random.below(3)][3] =
         anyOf(random, std::array<double, 3>{-1.7e308, 2147483646.5, 0.0});
     return map;
-}
-
-inline Grid gridOf(const AffineMap& map, unsigned int width, unsigned int height,
-                   unsigned int depth)
-{
-    Grid grid;
-    grid.width = width;
-    grid.height = height;
-    grid.depth = depth;
-    grid.map = map;
-    return grid;
 }
 
 template <class T>

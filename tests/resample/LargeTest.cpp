@@ -37,16 +37,7 @@ protected:
     // Every instruction set is asked, with each kernel and border.
     void compare(const AffineMap& map)
     {
-        forEachInstructionSet([&] {
-            for (core::Interpolator* const interpolator : kInterpolators)
-                for (core::Border* const border : kBorders) {
-                    const Options options(interpolator, border, 5);
-                    core::VxImage<T> result;
-                    ASSERT_EQ(resample::resample(image, gridOf(map, 37, 3, 3), &result, options),
-                              core::SUCCESS);
-                    expectEverySample(image, map, result, options);
-                }
-        });
+        forEachInstructionSet([&] { expectEveryPolicy(image, gridOf(map, 37, 3, 3), 5); });
     }
 
     Random random{81};
