@@ -38,7 +38,8 @@ positions VTK and ITK are called in such a loop, too. One thread each. A time is
   replication, by the clock on the wall, beside `memcpy` of as many voxels: no operation that reads
   every voxel and writes every voxel can be faster.
 
-How it is measured: as the times above, in rounds and rows, with the processor time of the process.
+How it is measured: as the times above, in rounds and rows, once in each, with the processor time of
+the process.
 The library uses no instruction set but the named one (`scalar`: no SIMD); by itself it takes the best
 that the processor has. A peer that takes more than twice the fastest one's time in the first round is
 not asked again, and its time is that one. Each result, of every library, is compared with the module
@@ -77,7 +78,8 @@ def run(options):
     rows = programs.cases(suite)
     check_goals(rows)
     skipped = times.missing(suite, rows)
-    findings = times.measure(suite, times.chosen(rows, options.only), options.rounds, is_wanted)
+    findings = times.measure(suite, times.chosen(rows, options.only), options.rounds,
+                             is_wanted=is_wanted)
     return times.found_by(suite, findings, options.rounds, skipped)
 
 
