@@ -29,13 +29,16 @@ class Result:
     complete: bool = True  # nothing was left out by an option, so that it can be recorded
 
 
+OF_COMPANION = ("bulk", "digest", "fuzz", "sanitizers")  # what the companion takes part in
+
+
 def sources_of(check):
     """The first digits of a digest of the sources that a result holds for."""
     digest = hashlib.sha256()
     for folder in ("include", "src"):
         for path in sorted((ROOT / folder).rglob("*")):
             of_companion = "resample" in path.relative_to(ROOT).as_posix()
-            if path.is_file() and (check == "bulk" or not of_companion):
+            if path.is_file() and (check in OF_COMPANION or not of_companion):
                 digest.update(str(path.relative_to(ROOT)).encode() + b"\0" + path.read_bytes())
     return digest.hexdigest()[:12]
 

@@ -95,7 +95,8 @@ bool AlignedRows::serve(const Task& task)
     const std::uint64_t entries = std::uint64_t{to.width} + to.height + to.depth;
     // Coordinates run from one corner's to the other's.
     return entries <= kLongestTables && runsAlongAxes(task.map) && task.slab.planes == 1 &&
-           !task.source.reading.isOwn && haveWords(task.source.voxels(0)) &&
+           !task.source.reading.isOwn &&
+           haveWords(task.source.voxels(0), task.source.raster.elementBytes) &&
            isNear(task.map(box.xStart, box.yStart, box.zStart)) &&
            isNear(task.map(box.xEnd, box.yEnd, box.zEnd));
 }

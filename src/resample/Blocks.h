@@ -15,12 +15,13 @@ namespace volux::resample::detail {
 constexpr std::size_t kBlock = 256;
 constexpr std::size_t kRoom = kBlock + 8;
 
-// Eight bytes are read at once, of a source whose bytes a double counts exactly.
+// Eight bytes are read at once: of one row, since what lies between rows need not be readable, and
+// of a source whose bytes a double counts exactly.
 constexpr std::size_t kWordBytes = sizeof(std::uint64_t);
-constexpr bool haveWords(const Voxels& voxels)
+inline bool haveWords(const Voxels& voxels, std::int64_t elementBytes)
 {
-    return voxels.span >= static_cast<std::int64_t>(kWordBytes) && voxels.span <= std::int64_t{1}
-                                                                                      << 50U;
+    return voxels.x.span() + elementBytes >= static_cast<std::int64_t>(kWordBytes) &&
+           voxels.span <= std::int64_t{1} << 50U;
 }
 
 struct Block {
@@ -34,7 +35,7 @@ struct Block {
 // The positions row + step * i for the indices from `first` on.
 void fillPositions(Position row, Position step, unsigned int first, Block& block);
 
-// Positions whose rows are padded with zeros are filled by the caller; so are these.
+// Of positions that are padded with zeros to whole vectors.
 void takeSamples(const Voxels& voxels, Kernel kernel, const Outside& outside, Block& block);
 
 // Columns that are taken together along the axes: their neighbours stay in the nearest cache.

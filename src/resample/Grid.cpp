@@ -33,11 +33,18 @@ AxisChange changeOfSpacing(double from, double to, Align align)
     return {scale, align == Align::EDGES ? 0.5 * scale - 0.5 : 0.0, to};
 }
 
+// Whole steps in a number of them, of which rounding has taken none away.
+double wholeSteps(double steps)
+{
+    const double nearest = std::round(steps);
+    return std::abs(steps - nearest) <= nearest * 0x1p-50 ? nearest : std::floor(steps);
+}
+
 // Voxels `to` apart that cover what `count` voxels `from` apart do; 0 if no image holds so many.
 unsigned int extentFor(unsigned int count, double from, double to, Align align)
 {
     const double extent = align == Align::EDGES ? std::max(std::round(count * from / to), 1.0)
-                                                : std::floor((count - 1.0) * from / to) + 1.0;
+                                                : wholeSteps((count - 1.0) * from / to) + 1.0;
     return extent >= 1.0 && extent <= 2147483647.0 ? static_cast<unsigned int>(extent) : 0U;
 }
 
@@ -58,9 +65,11 @@ Grid gridOf(unsigned int width, unsigned int height, unsigned int depth,
 
 using Matrix = double[3][3];
 
-// By Cramer's rule, column by column.
+// By Cramer's rule, column by column. Not finite where the determinant is 0 but for rounding, which
+// is small beside the products that it is the sum of.
 void invert(const Matrix& m, Matrix& inverse)
 {
+    Matrix sizes;
     for (int row = 0; row < 3; ++row) {
         for (int column = 0; column < 3; ++column) {
             const int r1 = (column + 1) % 3;
@@ -68,10 +77,13 @@ void invert(const Matrix& m, Matrix& inverse)
             const int c1 = (row + 1) % 3;
             const int c2 = (row + 2) % 3;
             inverse[row][column] = m[r1][c1] * m[r2][c2] - m[r1][c2] * m[r2][c1];
+            sizes[row][column] = std::abs(m[r1][c1] * m[r2][c2]) + std::abs(m[r1][c2] * m[r2][c1]);
         }
     }
-    const double determinant =
-        m[0][0] * inverse[0][0] + m[0][1] * inverse[1][0] + m[0][2] * inverse[2][0];
+    const double sum = m[0][0] * inverse[0][0] + m[0][1] * inverse[1][0] + m[0][2] * inverse[2][0];
+    const double size = std::abs(m[0][0]) * sizes[0][0] + std::abs(m[0][1]) * sizes[1][0] +
+                        std::abs(m[0][2]) * sizes[2][0];
+    const double determinant = std::abs(sum) > size * 0x1p-48 ? sum : 0.0;
     for (auto& row : inverse) {
         for (double& element : row) {
             element /= determinant;

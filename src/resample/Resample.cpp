@@ -135,7 +135,7 @@ ErrorType perform(const Request<T>& request, VxImage<T>* destination, const Opti
     task.source.own = own.sample();
     try {
         return run(task, options);
-    } catch (const std::bad_alloc&) {  // for the tables of a call: nothing is written yet
+    } catch (const std::bad_alloc&) {  // of a call's tables, its threads or the caller's code
         return core::ERR_ALLOCATION_FAILED;
     }
 }

@@ -52,15 +52,15 @@ void fill(const Places& places, std::size_t first, Block& block)
         block.z[n] /= places.spacing.z;
     }
     for (double* const padding : {block.x, block.y, block.z}) {
-        std::fill(padding + block.count, padding + std::min(block.count + 8, kRoom), 0.0);
+        std::fill(padding + block.count, padding + block.count + (kRoom - kBlock), 0.0);
     }
 }
 
 void sampleBlock(const Source& source, const Places& places, const Results& results,
                  Overflow overflow, std::size_t first, Block& block)
 {
+    fill(places, first, block);
     for (unsigned int c = 0; c < results.channels; ++c) {
-        fill(places, first, block);
         source.take(results.first + c, block);
         store(results.type, overflow, block.samples, block.count,
               static_cast<std::int64_t>(results.channels * results.bytes),
@@ -90,7 +90,8 @@ bool areApart(const void* a, std::size_t aBytes, const void* b, std::size_t bByt
     const std::less<const unsigned char*> before;
     const auto* const first = static_cast<const unsigned char*>(a);
     const auto* const second = static_cast<const unsigned char*>(b);
-    return !before(first, second + bBytes) || !before(second, first + aBytes);
+    return aBytes == 0 || bBytes == 0 || !before(first, second + bBytes) ||
+           !before(second, first + aBytes);
 }
 
 ErrorType checkPlaces(const Raster& source, const Places& places, const Results& results)

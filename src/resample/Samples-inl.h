@@ -151,7 +151,15 @@ struct Row {
                     shifts[i] = hn::BitCast(Words(), wholeNumber(bits));
                 }
             } else {
-                offsets[w] = xs.bytes(axis, w);
+                // A word that would pass the end of the row begins earlier.
+                const double lastWord =
+                    axis.stride * (axis.last - axis.first) + double{sizeof(T)} - double{kWordBytes};
+                const Real wanted =
+                    hn::Mul(hn::Sub(xs.within(axis, w), real(axis.first)), real(axis.stride));
+                const Real begin = hn::Min(wanted, real(lastWord));
+                offsets[w] = wholeNumber(begin);
+                shifts[w] =
+                    hn::BitCast(Words(), wholeNumber(hn::Mul(hn::Sub(wanted, begin), real(8.0))));
             }
         }
     }
@@ -174,12 +182,7 @@ struct Row {
                     values[i] = fromLowest<T>(hn::Shr(words, shifts[i]));
                 }
             } else {
-                // A word that would pass the end begins earlier.
-                const Offset last =
-                    hn::Set(Offsets(), voxels.span - static_cast<std::int64_t>(kWordBytes));
-                const Offset begin = hn::Min(wanted, last);
-                const Word shift = hn::BitCast(Words(), hn::ShiftLeft<3>(hn::Sub(wanted, begin)));
-                values[w] = fromLowest<T>(hn::Shr(gatherWords(voxels.data, begin), shift));
+                values[w] = fromLowest<T>(hn::Shr(gatherWords(voxels.data, wanted), shifts[w]));
             }
         }
     }
@@ -298,16 +301,14 @@ void samplesOf(const Voxels& voxels, const Outside& outside, Block& block)
 template <class T>
 inline bool areSideBySide(const Voxels& voxels)
 {
-    return voxels.x.stride == static_cast<std::int64_t>(sizeof(T)) &&
-           voxels.x.span() + static_cast<std::int64_t>(sizeof(T)) >=
-               static_cast<std::int64_t>(kWordBytes);
+    return voxels.x.stride == static_cast<std::int64_t>(sizeof(T));
 }
 
 template <class T, Kernel K>
 void samplesOf(const Voxels& voxels, const Outside& outside, Block& block)
 {
     // One lane is slower than no lanes at all.
-    if (!haveWords(voxels) || HWY_TARGET == HWY_SCALAR) {
+    if (!haveWords(voxels, sizeof(T)) || HWY_TARGET == HWY_SCALAR) {
         samplesOneByOne<T, K>(voxels, outside, block, 0, block.count);
     } else if (areSideBySide<T>(voxels)) {
         samplesOf<T, K, true>(voxels, outside, block);

@@ -83,6 +83,31 @@ TEST(GridOfSpacing, HasOneVoxelAtLeastAndNoneForOddSpacings)
     EXPECT_EQ(gridOfSpacing(source, VoxelSize(infinity, 1, 1), one, Align::EDGES).width, 0U);
 }
 
+TEST(GridOfSpacing, LosesNoVoxelToRounding)
+{
+    for (unsigned int count = 2; count < 300; ++count)
+        for (int n = 1; n < 60; ++n) {
+            const double from = n / 10.0;
+            const ImageSize source(count, count, count, 1);
+            const VoxelSize spacing(from, from, from);
+            const VoxelSize wanted(from, n / 20.0, n / 70.0);  // as many, twice, seven times
+            for (const Align align : {Align::EDGES, Align::CENTRES}) {
+                const unsigned int less = align == Align::EDGES ? 0 : 1;
+                const Grid grid = gridOfSpacing(source, spacing, wanted, align);
+                expectSize(grid, count, 2 * (count - less) + less, 7 * (count - less) + less);
+            }
+        }
+}
+
+TEST(GridOfSpacing, HasNoStepThatDoesNotFit)
+{
+    const ImageSize source(1000, 2, 2, 1);
+    const VoxelSize one(1, 1, 1);
+    const double slightlyMore = 1.0 + 0x1p-40;
+    EXPECT_EQ(gridOfSpacing(source, one, VoxelSize(slightlyMore, 1, 1), Align::CENTRES).width,
+              999U);
+}
+
 TEST(GridBetween, IsTheIdentityBetweenEqualGeometries)
 {
     for (const double angle : {0.1, 0.3, 0.7, 1.1, 2.3}) {
@@ -122,6 +147,31 @@ TEST(GridBetween, IsRefusedForADirectionWithoutAnInverse)
     flat.direction[2][2] = 0;
     EXPECT_FALSE(gridBetween(Geometry(), flat).map.isInvertible());
     EXPECT_FALSE(gridBetween(flat, Geometry()).map.isInvertible());
+}
+
+TEST(GridBetween, IsRefusedForADirectionThatHasAnInverseByRoundingAlone)
+{
+    Random random(64);
+    for (int n = 0; n < 1000; ++n) {
+        Geometry flat;
+        auto& m = flat.direction;
+        const double factor = between(random, -3.0, 3.0);
+        for (int column = 0; column < 3; ++column) {
+            m[0][column] = between(random, -1.0, 1.0);
+            m[1][column] = between(random, -1.0, 1.0);
+            m[2][column] = factor * m[0][column] + m[1][column];
+        }
+        EXPECT_FALSE(gridBetween(Geometry(), flat).map.isInvertible());
+    }
+}
+
+TEST(GridBetween, TakesDirectionsOfAnyLength)
+{
+    Geometry source;
+    source.direction[0][0] = 1e-12;
+    source.direction[1][1] = 1e12;
+    expectMap(gridBetween(Geometry(), source).map,
+              {{{1e12, 0, 0, 0}, {0, 1e-12, 0, 0}, {0, 0, 1, 0}}});
 }
 
 TEST(GridOfPlanes, HasThePlanesStepsAsColumns)

@@ -1,4 +1,5 @@
-// Small sources between two forbidden pages: a vector that reads beside one ends the program.
+// Small sources, and rows of one, between forbidden pages: a vector that reads beside them ends the
+// program.
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 
@@ -63,6 +64,55 @@ TYPED_TEST(Guarded, SourcesAreReadInsideAlone)
                 for (const unsigned int channels : {1U, 3U})
                     for (const bool atEnd : {false, true})
                         this->compare(width, height, channels, atEnd);
+    });
+}
+
+// Two rows of two channels in two slices, each of its own page, with a forbidden one behind each.
+template <class T>
+class GuardedRows : public ::testing::Test {
+protected:
+    static constexpr std::size_t kPage = GuardedPage::kPage;
+
+    GuardedRows()
+        : start_(static_cast<unsigned char*>(
+              mmap(nullptr, 9 * kPage, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)))
+    {
+        for (std::size_t page = 0; page < 9; page += 2)
+            mprotect(start_ + page * kPage, kPage, PROT_NONE);
+    }
+    ~GuardedRows() override { munmap(start_, 9 * kPage); }
+
+    void compare(unsigned int width, unsigned int strideX, unsigned int channels, bool atEnd)
+    {
+        const std::size_t elements = std::size_t{strideX} * (width - 1) + channels;
+        T* const first =
+            reinterpret_cast<T*>(start_ + kPage) + (atEnd ? kPage / sizeof(T) - elements : 0);
+        core::VxImage<T> source;
+        source.initializeWithPointer(first, width, 2, 2, channels);
+        constexpr unsigned int kStrideY = 2 * kPage / sizeof(T);
+        source.setImageStride(kStrideY, 2 * kStrideY, 1, strideX);
+        for (int row = 0; row < 4; ++row)
+            std::generate_n(first + row * std::size_t{kStrideY}, elements,
+                            [&] { return randomElement<T>(random_, false); });
+        const oracle::Extents extents{width, 2, 2};
+        for (const AffineMap& map : {obliqueMap(random_, extents), axisMap(random_, extents)})
+            expectEveryPolicy(source, gridOf(map, 9, 3, 2), 3);
+    }
+
+private:
+    Random random_{102};
+    unsigned char* start_;
+};
+TYPED_TEST_SUITE(GuardedRows, ElementTypes, ElementTypeNames);
+
+TYPED_TEST(GuardedRows, AreReadInsideAlone)
+{
+    forEachInstructionSet([this] {
+        for (unsigned int width = 1; width < 12; ++width)
+            for (const unsigned int channels : {1U, 2U, 3U})
+                for (const unsigned int gap : {0U, 1U})
+                    for (const bool atEnd : {false, true})
+                        this->compare(width, channels + gap, channels, atEnd);
     });
 }
 

@@ -243,6 +243,8 @@ TEST(SampleTakes, NoPositionsAtAll)
     std::vector<double> results;
     EXPECT_EQ(resample::sample(image, positions.data(), 0, Units::VOXELS, 0, results.data()),
               core::SUCCESS);
+    EXPECT_EQ(resample::sample(image, positions.data(), 0, Units::VOXELS, 0, &image(0, 0, 0, 0)),
+              core::SUCCESS);
 }
 
 }  // namespace

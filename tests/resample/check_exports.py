@@ -19,7 +19,7 @@ def exported(library):
     listed = subprocess.run(["nm", "-DC", "--defined-only", library], check=True,
                             capture_output=True, text=True).stdout
     names = (re.match(r"\S+ . (.*)", line)[1] for line in listed.splitlines())
-#Without the result of a template, the name space and the arguments.
+    # Without the result of a template, the name space and the arguments.
     return collections.Counter(
         re.sub(r"^(\S+ )?volux::resample::((?:\w+::)?(?:operator\(\)|\w+)(?:<[^>]*>)?)\(.*", r"\2",
                name) for name in names)

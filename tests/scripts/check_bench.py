@@ -133,9 +133,21 @@ class Tables(unittest.TestCase):
         with self.assertRaisesRegex(Failure, "numpy does not give what the others give"):
             findings.add("E/crop", "numpy", {"items_per_second": 1e9, "checksum": 8})
 
+    def test_a_round_counts_the_fastest_of_its_visits(self):
+        speeds = iter([3, 5, 7, 2, 6, 4])
+        found = times.fastest(lambda row, competitor: {"items_per_second": next(speeds)},
+                              "A/row", ["one", "other"], 3)
+        self.assertEqual({name: said["items_per_second"] for name, said in found.items()},
+                         {"one": 7, "other": 5})
+
+    def test_a_failure_is_not_passed_over_for_a_fast_visit(self):
+        said = iter([{"items_per_second": 3}, {"error_message": "it is wrong"}])
+        found = times.fastest(lambda row, competitor: next(said), "A/row", ["one"], 2)
+        self.assertIn("error_message", found["one"])
+
     def test_every_competitor_is_the_first_in_some_round(self):
         rows = {"A": {"CImg": "", "ITK": "", "volux_core": ""}}
-        first = {next(times.turns(rows, number))[1] for number in range(3)}
+        first = {next(times.turns(rows, number))[1][0] for number in range(3)}
         self.assertEqual(first, set(rows["A"]))
 
 

@@ -31,7 +31,7 @@ struct Geometry {
 /// The grid that brings a source at one place in the world to the voxels of another.
 ///
 /// The map is the inverse of the source's transform after the output's; a source transform that has
-/// none gives a map that is not finite, which every operation refuses.
+/// none, but for rounding, gives a map that is not finite, which every operation refuses.
 VOLUX_RESAMPLE_API Grid gridBetween(const Geometry& output, const Geometry& source);
 
 /// What a change of size keeps.
@@ -55,7 +55,8 @@ VOLUX_RESAMPLE_API Grid gridOfSize(const core::ImageSize& source, const core::Vo
 /// The grid of a change to another spacing, which the result has exactly.
 ///
 /// EDGES keeps the edge before the first voxel, and has the whole number of voxels nearest to the
-/// field of view, at least one. CENTRES keeps the first centre, and has no centre beyond the last.
+/// field of view, at least one. CENTRES keeps the first centre, and has no centre beyond the last,
+/// but for the rounding of positions.
 VOLUX_RESAMPLE_API Grid gridOfSpacing(const core::ImageSize& source, const core::VoxelSize& spacing,
                                       const core::VoxelSize& wanted, Align align);
 

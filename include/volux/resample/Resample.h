@@ -9,7 +9,9 @@
 /// through its strides, so it may wrap memory of the caller's. One that holds none is initialised.
 /// Its spacing becomes that of the grid.
 ///
-/// Failures are tested in this order, and before anything is written:
+/// Sources may have any strides, too. Nothing is read between or beside their rows of voxels.
+///
+/// Failures are tested in this order, and before any voxel is written:
 /// - ERR_NULL_POINTER: a null destination, interpolator, border or array; a source that holds no
 ///   buffer.
 /// - ERR_INVALID_ARGUMENT: a grid extent that is 0 or above 2^31 - 1; a map that is singular or not
@@ -19,15 +21,16 @@
 /// - ERR_INVALID_ARGUMENT: source and destination share memory; from the first to the last element
 ///   of each is compared, gaps included. Or voxels of the destination do: each of its strides has
 ///   to pass what the smaller ones span.
-/// - ERR_ALLOCATION_FAILED: no memory for the result, and the destination is empty again.
+/// - ERR_ALLOCATION_FAILED: no memory for the result, and the destination is empty again. Or, later,
+///   a std::bad_alloc of the caller's code or of the threads.
 ///
 /// kCancelled: the progress callback said stop. Each row of the destination along x is then either
 /// finished or as it was before; in a new image that is 0.
 ///
 /// Exceptions are those of the module (a policy without a table), and what the caller's own
 /// policies and callback throw; the first one stops the other threads and leaves the call. Each
-/// voxel is then either finished or as it was before. A std::bad_alloc, theirs or that of the
-/// threads, becomes ERR_ALLOCATION_FAILED.
+/// voxel is then either finished or as it was before, also where a std::bad_alloc became
+/// ERR_ALLOCATION_FAILED.
 #pragma once
 
 #include <cstddef>
@@ -94,8 +97,8 @@ struct ResampleRegion {
     unsigned int brickY = 0;        ///< likewise
     unsigned int brickZ = 0;        ///< likewise
 
-    /// The box of the source that the output box reads: the brick to cut. Where it reads nothing
-    /// but what Constant gives, one voxel.
+    /// The box of the source that the output box reads: the brick to cut. Along an axis on which it
+    /// reads nothing but what Constant gives, one voxel.
     /// @return ERR_NULL_POINTER, ERR_INVALID_ARGUMENT and ERR_INVALID_X, _Y, _Z (the output box) as
     ///         resample(); ERR_INVALID_ARGUMENT for a policy that is not the module's.
     VOLUX_RESAMPLE_API core::ErrorType support(const Grid& grid, core::Rect* box,
