@@ -21,8 +21,8 @@
 /// - ERR_INVALID_ARGUMENT: source and destination share memory; from the first to the last element
 ///   of each is compared, gaps included. Or voxels of the destination do: each of its strides has
 ///   to pass what the smaller ones span.
-/// - ERR_ALLOCATION_FAILED: no memory for the result, and the destination is empty again. Or, later,
-///   a std::bad_alloc of the caller's code or of the threads.
+/// - ERR_ALLOCATION_FAILED: no memory for the result, and the destination is empty again. Later on
+///   it stands for a std::bad_alloc of the caller's code or of the threads.
 ///
 /// kCancelled: the progress callback said stop. Each row of the destination along x is then either
 /// finished or as it was before; in a new image that is 0.
