@@ -91,8 +91,8 @@ protected:
         source.initializeWithPointer(first, width, 2, 2, channels);
         constexpr unsigned int kStrideY = 2 * kPage / sizeof(T);
         source.setImageStride(kStrideY, 2 * kStrideY, 1, strideX);
-        for (int row = 0; row < 4; ++row)
-            std::generate_n(first + row * std::size_t{kStrideY}, elements,
+        for (std::size_t row = 0; row < 4; ++row)
+            std::generate_n(first + row * kStrideY, elements,
                             [&] { return randomElement<T>(random_, false); });
         const oracle::Extents extents{width, 2, 2};
         for (const AffineMap& map : {obliqueMap(random_, extents), axisMap(random_, extents)})
