@@ -19,7 +19,7 @@ public:
         : start_(static_cast<unsigned char*>(
               mmap(nullptr, 3 * kPage, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)))
     {
-        mprotect(start_ + kPage, kPage, PROT_READ | PROT_WRITE);
+        EXPECT_EQ(mprotect(start_ + kPage, kPage, PROT_READ | PROT_WRITE), 0);
     }
     ~GuardedPage() { munmap(start_, 3 * kPage); }
     GuardedPage(const GuardedPage&) = delete;
@@ -67,7 +67,7 @@ TYPED_TEST(Guarded, SourcesAreReadInsideAlone)
     });
 }
 
-// Two rows of two channels in two slices, each of its own page, with a forbidden one behind each.
+// Two rows in each of two slices, each on a page of its own between forbidden ones.
 template <class T>
 class GuardedRows : public ::testing::Test {
 protected:
@@ -78,7 +78,7 @@ protected:
               mmap(nullptr, 9 * kPage, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)))
     {
         for (std::size_t page = 0; page < 9; page += 2)
-            mprotect(start_ + page * kPage, kPage, PROT_NONE);
+            EXPECT_EQ(mprotect(start_ + page * kPage, kPage, PROT_NONE), 0);
     }
     ~GuardedRows() override { munmap(start_, 9 * kPage); }
 

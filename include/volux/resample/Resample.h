@@ -9,7 +9,8 @@
 /// through its strides, so it may wrap memory of the caller's. One that holds none is initialised.
 /// Its spacing becomes that of the grid.
 ///
-/// Sources may have any strides, too. Nothing is read between or beside their rows of voxels.
+/// Sources may have any strides, too. Nothing is read beside their rows along x; what lies between
+/// the voxels of a row has to be readable.
 ///
 /// Failures are tested in this order, and before any voxel is written:
 /// - ERR_NULL_POINTER: a null destination, interpolator, border or array; a source that holds no
