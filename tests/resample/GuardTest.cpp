@@ -11,29 +11,41 @@
 namespace volux::test {
 namespace {
 
-class GuardedPage {
+// Pages for voxels, a forbidden one before and behind each.
+class GuardedPages {
 public:
     static constexpr std::size_t kPage = 4096;
 
-    GuardedPage()
-        : start_(static_cast<unsigned char*>(
-              mmap(nullptr, 3 * kPage, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)))
+    explicit GuardedPages(std::size_t count)
+        : bytes_((2 * count + 1) * kPage),
+          start_(static_cast<unsigned char*>(
+              mmap(nullptr, bytes_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)))
     {
-        EXPECT_EQ(mprotect(start_ + kPage, kPage, PROT_READ | PROT_WRITE), 0);
+        for (std::size_t at = 0; at < bytes_; at += 2 * kPage)
+            EXPECT_EQ(mprotect(start_ + at, kPage, PROT_NONE), 0);
     }
-    ~GuardedPage() { munmap(start_, 3 * kPage); }
-    GuardedPage(const GuardedPage&) = delete;
-    GuardedPage& operator=(const GuardedPage&) = delete;
+    ~GuardedPages() { munmap(start_, bytes_); }
+    GuardedPages(const GuardedPages&) = delete;
+    GuardedPages& operator=(const GuardedPages&) = delete;
 
-    // At the first or at the last bytes of the page.
+    // At the first or at the last bytes of the first page; the next one is two pages on.
     unsigned char* place(std::size_t bytes, bool atEnd) const
     {
         return start_ + kPage + (atEnd ? kPage - bytes : 0);
     }
 
 private:
+    std::size_t bytes_;
     unsigned char* start_;
 };
+
+template <class T>
+void expectBothMaps(const core::VxImage<T>& source, Random& random)
+{
+    const oracle::Extents extents{source.getWidth(), source.getHeight(), source.getDepth()};
+    for (const AffineMap& map : {obliqueMap(random, extents), axisMap(random, extents)})
+        expectEveryPolicy(source, gridOf(map, 9, 3, 2), 3);
+}
 
 template <class T>
 class Guarded : public ::testing::Test {
@@ -45,14 +57,12 @@ protected:
         std::generate_n(voxels, count, [&] { return randomElement<T>(random, false); });
         core::VxImage<T> source;
         source.initializeWithPointer(voxels, width, height, 1, channels);
-        const oracle::Extents extents{width, height, 1};
-        for (const AffineMap& map : {obliqueMap(random, extents), axisMap(random, extents)})
-            expectEveryPolicy(source, gridOf(map, 9, 3, 2), 3);
+        expectBothMaps(source, random);
     }
 
 private:
     Random random{101};
-    const GuardedPage page;
+    const GuardedPages page{1};
 };
 TYPED_TEST_SUITE(Guarded, ElementTypes, ElementTypeNames);
 
@@ -71,37 +81,23 @@ TYPED_TEST(Guarded, SourcesAreReadInsideAlone)
 template <class T>
 class GuardedRows : public ::testing::Test {
 protected:
-    static constexpr std::size_t kPage = GuardedPage::kPage;
-
-    GuardedRows()
-        : start_(static_cast<unsigned char*>(
-              mmap(nullptr, 9 * kPage, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)))
-    {
-        for (std::size_t page = 0; page < 9; page += 2)
-            EXPECT_EQ(mprotect(start_ + page * kPage, kPage, PROT_NONE), 0);
-    }
-    ~GuardedRows() override { munmap(start_, 9 * kPage); }
-
     void compare(unsigned int width, unsigned int strideX, unsigned int channels, bool atEnd)
     {
         const std::size_t elements = std::size_t{strideX} * (width - 1) + channels;
-        T* const first =
-            reinterpret_cast<T*>(start_ + kPage) + (atEnd ? kPage / sizeof(T) - elements : 0);
+        T* const first = reinterpret_cast<T*>(pages.place(elements * sizeof(T), atEnd));
         core::VxImage<T> source;
         source.initializeWithPointer(first, width, 2, 2, channels);
-        constexpr unsigned int kStrideY = 2 * kPage / sizeof(T);
+        constexpr unsigned int kStrideY = 2 * GuardedPages::kPage / sizeof(T);
         source.setImageStride(kStrideY, 2 * kStrideY, 1, strideX);
         for (std::size_t row = 0; row < 4; ++row)
             std::generate_n(first + row * kStrideY, elements,
-                            [&] { return randomElement<T>(random_, false); });
-        const oracle::Extents extents{width, 2, 2};
-        for (const AffineMap& map : {obliqueMap(random_, extents), axisMap(random_, extents)})
-            expectEveryPolicy(source, gridOf(map, 9, 3, 2), 3);
+                            [&] { return randomElement<T>(random, false); });
+        expectBothMaps(source, random);
     }
 
 private:
-    Random random_{102};
-    unsigned char* start_;
+    Random random{102};
+    const GuardedPages pages{4};
 };
 TYPED_TEST_SUITE(GuardedRows, ElementTypes, ElementTypeNames);
 
