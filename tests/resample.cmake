@@ -12,6 +12,7 @@ set(VOLUX_RESAMPLE_TESTS
     resample/ResizeTest.cpp
     resample/ResliceTest.cpp
     resample/SampleTest.cpp
+    resample/StackTest.cpp
     resample/ThreadsTest.cpp
     resample/WorkTest.cpp
     support/Allocation.cpp
