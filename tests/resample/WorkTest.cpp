@@ -74,6 +74,27 @@ TYPED_TEST(Threads, GiveTheSameBitsHoweverMany)
     this->compare({{{-0.3, 0, 0, 92}, {0, -1, 0, 30}, {0, 0, 1, 3}}}, random);
 }
 
+// Larger than what the test above can compare with single calls: each kernel is worth five threads.
+TEST(Rows, AlongTheAxesAreTheSameOnSeveralThreads)
+{
+    Random random(59);
+    const WrappedVolume<short> scene = largeVolume<short>(random);
+    const AffineMap map = {{{0.4, 0, 0, -1}, {0, 0.15, 0, -1}, {0, 0, 0.25, -1}}};
+    for (core::Interpolator* const interpolator : kInterpolators) {
+        Options options(interpolator, kBorders[random.below(2)]);
+        core::VxImage<short> alone;
+        core::VxImage<short> shared;
+        options.threads = 1;
+        ASSERT_EQ(resample::resample(scene.image, gridOf(map, 200, 200, 64), &alone, options),
+                  core::SUCCESS);
+        options.threads = 5;
+        ASSERT_EQ(resample::resample(scene.image, gridOf(map, 200, 200, 64), &shared, options),
+                  core::SUCCESS);
+        const std::size_t bytes = std::size_t{200} * 200 * 64 * alone.getChannels() * sizeof(short);
+        EXPECT_EQ(std::memcmp(alone.getBufferPointer(), shared.getBufferPointer(), bytes), 0);
+    }
+}
+
 TEST(Boxes, OfAnObliqueResultLeaveNothingOut)
 {
     // More columns, rows and slices than a box has, none of them a multiple.
@@ -167,6 +188,26 @@ TEST_P(Progress, MayThrowOnce)
     };
     EXPECT_THROW(asked.perform(), std::runtime_error);
     EXPECT_EQ(calls, 1);
+}
+
+TEST_P(Progress, IsOverAlsoForThreadsThatWaitForTheirTurn)
+{
+    for (const bool throws : {false, true}) {
+        Asked asked(GetParam());
+        int calls = 0;
+        asked.options.progress = [&](double) {
+            ++calls;
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+            if (throws)
+                throw std::runtime_error("enough");
+            return false;
+        };
+        if (throws)
+            EXPECT_THROW(asked.perform(), std::runtime_error);
+        else
+            EXPECT_EQ(asked.perform(), resample::kCancelled);
+        EXPECT_EQ(calls, 1);
+    }
 }
 
 TEST_P(Progress, MayRunOutOfMemory)
