@@ -1,6 +1,5 @@
 // Threads, progress, cancelling, and what is thrown on the way.
 #include <gtest/gtest.h>
-#include <oneapi/tbb/parallel_for.h>
 
 #include <algorithm>
 #include <array>
@@ -73,6 +72,27 @@ TYPED_TEST(Threads, GiveTheSameBitsHoweverMany)
     this->compare(oblique, random);
     this->compare({{{0.3, 0, 0, -2.5}, {0, 0.75, 0, -0.5}, {0, 0, 1.6, -1.1}}}, random);
     this->compare({{{-0.3, 0, 0, 92}, {0, -1, 0, 30}, {0, 0, 1, 3}}}, random);
+}
+
+// Larger than what the test above can compare with single calls: each kernel is worth five threads.
+TEST(Rows, AlongTheAxesAreTheSameOnSeveralThreads)
+{
+    Random random(59);
+    const WrappedVolume<short> scene = largeVolume<short>(random);
+    const AffineMap map = {{{0.4, 0, 0, -1}, {0, 0.15, 0, -1}, {0, 0, 0.25, -1}}};
+    for (core::Interpolator* const interpolator : kInterpolators) {
+        Options options(interpolator, kBorders[random.below(2)]);
+        core::VxImage<short> alone;
+        core::VxImage<short> shared;
+        options.threads = 1;
+        ASSERT_EQ(resample::resample(scene.image, gridOf(map, 200, 200, 64), &alone, options),
+                  core::SUCCESS);
+        options.threads = 5;
+        ASSERT_EQ(resample::resample(scene.image, gridOf(map, 200, 200, 64), &shared, options),
+                  core::SUCCESS);
+        const std::size_t bytes = std::size_t{200} * 200 * 64 * alone.getChannels() * sizeof(short);
+        EXPECT_EQ(std::memcmp(alone.getBufferPointer(), shared.getBufferPointer(), bytes), 0);
+    }
 }
 
 TEST(Boxes, OfAnObliqueResultLeaveNothingOut)
@@ -170,6 +190,26 @@ TEST_P(Progress, MayThrowOnce)
     EXPECT_EQ(calls, 1);
 }
 
+TEST_P(Progress, IsOverAlsoForThreadsThatWaitForTheirTurn)
+{
+    for (const bool throws : {false, true}) {
+        Asked asked(GetParam());
+        int calls = 0;
+        asked.options.progress = [&](double) {
+            ++calls;
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+            if (throws)
+                throw std::runtime_error("enough");
+            return false;
+        };
+        if (throws)
+            EXPECT_THROW(asked.perform(), std::runtime_error);
+        else
+            EXPECT_EQ(asked.perform(), resample::kCancelled);
+        EXPECT_EQ(calls, 1);
+    }
+}
+
 TEST_P(Progress, MayRunOutOfMemory)
 {
     Asked asked(GetParam());
@@ -182,13 +222,8 @@ TEST_P(Progress, MayWorkOnThreadsItself)
 {
     Asked asked(GetParam());
     asked.options.progress = [](double) {
-        // Long enough for idle threads to take some.
-        oneapi::tbb::parallel_for(
-            0, 16, [](int) { std::this_thread::sleep_for(std::chrono::microseconds(50)); });
-        core::VxImage<short> small;
-        core::VxImage<short> large;
-        small.initialize(4, 4, 4, 1);
-        return resize(small, 32, 32, 32, resample::Align::CENTRES, &large) == core::SUCCESS;
+        Asked nested(2);
+        return nested.perform() == core::SUCCESS;
     };
     EXPECT_EQ(asked.perform(), core::SUCCESS);
 }
