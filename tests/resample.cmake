@@ -4,6 +4,8 @@ set(VOLUX_RESAMPLE_TESTS
     resample/GridTest.cpp
     resample/GuardTest.cpp
     resample/LargeTest.cpp
+    resample/PoliciesWithoutRtti.cpp
+    resample/PoliciesWithoutRttiTest.cpp
     resample/RefusalsTest.cpp
     resample/RegionTest.cpp
     resample/ResampleTest.cpp
@@ -13,3 +15,8 @@ set(VOLUX_RESAMPLE_TESTS
     resample/WorkTest.cpp
     support/Allocation.cpp
 )
+# The undefined-behaviour sanitizer reads the type of every object whose virtual function is called.
+if(NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize")
+    set_property(SOURCE resample/PoliciesWithoutRtti.cpp APPEND PROPERTY COMPILE_OPTIONS
+        $<$<CXX_COMPILER_ID:GNU,Clang,AppleClang>:-fno-rtti>)
+endif()
