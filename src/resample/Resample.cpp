@@ -45,18 +45,34 @@ ErrorType checkFit(const VxImage<T>& destination, const core::ImageSize& size)
     return destination.getChannels() != size.channels ? core::ERR_INVALID_CHANNEL : SUCCESS;
 }
 
+// Gives a destination a buffer. One that is refused is as it was; without memory it is empty and
+// keeps its spacing.
+template <class T>
+ErrorType allocate(VxImage<T>& destination, const core::ImageSize& size)
+{
+    T element = {};  // wrapped, not allocated: VxImage alone knows which sizes there are
+    const ErrorType refusal = VxImage<T>().initializeWithPointer(&element, size.width, size.height,
+                                                                 size.depth, size.channels);
+    if (refusal != SUCCESS) {
+        return refusal;
+    }
+    const core::VoxelSize spacing = spacingOf(destination);
+    destination.terminate();  // a failed allocation leaves a capacity that is not there
+    const ErrorType result =
+        destination.initialize(size.width, size.height, size.depth, size.channels);
+    if (result != SUCCESS) {
+        destination.terminate();
+        destination.setVoxelSize(spacing);
+    }
+    return result;
+}
+
 // Tests a destination that holds a buffer, and gives one to any other.
 template <class T>
 ErrorType prepare(VxImage<T>& destination, const core::ImageSize& size, const Raster& source)
 {
     if (destination.getBufferPointer() == nullptr) {
-        destination.terminate();  // whatever a failed allocation has left
-        const ErrorType result =
-            destination.initialize(size.width, size.height, size.depth, size.channels);
-        if (result == core::ERR_ALLOCATION_FAILED) {
-            destination.terminate();
-        }
-        return result;
+        return allocate(destination, size);
     }
     const ErrorType fits = checkFit(destination, size);
     return fits == SUCCESS ? checkOverlap(source, rasterOf(destination)) : fits;
