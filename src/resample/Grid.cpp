@@ -3,9 +3,15 @@
 #include <algorithm>
 #include <cmath>
 
+#include "Matrix.h"
+
 namespace volux::resample {
 
 namespace {
+
+using detail::Exponents;
+using detail::Matrix;
+using detail::normalise;
 
 // One axis of a change of size.
 struct AxisChange {
@@ -63,10 +69,8 @@ Grid gridOf(unsigned int width, unsigned int height, unsigned int depth,
     return grid;
 }
 
-using Matrix = double[3][3];
-
-// By Cramer's rule, column by column. Not finite where the determinant is 0 but for rounding, which
-// is small beside the products that it is the sum of.
+// By Cramer's rule, column by column. Not finite where the determinant is 0 but for rounding: tiny
+// beside the products that it is the sum of.
 void invert(const Matrix& m, Matrix& inverse)
 {
     Matrix sizes;
@@ -91,10 +95,30 @@ void invert(const Matrix& m, Matrix& inverse)
     }
 }
 
-double dot(const double (&row)[3], double x, double y, double z)
-{
-    return row[0] * x + row[1] * y + row[2] * z;
-}
+// Takes vectors of the world apart into an image's directions, which may have any length.
+class Directions {
+public:
+    explicit Directions(const Matrix& directions)
+    {
+        Matrix scaled;
+        std::copy_n(&directions[0][0], 9, &scaled[0][0]);
+        scales_ = normalise(scaled);
+        invert(scaled, inverse_);
+    }
+
+    double along(int axis, double x, double y, double z) const
+    {
+        const double(&row)[3] = inverse_[axis];
+        const int(&rows)[3] = scales_.rows;
+        const double sum = row[0] * std::ldexp(x, -rows[0]) + row[1] * std::ldexp(y, -rows[1]) +
+                           row[2] * std::ldexp(z, -rows[2]);
+        return std::ldexp(sum, -scales_.columns[axis]);
+    }
+
+private:
+    Matrix inverse_;
+    Exponents scales_;
+};
 
 Position crossProduct(const Position& a, const Position& b)
 {
@@ -107,8 +131,7 @@ Grid gridBetween(const Geometry& output, const Geometry& source)
 {
     const double outputSpacing[3] = {output.spacing.x, output.spacing.y, output.spacing.z};
     const double sourceSpacing[3] = {source.spacing.x, source.spacing.y, source.spacing.z};
-    Matrix inverse;
-    invert(source.direction, inverse);
+    const Directions directions(source.direction);
     const bool parallel =
         std::equal(&source.direction[0][0], &source.direction[0][0] + 9, &output.direction[0][0]);
     Grid grid;
@@ -119,15 +142,15 @@ Grid gridBetween(const Geometry& output, const Geometry& source)
     for (int row = 0; row < 3; ++row) {
         for (int column = 0; column < 3; ++column) {
             // Images that point the same way differ by exactly nothing in direction.
-            const double turned =
-                parallel ? (row == column ? 1.0 : 0.0)
-                         : dot(inverse[row], output.direction[0][column],
-                               output.direction[1][column], output.direction[2][column]);
+            const double turned = parallel ? (row == column ? 1.0 : 0.0)
+                                           : directions.along(row, output.direction[0][column],
+                                                              output.direction[1][column],
+                                                              output.direction[2][column]);
             grid.map.rows[row][column] = turned * outputSpacing[column] / sourceSpacing[row];
         }
         grid.map.rows[row][3] =
-            dot(inverse[row], output.origin.x - source.origin.x, output.origin.y - source.origin.y,
-                output.origin.z - source.origin.z) /
+            directions.along(row, output.origin.x - source.origin.x,
+                             output.origin.y - source.origin.y, output.origin.z - source.origin.z) /
             sourceSpacing[row];
     }
     return grid;

@@ -174,6 +174,77 @@ TEST(GridBetween, TakesDirectionsOfAnyLength)
               {{{1e12, 0, 0, 0}, {0, 1e-12, 0, 0}, {0, 0, 1, 0}}});
 }
 
+// Directions whose inverse is exact: 1 -1 1/2, 0 1 -1/2, 0 0 1/2.
+Geometry sheared()
+{
+    Geometry geometry;
+    geometry.direction[0][1] = geometry.direction[1][2] = 1;
+    geometry.direction[2][2] = 2;
+    return geometry;
+}
+
+TEST(GridBetween, InvertsDirectionsOfVeryDifferentLengths)
+{
+    Geometry source = sheared();
+    for (auto& row : source.direction) {
+        row[0] *= 0x1p-700;
+        row[1] *= 0x1p-400;
+        row[2] *= 0x1p+20;
+    }
+    Geometry output;
+    output.origin = {8, 4, 2};
+    expectMap(gridBetween(output, source).map, {{{0x1p+700, -0x1p+700, 0x1p+699, 0x1.4p+702},
+                                                 {0, 0x1p+400, -0x1p+399, 0x1.8p+401},
+                                                 {0, 0, 0x1p-21, 0x1p-20}}});
+}
+
+Geometry somewhere(Random& random)
+{
+    Geometry geometry;
+    for (auto& row : geometry.direction)
+        for (double& number : row)
+            number = between(random, -1.0, 1.0);
+    geometry.origin = {between(random, -9, 9), between(random, -9, 9), between(random, -9, 9)};
+    geometry.spacing = VoxelSize(0.7, 0.9, 1.3);
+    return geometry;
+}
+
+TEST(GridBetween, GivesTheSameBitsForSourceAxesScaledByPowersOfTwo)
+{
+    Random random(66);
+    for (int n = 0; n < 2000; ++n) {
+        const Geometry output = somewhere(random);
+        Geometry source = somewhere(random);
+        AffineMap expected = gridBetween(output, source).map;
+        for (int axis = 0; axis < 3; ++axis) {
+            const int power = n == 0 ? -355 : static_cast<int>(random.below(800)) - 400;
+            for (int row = 0; row < 3; ++row)
+                source.direction[row][axis] = std::ldexp(source.direction[row][axis], power);
+            for (double& number : expected.rows[axis])
+                number = std::ldexp(number, -power);
+        }
+        expectMap(gridBetween(output, source).map, expected);
+    }
+}
+
+TEST(GridBetween, GivesTheSameBitsInAWorldScaledByPowersOfTwo)
+{
+    Random random(67);
+    for (int n = 0; n < 2000; ++n) {
+        Geometry output = somewhere(random);
+        Geometry source = somewhere(random);
+        output.origin = source.origin = {0, 0, 0};
+        const AffineMap expected = gridBetween(output, source).map;
+        for (int axis = 0; axis < 3; ++axis) {
+            const int power = static_cast<int>(random.below(800)) - 400;
+            for (Geometry* const geometry : {&output, &source})
+                for (double& number : geometry->direction[axis])
+                    number = std::ldexp(number, power);
+        }
+        expectMap(gridBetween(output, source).map, expected);
+    }
+}
+
 TEST(GridOfPlanes, HasThePlanesStepsAsColumns)
 {
     Planes planes;
