@@ -50,11 +50,30 @@ TEST(GridOfSize, KeepsTheFirstAndTheLastCentre)
 
 TEST(GridOfSize, ReadsTheMiddleWhereThereIsOneVoxel)
 {
-    const ImageSize source(4, 4, 1, 1);
-    const VoxelSize spacing(1, 1, 1);
-    EXPECT_EQ(gridOfSize(source, spacing, 1, 4, 1, Align::EDGES).map(0, 0, 0).x, 1.5);
-    EXPECT_EQ(gridOfSize(source, spacing, 1, 4, 1, Align::CENTRES).map(0, 0, 0).x, 1.5);
-    EXPECT_EQ(gridOfSize(source, spacing, 4, 4, 3, Align::CENTRES).map(0, 0, 1).z, 0.0);
+    const ImageSize source(4, 5, 1, 1);
+    for (const Align align : {Align::EDGES, Align::CENTRES}) {
+        const Position p = gridOfSize(source, VoxelSize(1, 1, 1), 1, 1, 1, align).map(0, 0, 0);
+        EXPECT_EQ(p.x, 1.5);
+        EXPECT_EQ(p.y, 2.0);
+        EXPECT_EQ(p.z, 0.0);
+    }
+}
+
+TEST(GridOfSize, KeepsTheSpacingAroundTheOnlyCentre)
+{
+    const Grid grid =
+        gridOfSize(ImageSize(1, 1, 1, 1), VoxelSize(1.0, 2.0, 3.0), 3, 4, 1, Align::CENTRES);
+    expectSize(grid, 3, 4, 1);
+    expectMap(grid.map, {{{1, 0, 0, -1}, {0, 1, 0, -1.5}, {0, 0, 1, 0}}});
+    EXPECT_EQ(grid.spacing, VoxelSize(1.0, 2.0, 3.0));
+}
+
+TEST(GridOfSize, DividesTheFieldOfViewOfTheOnlyVoxel)
+{
+    const Grid grid =
+        gridOfSize(ImageSize(1, 1, 1, 1), VoxelSize(1.0, 2.0, 3.0), 2, 4, 1, Align::EDGES);
+    expectMap(grid.map, {{{0.5, 0, 0, -0.25}, {0, 0.25, 0, -0.375}, {0, 0, 1, 0}}});
+    EXPECT_EQ(grid.spacing, VoxelSize(0.5, 0.5, 3.0));
 }
 
 TEST(GridOfSpacing, HasTheSpacingExactly)
@@ -69,6 +88,39 @@ TEST(GridOfSpacing, HasTheSpacingExactly)
     const Grid centres = gridOfSpacing(source, spacing, wanted, Align::CENTRES);
     expectSize(centres, 19, 4, 26);  // as many steps as fit 9, 9 and 25
     expectMap(centres.map, {{{0.5, 0, 0, 0}, {0, 3, 0, 0}, {0, 0, 0.4, 0}}});
+}
+
+TEST(GridOfSpacing, ReadsTheMiddleWhereThereIsOneVoxel)
+{
+    const ImageSize source(10, 10, 3, 1);
+    const VoxelSize wanted(8, 25, 1e300);  // 1.25, 0.4 and next to no voxels
+    for (const Align align : {Align::EDGES, Align::CENTRES}) {
+        const Grid grid = gridOfSpacing(source, VoxelSize(1, 1, 1), wanted, align);
+        const unsigned int width = align == Align::EDGES ? 1 : 2;  // 0 and 8 are two centres
+        expectSize(grid, width, 1, 1);
+        EXPECT_EQ(grid.spacing, wanted);
+        const Position p = grid.map(0, 0, 0);
+        EXPECT_EQ(p.x, width == 1 ? 4.5 : 0.0);
+        EXPECT_EQ(p.y, 4.5);
+        EXPECT_EQ(p.z, 1.0);
+    }
+}
+
+TEST(GridOfSpacing, ReadsNothingOutsideTheFieldOfViewButForRounding)
+{
+    Random random(65);
+    for (int n = 0; n < 20000; ++n) {
+        const unsigned int count = 1 + random.below(40);
+        const double wanted = std::exp(between(random, -3.0, 5.0));
+        const Align align = random.below(2) == 0 ? Align::EDGES : Align::CENTRES;
+        const Grid grid = gridOfSpacing(ImageSize(count, 1, 1, 1), VoxelSize(1, 1, 1),
+                                        VoxelSize(wanted, 1, 1), align);
+        const double margin = align == Align::EDGES ? 0.5 : 0.0;
+        const double rounding = count * 0x1p-50;
+        EXPECT_GE(grid.map(0, 0, 0).x, -margin) << count << ' ' << wanted;
+        EXPECT_LE(grid.map(grid.width - 1, 0, 0).x, count - 1 + margin + rounding)
+            << count << ' ' << wanted;
+    }
 }
 
 TEST(GridOfSpacing, HasOneVoxelAtLeastAndNoneForOddSpacings)
