@@ -173,14 +173,14 @@ Request<T> wholeOf(const VxImage<T>& source, const Grid& grid, const Slab& slab)
 
 template <class T>
 ErrorType resample(const VxImage<T>& source, const Grid& grid, VxImage<T>* destination,
-                   const Options& options)
+                   const Options& options) noexcept(detail::served<T>())
 {
     return detail::perform(detail::wholeOf(source, grid, Slab()), destination, options);
 }
 
 template <class T>
 ErrorType reslice(const VxImage<T>& source, const Planes& planes, VxImage<T>* destination,
-                  const Options& options, const Slab& slab)
+                  const Options& options, const Slab& slab) noexcept(detail::served<T>())
 {
     return detail::perform(detail::wholeOf(source, gridOfPlanes(planes), slab), destination,
                            options);
@@ -188,7 +188,8 @@ ErrorType reslice(const VxImage<T>& source, const Planes& planes, VxImage<T>* de
 
 template <class T>
 ErrorType resize(const VxImage<T>& source, unsigned int width, unsigned int height,
-                 unsigned int depth, Align align, VxImage<T>* destination, const Options& options)
+                 unsigned int depth, Align align, VxImage<T>* destination,
+                 const Options& options) noexcept(detail::served<T>())
 {
     return resample(
         source,
@@ -198,7 +199,7 @@ ErrorType resize(const VxImage<T>& source, unsigned int width, unsigned int heig
 
 template <class T>
 ErrorType resize(const VxImage<T>& source, const core::VoxelSize& spacing, Align align,
-                 VxImage<T>* destination, const Options& options)
+                 VxImage<T>* destination, const Options& options) noexcept(detail::served<T>())
 {
     return resample(
         source, gridOfSpacing(detail::sizeOf(source), detail::spacingOf(source), spacing, align),
@@ -207,7 +208,7 @@ ErrorType resize(const VxImage<T>& source, const core::VoxelSize& spacing, Align
 
 template <class T>
 ErrorType resample(const VxImage<T>& brick, const Grid& grid, const ResampleRegion& region,
-                   VxImage<T>* destination, const Options& options)
+                   VxImage<T>* destination, const Options& options) noexcept(detail::served<T>())
 {
     return detail::perform<T>({brick, grid, region, Slab(), false}, destination, options);
 }

@@ -35,6 +35,7 @@
 #pragma once
 
 #include <cstddef>
+#include <type_traits>
 
 #include "volux/core/ErrorType.h"
 #include "volux/core/Geometry.h"
@@ -44,6 +45,24 @@
 #include "volux/resample/Options.h"
 
 namespace volux::resample {
+
+namespace detail {
+
+// Always false. It is in the noexcept clauses of the calls, which are evaluated for the overload
+// that a call selects and leave the exported names alone: what would be an unresolved symbol
+// becomes a sentence.
+template <class T, class Result = T>
+constexpr bool served()
+{
+    static_assert(core::detail::isElementType<T>,
+                  "volux::resample serves images of unsigned char, short, unsigned short, int, "
+                  "unsigned int, float or double.");
+    static_assert(std::is_same_v<Result, T> || std::is_same_v<Result, double>,
+                  "volux::resample::sample writes results of the image's element type or double.");
+    return false;
+}
+
+}  // namespace detail
 
 /// How the samples of a thick slab become one voxel. They are taken in the order of the planes.
 enum class Projection {
@@ -61,9 +80,9 @@ struct Slab {
 
 /// Brings all channels of a volume onto a grid.
 template <class T>
-VOLUX_RESAMPLE_API core::ErrorType resample(const core::VxImage<T>& source, const Grid& grid,
-                                            core::VxImage<T>* destination,
-                                            const Options& options = Options());
+VOLUX_RESAMPLE_API core::ErrorType resample(
+    const core::VxImage<T>& source, const Grid& grid, core::VxImage<T>* destination,
+    const Options& options = Options()) noexcept(detail::served<T>());
 
 /// Cuts a plane, or a stack of planes or slabs, out of a volume. `planes.count` counts the result's
 /// planes; with a slab, `planes.step` leads from one of its planes to the next.
@@ -71,21 +90,21 @@ template <class T>
 VOLUX_RESAMPLE_API core::ErrorType reslice(const core::VxImage<T>& source, const Planes& planes,
                                            core::VxImage<T>* destination,
                                            const Options& options = Options(),
-                                           const Slab& slab = Slab());
+                                           const Slab& slab = Slab()) noexcept(detail::served<T>());
 
 /// Changes the number of voxels: resample() onto gridOfSize().
 template <class T>
-VOLUX_RESAMPLE_API core::ErrorType resize(const core::VxImage<T>& source, unsigned int width,
-                                          unsigned int height, unsigned int depth, Align align,
-                                          core::VxImage<T>* destination,
-                                          const Options& options = Options());
+VOLUX_RESAMPLE_API core::ErrorType resize(
+    const core::VxImage<T>& source, unsigned int width, unsigned int height, unsigned int depth,
+    Align align, core::VxImage<T>* destination,
+    const Options& options = Options()) noexcept(detail::served<T>());
 
 /// Changes the spacing: resample() onto gridOfSpacing().
 template <class T>
-VOLUX_RESAMPLE_API core::ErrorType resize(const core::VxImage<T>& source,
-                                          const core::VoxelSize& spacing, Align align,
-                                          core::VxImage<T>* destination,
-                                          const Options& options = Options());
+VOLUX_RESAMPLE_API core::ErrorType resize(
+    const core::VxImage<T>& source, const core::VoxelSize& spacing, Align align,
+    core::VxImage<T>* destination,
+    const Options& options = Options()) noexcept(detail::served<T>());
 
 /// A part of the work, for volumes that no memory holds: any box of the output, from any box of the
 /// source that contains what it reads. The bits are those of the whole.
@@ -111,10 +130,10 @@ struct ResampleRegion {
 ///         of the brick for the end of the image. ERR_INVALID_X, _Y, _Z: the output box is empty or
 ///         outside the grid, or the brick does not hold its support.
 template <class T>
-VOLUX_RESAMPLE_API core::ErrorType resample(const core::VxImage<T>& brick, const Grid& grid,
-                                            const ResampleRegion& region,
-                                            core::VxImage<T>* destination,
-                                            const Options& options = Options());
+VOLUX_RESAMPLE_API core::ErrorType resample(
+    const core::VxImage<T>& brick, const Grid& grid, const ResampleRegion& region,
+    core::VxImage<T>* destination,
+    const Options& options = Options()) noexcept(detail::served<T>());
 
 /// In what positions are counted.
 enum class Units {
@@ -132,8 +151,9 @@ inline constexpr int kAllChannels = -1;
 ///         with the source or the positions, and for more of them than any memory holds. After a
 ///         cancel each result is either finished or as it was.
 template <class T, class Result>
-VOLUX_RESAMPLE_API core::ErrorType sample(const core::VxImage<T>& source, const Position* positions,
-                                          std::size_t count, Units units, int channel,
-                                          Result* results, const Options& options = Options());
+VOLUX_RESAMPLE_API core::ErrorType sample(
+    const core::VxImage<T>& source, const Position* positions, std::size_t count, Units units,
+    int channel, Result* results,
+    const Options& options = Options()) noexcept(detail::served<T, Result>());
 
 }  // namespace volux::resample
