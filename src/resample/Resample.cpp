@@ -17,7 +17,7 @@ namespace detail {
 
 namespace {
 
-// The getter is not const, and only reads.
+// The getters are not const, but only read.
 template <class T>
 core::VoxelSize spacingOf(const VxImage<T>& image)
 {
@@ -78,7 +78,7 @@ ErrorType prepare(VxImage<T>& destination, const core::ImageSize& size, const Ra
     return fits == SUCCESS ? checkOverlap(source, rasterOf(destination)) : fits;
 }
 
-// That the brick lies in the source and holds what is read.
+// Whether the brick is inside the source and holds what is read.
 ErrorType checkBrick(const Task& task)
 {
     const ResampleRegion& region = task.source.region;
@@ -151,7 +151,7 @@ ErrorType perform(const Request<T>& request, VxImage<T>* destination, const Opti
     task.source.own = own.sample();
     try {
         return run(task, options);
-    } catch (const std::bad_alloc&) {  // of a call's tables, its threads or the caller's code
+    } catch (const std::bad_alloc&) {  // from a call's tables, its threads or the caller's code
         return core::ERR_ALLOCATION_FAILED;
     }
 }

@@ -36,7 +36,7 @@ bool isExtent(std::uint64_t extent)
     return extent >= 1 && extent <= kMostVoxels;
 }
 
-// Each stride passes what the smaller ones span.
+// Whether no two voxels overlap: each stride is at least the span of the smaller ones.
 bool areApart(const Raster& raster)
 {
     std::pair<std::int64_t, std::int64_t> axes[] = {{raster.strideX, raster.width},
