@@ -8,8 +8,8 @@ namespace volux::resample::detail {
 
 using Matrix = double[3][3];
 
-// Scales three numbers by one power of two to a largest between 1/2 and 1; zeros stay. Returns the
-// exponent of the power that this divided them by.
+// Divides three numbers by the power of two that leaves the largest of them between 1/2 and 1, and
+// returns its exponent. Zeros stay.
 inline int normalise(double& a, double& b, double& c)
 {
     int exponent = 0;
@@ -20,7 +20,7 @@ inline int normalise(double& a, double& b, double& c)
     return exponent;
 }
 
-// The exponents of what a matrix was divided by.
+// The exponents of the powers of two that a matrix was divided by.
 struct Exponents {
     int rows[3];
     int columns[3];
