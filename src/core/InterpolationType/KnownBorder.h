@@ -3,7 +3,7 @@
 
 #include <type_traits>
 
-#include "../../exact/KnownPolicy.h"
+#include "exact/KnownPolicy.h"
 #include "volux/core/InterpolationBorderType.h"
 #include "volux/core/InterpolationType.h"
 

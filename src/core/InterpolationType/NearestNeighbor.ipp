@@ -1,8 +1,8 @@
 // Nearest neighbour: one voxel, as it is.
 #pragma once
 
-#include "../Arithmetic.h"
 #include "VoxelLookup.h"
+#include "exact/Rules.h"
 
 namespace volux::core {
 
@@ -12,7 +12,9 @@ template <class T, class B>
 inline T kernel(NearestNeighbor&, const VxImage<T>& image, double x, double y, double z,
                 unsigned int c, B& border, T value)
 {
-    return voxelOrBorder(image, lowerVoxel(x + 0.5), lowerVoxel(y + 0.5), lowerVoxel(z + 0.5), c,
+    constexpr auto kNearest = exact::Kernel::NEAREST;
+    return voxelOrBorder(image, exact::firstNeighbour<kNearest>(x),
+                         exact::firstNeighbour<kNearest>(y), exact::firstNeighbour<kNearest>(z), c,
                          border, value);
 }
 

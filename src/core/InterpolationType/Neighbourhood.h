@@ -3,11 +3,12 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <type_traits>
 
-#include "../Arithmetic.h"
-#include "../Layout.h"
 #include "VoxelLookup.h"
+#include "exact/Layout.h"
+#include "exact/Rules.h"
 #include "volux/core/InterpolationBorderType.h"
 
 namespace volux::core::detail {
@@ -25,7 +26,7 @@ struct Steps {
 
     Steps(int firstIndex, unsigned int extent, std::int64_t stride) : first(firstIndex)
     {
-        const auto isIn = [&](int n) { return static_cast<unsigned int>(at(n)) < extent; };
+        const auto isIn = [&](int n) { return exact::isInside(at(n), extent); };
         // No extent exceeds 2^31 - 1, so nothing between two indices inside is outside.
         const bool allIn = isIn(0) && isIn(N - 1);
         isRun = allIn && stride == 1;
@@ -39,7 +40,7 @@ struct Steps {
         }
     }
 
-    int at(int n) const { return wrappingAdd(first, n); }
+    int at(int n) const { return exact::wrappingAdd(first, n); }
 };
 
 // The N x N x N voxels from `first` on, in channel c, row by row.
@@ -108,5 +109,24 @@ private:
     B& policy;
     T constant;
 };
+
+// The weighted sum of the voxels around a position. Inlined, because each kernel is this and no
+// more.
+template <exact::Kernel K, class T, class B>
+[[gnu::always_inline]] inline double weighted(const VxImage<T>& image, double x, double y, double z,
+                                              unsigned int c, B& border, T value)
+{
+    constexpr int kReach = exact::reach(K);
+    const exact::Place<K> at(x, y, z);
+    if (at.isEmpty()) {
+        return std::numeric_limits<double>::quiet_NaN();
+    }
+    const Neighbourhood<kReach, T, B> around(image, at.x.first, at.y.first, at.z.first, c, border,
+                                             value);
+    T gathered[kReach];
+    return at.sum([&](int j, int k) {
+        return [row = around.row(j, k, gathered)](int i) { return exact::widened(row + 2 * i); };
+    });
+}
 
 }  // namespace volux::core::detail

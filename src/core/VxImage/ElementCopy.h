@@ -8,10 +8,10 @@
 #include <cstdint>
 #include <functional>
 
-#include "../Layout.h"
-#include "../Processor.h"
 #include "Nest.h"
 #include "Transposition.h"
+#include "exact/Layout.h"
+#include "exact/Processor.h"
 
 namespace volux::core::detail {
 
@@ -44,7 +44,7 @@ void copyOneByOne(const T* src, T* dst, const Loop& outer, const Loop& inner)
     const bool isFar = outer.to >= kLine;
     for (std::int64_t i = 0; i < outer.count; ++i) {
         if (isFar) {
-            prefetch(stepped(dst, outer.to * std::min(i + kAhead, outer.count - 1)));
+            exact::prefetch(stepped(dst, outer.to * std::min(i + kAhead, outer.count - 1)));
         }
         for (std::int64_t j = 0; j < inner.count; ++j) {
             *stepped(dst, outer.to * i + inner.to * j) =

@@ -1,8 +1,8 @@
 // Fill, whole and per channel.
 #pragma once
 
-#include "../Layout.h"
 #include "ElementCopy.h"
+#include "exact/Layout.h"
 #include "volux/core/VxImage.h"
 
 namespace volux::core {

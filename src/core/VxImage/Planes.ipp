@@ -3,8 +3,8 @@
 
 #include <initializer_list>
 
-#include "../Layout.h"
 #include "ElementCopy.h"
+#include "exact/Layout.h"
 #include "volux/core/Planes.h"
 
 namespace volux::core {

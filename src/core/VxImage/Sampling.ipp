@@ -3,10 +3,10 @@
 
 #include <type_traits>
 
-#include "../Arithmetic.h"
 #include "../InterpolationType/Linear.ipp"
 #include "../InterpolationType/NearestNeighbor.ipp"
 #include "../InterpolationType/RunTime.h"
+#include "exact/Conversion.h"
 #include "volux/core/VxImage.h"
 
 namespace volux::core {
@@ -47,7 +47,7 @@ template <class I>
 T VxImage<T>::getValueVoxel(double x, double y, double z, int c, I interpolator) const
     noexcept(detail::byValue<I>())
 {
-    return detail::truncateTo<T>(detail::sample(*this, x, y, z, c, interpolator, Constant(), T()));
+    return exact::truncateTo<T>(detail::sample(*this, x, y, z, c, interpolator, Constant(), T()));
 }
 
 template <class T>
@@ -55,7 +55,7 @@ template <class I>
 T VxImage<T>::getValueVoxel(double x, double y, double z, int c, Interpolator* interpolator) const
     noexcept(detail::byAddress<I>())
 {
-    return detail::truncateTo<T>(detail::sample(*this, x, y, z, c, interpolator, Constant(), T()));
+    return exact::truncateTo<T>(detail::sample(*this, x, y, z, c, interpolator, Constant(), T()));
 }
 
 template <class T>
@@ -63,7 +63,7 @@ template <class I, class B>
 T VxImage<T>::getValueVoxel(double x, double y, double z, int c, I interpolator, B border,
                             T value) const noexcept(detail::byValue<I, B>())
 {
-    return detail::roundTo<T>(detail::sample(*this, x, y, z, c, interpolator, border, value));
+    return exact::roundTo<T>(detail::sample(*this, x, y, z, c, interpolator, border, value));
 }
 
 template <class T>
@@ -71,7 +71,7 @@ template <class I, class B>
 T VxImage<T>::getValueVoxel(double x, double y, double z, int c, Interpolator* interpolator,
                             B border, T value) const noexcept(detail::byAddress<I, B>())
 {
-    return detail::roundTo<T>(detail::sample(*this, x, y, z, c, interpolator, border, value));
+    return exact::roundTo<T>(detail::sample(*this, x, y, z, c, interpolator, border, value));
 }
 
 template <class T>
@@ -87,7 +87,7 @@ template <class I, class B>
 T VxImage<T>::getValueReal(double x, double y, double z, int c, I interpolator, B border,
                            T value) const noexcept(detail::byValue<I, B>())
 {
-    return detail::roundTo<T>(
+    return exact::roundTo<T>(
         detail::sample(*this, detail::inVoxels(x, voxelSizeX), detail::inVoxels(y, voxelSizeY),
                        detail::inVoxels(z, voxelSizeZ), c, interpolator, border, value));
 }

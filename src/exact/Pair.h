@@ -1,4 +1,5 @@
-// Two doubles side by side. Every operation gives each lane the bits of the scalar one.
+// Two doubles next to each other: two neighbours of one sample, which are added one after the
+// other. Every operation gives each lane the bits of the scalar one.
 #pragma once
 
 #include <cstring>
@@ -6,7 +7,7 @@
 
 #include "Processor.h"
 
-namespace volux::core::detail {
+namespace volux::exact {
 
 #ifdef VOLUX_CORE_SSE2
 
@@ -14,6 +15,7 @@ struct Pair {
     __m128d lanes;
 
     explicit Pair(__m128d both) : lanes(both) {}
+    Pair() = default;
     explicit Pair(double both) : lanes(_mm_set1_pd(both)) {}
     Pair(double first, double second) : lanes(_mm_set_pd(second, first)) {}
 
@@ -40,6 +42,11 @@ inline Pair firsts(Pair a, Pair b)
 inline Pair seconds(Pair a, Pair b)
 {
     return Pair(_mm_unpackhi_pd(a.lanes, b.lanes));
+}
+
+inline void store(Pair pair, double* to)
+{
+    _mm_storeu_pd(to, pair.lanes);
 }
 
 // Two neighbours in memory, exactly as doubles.
@@ -70,6 +77,7 @@ Pair widened(const T* voxels)
 struct Pair {
     double lanes[2];
 
+    Pair() = default;
     explicit Pair(double both) : lanes{both, both} {}
     Pair(double first, double second) : lanes{first, second} {}
 
@@ -98,6 +106,12 @@ inline Pair seconds(Pair a, Pair b)
     return {a.second(), b.second()};
 }
 
+inline void store(Pair pair, double* to)
+{
+    to[0] = pair.first();
+    to[1] = pair.second();
+}
+
 template <class T>
 Pair widened(const T* voxels)
 {
@@ -106,4 +120,4 @@ Pair widened(const T* voxels)
 
 #endif
 
-}  // namespace volux::core::detail
+}  // namespace volux::exact

@@ -7,7 +7,7 @@
 #include <emmintrin.h>
 #endif
 
-namespace volux::core::detail {
+namespace volux::exact {
 
 // Asks for the cache line at an address; no more than a hint.
 inline void prefetch([[maybe_unused]] const void* address)
@@ -17,4 +17,4 @@ inline void prefetch([[maybe_unused]] const void* address)
 #endif
 }
 
-}  // namespace volux::core::detail
+}  // namespace volux::exact
