@@ -181,9 +181,8 @@ public:
     /// The element, untested: outside the image, or without a buffer, the behaviour is undefined.
     const T& operator()(int x, int y, int z, int c) const
     {
-        return buffer[static_cast<std::ptrdiff_t>(
-            detail::elements(strideX, x) + detail::elements(strideY, y) +
-            detail::elements(strideZ, z) + detail::elements(strideC, c))];
+        return buffer[detail::elements(strideX, x) + detail::elements(strideY, y) +
+                      detail::elements(strideZ, z) + detail::elements(strideC, c)];
     }
     T& operator()(int x, int y, int z, int c)
     {
@@ -422,11 +421,7 @@ protected:
     VxImage& operator=(const VxImage& other);
 
     /// Bytes that the extents describe; not the capacity of the block.
-    std::size_t getBufferSizeBytes() const
-    {
-        return static_cast<std::size_t>(std::uint64_t{channels} * depth * height * width *
-                                        sizeof(T));
-    }
+    std::size_t getBufferSizeBytes() const { return sizeof(T) * channels * depth * height * width; }
 
 private:
     // Members of the exported interface all the same, so their names and values are fixed.
