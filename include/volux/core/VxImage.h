@@ -156,16 +156,7 @@ public:
     ImageSize getImageSize() { return ImageSize(width, height, depth, channels); }
 
     /// The tag of T, whatever the image's state.
-    DataType getDataType()
-    {
-        return std::is_same_v<T, short>            ? DT_SHORT
-               : std::is_same_v<T, int>            ? DT_INT
-               : std::is_same_v<T, unsigned char>  ? DT_UCHAR
-               : std::is_same_v<T, unsigned short> ? DT_USHORT
-               : std::is_same_v<T, unsigned int>   ? DT_UINT
-               : std::is_same_v<T, float>          ? DT_FLOAT
-                                                   : DT_DOUBLE;
-    }
+    DataType getDataType() { return detail::tagOf<T>; }
 
     /// The first element, or null. The const form gives a T* too, deliberately.
     T* getBufferPointer() { return buffer; }
@@ -269,15 +260,6 @@ public:
     /// truncates for an integer T and keeps the fraction of a float or double. An integer T then
     /// wraps; nothing saturates. A double that fits no 64-bit integer gives 0 (unsigned types), one
     /// that fits no int gives INT_MIN (int) or 0 (short).
-    ///
-    /// By address, get() and invoke() of the interpolator are called once, and get() and fetch() of
-    /// the border once for each neighbour outside, in the order of the neighbours. A policy without
-    /// a table of its own throws base::Exception.
-    ///
-    /// Template arguments may be left out. Written out, a run-time interpolator is Interpolator* or
-    /// Interpolator, as you like (the exported name has Interpolator* for getValueReal and for
-    /// getDoubleValueReal without a border, Interpolator for the others); a run-time border is
-    /// Border*.
     /// @{
 
     /// In voxels, 0 outside; **not rounded**.
@@ -323,91 +305,7 @@ public:
                               B border, T value) const noexcept(detail::byAddress<I, B>());
     /// @}
 
-    /// @name Sampling with the address of any policy
-    /// What a call without template arguments selects for the address of a policy object: it
-    /// becomes an Interpolator* or a Border*, and the forms above do the rest.
-    /// @{
-
-    /// Forwards to the form above that takes the base of the policy.
-    template <detail::Deduced = detail::Deduced(), class I>
-    T getValueVoxel(double x, double y, double z, int c, I* interpolator) const
-    {
-        return getValueVoxel<Interpolator>(x, y, z, c, detail::asBase<Interpolator>(interpolator));
-    }
-    template <detail::Deduced = detail::Deduced(), class I, class B>
-    T getValueVoxel(double x, double y, double z, int c, I* interpolator, B border, T value) const
-    {
-        return getValueVoxel<Interpolator, B>(
-            x, y, z, c, detail::asBase<Interpolator>(interpolator), border, value);
-    }
-    template <class I, class B>
-    T getValueVoxel(double x, double y, double z, int c, I interpolator, B* border, T value) const
-    {
-        return getValueVoxel<I, Border*>(x, y, z, c, interpolator, detail::asBase<Border>(border),
-                                         value);
-    }
-    template <detail::Deduced = detail::Deduced(), class I, class B>
-    T getValueVoxel(double x, double y, double z, int c, I* interpolator, B* border, T value) const
-    {
-        return getValueVoxel<Interpolator, Border*>(x, y, z, c,
-                                                    detail::asBase<Interpolator>(interpolator),
-                                                    detail::asBase<Border>(border), value);
-    }
-
-    template <class I>
-    T getValueReal(double x, double y, double z, int c, I* interpolator) const
-    {
-        return getValueReal<Interpolator*>(x, y, z, c, detail::asBase<Interpolator>(interpolator));
-    }
-    template <class I, class B>
-    T getValueReal(double x, double y, double z, int c, I* interpolator, B border, T value) const
-    {
-        return getValueReal<Interpolator*, B>(
-            x, y, z, c, detail::asBase<Interpolator>(interpolator), border, value);
-    }
-    template <class I, class B>
-    T getValueReal(double x, double y, double z, int c, I interpolator, B* border, T value) const
-    {
-        return getValueReal<I, Border*>(x, y, z, c, interpolator, detail::asBase<Border>(border),
-                                        value);
-    }
-    template <class I, class B>
-    T getValueReal(double x, double y, double z, int c, I* interpolator, B* border, T value) const
-    {
-        return getValueReal<Interpolator*, Border*>(x, y, z, c,
-                                                    detail::asBase<Interpolator>(interpolator),
-                                                    detail::asBase<Border>(border), value);
-    }
-
-    template <class I>
-    double getDoubleValueReal(double x, double y, double z, int c, I* interpolator) const
-    {
-        return getDoubleValueReal<Interpolator*>(x, y, z, c,
-                                                 detail::asBase<Interpolator>(interpolator));
-    }
-    template <detail::Deduced = detail::Deduced(), class I, class B>
-    double getDoubleValueReal(double x, double y, double z, int c, I* interpolator, B border,
-                              T value) const
-    {
-        return getDoubleValueReal<Interpolator, B>(
-            x, y, z, c, detail::asBase<Interpolator>(interpolator), border, value);
-    }
-    template <class I, class B>
-    double getDoubleValueReal(double x, double y, double z, int c, I interpolator, B* border,
-                              T value) const
-    {
-        return getDoubleValueReal<I, Border*>(x, y, z, c, interpolator,
-                                              detail::asBase<Border>(border), value);
-    }
-    template <detail::Deduced = detail::Deduced(), class I, class B>
-    double getDoubleValueReal(double x, double y, double z, int c, I* interpolator, B* border,
-                              T value) const
-    {
-        return getDoubleValueReal<Interpolator, Border*>(x, y, z, c,
-                                                         detail::asBase<Interpolator>(interpolator),
-                                                         detail::asBase<Border>(border), value);
-    }
-    /// @}
+#include "volux/core/detail/AddressOverloads.inc"
 
 protected:
     // Copying a volume is costly and can fail; initialize(other, copyData) reports that. Kept for
@@ -421,7 +319,10 @@ protected:
     VxImage& operator=(const VxImage& other);
 
     /// Bytes that the extents describe; not the capacity of the block.
-    std::size_t getBufferSizeBytes() const { return sizeof(T) * channels * depth * height * width; }
+    std::size_t getBufferSizeBytes() const
+    {
+        return sizeof(T) * channels * depth * height * width;
+    }
 
 private:
     // Members of the exported interface all the same, so their names and values are fixed.
