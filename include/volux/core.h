@@ -1,5 +1,5 @@
 /// @file
-/// Everything of volux_core.
+/// Includes every public header of volux_core.
 #pragma once
 
 #include "volux/base/Exception.h"

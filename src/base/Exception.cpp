@@ -4,9 +4,8 @@
 #include <ostream>
 #include <utility>
 
-// <iostream> adds an initialiser that runs when the module is loaded, and nothing of the module
-// may. Declared here instead, the stream is constructed by the Init object below, before its first
-// use.
+// <iostream> adds an initialiser that runs at load, and no code of volux_core may run then. So the
+// stream is declared here, and the Init object below constructs it before its first use.
 #if defined(__GLIBCXX__)
 namespace std {  // NOLINT(cert-dcl58-cpp): the declaration of <iostream>, without its initialiser
 extern ostream cerr;  // NOLINT(readability-identifier-naming): its name
@@ -29,7 +28,7 @@ std::ostream& standardError()
 
 Exception::Exception(std::string message, std::string file, int line) : text(std::move(message))
 {
-    char number[16];  // std::to_string would add a symbol of its own to the exported ones
+    char number[16];  // std::to_string would add a symbol to the exported set
     static_cast<void>(std::snprintf(number, sizeof number, ":%d", line));
     text.append(", ").append(file).append(number);
 }

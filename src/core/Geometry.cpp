@@ -6,7 +6,7 @@ namespace volux::core {
 
 namespace {
 
-// 64 bits, because the full range has 2^32 voxels before it is truncated.
+// Computes in 64 bits: the full range has 2^32 voxels, which wrap to 0.
 unsigned int rangeLength(unsigned int first, unsigned int last)
 {
     if (first > last) {

@@ -1,4 +1,4 @@
-// Every message, component and line that the library can throw.
+// Every message, component and line that volux_core can throw.
 #pragma once
 
 #include <string>
@@ -38,8 +38,8 @@ inline constexpr ThrowSite kInterpolatorWithoutTable = {"invalid use of Interpol
     const std::string component = site.component;
     const std::string message = site.message;
     const base::Exception error(message, component, site.line);
-    // A copy, spelt so that no compiler may elide it: the local object and the thrown one each
-    // leave their line on the standard error stream.
+    // Throws a copy, spelt so that no compiler may elide it: the local object and the thrown one
+    // each print their line on the standard error stream, and callers see the number of lines.
     throw base::Exception(error);
 }
 

@@ -2,6 +2,8 @@
 /// The tags of the seven element types.
 #pragma once
 
+#include <type_traits>
+
 namespace volux::core {
 
 /// Tag of the element type of a VxImage, as VxImage::getDataType() reports it.
@@ -18,4 +20,16 @@ enum DataType : int {
     DT_DOUBLE = 7,  ///< double
 };
 
+namespace detail {
+
+template <class T>
+inline constexpr DataType tagOf = std::is_same_v<T, short>            ? DT_SHORT
+                                  : std::is_same_v<T, int>            ? DT_INT
+                                  : std::is_same_v<T, unsigned char>  ? DT_UCHAR
+                                  : std::is_same_v<T, unsigned short> ? DT_USHORT
+                                  : std::is_same_v<T, unsigned int>   ? DT_UINT
+                                  : std::is_same_v<T, float>          ? DT_FLOAT
+                                                                      : DT_DOUBLE;
+
+}  // namespace detail
 }  // namespace volux::core

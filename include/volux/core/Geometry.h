@@ -1,16 +1,16 @@
 /// @file
 /// Three small value types: the extents of an image, the spacing of its voxels, a box of voxels.
 ///
-/// They hold no invariants: any values may be stored, and the operations that take them check.
-/// Every operation is O(1) and, as for any plain value, safe on objects that no other thread
-/// writes.
+/// They may hold any values; the operations that take them check. Every member is O(1) and never
+/// throws. Threads: as for any plain value, an object may be read by several threads while none
+/// writes it.
 #pragma once
 
 #include "volux/core/Export.h"
 
 namespace volux::core {
 
-/// The four extents of an image.
+/// The four extents of an image, in voxels and channels.
 struct VOLUX_CORE_API ImageSize {
     unsigned int width;     ///< voxels along x
     unsigned int height;    ///< voxels along y
@@ -21,48 +21,55 @@ struct VOLUX_CORE_API ImageSize {
     ImageSize();
     /// The four values as given.
     ImageSize(unsigned int sizeX, unsigned int sizeY, unsigned int sizeZ, unsigned int sizeC);
-    ImageSize(const ImageSize&) = default;             ///< member by member
-    ImageSize(ImageSize&&) = default;                  ///< the same
-    ImageSize& operator=(const ImageSize& other);      ///< member by member
-    ImageSize& operator=(ImageSize&& other) noexcept;  ///< the same
+    /// @{
+    /// Member by member.
+    ImageSize(const ImageSize&) = default;
+    ImageSize(ImageSize&&) = default;
+    ImageSize& operator=(const ImageSize& other);
+    ImageSize& operator=(ImageSize&& other) noexcept;
     ~ImageSize() = default;
+    /// @}
 
-    bool operator==(const ImageSize& other) const;  ///< all four are equal
-    bool operator!=(const ImageSize& other) const;  ///< any of the four differs
+    bool operator==(const ImageSize& other) const;  ///< whether all four are equal
+    bool operator!=(const ImageSize& other) const;  ///< whether any of the four differs
 };
 
-/// The physical distance between neighbouring voxels, per axis.
+/// The distance between the centres of neighbouring voxels along each axis, in physical units.
 struct VOLUX_CORE_API VoxelSize {
-    double x;  ///< spacing along x, in physical units per voxel
-    double y;  ///< spacing along y
-    double z;  ///< spacing along z
+    double x;  ///< physical units per voxel along x
+    double y;  ///< physical units per voxel along y
+    double z;  ///< physical units per voxel along z
 
-    /// All three 0.0, on purpose unlike the spacing of a new image (1.0): VxImage::setVoxelSize
-    /// refuses a VoxelSize that nobody filled in.
+    /// All three 0.0, unlike the spacing of a new image (1.0), so that VxImage::setVoxelSize()
+    /// refuses a VoxelSize that nobody has filled in.
     VoxelSize();
     /// The three values as given.
     VoxelSize(double spacingX, double spacingY, double spacingZ);
-    VoxelSize(const VoxelSize&) = default;             ///< member by member
-    VoxelSize(VoxelSize&&) = default;                  ///< the same
-    VoxelSize& operator=(const VoxelSize& other);      ///< member by member
-    VoxelSize& operator=(VoxelSize&& other) noexcept;  ///< the same
+    /// @{
+    /// Member by member.
+    VoxelSize(const VoxelSize&) = default;
+    VoxelSize(VoxelSize&&) = default;
+    VoxelSize& operator=(const VoxelSize& other);
+    VoxelSize& operator=(VoxelSize&& other) noexcept;
     ~VoxelSize() = default;
+    /// @}
 
-    /// Exact comparison, no tolerance: a NaN spacing differs even from itself.
+    /// Whether all three are equal, without a tolerance: a NaN spacing differs even from itself.
     bool operator==(const VoxelSize& other) const;
-    bool operator!=(const VoxelSize& other) const;  ///< any of the three differs
+    bool operator!=(const VoxelSize& other) const;  ///< whether any of the three differs
 };
 
-/// An axis-aligned box of voxels; each pair is an inclusive range of indices.
+/// An axis-aligned box of voxels, as three inclusive ranges of indices.
 ///
-/// A range whose start exceeds its end is empty. There are deliberately no equality operators.
+/// A range whose start exceeds its end is empty. There are no equality operators, because the
+/// exported set has none.
 struct VOLUX_CORE_API Rect {
-    unsigned int xStart;  ///< first x
-    unsigned int xEnd;    ///< last x
-    unsigned int yStart;  ///< first y
-    unsigned int yEnd;    ///< last y
-    unsigned int zStart;  ///< first z
-    unsigned int zEnd;    ///< last z
+    unsigned int xStart;  ///< first voxel along x
+    unsigned int xEnd;    ///< last voxel along x
+    unsigned int yStart;  ///< first voxel along y
+    unsigned int yEnd;    ///< last voxel along y
+    unsigned int zStart;  ///< first voxel along z
+    unsigned int zEnd;    ///< last voxel along z
 
     /// The single voxel (0, 0, 0).
     Rect();
@@ -71,13 +78,16 @@ struct VOLUX_CORE_API Rect {
     /// The six values as given.
     Rect(unsigned int firstX, unsigned int lastX, unsigned int firstY, unsigned int lastY,
          unsigned int firstZ, unsigned int lastZ);
-    Rect(const Rect&) = default;             ///< member by member
-    Rect(Rect&&) = default;                  ///< the same
-    Rect& operator=(const Rect& other);      ///< member by member
-    Rect& operator=(Rect&& other) noexcept;  ///< the same
+    /// @{
+    /// Member by member.
+    Rect(const Rect&) = default;
+    Rect(Rect&&) = default;
+    Rect& operator=(const Rect& other);
+    Rect& operator=(Rect&& other) noexcept;
     ~Rect() = default;
+    /// @}
 
-    /// Voxels along x: 0 for an empty range. The full range of 2^32 voxels wraps to 0.
+    /// Voxels along x: 0 for an empty range, and 0 for the full range of 2^32 voxels, which wraps.
     unsigned int width() const;
     unsigned int height() const;  ///< voxels along y, likewise
     unsigned int depth() const;   ///< voxels along z, likewise

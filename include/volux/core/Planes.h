@@ -1,8 +1,8 @@
 /// @file
 /// Orthogonal planes: one axis-aligned slice out of a volume, or back into it.
 ///
-/// A plane is an image of depth 1 with the volume's channels. Its axes run along these of the
-/// volume:
+/// A plane is an image of depth 1 with the volume's channels. Indices and extents are in voxels.
+/// The axes of a plane run along these axes of the volume:
 ///
 /// | functions                  | index along | plane x is | plane y is | plane (i, j) is volume |
 /// |----------------------------|-------------|------------|------------|------------------------|
@@ -10,8 +10,10 @@
 /// | getYzPlane() setYzPlane()  | x           | y          | z          | (index, i, j)          |
 /// | getZxPlane() setZxPlane()  | y           | z          | x          | (j, index, i)          |
 ///
-/// No spacing is read or written. Every failure is returned before anything is written. Nothing is
-/// locked: `src` may be read by others meanwhile, `dst` may not, and the two may not be one image.
+/// No spacing is read or written. Every failure is returned before anything is written.
+///
+/// Threads: nothing is locked. Other threads may read `src` during a call; no other thread may use
+/// `dst`. The two must not be the same image.
 #pragma once
 
 #include "volux/core/ErrorType.h"
@@ -21,8 +23,9 @@
 namespace volux::core {
 
 /// @name Out of a volume
-/// Sizes the plane `dst` with VxImage::setImageSize(), whose result is deliberately not examined,
-/// and copies the slice of the volume `src`. O(voxels of the plane).
+/// Sizes the plane `dst` with VxImage::setImageSize() and copies the slice of the volume `src`.
+/// O(voxels of the plane). The result of the sizing is not examined, because callers expect no code
+/// for it: after a failed allocation the call succeeds and the plane has no buffer.
 /// @return ERR_NULL_POINTER for a null `dst`; then ERR_INVALID_Z, _X or _Y for an index at or
 ///         beyond the volume's extent along that axis.
 /// @throws base::Exception if `dst` wraps the caller's memory.
@@ -39,11 +42,11 @@ VOLUX_CORE_API ErrorType getZxPlane(unsigned int index, const VxImage<T>& src, V
 /// @}
 
 /// @name Into a volume
-/// Copies the slice z = 0 of the plane `src` into the volume `dst`; the plane's depth is not
-/// tested. O(voxels of the plane).
-/// @return ERR_NULL_POINTER for a null `dst`; then the index as above; then ERR_INVALID_X, _Y or
-///         _Z, the axis of the volume that the plane's width does not fit, the same for its height,
-///         and ERR_INVALID_CHANNEL.
+/// Copies the slice z = 0 of the plane `src` into the volume `dst`. The plane's depth is not
+/// tested. O(voxels of the plane). Never throws.
+/// @return ERR_NULL_POINTER for a null `dst`; then the index as above; then ERR_INVALID_X, _Y or _Z
+///         for the axis of the volume that the plane's width does not fit, the same for its height,
+///         and ERR_INVALID_CHANNEL for another number of channels.
 /// @{
 /// The slice z = index.
 template <class T>

@@ -1,4 +1,4 @@
-// Crop and draw: boxes of voxels between two images.
+// Crops and draws: copies boxes of voxels between two images.
 #pragma once
 
 #include <algorithm>
@@ -11,7 +11,7 @@ namespace volux::core {
 
 namespace detail {
 
-// The last of so many voxels, and how many there are from first to last. Both wrap in 32 bits.
+// The last of `count` voxels, and the number of voxels from first to last. Both wrap in 32 bits.
 constexpr unsigned int lastOf(unsigned int first, unsigned int count)
 {
     return static_cast<unsigned int>(std::int64_t{first} + count - 1);
@@ -22,7 +22,7 @@ constexpr unsigned int countOf(unsigned int first, unsigned int last)
     return static_cast<unsigned int>(std::int64_t{last} - first + 1);
 }
 
-// Copies as many voxels as `extent` spans, from one place to another, z outermost.
+// Copies as many voxels as `extent` spans from one place to another, z outermost.
 template <class T>
 void copyBox(const Place<T>& from, const Place<T>& to, const Rect& extent, unsigned int channels)
 {
@@ -42,8 +42,8 @@ ErrorType VxImage<T>::crop(const Rect& box, VxImage* out)
     const Rect clipped(box.xStart, std::min(detail::lastOf(0, width), box.xEnd), box.yStart,
                        std::min(detail::lastOf(0, height), box.yEnd), box.zStart,
                        std::min(detail::lastOf(0, depth), box.zEnd));
-    // A box beyond the volume wraps to a size that initialize refuses, or, from far enough beyond,
-    // to one that it takes; then the box is empty and `out` stays zero.
+    // A box beyond the volume wraps to a size that initialize refuses. One that starts far enough
+    // beyond wraps to a valid size; that box is empty, and `out` stays zero.
     const ErrorType result =
         out->initialize(detail::countOf(clipped.xStart, clipped.xEnd),
                         detail::countOf(clipped.yStart, clipped.yEnd),
@@ -51,7 +51,7 @@ ErrorType VxImage<T>::crop(const Rect& box, VxImage* out)
     if (result != SUCCESS) {
         return result;
     }
-    out->setVoxelSize(voxelSizeX, voxelSizeY, voxelSizeZ);  // refused, `out` keeps its own
+    out->setVoxelSize(voxelSizeX, voxelSizeY, voxelSizeZ);  // if refused, `out` keeps its own
     detail::copyBox<T>({detail::Layout<T>(*this), {clipped.xStart, clipped.yStart, clipped.zStart}},
                        {detail::Layout<T>(*out), {0, 0, 0}}, clipped, channels);
     return SUCCESS;
@@ -63,7 +63,7 @@ ErrorType VxImage<T>::draw(const VxImage& src, unsigned int x, unsigned int y, u
     if (channels != src.channels) {
         return ERR_INVALID_CHANNEL;
     }
-    // Channel 0 exists unless there are none.
+    // Channel 0 exists unless the image has no channels.
     if (!hasVoxel(static_cast<int>(x), static_cast<int>(y), static_cast<int>(z), 0)) {
         return ERR_INVALID_ARGUMENT;
     }

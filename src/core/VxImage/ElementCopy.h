@@ -1,6 +1,5 @@
-// Copies elements in the order of a nest of loops. That order decides the result where elements are
-// shared or the memories overlap; whatever is faster than one by one is taken only where it gives
-// the same.
+// Copies elements in the order of a nest of loops. The order decides the result where elements are
+// shared or memory overlaps, so a faster way is taken only where its result is the same.
 #pragma once
 
 #include <algorithm>
@@ -15,7 +14,8 @@
 
 namespace volux::core::detail {
 
-// As fast as std::memset, which knows bytes only: the block stays in the nearest cache.
+// As fast as std::memset, which knows only bytes: the block that is copied on stays in the nearest
+// cache.
 template <class T>
 void fillRun(T* dst, T value, std::int64_t count)
 {
@@ -26,7 +26,7 @@ void fillRun(T* dst, T value, std::int64_t count)
     }
 }
 
-// Whether copying forward reads what it has written before.
+// Whether a forward copy reads elements that it has written.
 template <class T>
 bool feedsItself(const T* src, const T* dst, std::int64_t count)
 {
@@ -34,8 +34,8 @@ bool feedsItself(const T* src, const T* dst, std::int64_t count)
     return before(src, dst) && before(dst, stepped(src, count));
 }
 
-// A processor waits for a line that it writes to, unlike for one that it reads, so each is asked
-// for some steps before.
+// A processor stalls on a cache line that it writes to, unlike on one that it reads, so the lines
+// of `dst` are prefetched some steps ahead.
 template <class T>
 void copyOneByOne(const T* src, T* dst, const Loop& outer, const Loop& inner)
 {
@@ -65,7 +65,8 @@ void copyRow(const T* src, T* dst, const Loop& row)
     }
 }
 
-// And the order is free: each element is written once, and none of those is read.
+// Whether the copy transposes a matrix in any order: it writes each element once and reads none of
+// those.
 template <class T>
 bool isTransposition(const T* src, const T* dst, const Loop& rows, const Loop& row)
 {
@@ -80,7 +81,7 @@ bool isTransposition(const T* src, const T* dst, const Loop& rows, const Loop& r
 template <class T>
 void copyRows(const T* src, T* dst, const Loop& rows, const Loop& row)
 {
-    if (row.count < kBlockSide) {  // so short that a call for each would cost more than it saves
+    if (row.count < kBlockSide) {  // a call for each short row would cost more than it saves
         copyOneByOne(src, dst, rows, row);
     } else if (rows.count >= kBlockSide && isTransposition(src, dst, rows, row)) {
         transpose(src, rows.from, dst, row.to, rows.count, row.count);
@@ -109,8 +110,8 @@ struct VoxelIndex {
     unsigned int z;
 };
 
-// A voxel that need not exist while nothing is copied. Its indices are those of
-// VxImage::operator(), where one from 2^31 on counts backwards.
+// A voxel, which need not exist if nothing is copied. As in VxImage::operator(), an index from 2^31
+// on counts backwards.
 template <class T>
 struct Place {
     Layout<T> layout;
@@ -124,7 +125,7 @@ struct Place {
     }
 };
 
-// From one voxel to the other and on by three loops, with all channels.
+// Copies voxels with all their channels by three loops, from one place to the other.
 template <class T>
 void copyVoxels(const Place<T>& from, const Place<T>& to, const Loop& slices, const Loop& rows,
                 const Loop& row, unsigned int channels)

@@ -1,4 +1,4 @@
-// Fill, whole and per channel.
+// Fills all channels or one.
 #pragma once
 
 #include "ElementCopy.h"
@@ -9,7 +9,7 @@ namespace volux::core {
 
 namespace detail {
 
-// One value copied to every voxel: where it is read, no loop steps on.
+// Copies one value to every voxel: no loop steps along the source.
 template <class T>
 void fillChannels(const VxImage<T>& image, unsigned int first, unsigned int count, T value)
 {

@@ -1,4 +1,4 @@
-// A nest of loops over the elements of two memories: in which order they are visited.
+// A nest of loops over the elements of a source and a destination, and its order.
 #pragma once
 
 #include <algorithm>
@@ -11,8 +11,8 @@ namespace volux::core::detail {
 
 struct Loop {
     std::int64_t count;
-    std::int64_t from;  // elements between two steps, where they are read
-    std::int64_t to;    // and where they are written
+    std::int64_t from;  // source elements per step
+    std::int64_t to;    // destination elements per step
 };
 
 using Nest = std::array<Loop, 4>;  // outermost first
@@ -22,8 +22,8 @@ inline bool isEmpty(const Nest& nest)
     return std::any_of(nest.begin(), nest.end(), [](const Loop& loop) { return loop.count == 0; });
 }
 
-// The same elements in the same order by fewer loops, which are the inner ones: a loop that goes on
-// where the one inside it has ended is one with it, unless it got more steps than an extent has.
+// Merges adjacent loops that walk contiguous memory; the elements and their order stay the same.
+// The loops that remain are the inner ones. A merged loop has at most as many steps as an extent.
 inline Nest fused(Nest nest)
 {
     constexpr std::int64_t kMostSteps = std::numeric_limits<int>::max();

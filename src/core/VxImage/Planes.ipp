@@ -1,4 +1,4 @@
-// Slices out of and into a volume.
+// Copies slices out of a volume and into it.
 #pragma once
 
 #include <initializer_list>
@@ -27,8 +27,8 @@ inline ErrorType firstMismatch(std::initializer_list<Fit> fits)
     return SUCCESS;
 }
 
-// The result of the resize is not examined, deliberately; but without a buffer there is nowhere to
-// copy to.
+// The result of the resize is not examined, because callers expect no code for it; but without a
+// buffer there is nothing to copy to.
 template <class T>
 bool sizePlane(VxImage<T>& plane, const ImageSize& size)
 {
@@ -36,7 +36,7 @@ bool sizePlane(VxImage<T>& plane, const ImageSize& size)
     return plane.getBufferPointer() != nullptr;
 }
 
-// Copies a plane of voxels between a volume and the whole of a plane image.
+// Copies a plane of voxels between a volume and a plane image.
 template <class T>
 void copyPlane(const Place<T>& from, const Place<T>& to, const Loop& rows, const Loop& row,
                unsigned int channels)
@@ -84,7 +84,8 @@ ErrorType getYzPlane(unsigned int index, const VxImage<T>& src, VxImage<T>* dst)
     return SUCCESS;
 }
 
-// The outer loop runs along the plane's x here, which is the volume's z.
+// Here the outer loop runs along the plane's x, which is the volume's z: the order decides the
+// result where images overlap.
 template <class T>
 ErrorType getZxPlane(unsigned int index, const VxImage<T>& src, VxImage<T>* dst)
 {

@@ -1,4 +1,4 @@
-// Sampling at fractional positions: voxel and physical front ends, conversion to T.
+// Samples at fractional positions, in voxels or physical units, and converts the result to T.
 #pragma once
 
 #include <type_traits>
@@ -13,15 +13,15 @@ namespace volux::core {
 
 namespace detail {
 
-// A physical position in voxels. Most images have no spacing but 1.0, and a division takes as long
-// as much of a kernel.
+// Converts a physical position to voxels. Most images have a spacing of 1.0, and a division takes
+// as long as a good part of a kernel.
 inline double inVoxels(double position, double voxelSize)
 {
     return voxelSize == 1.0 ? position : position / voxelSize;
 }
 
-// What the kernel gives at (x, y, z), in voxels: a double, or a voxel as it is. A channel's bits
-// are taken as they are.
+// Calls the kernel at (x, y, z), in voxels, for a double or a voxel as it is. The channel keeps its
+// bits.
 template <class T, class I, class B>
 auto sample(const VxImage<T>& image, double x, double y, double z, int c, I& interpolator, B border,
             T value)
@@ -30,8 +30,8 @@ auto sample(const VxImage<T>& image, double x, double y, double z, int c, I& int
     if constexpr (std::is_same_v<I, Interpolator*>) {
         return RunTime::invoke(*interpolator, image, x, y, z, channel, border, value);
     } else if constexpr (std::is_same_v<I, Cubic> || std::is_same_v<B, Border*>) {
-        // Long, or about to choose by the border: a call is little beside it, a copy in every front
-        // end much.
+        // These kernels are long or first choose by the border: beside that a call costs little,
+        // and a copy in every front end would cost much.
         return interpolator(image, x, y, z, channel, border, value);
     } else {
         return kernel(interpolator, image, x, y, z, channel, border, value);
@@ -40,7 +40,7 @@ auto sample(const VxImage<T>& image, double x, double y, double z, int c, I& int
 
 }  // namespace detail
 
-// Without a border, what lies outside reads 0.
+// Forms without a border read 0 outside the image.
 
 template <class T>
 template <class I>

@@ -1,4 +1,4 @@
-// How an image gets storage, lays it out, copies it and gives it back; the spacing of its voxels.
+// Allocates, lays out, copies and frees the storage of an image; sets its spacing.
 #pragma once
 
 #include <algorithm>
@@ -18,7 +18,7 @@ inline std::uint64_t byteCount(const ImageSize& size, std::size_t elementBytes)
     return std::uint64_t{size.channels} * size.depth * size.height * size.width * elementBytes;
 }
 
-// What std::size_t cannot hold (on a 32-bit machine), no allocator can supply either.
+// No allocator can supply what std::size_t cannot hold, on a 32-bit machine.
 inline std::size_t allocatable(std::uint64_t bytes)
 {
     return static_cast<std::size_t>(
@@ -54,7 +54,7 @@ template <class T>
 void VxImage<T>::terminate()
 {
     freeBuffer();
-    buffer = nullptr;  // the caller's block, if it was one, is only forgotten
+    buffer = nullptr;  // a caller's block is not freed
     memoryMode = 0;
     width = height = depth = channels = 0;
     strideX = strideY = strideZ = 0;
@@ -124,7 +124,7 @@ ErrorType VxImage<T>::setImageSize(unsigned int sizeX, unsigned int sizeY, unsig
     if (bufferBytes >= need) {
         return SUCCESS;
     }
-    freeBuffer();  // succeeds: the block is the image's own
+    freeBuffer();  // succeeds, because the image owns the block
     return allocateBuffer(detail::allocatable(need));
 }
 
@@ -140,7 +140,7 @@ ErrorType VxImage<T>::setImageData(const void* data, std::size_t bytes)
     if (bytes != detail::byteCount(getImageSize(), sizeof(T))) {
         return ERR_INVALID_ARGUMENT;
     }
-    if (bytes != 0) {  // the pointers of nothing may be null
+    if (bytes != 0) {  // otherwise either pointer may be null
         std::memmove(buffer, data, bytes);
     }
     return SUCCESS;
@@ -159,7 +159,7 @@ void VxImage<T>::setImageStride(unsigned int newStrideY, unsigned int newStrideZ
 template <class T>
 ErrorType VxImage<T>::setVoxelSize(double x, double y, double z)
 {
-    if (0.0 >= x || 0.0 >= y || 0.0 >= z) {  // NaN is not, and is taken
+    if (0.0 >= x || 0.0 >= y || 0.0 >= z) {  // false for NaN, which is accepted
         return ERR_INVALID_ARGUMENT;
     }
     voxelSizeX = x;
@@ -216,8 +216,7 @@ ErrorType VxImage<T>::copyFrom(const VxImage& other, bool copyData)
     voxelSizeZ = other.voxelSizeZ;
     const std::size_t bytes = detail::allocatable(detail::byteCount(getImageSize(), sizeof(T)));
     const ErrorType result = allocateBuffer(bytes);
-    // The source may be this very image, so its buffer is looked at only now; an image without one
-    // has nothing to copy.
+    // The source may be this very image, so its buffer is read only after the allocation.
     if (result == SUCCESS && copyData && other.buffer != nullptr) {
         std::memmove(buffer, other.buffer, bytes);
     }

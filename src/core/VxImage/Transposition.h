@@ -1,5 +1,5 @@
 // Transposes a matrix tile by tile. An optimising compiler keeps a tile in registers and
-// interleaves them: what intrinsics would spell, for every element type and processor.
+// interleaves them as intrinsics would, for every element type and processor.
 #pragma once
 
 #include <algorithm>
@@ -16,7 +16,7 @@ struct Tile {
     T elements[kSide * kSide];
 };
 
-// Turns the bits of every element's index by one to the left.
+// Rotates the bits of every element's index to the left by one.
 template <class T>
 Tile<T> interleaved(const Tile<T>& tile)
 {
@@ -29,7 +29,7 @@ Tile<T> interleaved(const Tile<T>& tile)
     return result;
 }
 
-// Row and column are the two halves of an index; turned by half of its bits, they change places.
+// Row and column are the two halves of an index; rotating it by half of its bits swaps them.
 template <class T>
 void transposeTile(const T* src, std::int64_t srcRow, T* dst, std::int64_t dstRow)
 {
@@ -60,13 +60,14 @@ void transposeBlock(const T* src, std::int64_t srcRow, T* dst, std::int64_t dstR
     }
 }
 
-// The matrix has at least a block of rows and of columns. The elements are written in no particular
-// order, and some twice: the last blocks reach back over those before them.
+// The matrix must have at least a block of rows and of columns. Elements are written in no
+// particular order, and some twice: the last blocks overlap those before them.
 template <class T>
 void transpose(const T* src, std::int64_t srcRow, T* dst, std::int64_t dstRow, std::int64_t rows,
                std::int64_t columns)
 {
-    // Lines far apart evict each other, so the inner loop runs along these.
+    // Cache lines far apart evict each other, so the inner loop runs along the rows that are
+    // farther apart.
     const bool alongRows = srcRow > dstRow;
     const auto outerCount = alongRows ? rows : columns;
     const auto innerCount = alongRows ? columns : rows;

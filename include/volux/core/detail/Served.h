@@ -1,5 +1,5 @@
 /// @file
-/// What the module's instantiations serve, and the sentences that refuse the rest while compiling.
+/// What volux_core is instantiated for, and the sentences with which a compiler refuses the rest.
 #pragma once
 
 #include <type_traits>
@@ -21,7 +21,8 @@ namespace detail {
 /// Selects the constructors that build the static policy objects before any code runs.
 struct ConstantInitialized {};
 
-/// First parameter of the overloads that only a call without template arguments can select.
+/// First template parameter of the overloads that only a call without template arguments can
+/// select.
 enum class Deduced {};
 
 template <class T>
@@ -39,11 +40,11 @@ template <class B>
 inline constexpr bool isBorderKind =
     std::is_same_v<B, Constant> || std::is_same_v<B, Replication> || std::is_same_v<B, Border*>;
 
-/// Always false; refuses to compile for policies that the module does not serve.
+/// Always false; does not compile for policies that volux_core does not serve.
 ///
-/// It stands in the noexcept clauses of the sampling templates, because those are evaluated
-/// for the one overload that a call selects, leave the exported names alone, and so turn what would
-/// be an unresolved symbol into a sentence.
+/// The noexcept clauses of the sampling templates call it, because a compiler evaluates them for
+/// the one overload that a call selects, and they are no part of the exported names. So a sentence
+/// stops what would otherwise be an unresolved symbol.
 template <bool InterpolatorServed, bool BorderServed>
 constexpr bool refuseUnless()
 {
@@ -64,7 +65,7 @@ constexpr bool byValue()
     return refuseUnless<isServed, isBorderKind<B>>();
 }
 
-/// The interpolator argument is an Interpolator*, and I names it: Interpolator, or Interpolator*.
+/// The interpolator argument is an Interpolator*, which I names Interpolator or Interpolator*.
 template <class I, class B = Constant>
 constexpr bool byAddress()
 {
@@ -72,7 +73,7 @@ constexpr bool byAddress()
     return refuseUnless<isServed, isBorderKind<B>>();
 }
 
-/// The address of a policy as that of its base.
+/// Converts the address of a policy to that of its base.
 template <class Base, class Policy>
 constexpr Base* asBase(Policy* policy)
 {
