@@ -8,19 +8,22 @@ if(NOT TARGET hwy::hwy OR NOT TARGET Threads::Threads)
 endif()
 
 add_library(volux_resample SHARED
-    src/resample/AffineMap.cpp
-    src/resample/AlignedRows.cpp
-    src/resample/Grid.cpp
-    src/resample/Lines.cpp
-    src/resample/ObliqueRows.cpp
-    src/resample/Processors.cpp
-    src/resample/Resample.cpp
-    src/resample/Sample.cpp
-    src/resample/Samples.cpp
-    src/resample/Store.cpp
-    src/resample/Support.cpp
-    src/resample/Task.cpp
-    src/resample/Work.cpp
+    src/resample/calls/AffineMap.cpp
+    src/resample/calls/Checks.cpp
+    src/resample/calls/Grid.cpp
+    src/resample/calls/Policies.cpp
+    src/resample/calls/Resample.cpp
+    src/resample/calls/Sample.cpp
+    src/resample/calls/Support.cpp
+    src/resample/rows/AlignedRows.cpp
+    src/resample/rows/ObliqueRows.cpp
+    src/resample/rows/Processors.cpp
+    src/resample/rows/Rows.cpp
+    src/resample/rows/Task.cpp
+    src/resample/rows/Work.cpp
+    src/resample/vectors/Block.cpp
+    src/resample/vectors/Elements.cpp
+    src/resample/vectors/Lines.cpp
 )
 add_library(volux::resample ALIAS volux_resample)
 target_compile_features(volux_resample PUBLIC cxx_std_17)

@@ -18,7 +18,7 @@ set(VOLUX_RESAMPLE_TESTS
     resample/ThreadsTest.cpp
     resample/WorkTest.cpp
     support/Allocation.cpp
-    ${PROJECT_SOURCE_DIR}/src/resample/Processors.cpp
+    ${PROJECT_SOURCE_DIR}/src/resample/rows/Processors.cpp
 )
 # The undefined-behaviour sanitizer reads the type of every object whose virtual function is called.
 if(NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize")

@@ -11,7 +11,7 @@
 #include <thread>
 
 #include "Expected.h"
-#include "resample/Processors.h"
+#include "resample/rows/Processors.h"
 
 namespace volux::test {
 namespace {

@@ -1,7 +1,9 @@
+#include "ObliqueRows.h"
+
 #include <algorithm>
 
-#include "Rows.h"
-#include "Store.h"
+#include "exact/Rules.h"
+#include "resample/vectors/Elements.h"
 
 namespace volux::resample::detail {
 
@@ -38,10 +40,8 @@ void project(Projection projection, const double* samples, std::size_t count, do
 
 Position rowOf(const AffineMap& map, double j, double k)
 {
-    const auto coordinate = [&](const double(&row)[4]) {
-        return (row[3] + row[2] * k) + row[1] * j;
-    };
-    return {coordinate(map.rows[0]), coordinate(map.rows[1]), coordinate(map.rows[2])};
+    return {exact::rowStart(map.rows[0], j, k), exact::rowStart(map.rows[1], j, k),
+            exact::rowStart(map.rows[2], j, k)};
 }
 
 }  // namespace
@@ -68,7 +68,7 @@ void ObliqueRows::operator()(std::size_t first, std::size_t end) const
 
 void ObliqueRows::fillBox(unsigned int yFirst, unsigned int zFirst) const
 {
-    const Raster& to = task_.destination;
+    const UntypedImage& to = task_.destination;
     const unsigned int yEnd = yFirst + std::min(boxRows_, to.height - yFirst);
     const unsigned int zEnd = zFirst + std::min(boxSlices_, to.depth - zFirst);
     Block block;
@@ -87,16 +87,16 @@ void ObliqueRows::fillBox(unsigned int yFirst, unsigned int zFirst) const
 void ObliqueRows::fill(unsigned int x, unsigned int y, unsigned int z, unsigned int c,
                        Block& block) const
 {
-    const Raster& to = task_.destination;
+    const UntypedImage& to = task_.destination;
     double projected[kColumns];
-    const double* readings = block.samples;
+    const double* readings = block.readings;
     takePlane(x, y, task_.slab.planes * std::size_t{z}, c, block);
     if (task_.slab.planes > 1) {
-        std::copy_n(block.samples, block.count, projected);
+        std::copy_n(block.readings, block.count, projected);
         projectPlanes(x, y, z, c, block, projected);
         readings = projected;
     }
-    store(to.type, overflow_, readings, block.count, to.strideX, to.at(x, y, z, c));
+    storeElements({to.type, overflow_}, readings, block.count, to.strideX, to.at(x, y, z, c));
 }
 
 void ObliqueRows::projectPlanes(unsigned int x, unsigned int y, unsigned int z, unsigned int c,
@@ -105,7 +105,7 @@ void ObliqueRows::projectPlanes(unsigned int x, unsigned int y, unsigned int z, 
     const Slab& slab = task_.slab;
     for (unsigned int plane = 1; plane < slab.planes; ++plane) {
         takePlane(x, y, slab.planes * std::size_t{z} + plane, c, block);
-        project(slab.projection, block.samples, block.count, projected);
+        project(slab.projection, block.readings, block.count, projected);
     }
     for (std::size_t n = 0; slab.projection == Projection::MEAN && n < block.count; ++n) {
         projected[n] /= slab.planes;
@@ -121,7 +121,7 @@ void ObliqueRows::takePlane(unsigned int x, unsigned int y, std::size_t plane, u
     const Position row =
         rowOf(task_.map, box.yStart + y, box.zStart + static_cast<unsigned int>(plane));
     fillPositions(row, {rows[0][0], rows[1][0], rows[2][0]}, box.xStart + x, block);
-    task_.source.take(c, block);
+    task_.source.read(c, block);
 }
 
 }  // namespace volux::resample::detail

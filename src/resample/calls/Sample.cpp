@@ -3,12 +3,16 @@
 #include <new>
 #include <type_traits>
 
-#include "ElementTypes.h"
-#include "OwnPolicies.h"
-#include "Store.h"
-#include "Task.h"
-#include "Work.h"
+#include "CallersPolicies.h"
+#include "Checks.h"
+#include "Policies.h"
+#include "exact/Rules.h"
+#include "resample/rows/Cost.h"
+#include "resample/rows/Work.h"
+#include "resample/vectors/Elements.h"
 #include "volux/resample/Resample.h"
+
+#include "volux/core/detail/ElementTypes.inc"
 
 namespace volux::resample {
 
@@ -61,10 +65,10 @@ void sampleBlock(const Source& source, const Places& places, const Results& resu
 {
     fill(places, first, block);
     for (unsigned int c = 0; c < results.channels; ++c) {
-        source.take(results.first + c, block);
-        store(results.type, overflow, block.samples, block.count,
-              static_cast<std::int64_t>(results.channels * results.bytes),
-              results.data + (first * results.channels + c) * results.bytes);
+        source.read(results.first + c, block);
+        storeElements({results.type, overflow}, block.readings, block.count,
+                      static_cast<std::int64_t>(results.channels * results.bytes),
+                      results.data + (first * results.channels + c) * results.bytes);
     }
 }
 
@@ -81,7 +85,7 @@ ErrorType samplePlaces(const Source& source, const Places& places, const Results
     try {
         const double samples =
             static_cast<double>(places.count) * static_cast<double>(results.channels);
-        const Job job = {places.count, kPart, samples * source.reading.nanoseconds()};
+        const Job job = {places.count, kPart, samples * costAnywhere(source.reading)};
         return shareOut(job, options, part) ? SUCCESS : kCancelled;
     } catch (const std::bad_alloc&) {
         return core::ERR_ALLOCATION_FAILED;
@@ -97,7 +101,7 @@ bool areApart(const void* a, std::size_t aBytes, const void* b, std::size_t bByt
            !before(second, first + aBytes);
 }
 
-ErrorType checkPlaces(const Raster& source, const Places& places, const Results& results)
+ErrorType checkPlaces(const UntypedImage& source, const Places& places, const Results& results)
 {
     if (places.units == Units::PHYSICAL && !isSpacing(places.spacing)) {
         return core::ERR_INVALID_ARGUMENT;
@@ -118,7 +122,7 @@ ErrorType checkPlaces(const Raster& source, const Places& places, const Results&
 template <class T>
 Source sourceOf(const VxImage<T>& image)
 {
-    Source source = {rasterOf(image), {}, {}, {}};
+    Source source = {untyped(image), {}, {}, {}};
     source.region.sourceWidth = image.getWidth();
     source.region.sourceHeight = image.getHeight();
     source.region.sourceDepth = image.getDepth();
@@ -138,7 +142,7 @@ ErrorType sample(const VxImage<T>& image, const Position* positions, std::size_t
         return core::ERR_NULL_POINTER;
     }
     detail::Source source = detail::sourceOf(image);
-    ErrorType result = detail::checkSource(source.raster);
+    ErrorType result = detail::checkSource(source.image);
     if (result == SUCCESS) {
         result = detail::readingOf<T>(options, source.reading);
     }
@@ -153,13 +157,13 @@ ErrorType sample(const VxImage<T>& image, const Position* positions, std::size_t
     const detail::Places places = {positions, count, units,
                                    const_cast<VxImage<T>&>(image).getVoxelSize()};
     const detail::Results to = {
-        detail::typeOf<Result>(), sizeof(Result), reinterpret_cast<unsigned char*>(results),
+        core::detail::tagOf<Result>, sizeof(Result), reinterpret_cast<unsigned char*>(results),
         isAll ? 0U : static_cast<unsigned int>(channel), isAll ? image.getChannels() : 1U};
-    result = detail::checkPlaces(source.raster, places, to);
+    result = detail::checkPlaces(source.image, places, to);
     if (result != SUCCESS) {
         return result;
     }
-    const detail::OwnPolicies<T> own(image, options);
+    const detail::CallersPolicies<T> own(image, options);
     source.own = own.sample();
     return detail::samplePlaces(source, places, to, options);
 }
@@ -168,7 +172,7 @@ ErrorType sample(const VxImage<T>& image, const Position* positions, std::size_t
     template ErrorType sample<T, RESULT>(const VxImage<T>&, const Position*, std::size_t, Units, \
                                          int, RESULT*, const Options&);
 #define VOLUX_SAMPLE_AS_IT_IS(T) VOLUX_SAMPLE(T, T)
-VOLUX_RESAMPLE_FOR_EACH_ELEMENT_TYPE(VOLUX_SAMPLE_AS_IT_IS)
+VOLUX_FOR_EACH_ELEMENT_TYPE(VOLUX_SAMPLE_AS_IT_IS)
 VOLUX_SAMPLE(float, double)
 VOLUX_SAMPLE(int, double)
 VOLUX_SAMPLE(short, double)
@@ -179,3 +183,5 @@ VOLUX_SAMPLE(unsigned char, double)
 #undef VOLUX_SAMPLE
 
 }  // namespace volux::resample
+
+#undef VOLUX_FOR_EACH_ELEMENT_TYPE

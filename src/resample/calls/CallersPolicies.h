@@ -1,21 +1,21 @@
 // Samples by volux_core itself, for policies of the caller's own.
 #pragma once
 
-#include "Task.h"
+#include "resample/rows/Task.h"
 
 namespace volux::resample::detail {
 
 // Wraps the voxels of an image in another one whose spacing is 1. Its getDoubleValueReal() then
 // takes positions in voxels, to the last bit.
 template <class T>
-class OwnPolicies {
+class CallersPolicies {
 public:
-    OwnPolicies(const core::VxImage<T>& image, const Options& options) : options_(options)
+    CallersPolicies(const core::VxImage<T>& image, const Options& options) : options_(options)
     {
         voxels_.initializeWithPointer(image.getBufferPointer(), image.getWidth(), image.getHeight(),
                                       image.getDepth(), image.getChannels());
-        const Raster there = rasterOf(image);
-        const Raster here = rasterOf(voxels_);
+        const UntypedImage there = untyped(image);
+        const UntypedImage here = untyped(voxels_);
         if (there.strideX != here.strideX || there.strideY != here.strideY ||
             there.strideZ != here.strideZ || there.strideC != here.strideC) {
             // Strides that were set fit 32 bits; longer ones are those of every new image.

@@ -1,9 +1,9 @@
-// Which voxels of the source a box of the output reads.
+#include "Support.h"
+
 #include <algorithm>
 #include <cmath>
 
-#include "Exact.h"
-#include "Task.h"
+#include "exact/Rules.h"
 
 namespace volux::resample::detail {
 
@@ -31,29 +31,32 @@ void extremes(const AffineMap& map, const core::Rect& box, Position& least, Posi
     }
 }
 
-// Indices before the first neighbour of a position.
-int before(Kernel kernel)
+int firstNeighbour(Kernel kernel, double position)
 {
-    return kernel == Kernel::CUBIC ? 1 : 0;
+    switch (kernel) {
+        case Kernel::NEAREST:
+            return exact::firstNeighbour<Kernel::NEAREST>(position);
+        case Kernel::LINEAR:
+            return exact::firstNeighbour<Kernel::LINEAR>(position);
+        case Kernel::CUBIC:
+            return exact::firstNeighbour<Kernel::CUBIC>(position);
+    }
+    __builtin_unreachable();  // there is no other kernel
 }
 
 // The indices that the kernel reads along one axis, cut to those that there are. Where none is
 // inside, Constant reads nothing, and Replication the nearer end.
 Range read(Kernel kernel, double least, double greatest, unsigned int extent)
 {
-    constexpr double kNear = 0x1p30;
-    const unsigned int last = extent - 1;
     if (!(std::abs(least) <= kNear && std::abs(greatest) <= kNear)) {
-        return {0, last};  // indices may wrap, and clamp to either end
+        return {0, extent - 1};  // indices may wrap, and clamp to either end
     }
-    const double half = kernel == Kernel::NEAREST ? 0.5 : 0.0;
-    const std::int64_t from = lowerVoxel(least + half) - before(kernel);
-    const std::int64_t to = lowerVoxel(greatest + half) - before(kernel) + reach(kernel) - 1;
-    const auto clamped = [&](std::int64_t index) {
-        return static_cast<unsigned int>(
-            std::clamp<std::int64_t>(index, 0, static_cast<std::int64_t>(last)));
+    const int first = firstNeighbour(kernel, least);
+    const int last = firstNeighbour(kernel, greatest) + reach(kernel) - 1;
+    const auto clamped = [&](int index) {
+        return static_cast<unsigned int>(exact::clamped(index, extent));
     };
-    return {clamped(from), clamped(to)};
+    return {clamped(first), clamped(last)};
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "Matrix.h"
+#include "exact/Rules.h"
 
 namespace volux::resample {
 
@@ -11,7 +12,7 @@ namespace {
 
 double coordinate(const double (&row)[4], double i, double j, double k)
 {
-    return ((row[3] + row[2] * k) + row[1] * j) + row[0] * i;
+    return exact::along(exact::rowStart(row, j, k), row[0], i);
 }
 
 double determinant(const detail::Matrix& m)

@@ -1,10 +1,13 @@
+#include "AlignedRows.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
 
-#include "Exact.h"
-#include "Rows.h"
-#include "Store.h"
+#include "exact/ElementTypes.h"
+#include "exact/Rules.h"
+#include "resample/vectors/Elements.h"
+#include "resample/vectors/Lines.h"
 
 namespace volux::resample::detail {
 
@@ -29,7 +32,7 @@ bool runsAlongAxes(const AffineMap& map)
 
 bool isNear(const Position& p)
 {
-    const auto near = [](double coordinate) { return std::abs(coordinate) <= 0x1p30; };
+    const auto near = [](double coordinate) { return std::abs(coordinate) <= kNear; };
     return near(p.x) && near(p.y) && near(p.z);
 }
 
@@ -47,7 +50,7 @@ std::vector<double> coordinates(unsigned int extent, const std::function<double(
 // takes its place.
 std::int64_t nearestBytes(double coordinate, const Axis& axis, const Outside& outside)
 {
-    const int index = AxisWeights<Kernel::NEAREST>(coordinate).first;
+    const int index = exact::firstNeighbour<Kernel::NEAREST>(coordinate);
     return outside.isConstant && !axis.holds(index) ? kOutside : axis.bytes(axis.clamped(index));
 }
 
@@ -68,19 +71,19 @@ void copyElements(const unsigned char* from, const std::vector<std::int64_t>& co
 
 class StoreLines : public LineSink {
 public:
-    StoreLines(const Raster& to, Overflow overflow, std::size_t columns, unsigned char* first)
+    StoreLines(const UntypedImage& to, Overflow overflow, std::size_t columns, unsigned char* first)
         : to_(to), overflow_(overflow), columns_(columns), first_(first)
     {
     }
 
-    void take(std::size_t row, const double* samples) override
+    void take(std::size_t line, const double* readings) override
     {
-        store(to_.type, overflow_, samples, columns_, to_.strideX,
-              first_ + to_.strideY * static_cast<std::int64_t>(row));
+        storeElements({to_.type, overflow_}, readings, columns_, to_.strideX,
+                      first_ + to_.strideY * static_cast<std::int64_t>(line));
     }
 
 private:
-    const Raster& to_;
+    const UntypedImage& to_;
     Overflow overflow_;
     std::size_t columns_;
     unsigned char* first_;
@@ -91,12 +94,12 @@ private:
 bool AlignedRows::serve(const Task& task)
 {
     const core::Rect& box = task.output;
-    const Raster& to = task.destination;
+    const UntypedImage& to = task.destination;
     const std::uint64_t entries = std::uint64_t{to.width} + to.height + to.depth;
     // Coordinates run from one corner's to the other's.
     return entries <= kLongestTables && runsAlongAxes(task.map) && task.slab.planes == 1 &&
            !task.source.reading.isOwn &&
-           haveWords(task.source.voxels(0), task.source.raster.elementBytes) &&
+           haveWords(task.source.channel(0), task.source.image.elementBytes) &&
            isNear(task.map(box.xStart, box.yStart, box.zStart)) &&
            isNear(task.map(box.xEnd, box.yEnd, box.zEnd));
 }
@@ -105,7 +108,7 @@ AlignedRows::AlignedRows(const Task& task, Overflow overflow) : task_(task), ove
 {
     const AffineMap& map = task.map;
     const core::Rect& box = task.output;
-    const Raster& to = task.destination;
+    const UntypedImage& to = task.destination;
     // The products with the other two indices are zeros of one sign: any index will do.
     x_ = coordinates(to.width, [&](unsigned int n) { return map(box.xStart + n, 0, 0).x; });
     y_ = coordinates(to.height, [&](unsigned int n) { return map(0, box.yStart + n, 0).y; });
@@ -113,10 +116,10 @@ AlignedRows::AlignedRows(const Task& task, Overflow overflow) : task_(task), ove
     if (task.source.reading.kernel != Kernel::NEAREST) {
         return;
     }
-    const Voxels voxels = task.source.voxels(0);
-    isRun_ = voxels.x.stride == to.elementBytes && to.strideX == to.elementBytes;
+    const Channel channel = task.source.channel(0);
+    isRun_ = channel.x.stride == to.elementBytes && to.strideX == to.elementBytes;
     for (unsigned int n = 0; n < to.width; ++n) {
-        columns_.push_back(nearestBytes(x_[n], voxels.x, task.source.reading.outside));
+        columns_.push_back(nearestBytes(x_[n], channel.x, task.source.reading.outside));
         isRun_ = isRun_ && columns_[n] == columns_[0] + n * to.elementBytes;
     }
     isRun_ = isRun_ && columns_[0] != kOutside;
@@ -147,8 +150,8 @@ void AlignedRows::fillSlice(unsigned int z, unsigned int y, unsigned int yEnd) c
 
 void AlignedRows::fillLines(unsigned int z, unsigned int y, unsigned int yEnd, unsigned int c) const
 {
-    const Raster& to = task_.destination;
-    Lines lines = {task_.source.voxels(c),
+    const UntypedImage& to = task_.destination;
+    Lines lines = {task_.source.channel(c),
                    task_.source.reading.kernel,
                    task_.source.reading.outside,
                    nullptr,
@@ -160,26 +163,26 @@ void AlignedRows::fillLines(unsigned int z, unsigned int y, unsigned int yEnd, u
         lines.x = x_.data() + x;
         lines.columns = std::min<std::size_t>(kTile, to.width - x);
         StoreLines store(to, overflow_, lines.columns, to.at(x, y, z, c));
-        takeLines(lines, store);
+        readLines(lines, store);
     }
 }
 
 void AlignedRows::copySlice(unsigned int z, unsigned int y, unsigned int yEnd, unsigned int c) const
 {
-    const Raster& to = task_.destination;
-    const Voxels voxels = task_.source.voxels(c);
+    const UntypedImage& to = task_.destination;
+    const Channel channel = task_.source.channel(c);
     const Outside& outside = task_.source.reading.outside;
-    const std::int64_t slice = nearestBytes(z_[z], voxels.z, outside);
+    const std::int64_t slice = nearestBytes(z_[z], channel.z, outside);
     const auto rowBytes = static_cast<std::size_t>(to.width * to.elementBytes);
     std::int64_t before = kOutside - 1;  // the source row of the destination row before
     for (unsigned int n = y; n < yEnd; ++n) {
-        const std::int64_t row = nearestBytes(y_[n], voxels.y, outside);
+        const std::int64_t row = nearestBytes(y_[n], channel.y, outside);
         const bool isOutside = slice == kOutside || row == kOutside;
         unsigned char* const place = to.at(0, n, z, c);
         if (row == before && to.strideX == to.elementBytes) {
             std::memcpy(place, place - to.strideY, rowBytes);
         } else {
-            copyRow(isOutside ? nullptr : voxels.data + slice + row, place);
+            copyRow(isOutside ? nullptr : channel.data + slice + row, place);
         }
         before = row;
     }
@@ -187,28 +190,17 @@ void AlignedRows::copySlice(unsigned int z, unsigned int y, unsigned int yEnd, u
 
 void AlignedRows::copyRow(const unsigned char* from, unsigned char* to) const
 {
-    const Raster& raster = task_.destination;
+    const UntypedImage& image = task_.destination;
     if (isRun_ && from != nullptr) {
         std::memcpy(to, from + columns_[0],
-                    static_cast<std::size_t>(raster.width * raster.elementBytes));
+                    static_cast<std::size_t>(image.width * image.elementBytes));
         return;
     }
-    alignas(double) unsigned char constant[sizeof(double)];
-    convert(raster.type, overflow_, &task_.source.reading.outside.value, 1, constant);
-    const auto copy = [&](auto element) {
-        std::memcpy(&element, constant, sizeof element);
-        copyElements(from, columns_, element, raster.strideX, to);
-    };
-    switch (raster.elementBytes) {
-        case sizeof(std::uint8_t):
-            return copy(std::uint8_t{});
-        case sizeof(std::uint16_t):
-            return copy(std::uint16_t{});
-        case sizeof(std::uint32_t):
-            return copy(std::uint32_t{});
-        default:
-            return copy(std::uint64_t{});
-    }
+    exact::withElementType(image.type, [&](auto element) {
+        typename decltype(element)::Type constant;
+        convert({image.type, overflow_}, &task_.source.reading.outside.value, 1, &constant);
+        copyElements(from, columns_, constant, image.strideX, to);
+    });
 }
 
 }  // namespace volux::resample::detail

@@ -3,9 +3,13 @@
 #include <cstdint>
 #include <new>
 
-#include "ElementTypes.h"
-#include "OwnPolicies.h"
-#include "Task.h"
+#include "CallersPolicies.h"
+#include "Checks.h"
+#include "Policies.h"
+#include "Support.h"
+#include "resample/rows/Rows.h"
+
+#include "volux/core/detail/ElementTypes.inc"
 
 namespace volux::resample {
 
@@ -69,20 +73,20 @@ ErrorType allocate(VxImage<T>& destination, const core::ImageSize& size)
 
 // Tests a destination that holds a buffer, and gives one to any other.
 template <class T>
-ErrorType prepare(VxImage<T>& destination, const core::ImageSize& size, const Raster& source)
+ErrorType prepare(VxImage<T>& destination, const core::ImageSize& size, const UntypedImage& source)
 {
     if (destination.getBufferPointer() == nullptr) {
         return allocate(destination, size);
     }
     const ErrorType fits = checkFit(destination, size);
-    return fits == SUCCESS ? checkOverlap(source, rasterOf(destination)) : fits;
+    return fits == SUCCESS ? checkOverlap(source, untyped(destination)) : fits;
 }
 
 // Whether the brick is inside the source and holds what is read.
 ErrorType checkBrick(const Task& task)
 {
     const ResampleRegion& region = task.source.region;
-    const Raster& brick = task.source.raster;
+    const UntypedImage& brick = task.source.image;
     const core::Rect need = supportOf(task.map, task.output, region, task.source.reading);
     const auto holds = [](unsigned int first, std::uint64_t extent, unsigned int whole,
                           unsigned int needFirst, unsigned int needLast) {
@@ -114,7 +118,7 @@ ErrorType check(const Request<T>& request, const VxImage<T>* destination, const 
 {
     ErrorType result = destination == nullptr ? core::ERR_NULL_POINTER : SUCCESS;
     const auto next = [&](auto test) { result = result == SUCCESS ? test() : result; };
-    next([&] { return checkSource(task.source.raster); });
+    next([&] { return checkSource(task.source.image); });
     next([&] { return readingOf<T>(options, task.source.reading); });
     next([&] { return checkGrid(request.grid, request.slab); });
     next([&] { return checkExtents(request.region); });
@@ -130,7 +134,7 @@ ErrorType check(const Request<T>& request, const VxImage<T>* destination, const 
 template <class T>
 ErrorType perform(const Request<T>& request, VxImage<T>* destination, const Options& options)
 {
-    Task task = {{rasterOf(request.source), request.region, {}, {}},
+    Task task = {{untyped(request.source), request.region, {}, {}},
                  request.grid.map,
                  request.slab,
                  request.region.output,
@@ -140,17 +144,17 @@ ErrorType perform(const Request<T>& request, VxImage<T>* destination, const Opti
     if (result == SUCCESS) {
         result = prepare(*destination,
                          {box.width(), box.height(), box.depth(), request.source.getChannels()},
-                         task.source.raster);
+                         task.source.image);
     }
     if (result != SUCCESS) {
         return result;
     }
     destination->setVoxelSize(request.grid.spacing);
-    task.destination = rasterOf(*destination);
-    const OwnPolicies<T> own(request.source, options);
+    task.destination = untyped(*destination);
+    const CallersPolicies<T> own(request.source, options);
     task.source.own = own.sample();
     try {
-        return run(task, options);
+        return fillRows(task, options) ? SUCCESS : kCancelled;
     } catch (const std::bad_alloc&) {  // from a call's tables, its threads or the caller's code
         return core::ERR_ALLOCATION_FAILED;
     }
@@ -239,7 +243,9 @@ ErrorType ResampleRegion::support(const Grid& grid, core::Rect* box, const Optio
                                  Align, VxImage<T>*, const Options&);                            \
     template ErrorType resize<T>(const VxImage<T>&, const core::VoxelSize&, Align, VxImage<T>*,  \
                                  const Options&);
-VOLUX_RESAMPLE_FOR_EACH_ELEMENT_TYPE(VOLUX_RESAMPLE)
+VOLUX_FOR_EACH_ELEMENT_TYPE(VOLUX_RESAMPLE)
 #undef VOLUX_RESAMPLE
 
 }  // namespace volux::resample
+
+#undef VOLUX_FOR_EACH_ELEMENT_TYPE

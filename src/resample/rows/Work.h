@@ -4,22 +4,9 @@
 #include <cstddef>
 #include <functional>
 
-#include "Voxels.h"
 #include "volux/resample/Options.h"
 
 namespace volux::resample::detail {
-
-// What one sample takes, in nanoseconds, about: the medians of docs/performance.md, with the widest
-// vectors. A slower processor only gives each thread more to do.
-inline constexpr double kOwnSample = 100.0;  // by a policy of the caller's
-constexpr double obliqueSample(Kernel kernel)
-{
-    return kernel == Kernel::NEAREST ? 4.0 : kernel == Kernel::LINEAR ? 9.0 : 38.0;
-}
-constexpr double alignedSample(Kernel kernel)
-{
-    return kernel == Kernel::NEAREST ? 0.4 : kernel == Kernel::LINEAR ? 1.6 : 12.0;
-}
 
 struct Job {
     std::size_t items;   // what parts are counted in

@@ -5,17 +5,17 @@
 #include <cstdint>
 #include <cstring>
 
-#include "volux/core/VxImage.h"
+#include "exact/Index.h"
+#include "exact/Kernel.h"
+#include "volux/core/DataType.h"
 
 namespace volux::resample::detail {
 
-enum class Kernel { NEAREST, LINEAR, CUBIC };
+using exact::Kernel;
+using exact::reach;
 
-// Neighbours along one axis.
-constexpr int reach(Kernel kernel)
-{
-    return kernel == Kernel::NEAREST ? 1 : kernel == Kernel::LINEAR ? 2 : 4;
-}
+// Up to here indices fit 32 bits whatever a kernel adds to them.
+constexpr double kNear = 0x1p30;
 
 // Outside the source: the nearest voxel of its edge, or a value, which a double holds exactly.
 struct Outside {
@@ -33,19 +33,18 @@ struct Axis {
 
     bool holds(int index) const
     {
-        return static_cast<unsigned int>(index) < static_cast<unsigned int>(extent);
+        return exact::isInside(index, static_cast<unsigned int>(extent));
     }
     int clamped(int index) const
     {
-        const int lowest = index < 0 ? 0 : index;
-        return extent - 1 < lowest ? extent - 1 : lowest;
+        return exact::clamped(index, static_cast<unsigned int>(extent));
     }
-    // Of an index that the brick holds, from the brick's first.
+    // From the brick's first voxel to one that the brick holds.
     std::int64_t bytes(int index) const { return stride * (std::int64_t{index} - first); }
-    std::int64_t span() const { return stride * (std::int64_t{last} - first); }
+    std::int64_t span() const { return bytes(last); }
 };
 
-struct Voxels {
+struct Channel {
     core::DataType type;
     const unsigned char* data;  // of the brick's first voxel
     Axis x;
@@ -60,6 +59,15 @@ double elementAt(const unsigned char* bytes)
     T element;
     std::memcpy(&element, bytes, sizeof element);
     return static_cast<double>(element);
+}
+
+// Vectors read eight bytes at once: of one row, because what is between rows need not be readable,
+// and of a source whose bytes a double counts exactly.
+constexpr std::size_t kWordBytes = sizeof(std::uint64_t);
+inline bool haveWords(const Channel& channel, std::int64_t elementBytes)
+{
+    return channel.x.span() + elementBytes >= static_cast<std::int64_t>(kWordBytes) &&
+           channel.span <= std::int64_t{1} << 50U;
 }
 
 }  // namespace volux::resample::detail

@@ -1,0 +1,35 @@
+// Fills rows by any map, one sample after the other.
+#pragma once
+
+#include <cstddef>
+
+#include "Task.h"
+#include "volux/resample/Options.h"
+
+namespace volux::resample::detail {
+
+// In boxes of whole rows; safe from many threads.
+class ObliqueRows {
+public:
+    ObliqueRows(const Task& task, Overflow overflow);
+
+    std::size_t boxes() const;
+    // Boxes `first` to `end` - 1.
+    void operator()(std::size_t first, std::size_t end) const;
+
+private:
+    void fillBox(unsigned int yFirst, unsigned int zFirst) const;
+    void fill(unsigned int x, unsigned int y, unsigned int z, unsigned int c, Block& block) const;
+    void projectPlanes(unsigned int x, unsigned int y, unsigned int z, unsigned int c, Block& block,
+                       double* projected) const;
+    void takePlane(unsigned int x, unsigned int y, std::size_t plane, unsigned int c,
+                   Block& block) const;
+
+    const Task& task_;
+    Overflow overflow_;
+    unsigned int boxRows_;
+    unsigned int boxSlices_;
+    unsigned int bands_;  // boxes beside one another in a slice
+};
+
+}  // namespace volux::resample::detail

@@ -1,0 +1,36 @@
+#include "Rows.h"
+
+#include "AlignedRows.h"
+#include "Cost.h"
+#include "ObliqueRows.h"
+#include "Work.h"
+
+namespace volux::resample::detail {
+
+namespace {
+
+// Samples in one part of the work, about.
+constexpr std::size_t kPart = 1U << 14U;
+
+}  // namespace
+
+bool fillRows(const Task& task, const Options& options)
+{
+    const auto share = [&](const auto& rows, const Job& job) {
+        return shareOut(job, options,
+                        [&](std::size_t first, std::size_t end) { rows(first, end); });
+    };
+    const UntypedImage& to = task.destination;
+    const Reading& reading = task.source.reading;
+    const std::size_t rowSamples = std::size_t{to.width} * to.channels;
+    const std::size_t rowCount = std::size_t{to.height} * to.depth;
+    const double samples = static_cast<double>(rowSamples) * static_cast<double>(rowCount);
+    if (AlignedRows::serve(task)) {
+        return share(AlignedRows(task, options.overflow),
+                     {rowCount, kPart / rowSamples, samples * costAlongAxes(reading)});
+    }
+    const ObliqueRows rows(task, options.overflow);
+    return share(rows, {rows.boxes(), 1, samples * task.slab.planes * costAnywhere(reading)});
+}
+
+}  // namespace volux::resample::detail

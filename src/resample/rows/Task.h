@@ -1,0 +1,45 @@
+// One operation, its arguments checked and without their types.
+#pragma once
+
+#include <functional>
+
+#include "UntypedImage.h"
+#include "resample/vectors/Block.h"
+#include "volux/resample/Grid.h"
+#include "volux/resample/Options.h"
+#include "volux/resample/Resample.h"
+
+namespace volux::resample::detail {
+
+// One sample by volux_core itself: x, y, z in voxels, and the channel.
+using OwnSample = std::function<double(double, double, double, int)>;
+
+// What the options' policies mean for one element type.
+struct Reading {
+    Kernel kernel = Kernel::LINEAR;
+    Outside outside = {false, 0.0};
+    bool isOwn = false;  // a policy that the library does not know
+};
+
+// A source, and how it is read.
+struct Source {
+    UntypedImage image;
+    ResampleRegion region;  // what the image is a brick of; its output box is not used
+    Reading reading;
+    OwnSample own;  // samples by the caller's policies, if reading.isOwn
+
+    Channel channel(unsigned int c) const;
+    // Reads channel c at the positions of a block.
+    void read(unsigned int c, Block& block) const;
+};
+
+// Fills a destination with a box of a grid, `output`.
+struct Task {
+    Source source;
+    AffineMap map;
+    Slab slab;
+    core::Rect output;
+    UntypedImage destination;
+};
+
+}  // namespace volux::resample::detail

@@ -1,0 +1,85 @@
+// Readings as elements, for the instruction set that Highway is compiling.
+#if defined(VOLUX_RESAMPLE_ELEMENTS) == defined(HWY_TARGET_TOGGLE)
+#ifdef VOLUX_RESAMPLE_ELEMENTS
+#undef VOLUX_RESAMPLE_ELEMENTS
+#else
+#define VOLUX_RESAMPLE_ELEMENTS
+#endif
+
+#include <hwy/highway.h>
+
+#include <limits>
+#include <type_traits>
+
+#include "Elements.h"
+#include "Lanes-inl.h"
+#include "exact/Conversion.h"
+#include "exact/ElementTypes.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace volux::resample::detail {
+namespace HWY_NAMESPACE {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+// What saturateTo<T>() gives, left as the low bits of whole numbers.
+template <class T>
+inline Word saturatedBits(Real readings)
+{
+    using Limits = std::numeric_limits<T>;
+    const auto raised = readyToTruncate(readings).lanes;
+    const auto inRange = hn::Min(hn::Max(raised, Real(static_cast<double>(Limits::lowest())).lanes),
+                                 Real(static_cast<double>(Limits::max())).lanes);
+    const auto whole = hn::Trunc(hn::IfThenElseZero(hn::Eq(raised, raised), inRange));
+    return hn::BitCast(Words(), (Real(whole) + Real(0x1.8p52)).lanes);
+}
+
+// The elements that whole vectors give; the rest is left to the caller.
+template <class T>
+std::size_t saturateVectors(const double* readings, std::size_t count, T* elements)
+{
+    using Bits = std::make_unsigned_t<T>;
+    const hn::Rebind<Bits, Doubles> narrow;
+    const std::size_t lanes = hn::Lanes(Doubles());
+    std::size_t n = 0;
+    for (; n + lanes <= count; n += lanes) {
+        const auto bits = hn::TruncateTo(narrow, saturatedBits<T>(load(readings + n)));
+        hn::StoreU(bits, narrow, reinterpret_cast<Bits*>(elements + n));
+    }
+    return n;
+}
+
+template <class T>
+T elementOf(double reading, Overflow overflow)
+{
+    if constexpr (std::is_floating_point_v<T>) {
+        return static_cast<T>(reading);
+    } else {
+        return overflow == Overflow::SATURATE ? exact::saturateTo<T>(reading)
+                                              : exact::roundTo<T>(reading);
+    }
+}
+
+inline void convertHere(Storage storage, const double* readings, std::size_t count, void* untyped)
+{
+    exact::withElementType(storage.type, [&](auto element) {
+        using T = typename decltype(element)::Type;
+        T* const elements = static_cast<T*>(untyped);
+        std::size_t n = 0;
+        if constexpr (std::is_integral_v<T> && HWY_TARGET != HWY_SCALAR) {
+            // One lane is slower than no lanes at all.
+            if (storage.overflow == Overflow::SATURATE) {
+                n = saturateVectors(readings, count, elements);
+            }
+        }
+        for (; n < count; ++n) {
+            elements[n] = elementOf<T>(readings[n], storage.overflow);
+        }
+    });
+}
+
+}  // namespace HWY_NAMESPACE
+}  // namespace volux::resample::detail
+HWY_AFTER_NAMESPACE();
+
+#endif

@@ -1,0 +1,160 @@
+// Vectors of doubles with the operators that the rules of the arithmetic are written in, and how
+// voxels become such, for the instruction set that Highway is compiling.
+#if defined(VOLUX_RESAMPLE_LANES) == defined(HWY_TARGET_TOGGLE)
+#ifdef VOLUX_RESAMPLE_LANES
+#undef VOLUX_RESAMPLE_LANES
+#else
+#define VOLUX_RESAMPLE_LANES
+#endif
+
+#include <hwy/highway.h>
+
+#include <cstring>
+#include <limits>
+#include <type_traits>
+
+#include "Channel.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace volux::resample::detail {
+namespace HWY_NAMESPACE {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+using Doubles = hn::ScalableTag<double>;
+using Words = hn::RebindToUnsigned<Doubles>;
+using Offsets = hn::RebindToSigned<Doubles>;
+using Word = hn::Vec<Words>;
+using Offset = hn::Vec<Offsets>;
+using Mask = hn::Mask<Doubles>;
+
+// One number in each lane; also a voxel index, which is a whole number that no image exceeds.
+struct Real {
+    hn::Vec<Doubles> lanes;
+
+    Real() = default;
+    explicit Real(hn::Vec<Doubles> all) : lanes(all) {}
+    explicit Real(double all) : lanes(hn::Set(Doubles(), all)) {}
+};
+
+inline Real operator+(Real a, Real b)
+{
+    return Real(hn::Add(a.lanes, b.lanes));
+}
+inline Real operator-(Real a, Real b)
+{
+    return Real(hn::Sub(a.lanes, b.lanes));
+}
+inline Real operator*(Real a, Real b)
+{
+    return Real(hn::Mul(a.lanes, b.lanes));
+}
+inline Real operator/(Real a, Real b)
+{
+    return Real(hn::Div(a.lanes, b.lanes));
+}
+inline Mask operator>=(Real a, Real b)
+{
+    return hn::Ge(a.lanes, b.lanes);
+}
+inline Mask operator<=(Real a, Real b)
+{
+    return hn::Le(a.lanes, b.lanes);
+}
+
+inline Real load(const double* from)
+{
+    return Real(hn::LoadU(Doubles(), from));
+}
+inline void store(Real numbers, double* to)
+{
+    hn::StoreU(numbers.lanes, Doubles(), to);
+}
+inline Real select(Mask mask, Real yes, Real no)
+{
+    return Real(hn::IfThenElse(mask, yes.lanes, no.lanes));
+}
+inline bool allTrue(Mask mask)
+{
+    return hn::AllTrue(Doubles(), mask);
+}
+
+// The zero that is added makes -0.0 the 0.0 that an integer index is.
+inline Real truncated(Real position)
+{
+    return Real(hn::Trunc(position.lanes)) + Real(0.0);
+}
+inline Real steppedDownUnless(Mask stays, Real index)
+{
+    return index - Real(hn::IfThenElseZero(hn::Not(stays), Real(1.0).lanes));
+}
+inline Real offset(Real index, int steps)
+{
+    return index + Real(static_cast<double>(steps));
+}
+inline Real numberOf(Real index)
+{
+    return index;
+}
+inline Real withSignOf(Real magnitude, Real sign)
+{
+    return Real(hn::CopySign(magnitude.lanes, sign.lanes));
+}
+
+using exact::Kernel;
+#include "exact/Rules.inc"
+
+// Exact for whole numbers up to 2^51: their bits below those of 1.5 * 2^52.
+inline Offset wholeNumber(Real number)
+{
+    const Offsets d;
+    const Real bias(0x1.8p52);
+    return hn::Sub(hn::BitCast(d, (number + bias).lanes), hn::BitCast(d, bias.lanes));
+}
+
+// The element in the lowest bits of each word, exactly as a double.
+template <class T>
+inline Real fromLowest(Word words)
+{
+    const Doubles d;
+    if constexpr (std::is_same_v<T, double>) {
+        return Real(hn::BitCast(d, words));
+    } else if constexpr (std::is_same_v<T, float>) {
+        const hn::Rebind<float, Doubles> halves;
+        const hn::Rebind<std::uint32_t, Doubles> lower;
+        return Real(hn::PromoteTo(d, hn::BitCast(halves, hn::TruncateTo(lower, words))));
+    } else {
+        // Put below the bits of 2^52, which is then taken off; signed ones are moved up before. The
+        // bits below are masked, so one exclusive or does both.
+        constexpr std::uint64_t kMask = std::numeric_limits<std::make_unsigned_t<T>>::max();
+        constexpr std::uint64_t kUp = std::is_signed_v<T> ? (kMask >> 1U) + 1 : 0;
+        constexpr std::uint64_t kBias = std::uint64_t{0x433} << 52U;
+        const Word biased =
+            hn::Xor(hn::And(words, hn::Set(Words(), kMask)), hn::Set(Words(), kBias | kUp));
+        return Real(hn::BitCast(d, biased)) - Real(0x1p52 + static_cast<double>(kUp));
+    }
+}
+
+// As many contiguous voxels as there are lanes.
+template <class T>
+inline Real loadVoxels(const unsigned char* bytes)
+{
+    const Doubles d;
+    const T* const first = static_cast<const T*>(static_cast<const void*>(bytes));
+    const auto voxels = hn::LoadU(hn::Rebind<T, Doubles>(), first);
+    if constexpr (std::is_same_v<T, double>) {
+        return Real(voxels);
+    } else if constexpr (std::is_same_v<T, unsigned int>) {
+        return fromLowest<T>(hn::PromoteTo(Words(), voxels));
+    } else if constexpr (sizeof(T) < sizeof(int)) {
+        return Real(hn::PromoteTo(d, hn::PromoteTo(hn::Rebind<std::int32_t, Doubles>(), voxels)));
+    } else {
+        return Real(hn::PromoteTo(d, voxels));
+    }
+}
+
+}  // namespace HWY_NAMESPACE
+}  // namespace volux::resample::detail
+HWY_AFTER_NAMESPACE();
+
+#endif

@@ -1,0 +1,219 @@
+// Lines of samples along the axes, for the instruction set that Highway is compiling.
+//
+// A row of the source serves many lines. It is expanded once: each neighbour of each column as a
+// double, next to that of the next column. What is left of a sample are its products and sums.
+#if defined(VOLUX_RESAMPLE_LINES) == defined(HWY_TARGET_TOGGLE)
+#ifdef VOLUX_RESAMPLE_LINES
+#undef VOLUX_RESAMPLE_LINES
+#else
+#define VOLUX_RESAMPLE_LINES
+#endif
+
+#include <hwy/highway.h>
+
+#include <algorithm>
+
+#include "Lines.h"
+#include "Neighbours-inl.h"
+#include "exact/ElementTypes.h"
+#include "exact/Rules.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace volux::resample::detail {
+namespace HWY_NAMESPACE {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+// The neighbours of the columns of a vector, where all of them are among as many contiguous voxels
+// as there are lanes: loaded together, and moved to their columns.
+template <class T, Kernel K>
+class Window {
+public:
+    static constexpr std::int64_t kNone = -1;
+
+    Window(const RealAxis& axis, Real first, std::int64_t voxel) : voxel_(voxel)
+    {
+        const Real begin(axis.first + static_cast<double>(voxel));
+        for (int i = 0; i < kReach; ++i) {
+            lanes_[i] = wholeNumber(axis.within(offset(first, i)) - begin);
+        }
+    }
+
+    // The first voxel of the window, from the first that the brick holds; kNone if there is none.
+    static std::int64_t find(const RealAxis& axis, Real first)
+    {
+        const Doubles d;
+        const auto lanes = static_cast<double>(hn::Lanes(d));
+        const Real last = offset(first, kReach - 1);
+        const double lowest = hn::GetLane(hn::MinOfLanes(d, axis.within(first).lanes));
+        const double highest = hn::GetLane(hn::MaxOfLanes(d, axis.within(last).lanes));
+        const double begin = std::min(lowest, axis.last - (lanes - 1.0));
+        const bool isThere = begin >= axis.first && highest - begin < lanes;
+        return isThere ? static_cast<std::int64_t>(begin - axis.first) : kNone;
+    }
+
+    void read(const Channel& channel, std::int64_t row, Real (&values)[reach(K)]) const
+    {
+        const auto bytes = row + voxel_ * static_cast<std::int64_t>(sizeof(T));
+        const auto all = loadVoxels<T>(channel.data + bytes).lanes;
+        for (int i = 0; i < kReach; ++i) {
+            values[i] = Real(hn::TableLookupLanes(all, hn::IndicesFromVec(Doubles(), lanes_[i])));
+        }
+    }
+
+private:
+    static constexpr int kReach = reach(K);
+
+    std::int64_t voxel_;
+    Offset lanes_[kReach];
+};
+
+template <class T, Kernel K, bool Contiguous>
+class LineReader {
+public:
+    explicit LineReader(const Lines& lines)
+        : lines_(lines), channel_(lines.channel), x_(lines.channel.x), zs_(lines.z)
+    {
+        std::fill_n(held_, kReach, kNone);
+        forEachVector([&](std::size_t n) {
+            const Neighbours<K, Real> xs(load(lines_.x + n));
+            for (int i = 0; i < kReach; ++i) {
+                store(xs.weights[i], weights_[i] + n);
+            }
+            windows_[n] = Contiguous ? Window<T, K>::find(x_, xs.first) : Window<T, K>::kNone;
+        });
+    }
+
+    void operator()(LineSink& sink)
+    {
+        HWY_ALIGN double readings[kTile];
+        for (std::size_t line = 0; line < lines_.lines; ++line) {
+            const exact::Neighbours<K, double> ys(lines_.y[line]);
+            const Expanded* rows[kReach];
+            for (int j = 0; j < kReach; ++j) {
+                rows[j] = expanded(ys.first + j);
+            }
+            forEachVector([&](std::size_t n) { store(sum(ys.weights, rows, n), readings + n); });
+            sink.take(line, readings);
+        }
+    }
+
+private:
+    static constexpr int kReach = reach(K);
+    static constexpr std::int64_t kNone = std::int64_t{1} << 40;
+
+    // One source row: by slice, then by neighbour, then by column.
+    using Expanded = double[kReach][kTile];
+
+    template <class Step>
+    void forEachVector(const Step& step) const
+    {
+        for (std::size_t n = 0; n < lines_.columns; n += hn::Lanes(Doubles())) {
+            step(n);
+        }
+    }
+
+    // A row stays where its index leads until another one needs the place.
+    const Expanded* expanded(int y)
+    {
+        const int place = y & (kReach - 1);
+        if (held_[place] != y) {
+            held_[place] = y;
+            expand(y, rows_[place]);
+        }
+        return rows_[place];
+    }
+
+    void expand(int y, Expanded* row) const
+    {
+        const Axis& ys = channel_.y;
+        const Axis& zs = channel_.z;
+        bool isInside[kReach];
+        std::int64_t begins[kReach];
+        for (int k = 0; k < kReach; ++k) {
+            const int z = zs_.first + k;
+            isInside[k] = !lines_.outside.isConstant || (ys.holds(y) && zs.holds(z));
+            begins[k] = ys.bytes(std::clamp(y, ys.first, ys.last)) +
+                        zs.bytes(std::clamp(z, zs.first, zs.last));
+        }
+        forEachVector([&](std::size_t n) {
+            const Real first = firstNeighbour<K>(load(lines_.x + n));
+            if (windows_[n] != Window<T, K>::kNone) {
+                read(Window<T, K>(x_, first, windows_[n]), first, isInside, begins, n, row);
+            } else {
+                read(RowReader<T, K, Contiguous>(x_, first), first, isInside, begins, n, row);
+            }
+        });
+    }
+
+    template <class Reader>
+    void read(const Reader& reader, Real first, const bool (&isInside)[kReach],
+              const std::int64_t (&begins)[kReach], std::size_t n, Expanded* row) const
+    {
+        const Real constant(lines_.outside.value);
+        const bool isMasked = lines_.outside.isConstant && !allTrue(allInside<K>(x_, first));
+        for (int k = 0; k < kReach; ++k) {
+            Real values[kReach];
+            reader.read(channel_, begins[k], values);
+            for (int i = 0; i < kReach; ++i) {
+                const Real value = !isInside[k] ? constant
+                                   : isMasked
+                                       ? select(x_.holds(offset(first, i)), values[i], constant)
+                                       : values[i];
+                store(value, row[k][i] + n);
+            }
+        }
+    }
+
+    Real sum(const double (&yWeights)[kReach], const Expanded* const (&rows)[kReach],
+             std::size_t n) const
+    {
+        Real xWeights[kReach];
+        for (int i = 0; i < kReach; ++i) {
+            xWeights[i] = load(weights_[i] + n);
+        }
+        return weightedSum<WeightedSum<K, Real>>(
+            xWeights, yWeights, zs_.weights, [&](int j, int k) {
+                return [row = rows[j][k], n](int i) { return load(row[i] + n); };
+            });
+    }
+
+    const Lines& lines_;
+    const Channel& channel_;
+    const RealAxis x_;
+    const exact::Neighbours<K, double> zs_;
+    std::int64_t held_[kReach];
+    std::int64_t windows_[kTile];  // at the first column of each vector
+    HWY_ALIGN double weights_[kReach][kTile];
+    HWY_ALIGN Expanded rows_[kReach][kReach];
+};
+
+template <class T, Kernel K>
+void readLinesWith(const Lines& lines, LineSink& sink)
+{
+    if (isContiguous<T>(lines.channel)) {
+        LineReader<T, K, true> reader(lines);
+        reader(sink);
+    } else {
+        LineReader<T, K, false> reader(lines);
+        reader(sink);
+    }
+}
+
+inline void readLinesHere(const Lines& lines, LineSink& sink)
+{
+    exact::withElementType(lines.channel.type, [&](auto element) {
+        using T = typename decltype(element)::Type;
+        if (lines.kernel == Kernel::LINEAR) {
+            readLinesWith<T, Kernel::LINEAR>(lines, sink);
+        } else {
+            readLinesWith<T, Kernel::CUBIC>(lines, sink);
+        }
+    });
+}
+
+}  // namespace HWY_NAMESPACE
+}  // namespace volux::resample::detail
+HWY_AFTER_NAMESPACE();
+
+#endif

@@ -1,0 +1,79 @@
+// One sample at a time: positions far from any image, whose indices wrap in 32 bits, sources that
+// no word fits into, and processors without vectors.
+#pragma once
+
+#include <limits>
+
+#include "Channel.h"
+#include "exact/Rules.h"
+
+namespace volux::resample::detail {
+
+// Where the neighbours along one axis are read: whether a voxel is there, and its distance.
+template <Kernel K>
+struct AxisReads {
+    bool isInside[reach(K)];
+    std::int64_t bytes[reach(K)];
+
+    AxisReads(const Axis& axis, const Outside& outside, int first)
+    {
+        for (int n = 0; n < reach(K); ++n) {
+            const int index = exact::wrappingAdd(first, n);
+            isInside[n] = !outside.isConstant || axis.holds(index);
+            bytes[n] = isInside[n] ? axis.bytes(axis.clamped(index)) : 0;
+        }
+    }
+};
+
+template <class T>
+double readNearest(const Channel& channel, const Outside& outside, double x, double y, double z)
+{
+    constexpr Kernel K = Kernel::NEAREST;
+    const int column = exact::firstNeighbour<K>(x);
+    const int row = exact::firstNeighbour<K>(y);
+    const int slice = exact::firstNeighbour<K>(z);
+    const bool isInside = channel.x.holds(column) && channel.y.holds(row) && channel.z.holds(slice);
+    if (!isInside && outside.isConstant) {
+        return outside.value;
+    }
+    // Most positions are inside, where nothing is clamped.
+    const auto at = [&](const Axis& axis, int index) {
+        return axis.bytes(isInside ? index : axis.clamped(index));
+    };
+    return elementAt<T>(channel.data + at(channel.x, column) + at(channel.y, row) +
+                        at(channel.z, slice));
+}
+
+template <class T, Kernel K>
+double readWeighted(const Channel& channel, const Outside& outside, double x, double y, double z)
+{
+    const exact::Place<K> at(x, y, z);
+    if (at.isEmpty()) {
+        return std::numeric_limits<double>::quiet_NaN();
+    }
+    const AxisReads<K> columns(channel.x, outside, at.x.first);
+    const AxisReads<K> rows(channel.y, outside, at.y.first);
+    const AxisReads<K> slices(channel.z, outside, at.z.first);
+    return at.sum([&](int j, int k) {
+        const bool isRowInside = slices.isInside[k] && rows.isInside[j];
+        const unsigned char* const row = channel.data + slices.bytes[k] + rows.bytes[j];
+        const auto voxel = [=, &columns, &outside](int i) {
+            return isRowInside && columns.isInside[i] ? elementAt<T>(row + columns.bytes[i])
+                                                      : outside.value;
+        };
+        return [voxel](int i) { return exact::Pair(voxel(2 * i), voxel(2 * i + 1)); };
+    });
+}
+
+// What the kernel gives for one sample, as a double.
+template <class T, Kernel K>
+double readOne(const Channel& channel, const Outside& outside, double x, double y, double z)
+{
+    if constexpr (K == Kernel::NEAREST) {
+        return readNearest<T>(channel, outside, x, y, z);
+    } else {
+        return readWeighted<T, K>(channel, outside, x, y, z);
+    }
+}
+
+}  // namespace volux::resample::detail
