@@ -13,7 +13,7 @@ def build(*targets):
     log = "bench"
     (common.LOGS / f"{log}.log").unlink(missing_ok=True)
     configure = ["cmake", "-S", ROOT, "-B", BUILD, "-G", "Ninja", "-DVOLUX_DEVELOPER_MODE=OFF",
-                 "-DVOLUX_BENCH=ON", f"-DCMAKE_CXX_COMPILER={COMPILER}",
+                 "-DVOLUX_PROGRAMS=bench", f"-DCMAKE_CXX_COMPILER={COMPILER}",
                  "-DCMAKE_BUILD_TYPE=Release", "-DCMAKE_CXX_FLAGS=",
                  f"-DCMAKE_CXX_FLAGS_RELEASE={FLAGS}"]
     for command in (configure, ["cmake", "--build", BUILD, "--target", *targets]):

@@ -78,7 +78,7 @@ def exported(library):
 def describe_interface(target):
     """Writes the interface, as g++'s debug information has it, to a file."""
     flags = f"-g -ffile-prefix-map='{common.ROOT}'=."
-    folder = common.build("boundary-debug", "g++", flags, arguments=["-DVOLUX_PROOF=OFF"])
+    folder = common.build("boundary-debug", "g++", flags, arguments=["-DVOLUX_PROGRAMS="])
     done = common.run(["abidw", "--headers-dir", common.ROOT / "include", "--drop-private-types",
                        "--no-corpus-path", "--no-comp-dir-path", "--no-show-locs",
                        "--no-elf-needed", "--no-architecture", "--type-id-style", "hash",

@@ -12,7 +12,7 @@ LOGS = ROOT / "build" / "logs"
 CORES = os.cpu_count() or 1
 # The built file, by the version that its target is given.
 LIBRARY = "libvolux_core.so." + re.search(
-    r"^    VERSION (\S+)$", (ROOT / "CMakeLists.txt").read_text(encoding="utf-8"), re.MULTILINE)[1]
+    r"VERSION (\d+\.\d+\.\d+)", (ROOT / "CMakeLists.txt").read_text(encoding="utf-8"))[1]
 
 
 class Failure(Exception):
@@ -66,7 +66,7 @@ def build(name, compiler="g++", flags="", kind="Release", targets=("volux_core",
     log = f"proof-{name.replace('/', '-')}"
     (LOGS / f"{log}.log").unlink(missing_ok=True)
     configure = ["cmake", "-S", ROOT, "-B", folder, "-G", "Ninja", "-DVOLUX_DEVELOPER_MODE=OFF",
-                 "-DVOLUX_PROOF=ON", "-DVOLUX_RESAMPLE=OFF", f"-DCMAKE_CXX_COMPILER={compiler}",
+                 "-DVOLUX_PROGRAMS=proof", "-DVOLUX_RESAMPLE=OFF", f"-DCMAKE_CXX_COMPILER={compiler}",
                  f"-DCMAKE_BUILD_TYPE={kind}", f"-DCMAKE_CXX_FLAGS={flags}", *arguments]
     for command in (configure, ["cmake", "--build", folder, "--target", *targets]):
         if run(command, log).returncode != 0:

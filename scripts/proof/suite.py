@@ -10,12 +10,12 @@ PROGRAMS = ("container_tests", "sampling_tests", "thread_tests")
 def build(name, compiler, flags, arguments=(), programs=PROGRAMS):
     """Builds the test programs and the module beside them; gives the folder."""
     return common.build(name, compiler, flags, kind="None", targets=programs,
-                        arguments=["-DVOLUX_DEVELOPER_MODE=ON", "-DVOLUX_PROOF=OFF", *arguments])
+                        arguments=["-DVOLUX_DEVELOPER_MODE=ON", "-DVOLUX_PROGRAMS=", *arguments])
 
 
 def build_module(name, compiler, flags):
     """Builds the module alone; gives the folder."""
-    return common.build(name, compiler, flags, kind="None", arguments=["-DVOLUX_PROOF=OFF"])
+    return common.build(name, compiler, flags, kind="None", arguments=["-DVOLUX_PROGRAMS="])
 
 
 def save_log(name, text):
