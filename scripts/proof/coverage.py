@@ -3,28 +3,13 @@ import collections
 import json
 import re
 
-from . import common, suite
-from .common import Failure
+from evidence import commands
+from evidence.commands import Failure
+
+from . import suite
 from .results import Result, Table
 
 TITLE = "Coverage"
-ABOUT = """
-The unit tests run against the module and the public headers as clang 19 instruments them, once as
-they are and once with the conversions for processors whose own answers are not the promised ones.
-The gate is 100 % of four things:
-
-- **lines**: executed in either build;
-- **branches**: both outcomes seen, *in each build and each instantiation by itself*: a template
-  tested with `short` alone is not covered for `float`;
-- **conditions** of compound decisions (MC/DC): each has been seen to decide by itself the outcome
-  of its decision, again in each instantiation;
-- **instantiations**: each function of the module, for each element type and policy that it is
-  compiled for, has been executed. The two constructors that a compiler makes of one count as one,
-  and the tables of the tests' own policies do not count.
-
-What is left out stands in the table of exclusions, with its reason. An exclusion that matches
-nothing, or something that a test does execute, fails as well, so none can outlive its reason.
-"""
 CI_RUN = []
 WHOLE_RUN = []
 
@@ -93,12 +78,12 @@ class Coverage:
 
 def in_repository(file):
     """The name of a file of the module within the repository, or None."""
-    relative = file.removeprefix(f"{common.ROOT}/")
+    relative = file.removeprefix(f"{commands.ROOT}/")
     return relative if relative.startswith(("include/", "src/")) else None
 
 
 def demangled(names):
-    plain = common.run(["llvm-cxxfilt-19"], input="\n".join(names)).stdout.splitlines()
+    plain = commands.run(["llvm-cxxfilt-19"], input="\n".join(names)).stdout.splitlines()
     return dict(zip(names, plain))
 
 
@@ -115,7 +100,7 @@ def run_tests(build, tests, module):
         profiles.append(profile)
         total += passed
     merged = module / "all.profdata"
-    if common.run(["llvm-profdata-19", "merge", "-o", merged, *profiles]).returncode != 0:
+    if commands.run(["llvm-profdata-19", "merge", "-o", merged, *profiles]).returncode != 0:
         raise Failure("llvm-profdata-19 cannot merge the profiles.")
     return merged, total
 
@@ -123,9 +108,9 @@ def run_tests(build, tests, module):
 def export(tests, module, profile, *form):
     objects = [word for program in suite.PROGRAMS
                for word in ("-object", tests / "tests" / program)]
-    done = common.run(["llvm-cov-19", "export", "-instr-profile", profile, *form,
+    done = commands.run(["llvm-cov-19", "export", "-instr-profile", profile, *form,
                        module / "libvolux_core.so", *objects, "-sources",
-                       common.ROOT / "include", common.ROOT / "src"])
+                       commands.ROOT / "include", commands.ROOT / "src"])
     if done.returncode != 0:
         raise Failure(f"llvm-cov-19 fails: {done.stderr.splitlines()[-1]}.")
     return done.stdout
@@ -227,7 +212,7 @@ def add_arguments(parser):
 
 def run(options):
     del options
-    common.install("build", "test", "coverage")
+    commands.install("build", "test", "coverage")
     coverage, count = measure()
     excluded, stale = exclude_functions(coverage)
     more_excluded, more_stale = exclude_conditions(coverage)

@@ -6,7 +6,7 @@ import subprocess
 from pathlib import Path
 
 from . import sysroot
-from .common import BUILD
+from .builds import BUILD
 
 SIZES = {  # of a corpus: its program, and the positions or the rounds of requests in each volume
     "full": ("sampler", 2000),

@@ -2,28 +2,14 @@
 import os
 import re
 
-from . import common
-from .callgrind import own_costs
-from .common import BadUse, Failure
+from evidence import commands
+from evidence.callgrind import own_costs
+from evidence.commands import BadUse, Failure
+
+from . import builds
 from .results import Result, Table
 
 TITLE = "Load"
-ABOUT = """
-- **First calls**: sixteen threads make the first call of an interpolator's and a border's table
-  at once. Tables are made once in a process, so each trial is a process of its own; every pair of
-  the three interpolators and the two borders is tried, plain and under the thread sanitizer.
-- **Loading and unloading**: a program that does not know the library loads a plug-in that uses it
-  through every table, and has it throw; then it unloads both. After each round the library must
-  be gone from the process's map, and each object that it had registered to be destroyed must have
-  been: the program's own `__cxa_atexit` counts them. After a tenth of the rounds and at the end
-  the number of mappings and the bytes of the heap in use must be *the same*, which a leak of one
-  byte a round would show. The resident memory may differ by the 256 KiB that the heap and the
-  loader move within; one page lost a round would be more.
-- **A program that never calls it**: callgrind counts the instructions that run inside the library
-  while a program loads it, does nothing and ends. Only the functions that a compiler and its
-  start-up files put into every shared object may run. The table tells what is left, which is the
-  loader's work: its relocations, beside those of the same program without the library.
-"""
 CI_RUN = ["--processes", "48", "--rounds", "200"]
 WHOLE_RUN = []
 
@@ -41,7 +27,7 @@ def first_calls(folder, processes):
     failed = []
     for trial in range(processes):
         pair = PAIRS[trial % len(PAIRS)]
-        done = common.run([program, *map(str, pair)])
+        done = commands.run([program, *map(str, pair)])
         if done.returncode != 0:
             failed.append(f"interpolator {pair[0]}, border {pair[1]}: "
                           f"{(done.stdout + done.stderr).strip()[:300]}")
@@ -51,7 +37,7 @@ def first_calls(folder, processes):
 def load_rounds(folder, rounds):
     """What the process holds after a tenth of the rounds and after all, or why it stopped."""
     program = folder / "tests" / "proof" / "load" / "load_rounds"
-    done = common.run([program, str(rounds)])
+    done = commands.run([program, str(rounds)])
     if done.returncode != 0:
         return None, done.stdout.strip().splitlines()[-1:] or [f"ended with {done.returncode}"]
     held = [list(map(int, line.split())) for line in done.stdout.splitlines()]
@@ -64,7 +50,7 @@ def load_rounds(folder, rounds):
 
 def instructions(program, output):
     """Instructions by (object, function), as callgrind counts them."""
-    done = common.run(["valgrind", "--tool=callgrind", f"--callgrind-out-file={output}",
+    done = commands.run(["valgrind", "--tool=callgrind", f"--callgrind-out-file={output}",
                        "--dump-instr=no", program])
     if done.returncode != 0:
         raise Failure(f"callgrind cannot run {program.name}.")
@@ -75,7 +61,7 @@ def named(function, library):
     """The name of a function that callgrind knows by its address alone."""
     if not function.startswith("0x"):
         return re.sub(r"'.*", "", function)
-    for line in common.run(["nm", "-C", "--defined-only", library]).stdout.splitlines():
+    for line in commands.run(["nm", "-C", "--defined-only", library]).stdout.splitlines():
         fields = line.split(maxsplit=2)
         if len(fields) == 3 and int(fields[0], 16) == int(function, 16):
             return fields[2]
@@ -83,7 +69,7 @@ def named(function, library):
 
 
 def relocations(program):
-    done = common.run([program], env={**os.environ, "LD_DEBUG": "statistics", "LD_BIND_NOW": "1"})
+    done = commands.run([program], env={**os.environ, "LD_DEBUG": "statistics", "LD_BIND_NOW": "1"})
     found = re.findall(r"number of relocations(?: from cache)?: (\d+)", done.stderr)
     relative = re.findall(r"number of relative relocations: (\d+)", done.stderr)
     if not found or not relative:
@@ -105,7 +91,7 @@ def idle_cost(folder):
                      *relocations(program)])
     if not rows[0][2]:  # the start-up files' own functions run in every library
         raise Failure("callgrind does not tell what runs inside the library.")
-    if "libvolux_core" not in common.run(["ldd", folder / "tests/proof/load/idle"]).stdout:
+    if "libvolux_core" not in commands.run(["ldd", folder / "tests/proof/load/idle"]).stdout:
         raise Failure("the idle program does not load the library.")
     return rows, foreign
 
@@ -119,10 +105,10 @@ def add_arguments(parser):
 def run(options):
     if options.processes < len(PAIRS) or options.rounds < 100:
         raise BadUse(f"at least {len(PAIRS)} processes and 100 rounds are needed.")
-    common.install("build", "coverage", "sanitizers")
-    plain = common.build("load", "g++", "", "Release",
+    commands.install("build", "coverage", "sanitizers")
+    plain = builds.build("load", "g++", "", "Release",
                          ["first_call", "load_rounds", "idle", "idle_alone"])
-    sanitized = common.build("load-thread", CLANG, "-O1 -gline-tables-only -fsanitize=thread",
+    sanitized = builds.build("load-thread", CLANG, "-O1 -gline-tables-only -fsanitize=thread",
                              "None", ["first_call"])
     under_sanitizer = max(options.processes // 4, len(PAIRS))
     failed = first_calls(plain, options.processes)
@@ -134,8 +120,8 @@ def run(options):
                  for function in foreign])
     tables = [
         Table("First calls by sixteen threads at once", ["build", "processes", "failed"],
-              [[f"{common.version('g++')}, -O3", options.processes, len(failed)],
-               [f"{common.version(CLANG)}, thread sanitizer", under_sanitizer, len(raced)]]),
+              [[f"{commands.version('g++')}, -O3", options.processes, len(failed)],
+               [f"{commands.version(CLANG)}, thread sanitizer", under_sanitizer, len(raced)]]),
         Table("Loaded, used and unloaded", ["rounds", "objects destroyed in each", "mappings",
                                             "heap in use, bytes", "resident, bytes"], held or []),
         Table("A program that never calls it", ["program", "instructions", "inside the library",

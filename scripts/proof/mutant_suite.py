@@ -7,7 +7,8 @@ import sys
 import threading
 from pathlib import Path
 
-from .common import ROOT, Failure
+from evidence.commands import ROOT, Failure
+
 from .mutant_tree import FOLDER, KINDS, base, base_module, call, english
 
 TESTS = ROOT / "tests"

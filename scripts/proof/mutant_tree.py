@@ -10,7 +10,9 @@ import subprocess
 import tempfile
 import threading
 
-from .common import BUILD, LIBRARY, ROOT, Failure
+from evidence.commands import LIBRARY, ROOT, Failure
+
+from .builds import BUILD
 
 FOLDER = BUILD / "mutants"
 KINDS = {  # how the module is built

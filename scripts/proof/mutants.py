@@ -9,36 +9,15 @@ import random
 import shutil
 import threading
 
+from evidence.commands import CORES, ROOT, Failure, install
+
 from . import mutant_tree as tree
-from .common import CORES, ROOT, Failure, install
 from .mutant_suite import programs
 from .mutant_trial import SAME, Trial
 from .mutator import Mutator
 from .results import Result, Table
 
 TITLE = "Mutation: no small mistake that the tests would miss"
-ABOUT = """
-A mutant is the module with one small mistake: `<` for `<=`, `+` for `-`, a constant that is off by
-one or by one unit in its last place, a cast that is left out or narrower, a statement dropped, two
-operands, arguments, axes, codes or tests exchanged, a sum or product regrouped, a letter missing in
-a text. `scripts/proof/mutator.py` finds the places in every file of `src/` and `include/`; of the
-mutants of each file a fixed part is drawn, a few at least. Each is compiled alone, and the whole
-suite runs against it until a test fails: the unit tests; the look at the exported set; for headers,
-whose code callers compile, the tests compiled with the mutated header, the calls that must not
-compile, and the signatures; last the portable conversions and the sanitizers.
-
-A mutant that does not compile is no mistake that anyone could ship and is not counted. One that
-survives has to be the same program: the module's object code (`g++ -O2`, stripped) and that of
-every test are the same, which is tested here, or `docs/proof/mutants-explained.tsv` says in a
-sentence why no caller can tell it from the original. Any other survivor is a hole in the tests, and
-this check fails. `docs/proof/mutants.tsv` lists every mutant with its verdict and the test that
-killed it. A campaign goes on where an earlier one was, also when other functions have changed
-since, and its seconds are those of the last stretch; `--afresh` tries all of them again. Every
-whole run and every run of CI draws some by the date, whose verdicts have to be those of the record.
-
-Left out: `#if` lines, whose other branches other processors and compilers build; declarations
-without code; comments.
-"""
 CI_RUN = ["--sample", "6"]
 WHOLE_RUN = ["--sample", "30"]
 
