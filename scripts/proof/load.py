@@ -10,12 +10,19 @@ from . import builds
 from .results import Result, Table
 
 TITLE = "Load"
+WITH_RESAMPLE = True
+PARTS = ("volux_resample",)
 CI_RUN = ["--processes", "48", "--rounds", "200"]
 WHOLE_RUN = []
 
 PAIRS = [(interpolator, border) for interpolator in range(3) for border in range(2)]
 CLANG = "clang++-19"
 RESIDENT_SLACK = 256 * 1024
+PLUGINS = {"volux_core": "core_plugin", "volux_resample": "resample_plugin"}
+SILENT = ("volux_resample",)  # volux_core's exceptions print
+# The C library keeps the stacks of ended threads, and heaps for them, as many as there happened to
+# be at once: here it keeps none, so that what is left is somebody's.
+FEWEST_MAPPINGS = {"GLIBC_TUNABLES": "glibc.pthread.stack_cache_size=0:glibc.malloc.arena_max=1"}
 # What each shared object has, whatever its sources.
 COMPILERS_OWN = {"_init", "_fini", "frame_dummy", "register_tm_clones", "deregister_tm_clones",
                  "__do_global_dtors_aux"}
@@ -34,18 +41,38 @@ def first_calls(folder, processes):
     return failed
 
 
-def load_rounds(folder, rounds):
-    """What the process holds after a tenth of the rounds and after all, or why it stopped."""
-    program = folder / "tests" / "proof" / "load" / "load_rounds"
-    done = commands.run([program, str(rounds)])
+def load_rounds(folder, library, rounds):
+    """Returns what the process held after a tenth of the rounds and after all, and the faults."""
+    programs = folder / "tests" / "proof" / "load"
+    done = commands.run([programs / "load_rounds", programs / f"lib{PLUGINS[library]}.so",
+                         f"lib{library}.so", str(rounds)], env={**os.environ, **FEWEST_MAPPINGS})
+    said = done.stdout.splitlines()
+    faults = [f"{library}: it prints {line}" for line in done.stderr.splitlines()[:1]
+              if library in SILENT]
     if done.returncode != 0:
-        return None, done.stdout.strip().splitlines()[-1:] or [f"ended with {done.returncode}"]
-    held = [list(map(int, line.split())) for line in done.stdout.splitlines()]
-    (_, _, maps, heap, resident), (_, _, last_maps, last_heap, last_resident) = held
-    growth = [f"{name} changed by {by}" for name, by, slack in (
-        ("the mappings", last_maps - maps, 0), ("the heap in use", last_heap - heap, 0),
-        ("the resident memory", last_resident - resident, RESIDENT_SLACK)) if abs(by) > slack]
-    return held, growth
+        return [], faults + [f"{library}: {said[-1] if said else ''} (status {done.returncode})"]
+    held = [list(map(int, line.split())) for line in said]
+    return ([[library, *counts] for counts in held],
+            faults + [f"{library}: {change}" for change in changes(*held)])
+
+
+def changes(early, late):
+    """Tells what the process held late that it did not hold early, or the other way round."""
+    for name, place, slack in (("the number of mappings", 3, 0), ("the heap in use", 4, 0),
+                               ("the resident memory", 5, RESIDENT_SLACK)):
+        if abs(late[place] - early[place]) > slack:
+            yield f"{name} changed by {late[place] - early[place]}"
+
+
+def all_rounds(folder, rounds):
+    """Returns the rows of both libraries, and the faults; volux_resample must start threads."""
+    rows, faults = [], []
+    for library in PLUGINS:
+        found, wrong = load_rounds(folder, library, rounds)
+        rows, faults = rows + found, faults + wrong
+    if any(row[0] == "volux_resample" and row[3] == 0 for row in rows):
+        faults.append("volux_resample: its call starts no thread")
+    return rows, faults
 
 
 def instructions(program, output):
@@ -99,21 +126,22 @@ def idle_cost(folder):
 def add_arguments(parser):
     parser.add_argument("--processes", type=int, default=240,
                         help="how many processes make first calls; sanitized: a quarter as many")
-    parser.add_argument("--rounds", type=int, default=1000, help="how often the library is loaded")
+    parser.add_argument("--rounds", type=int, default=1000, help="how often each library is loaded")
 
 
 def run(options):
     if options.processes < len(PAIRS) or options.rounds < 100:
         raise BadUse(f"at least {len(PAIRS)} processes and 100 rounds are needed.")
-    commands.install("build", "coverage", "sanitizers")
+    commands.install("build", "coverage", "sanitizers", "resample")
     plain = builds.build("load", "g++", "", "Release",
-                         ["first_call", "load_rounds", "idle", "idle_alone"])
+                         ["first_call", "load_rounds", "idle", "idle_alone", *PLUGINS.values()],
+                         ["-DVOLUX_RESAMPLE=ON"])
     sanitized = builds.build("load-thread", CLANG, "-O1 -gline-tables-only -fsanitize=thread",
                              "None", ["first_call"])
     under_sanitizer = max(options.processes // 4, len(PAIRS))
     failed = first_calls(plain, options.processes)
     raced = first_calls(sanitized, under_sanitizer)
-    held, growth = load_rounds(plain, options.rounds)
+    held, growth = all_rounds(plain, options.rounds)
     cost, foreign = idle_cost(plain)
     faults = (failed + raced + growth
               + [f"`{function}` of the library runs in a program that never calls it"
@@ -122,8 +150,9 @@ def run(options):
         Table("First calls by sixteen threads at once", ["build", "processes", "failed"],
               [[f"{commands.version('g++')}, -O3", options.processes, len(failed)],
                [f"{commands.version(CLANG)}, thread sanitizer", under_sanitizer, len(raced)]]),
-        Table("Loaded, used and unloaded", ["rounds", "objects destroyed in each", "mappings",
-                                            "heap in use, bytes", "resident, bytes"], held or []),
+        Table("Loaded, used and unloaded",
+              ["library", "rounds", "objects destroyed in each", "threads started in each",
+               "mappings", "heap in use, bytes", "resident, bytes"], held),
         Table("A program that never calls it", ["program", "instructions", "inside the library",
                                                 "its functions", "relocations",
                                                 "relative relocations"], cost)]
@@ -131,6 +160,7 @@ def run(options):
         print("\n".join(f"  {fault}" for fault in faults[:20]))
         tables.append(Table("Faults", ["what"], [[fault] for fault in faults[:20]]))
     summary = (f"{options.processes + under_sanitizer} processes made first calls by sixteen "
-               f"threads, the library was loaded and unloaded {options.rounds} times, {cost[0][2]} "
-               f"of its instructions run in a program that never calls it; {len(faults)} faults.")
+               f"threads, each library was loaded and unloaded {options.rounds} times, {cost[0][2]} "
+               f"instructions of volux_core run in a program that never calls it; {len(faults)} "
+               "faults.")
     return Result(not faults, summary, tables)

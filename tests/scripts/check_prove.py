@@ -13,7 +13,7 @@ ROOT = Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "scripts"))
 
 from evidence import markdown, provenance  # noqa: E402  (the path comes first)
-from proof import digest, report, results  # noqa: E402
+from proof import digest, load, report, results  # noqa: E402
 from proof.results import Record, Result, Table  # noqa: E402
 
 COMMAND = str(ROOT / "scripts" / "prove")
@@ -82,7 +82,7 @@ class Sources(unittest.TestCase):
         self.assertNotEqual(provenance.sources(True), provenance.sources(False))
 
     def test_a_check_that_covers_volux_resample_says_so(self):
-        self.assertEqual(results.sources_today(digest), provenance.sources(True))
+        self.assertEqual(results.sources_today(load), provenance.sources(True))
         self.assertEqual(results.sources_today(CHECK), provenance.sources(False))
 
 
@@ -119,9 +119,46 @@ class BadUseTest(unittest.TestCase):
 
     def test_numbers_out_of_range_are_refused(self):
         self.assert_refused("exhaustion", "--every", "0")
+        self.assert_refused("load", "--rounds", "3")
         self.assert_refused("bulk", "--seconds", "none")
         self.assert_refused("sequences", "--calls", "9")
         self.assert_refused("digest", "--rows", "no such row")
+
+
+class Load(unittest.TestCase):
+    """The faults that are planted here are what load_rounds prints of a process that has them."""
+
+    def rounds(self, said, status=0, errors="", library="volux_resample"):
+        done = subprocess.CompletedProcess([], status, said, errors)
+        with mock.patch.object(load.commands, "run", lambda *_, **__: done):
+            return load.load_rounds(Path("build"), library, 100)[1]
+
+    def test_the_same_before_and_after_is_no_fault(self):
+        self.assertEqual(self.rounds("10 5 4 40 800 4096\n100 5 4 40 800 8192\n"), [])
+
+    def test_a_mapping_or_a_byte_that_is_left_is_one(self):
+        self.assertEqual(self.rounds("10 5 4 40 800 4096\n100 5 4 41 801 8192\n"),
+                         ["volux_resample: the number of mappings changed by 1",
+                          "volux_resample: the heap in use changed by 1"])
+
+    def test_a_page_lost_each_round_is_one(self):
+        self.assertEqual(self.rounds(f"10 5 4 40 800 0\n100 5 4 40 800 {90 * 4096}\n"),
+                         ["volux_resample: the resident memory changed by 368640"])
+
+    def test_a_crash_is_one(self):
+        self.assertEqual(self.rounds("", status=-11), ["volux_resample:  (status -11)"])
+
+    def test_whatever_volux_resample_prints_is_one(self):
+        said = "10 5 4 40 800 4096\n100 5 4 40 800 4096\n"
+        self.assertEqual(self.rounds(said, errors="a warning\n"),
+                         ["volux_resample: it prints a warning"])
+        self.assertEqual(self.rounds(said, errors="an exception\n", library="volux_core"), [])
+
+    def test_a_call_without_threads_is_one(self):
+        done = subprocess.CompletedProcess([], 0, "10 5 0 40 800 96\n100 5 0 40 800 96\n", "")
+        with mock.patch.object(load.commands, "run", lambda *_, **__: done):
+            faults = load.all_rounds(Path("build"), 100)[1]
+        self.assertEqual(faults, ["volux_resample: its call starts no thread"])
 
 
 class Digest(unittest.TestCase):
