@@ -1,6 +1,7 @@
 set(VOLUX_RESAMPLE_TESTS
     resample/AffineMapTest.cpp
     resample/EveryWayTest.cpp
+    resample/ExecutorTest.cpp
     resample/GridTest.cpp
     resample/GuardTest.cpp
     resample/LargeTest.cpp
