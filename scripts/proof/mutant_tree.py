@@ -57,9 +57,9 @@ class Mutant:
 
     @property
     def id(self):
-        """The same for as long as the paragraph around it is the same."""
+        """The same for as long as the paragraph around it is the same, in whatever file."""
         first, paragraph = self.paragraph
-        whole = (self.file, self.kind, paragraph, self.source[:first].count(paragraph),
+        whole = (self.kind, paragraph, self.source[:first].count(paragraph),
                  self.start - first, self.end - first, self.text)
         return hashlib.sha256(repr(whole).encode()).hexdigest()[:10]
 
