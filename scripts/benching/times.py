@@ -105,7 +105,7 @@ def fastest(ask, row, competitors, visits):
 
 
 def measure(suite, rows, rounds, visits=1, is_wanted=lambda times, competitor: True):
-    """Asks for each row and competitor in each round, as long as it is wanted beside those before."""
+    """Asks for each row and competitor in each round, as long as those before leave it wanted."""
     findings = Findings(rows)
     needed = {name for row in rows.values() for name in row.values()}
     for first in range(0, rounds, LIFE):
@@ -229,7 +229,8 @@ def workload(letter, record):
                   [line for row, times in rows.items()
                    for line in row_lines(row, times, competitors)])
     if loop:
-        lines += [f"The loop alone takes {statistics.median(loop[LOOP]):.2g} ns for a position.", ""]
+        spent = statistics.median(loop[LOOP])
+        lines += [f"The loop alone takes {spent:.2g} ns for a position.", ""]
     return [*heading(3, WORKLOADS[letter]), *lines]
 
 

@@ -1,4 +1,4 @@
-"""What both commands share: how they end, what they install, and how they run and build programs."""
+"""What both commands share: how they end, install packages, and run and build programs."""
 import argparse
 import math
 import os

@@ -2,7 +2,7 @@
 import re
 import string
 
-NUMBER = re.compile(r"[-+]?[\d.,]+(e[-+]\d+)?(?!\w)")  # begins a cell that is one, whatever follows it
+NUMBER = re.compile(r"[-+]?[\d.,]+(e[-+]\d+)?(?!\w)")  # how a cell of a column of them begins
 
 
 def row(cells):
@@ -30,7 +30,7 @@ def provenance(how, sources_today, *details):
 
 
 def filled(template, **fields):
-    """Returns the text of a template file, its $fields replaced; trailing blank lines become one."""
+    """Returns the text of a template file, its $fields replaced, ending in one newline."""
     text = string.Template(template.read_text(encoding="utf-8")).substitute(fields)
     return text.rstrip("\n") + "\n"
 

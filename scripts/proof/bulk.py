@@ -5,7 +5,7 @@ import secrets
 
 from evidence.commands import CORES, BadUse, install, output_of, positive
 
-from .builds import build
+from .builds import release
 from .results import Result, Table
 
 TITLE = "Whole volumes"
@@ -70,8 +70,8 @@ def run(options):
     seed = secrets.randbelow(2**32) if options.seed is None else options.seed
     if not 0 <= seed < 2**62:
         raise BadUse("--seed takes a number from 0 to 2^62 - 1.")
-    install("build", "differential", "resample")
-    folder = build("bulk", targets=("bulk_run", "large_results"), arguments=["-DVOLUX_RESAMPLE=ON"])
+    install("differential")
+    folder = release("bulk_run", "large_results")
     programs = folder / "tests" / "proof" / "bulk"
     print(f"the first seed is {seed}", flush=True)
     volumes, counts = compare(programs / "bulk_run", options.seconds, seed)

@@ -5,7 +5,7 @@ import secrets
 from evidence import commands
 from evidence.commands import CORES, ROOT, BadUse, install, output_of, positive
 
-from .builds import build
+from .builds import release
 from .results import Result, Table
 
 TITLE = "Differential runs"
@@ -124,8 +124,8 @@ def judge(options, seed, volumes, counts, outsiders):
 def run(options):
     if options.seed is not None and not 0 <= options.seed < 2**63:
         raise BadUse("--seed takes a number from 0 to 2^63 - 1.")
-    install("build", "differential")
-    folder = build("oracle", targets=("differential_run", "cimg_outsider", "scipy_samples"))
+    install("differential")
+    folder = release("differential_run", "cimg_outsider", "scipy_samples")
     programs = folder / "tests" / "proof" / "differential"
     seed = secrets.randbelow(2**48) if options.seed is None else options.seed
     print(f"the first seed is {seed}", flush=True)

@@ -3,7 +3,7 @@ import secrets
 
 from evidence.commands import CORES, BadUse, install, output_of
 
-from .builds import build
+from .builds import release
 from .results import Result, Table
 
 TITLE = "Exhaustion"
@@ -40,8 +40,8 @@ def counts_of(folder, every, first):
 
 def run(options):
     first = first_of(options)
-    install("build", "exhaustion")
-    folder = build("oracle", targets=("exhaustion",))
+    install("exhaustion")
+    folder = release("exhaustion")
     print(f"one float in {options.every}, from 0x{first:08x} on", flush=True)
     counts = counts_of(folder, options.every, first)
     floats = len(range(first, ALL, options.every))

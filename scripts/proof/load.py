@@ -132,10 +132,8 @@ def add_arguments(parser):
 def run(options):
     if options.processes < len(PAIRS) or options.rounds < 100:
         raise BadUse(f"at least {len(PAIRS)} processes and 100 rounds are needed.")
-    commands.install("build", "coverage", "sanitizers", "resample")
-    plain = builds.build("load", "g++", "", "Release",
-                         ["first_call", "load_rounds", "idle", "idle_alone", *PLUGINS.values()],
-                         ["-DVOLUX_RESAMPLE=ON"])
+    commands.install("coverage", "sanitizers")
+    plain = builds.release("first_call", "load_rounds", "idle", "idle_alone", *PLUGINS.values())
     sanitized = builds.build("load-thread", CLANG, "-O1 -gline-tables-only -fsanitize=thread",
                              "None", ["first_call"])
     under_sanitizer = max(options.processes // 4, len(PAIRS))
@@ -160,7 +158,7 @@ def run(options):
         print("\n".join(f"  {fault}" for fault in faults[:20]))
         tables.append(Table("Faults", ["what"], [[fault] for fault in faults[:20]]))
     summary = (f"{options.processes + under_sanitizer} processes made first calls by sixteen "
-               f"threads, each library was loaded and unloaded {options.rounds} times, {cost[0][2]} "
-               f"instructions of volux_core run in a program that never calls it; {len(faults)} "
+               f"threads, each library was loaded and unloaded {options.rounds} times, "
+               f"{cost[0][2]} instructions of volux_core run in a program that never calls it; {len(faults)} "
                "faults.")
     return Result(not faults, summary, tables)

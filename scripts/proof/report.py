@@ -33,8 +33,9 @@ class Standing:
     @property
     def lacking(self):
         """Returns the parts of the check that none of its results covers."""
-        return [part for part in getattr(self.check, "PARTS", ())
-                if self.records and all(part in record.lacks(self.check) for record in self.records)]
+        parts = getattr(self.check, "PARTS", ()) if self.records else ()
+        return [part for part in parts
+                if all(part in record.lacks(self.check) for record in self.records)]
 
     def verdict(self):
         if not self.records:
@@ -44,7 +45,8 @@ class Standing:
         parts = f", without {listed(self.lacking)}" if self.lacking else ""
         if not self.old:
             return "held" + parts
-        return f"held{' in part' if len(self.old) < len(self.records) else ''} on older sources" + parts
+        how_far = " in part" if len(self.old) < len(self.records) else ""
+        return f"held{how_far} on older sources{parts}"
 
     def row(self):
         sources = dict.fromkeys(record.sources + (", older" if self.is_old(record) else "")
@@ -92,11 +94,11 @@ def remarks(checks):
 
 
 def summary(found):
-    """Says for how many checks the page tells of older sources, or of less than the check is now."""
+    """Says how many checks have results of older sources, or of less than the check is now."""
     old = [standing.name for standing in found if standing.old]
     lacking = [standing.name for standing in found if standing.lacking]
-    text = (f"**{len(old)} of the {len(found)} checks have results that were found on sources which "
-            f"have changed since** ({listed(old)}): they say what held then." if old
+    text = (f"**{len(old)} of the {len(found)} checks have results that were found on sources "
+            f"which have changed since** ({listed(old)}): they say what held then." if old
             else f"All results of the {len(found)} checks were found on today's sources.")
     if lacking:
         text += (f" The results of {len(lacking)} ({listed(lacking)}) do not cover all that the "

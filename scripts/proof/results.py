@@ -63,6 +63,6 @@ class Record:
         provenance.save(KEPT / f"{name}.json", dataclasses.asdict(self))
 
     def lacks(self, check):
-        """Returns the parts of a check, as it is now, that no table of this result has a row for."""
+        """Returns the parts of a check, as it is now, that this result has no row for."""
         covered = {str(row[0]).strip("`") for table in self.result.tables for row in table.rows}
         return [part for part in getattr(check, "PARTS", ()) if part not in covered]

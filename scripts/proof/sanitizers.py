@@ -8,6 +8,7 @@ from evidence import commands
 from evidence.commands import BadUse
 
 from . import builds, suite
+from .suite import CLANG
 from .results import Result, Table
 
 TITLE = "Sanitizers and friends"
@@ -15,7 +16,6 @@ WITH_RESAMPLE = True
 CI_RUN = ["integer", "memory", "valgrind", "reasons"]
 WHOLE_RUN = []
 
-CLANG = "clang++-19"
 PLAIN = "-O0 -gdwarf-4 -gline-tables-only"
 FRAMES = " -fno-omit-frame-pointer"
 UNDEFINED = "undefined,float-cast-overflow"
@@ -87,15 +87,9 @@ def address_gcc():
     return address_by("g++", "address-gcc")
 
 
-def plain_tests():
-    """Without instrumentation, but with the run-time library that an instrumented module needs."""
-    return suite.build("sanitizers-plain", CLANG, PLAIN,
-                       ["-DCMAKE_EXE_LINKER_FLAGS=-fsanitize=undefined"])
-
-
 def integer():
     module = suite.build_module("sanitizers-integer", CLANG, f"{PLAIN} -fsanitize={INTEGER}")
-    return Outcome(CLANG, *run_tests(plain_tests(), module, "integer", suite.PROGRAMS))
+    return Outcome(CLANG, *run_tests(suite.covered_tests(), module, "integer", suite.PROGRAMS))
 
 
 def memory():
@@ -116,12 +110,12 @@ def thread():
 
 
 def valgrind():
-    tests = plain_tests()
+    tests, module = suite.covered_tests(), suite.build_module("sanitizers-plain", CLANG, PLAIN)
     wrapper = ["valgrind", "--quiet", "--error-exitcode=9", "--leak-check=full",
                "--errors-for-leak-kinds=definite,indirect,possible"]
     findings, passed = [], 0
     for program, left_out in NOT_UNDER_VALGRIND.items():
-        count, log = suite.run(tests, program, log="proof-sanitizers-valgrind",
+        count, log = suite.run(tests, program, module, "proof-sanitizers-valgrind",
                                wrapper=wrapper, words=[f"--gtest_filter=-{left_out}"])
         passed += count or 0
         if count is None:
@@ -132,7 +126,8 @@ def valgrind():
 def lint():
     done = commands.run([commands.ROOT / "scripts" / "lint", builds.BUILD / "lint"])
     log = suite.save_log("proof-sanitizers-lint", done.stdout + done.stderr)
-    return Outcome(" and ".join(map(commands.version, ("clang-tidy", "cppcheck"))), "include/, src/",
+    tools = " and ".join(map(commands.version, ("clang-tidy", "cppcheck")))
+    return Outcome(tools, "include/, src/",
                    [] if done.returncode == 0 else [f"scripts/lint fails; see {log}"])
 
 

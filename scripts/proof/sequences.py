@@ -7,7 +7,7 @@ import time
 
 from evidence.commands import CORES, install
 
-from .builds import build
+from .builds import release
 from .results import Result, Table
 
 TITLE = "Every sequence"
@@ -55,8 +55,8 @@ def add_arguments(parser):
 
 
 def run(options):
-    install("build", "test")
-    folder = build("sequences", flags="-O2", targets=["lifecycle_sequences"])
+    install("test")
+    folder = release("lifecycle_sequences")
     program = folder / "tests" / "proof" / "sequences" / "lifecycle_sequences"
     start, used = time.monotonic(), resource.getrusage(resource.RUSAGE_CHILDREN)
     rows, differences = [], []

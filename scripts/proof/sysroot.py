@@ -1,6 +1,6 @@
-"""Highway and oneTBB for another processor, unpacked where a cross compiler finds them.
+"""Highway for another processor, unpacked where a cross compiler finds them.
 
-Debian's own packages are taken, by an apt whose state lies in the build folder: the machine's list
+Debian's own packages are taken, by an apt whose state is in the build folder: the machine's list
 of architectures and its installed packages stay as they are.
 """
 from evidence import commands
@@ -8,8 +8,7 @@ from evidence.commands import LOGS, ROOT, Failure
 
 from .builds import BUILD
 
-# CMake looks for every library that a package's development files name.
-PACKAGES = ("libhwy-dev", "libhwy1", "libtbb-dev", "libtbb12", "libtbbbind-2-5", "libtbbmalloc2")
+PACKAGES = ("libhwy-dev", "libhwy1")
 LOG = "proof-sysroot"
 
 
@@ -37,5 +36,5 @@ def provide(architecture):
 
 def do(command, **options):
     if commands.run(command, LOG, **options).returncode != 0:
-        raise Failure("Highway and oneTBB for another processor cannot be had (is there a "
-                      f"network?); see {LOGS.relative_to(ROOT)}/{LOG}.log.")
+        raise Failure("Highway for another processor cannot be had (is there a network?); see "
+                      f"{LOGS.relative_to(ROOT)}/{LOG}.log.")
