@@ -1,7 +1,6 @@
 """Whole volumes by volux_resample beside the bulk operations of other libraries, round by round."""
 import statistics
 
-from evidence.commands import Failure
 from evidence.markdown import heading, table
 
 from . import goals, programs, times
@@ -33,26 +32,12 @@ def is_wanted(measured, competitor):
 
 
 def check_goals(rows):
-    """A name that is written otherwise in a program than among the goals would go unseen."""
-    judged = (*goals.BULK, goals.THREADS)
-    aimless = [row for row in rows
-               if not row.startswith("growth/") and not times.goals_of(row, judged)]
-    idle = [goal.what for goal in judged if not any(times.goals_of(row, [goal]) for row in rows)]
-    if aimless or idle:
-        raise Failure(f"no goal for {aimless}, no row for {idle}.")
+    goals.check([row for row in rows if not row.startswith("growth/")],
+                (*goals.BULK, goals.THREADS))
 
 
 def run(options):
-    suite = programs.BULK
-    times.check_options(options)
-    programs.install_packages(suite)
-    programs.build(suite)
-    rows = programs.cases(suite)
-    check_goals(rows)
-    skipped = times.missing(suite, rows)
-    findings = times.measure(suite, times.chosen(rows, options.only), options.rounds,
-                             is_wanted=is_wanted)
-    return times.found_by(suite, findings, options.rounds, skipped)
+    return times.timed(programs.BULK, options, check_goals, is_wanted=is_wanted)
 
 
 def begins(record, word):

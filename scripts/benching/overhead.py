@@ -8,6 +8,7 @@ from evidence import commands, markdown
 from evidence.commands import BadUse, Failure
 
 from . import builds
+from .times import quartiles
 
 TITLE = "Overhead"
 COMPILERS = (builds.COMPILER, "clang++-14")
@@ -18,7 +19,7 @@ SOURCES = {"core": "#include <volux/core.h>\n",
 
 def spread(values):
     """Lower quartile, median, upper quartile."""
-    return [float(f"{value:.4g}") for value in statistics.quantiles(values, n=4)]
+    return [float(f"{value:.4g}") for value in quartiles(values)]
 
 
 def medians(rounds):

@@ -7,7 +7,7 @@ import statistics
 from evidence.commands import BadUse, Failure
 from evidence.markdown import heading, table
 
-from . import programs
+from . import goals, programs
 from .goals import ALIKE, GOALS, goals_of
 
 TITLE = "Times"
@@ -49,12 +49,7 @@ def chosen(rows, pattern):
 
 
 def check_goals(rows):
-    """A name that is written otherwise in a program than among the goals would go unseen."""
-    measured = [row for row, competitors in rows.items() if OURS in competitors]
-    aimless = [row for row in measured if not goals_of(row)]
-    idle = [goal.what for goal in GOALS if not any(goal in goals_of(row) for row in measured)]
-    if aimless or idle:
-        raise Failure(f"no goal for {aimless}, no row for {idle}.")
+    goals.check([row for row, competitors in rows.items() if OURS in competitors], GOALS)
 
 
 def turns(rows, number):
@@ -137,23 +132,23 @@ def missing(suite, rows):
     return skipped
 
 
-def found_by(suite, findings, rounds, skipped):
-    return {"rounds": rounds, "skipped": skipped,
+def timed(suite, options, check, **how):
+    """Measures a suite as the options say, once its rows have been checked; gives the record."""
+    check_options(options)
+    programs.install_packages(suite)
+    programs.build(suite)
+    rows = programs.cases(suite)
+    check(rows)
+    skipped = missing(suite, rows)
+    findings = measure(suite, chosen(rows, options.only), options.rounds, **how)
+    return {"rounds": options.rounds, "skipped": skipped,
             "peers": {peer: programs.release(package)
                       for peer, package in suite.peers.items() if peer not in skipped},
             "agreement": dict(sorted(findings.agreement.items())), "times": findings.times}
 
 
 def run(options):
-    suite = programs.TIMES
-    check_options(options)
-    programs.install_packages(suite)
-    programs.build(suite)
-    rows = programs.cases(suite)
-    check_goals(rows)
-    skipped = missing(suite, rows)
-    findings = measure(suite, chosen(rows, options.only), options.rounds, VISITS)
-    return found_by(suite, findings, options.rounds, skipped)
+    return timed(programs.TIMES, options, check_goals, visits=VISITS)
 
 
 def ratios(times, against, ours=OURS):

@@ -7,7 +7,7 @@ from .builds import release
 from .results import Result, Table
 
 TITLE = "Exhaustion"
-CI_RUN = ["--every", "199"]
+CI_RUN = ["--every", "797"]
 WHOLE_RUN = []
 
 ALL = 2**32

@@ -14,7 +14,7 @@ from .results import Result, Table
 
 TITLE = "Fuzzing"
 WITH_RESAMPLE = True
-CI_RUN = ["--seconds", "30"]
+CI_RUN = ["--seconds", "10"]
 WHOLE_RUN = ["--seconds", "60"]
 
 TARGETS = {
