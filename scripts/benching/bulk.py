@@ -1,10 +1,9 @@
 """Whole volumes by volux_resample beside the bulk operations of other libraries, round by round."""
 import statistics
 
-from proof.common import Failure
+from evidence.markdown import heading, table
 
 from . import goals, programs, times
-from .figures import table
 
 TITLE = "Whole volumes"
 SETS = ("AVX-512", "AVX2", "SSE4", "scalar")  # the best first
@@ -19,39 +18,6 @@ WORKLOADS = {
     "B": "Whole volumes, B: upsampling along the axes",
     "C": "Whole volumes, C: random positions",
 }
-ABOUT = """
-`volux_resample` beside what each library has for whole volumes: VTK's `vtkImageReslice`, ITK's
-`ResampleImageFilter`, `affine_transform` and `map_coordinates` of `scipy.ndimage`, and, for CImg, a
-loop of the caller's over its templates, since its own `resize` rounds after each axis. At random
-positions VTK and ITK are called in such a loop, too. One thread each. A time is that of one sample.
-
-- **A**: the 32 slices from the 17th on of the oblique volume above, side by side, all of them filled.
-- **B**: the 24 slices from the 13th on of the upsampling above.
-- **C**: a million of the random positions above, held in an array, read into an array of `double`.
-  *rows* only adds up the first voxels of the four rows that `linear` reads at each: the lines of
-  memory that a sample waits for, and next to nothing besides.
-- **Plane**: 512 x 512 pixels through the middle of the volume of A, turned as A, by the linear kernel,
-  beside the sixtieth of a second that a viewer has.
-- **Threads**: A and B with replication, `short`, on one thread and on two, by the clock on the wall.
-- **Growth**: cubes of `short` onto as many voxels (of large ones, slices in the middle), with
-  replication, by the clock on the wall, beside `memcpy` of as many voxels: no operation that reads
-  every voxel and writes every voxel can be faster.
-
-How it is measured: as the times above, in rounds and rows, once in each, with the processor time of
-the process.
-The library uses no instruction set but the named one (`scalar`: no SIMD); by itself it takes the best
-that the processor has. A peer that takes more than twice the fastest one's time in the first round is
-not asked again, and its time is that one. Each result, of every library, is compared with the module
-at 600 samples, two voxels inside and away from ties; VTK computes with the weights of a `float`, and
-ITK cuts the fraction of a `short` off. ITK is left out of *cubic*, where it has a B-spline of another
-shape; scipy's, on coefficients computed before, is shown and is no peer in the ratios.
-
-What keeps a goal out of reach, where it is missed:
-
-- **C**: most of the time of the widest instruction set is that of *rows*.
-- **Nearest A, scalar**: beside reading the voxel there are three products and sums for its position,
-  as the map defines it, and three tests; nothing is carried from one sample to the next.
-"""
 
 
 def add_arguments(parser):
@@ -66,26 +32,12 @@ def is_wanted(measured, competitor):
 
 
 def check_goals(rows):
-    """A name that is written otherwise in a program than among the goals would go unseen."""
-    judged = (*goals.BULK, goals.THREADS)
-    aimless = [row for row in rows
-               if not row.startswith("growth/") and not times.goals_of(row, judged)]
-    idle = [goal.what for goal in judged if not any(times.goals_of(row, [goal]) for row in rows)]
-    if aimless or idle:
-        raise Failure(f"no goal for {aimless}, no row for {idle}.")
+    goals.check([row for row in rows if not row.startswith("growth/")],
+                (*goals.BULK, goals.THREADS))
 
 
 def run(options):
-    suite = programs.BULK
-    times.check_options(options)
-    programs.install_packages(suite)
-    programs.build(suite)
-    rows = programs.cases(suite)
-    check_goals(rows)
-    skipped = times.missing(suite, rows)
-    findings = times.measure(suite, times.chosen(rows, options.only), options.rounds,
-                             is_wanted=is_wanted)
-    return times.found_by(suite, findings, options.rounds, skipped)
+    return times.timed(programs.BULK, options, check_goals, is_wanted=is_wanted)
 
 
 def begins(record, word):
@@ -105,7 +57,7 @@ def workload(letter, record):
              if any(name in found for found in rows.values())]
     lines = [line for row, found in rows.items()
              for line in times.row_lines(row, found, names, goals.BULK)]
-    return [f"### {WORKLOADS[letter]}", "",
+    return [*heading(3, WORKLOADS[letter]),
             *table(["voxels", "kernel", "border", *(f"{name}, ns" for name in names), "ours",
                     *times.RATIO_HEADS], lines)]
 
@@ -121,7 +73,7 @@ def plane(record):
                 rows.append([voxels, border, name, f"{spent:.2f}", f"{spent / FRAME:.0%}"])
     if not rows:
         return []
-    return ["### An oblique plane of 512 x 512", "",
+    return [*heading(3, "An oblique plane of 512 x 512"),
             *table(["voxels", "border", "by", "ms", "of 1/60 s"], rows)]
 
 
@@ -138,7 +90,7 @@ def threads(record):
                        for cell in (f"{1 / bound:.2f}", "yes" if gain * bound >= 1 else "**no**"))])
     if not rows:
         return []
-    return ["### Two threads", "",
+    return [*heading(3, "Two threads"),
             *table(["workload", "kernel", "one, ns", "two, ns", "times as fast (quartiles)",
                     "at least", "holds", "aim", "holds"], rows)]
 
@@ -149,12 +101,12 @@ def growth(record):
     for row, found in begins(record, "growth").items():
         _, what, size = row.split("/")
         for name in found:
-            heading = what if name == "memcpy" else f"{what}, {name}"
-            cells.setdefault(int(size), {})[heading] = times.shown(median(found, name))
+            column = what if name == "memcpy" else f"{what}, {name}"
+            cells.setdefault(int(size), {})[column] = times.shown(median(found, name))
     if not cells:
         return []
     heads = list(dict.fromkeys(head for line in cells.values() for head in line))
-    return ["### Growth", "", "Nanoseconds for a sample.", "",
+    return [*heading(3, "Growth"), "Nanoseconds for a sample.", "",
             *table(["voxels", *heads],
                    [[f"{size}^3", *(line.get(head, "") for head in heads)]
                     for size, line in sorted(cells.items())])]
@@ -166,4 +118,4 @@ def tables(record):
     for letter in WORKLOADS:
         lines += workload(letter, record)
     return [*lines, *plane(record), *threads(record), *growth(record),
-            *times.agreement(record, "### Whole volumes: agreement with the module")]
+            *times.agreement(record, "Whole volumes: agreement with volux_core")]

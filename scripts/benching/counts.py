@@ -4,40 +4,23 @@ import re
 import tempfile
 from pathlib import Path
 
-from proof import common
-from proof.callgrind import own_costs
-from proof.common import Failure
+from evidence import commands, markdown
+from evidence.callgrind import own_costs
+from evidence.commands import Failure
 
-from . import figures, record
+from . import builds, record
 
 TITLE = "Instruction counts"
-ABOUT = """
-Callgrind counts the instructions of N calls of each kind and those of 2N; the difference, divided
-by the number of calls, is the figure. It has the caller's loop in it: reading a position and adding
-up the results takes a few instructions. Counted are the instructions in the library and in the
-program that calls it, not those in the C and C++ libraries: which `memcpy`, `memset` or `round`
-runs there depends on the processor. An operation that ends in one of them costs almost nothing
-here, and shows its cost in the times.
-
-A sampling call is made at seeded positions whose neighbours all lie inside, and at others up to
-half a voxel beyond one face, where the nearest voxel and some of the other kernels' neighbours lie
-outside. A figure of the container is for an element, of a volume of 50 x 44 x 36 that no block of
-voxels fits.
-
-The figures hold for the compiler with which they were recorded; it, its Release flags and plain
-x86-64 make the same instructions everywhere. One that differs by more than 2 % from the record
-fails.
-"""
 TOLERANCE = 0.02
 SAMPLES = 512
 PASSES = 2
-# The objects whose instructions are the same on every processor.
-COUNTED = ("count_calls", common.LIBRARY)
+# How the names of the objects begin whose instructions are the same on every processor.
+COUNTED = ("count_calls", commands.LIBRARY)
 
 
 def compiler():
-    target = common.run([figures.COMPILER, "-dumpmachine"]).stdout.strip()
-    return f"{common.version(figures.COMPILER)} for {target}"
+    target = commands.run([builds.COMPILER, "-dumpmachine"]).stdout.strip()
+    return f"{commands.version(builds.COMPILER)} for {target}"
 
 
 def counted_costs(dumps):
@@ -49,7 +32,7 @@ def counted_costs(dumps):
         trigger = re.search(r"^desc: Trigger: Client Request: (.*)$", text, re.MULTILINE)
         if trigger:
             yield trigger[1], sum(cost for (object_file, _), cost in costs.items()
-                                  if Path(object_file).name in COUNTED)
+                                  if Path(object_file).name.startswith(COUNTED))
 
 
 def per_call(divisors, dumps):
@@ -67,10 +50,10 @@ def per_call(divisors, dumps):
 
 
 def measure():
-    program = figures.build("count_calls") / "bench" / "counts" / "count_calls"
+    program = builds.build("count_calls") / "bench" / "counts" / "count_calls"
     with tempfile.TemporaryDirectory() as folder:
         output = Path(folder) / "dump"
-        said = common.output_of(["valgrind", "--quiet", "--tool=callgrind",
+        said = commands.output_of(["valgrind", "--quiet", "--tool=callgrind",
                                  f"--callgrind-out-file={output}", program, SAMPLES, PASSES])
         divisors = {name: int(divisor) for name, divisor in
                     (line.split("\t") for line in said.decode().splitlines())}
@@ -113,7 +96,7 @@ def add_arguments(parser):
 def run(options):
     if platform.machine() != "x86_64":
         raise Failure("instructions are counted on x86-64 alone.")
-    common.install("build", "counts")
+    commands.install("build", "counts")
     now = {"compiler": compiler(), "counts": measure()}
     if not options.record:
         compare(now)
@@ -139,8 +122,8 @@ def other_rows(counts):
 def tables(found):
     counts = found["counts"]
     return [f"By {found['compiler']}. Instructions per call:", "",
-            *figures.table(["kernel, border, positions", "`short` `getValueVoxel`", "by address",
+            *markdown.table(["kernel, border, positions", "`short` `getValueVoxel`", "by address",
                             "`float` `getDoubleValueReal`", "by address"], sampling_rows(counts)),
             "Instructions per element of a `short` volume:", "",
-            *figures.table(["operation", "instructions"], other_rows(counts))]
+            *markdown.table(["operation", "instructions"], other_rows(counts))]
 

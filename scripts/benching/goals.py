@@ -2,6 +2,8 @@
 import collections
 import fnmatch
 
+from evidence.commands import Failure
+
 # rows: patterns of rows; against: competitors, of which the fastest in the row counts; ours: who is
 # compared with them.
 Goal = collections.namedtuple("Goal", "what rows against most aim ours", defaults=["volux_core"])
@@ -58,3 +60,11 @@ THREADS = Goal("two threads", ["threads/*"], ("one thread",), 1 / 1.6, 1 / 1.9, 
 def goals_of(row, goals=tuple(GOALS)):
     return [goal for goal in goals
             if any(fnmatch.fnmatchcase(row, pattern) for pattern in goal.rows)]
+
+
+def check(rows, goals):
+    """A name that is written otherwise in a program than among the goals would go unseen."""
+    aimless = [row for row in rows if not goals_of(row, goals)]
+    idle = [goal.what for goal in goals if not any(goals_of(row, [goal]) for row in rows)]
+    if aimless or idle:
+        raise Failure(f"no goal for {aimless}, no row for {idle}.")

@@ -4,29 +4,14 @@ import statistics
 import tempfile
 from pathlib import Path
 
-from proof import common
-from proof.common import BadUse, Failure
+from evidence import commands, markdown
+from evidence.commands import BadUse, Failure
 
-from . import figures
+from . import builds
+from .times import quartiles
 
 TITLE = "Overhead"
-ABOUT = """
-- **Policies**: one process makes the same calls in four ways, turn by turn: with policies chosen at
-  compile time (`short` through `getValueVoxel`, `float` through `getDoubleValueReal`), with the
-  same ones by address, `getValueVoxel` again for both types, and the kernel's `operator()`. Volume
-  and positions stay in the caches. A tenth of the positions lies up to half a voxel beyond a face,
-  or none.
-- **Loading**: a program that has the standard library loads the module and unloads it, by
-  `dlopen` with every symbol bound; and a program that links the module and the standard library,
-  does nothing and ends runs in turn with one that links the standard library alone.
-- **Parsing**: `-fsyntax-only` on a file that includes `<volux/core.h>` alone, in turn with one that
-  includes `<string>` and `<exception>`, which it needs itself.
-- **Size**: the module in its Release build, as `size` tells and as a file after `strip`.
-
-All times are processor time. Differences and ratios are formed round by round; the figure is their
-median, with the quartiles behind it.
-"""
-COMPILERS = (figures.COMPILER, "clang++-14")
+COMPILERS = (builds.COMPILER, "clang++-14")
 WAYS = ("compile-time", "run-time", "getValueVoxel", "operator()")
 SOURCES = {"core": "#include <volux/core.h>\n",
            "standard": "#include <string>\n#include <exception>\n"}
@@ -34,7 +19,7 @@ SOURCES = {"core": "#include <volux/core.h>\n",
 
 def spread(values):
     """Lower quartile, median, upper quartile."""
-    return [float(f"{value:.4g}") for value in statistics.quantiles(values, n=4)]
+    return [float(f"{value:.4g}") for value in quartiles(values)]
 
 
 def medians(rounds):
@@ -42,7 +27,7 @@ def medians(rounds):
 
 
 def policies(folder, rounds):
-    said = common.output_of([folder / "overhead" / "policy_rounds", rounds]).decode()
+    said = commands.output_of([folder / "overhead" / "policy_rounds", rounds]).decode()
     cases = {}
     for line in said.splitlines():
         name, *times = line.split("\t")
@@ -54,7 +39,7 @@ def policies(folder, rounds):
 
 
 def loading(folder, rounds):
-    said = common.output_of([folder / "overhead" / "module_rounds", rounds]).decode()
+    said = commands.output_of([folder / "overhead" / "module_rounds", rounds]).decode()
     load, unload = zip(*(map(float, line.split()) for line in said.splitlines()))
     return {"dlopen": spread([each / 1000 for each in load]),
             "dlclose": spread([each / 1000 for each in unload])}
@@ -81,7 +66,7 @@ def processes(folder, rounds):
 
 def parse_seconds(compiler, source):
     return processor_seconds([compiler, "-std=c++17", "-fsyntax-only",
-                              f"-I{common.ROOT / 'include'}", str(source)])
+                              f"-I{commands.ROOT / 'include'}", str(source)])
 
 
 def parsing(compiler, rounds):
@@ -95,11 +80,11 @@ def parsing(compiler, rounds):
 
 
 def size(library):
-    said = common.output_of(["size", "--format=berkeley", library]).decode().splitlines()
+    said = commands.output_of(["size", "--format=berkeley", library]).decode().splitlines()
     text, data, bss = map(int, said[1].split()[:3])
     with tempfile.TemporaryDirectory() as folder:
         stripped = Path(folder) / "stripped.so"
-        common.output_of(["strip", "-o", stripped, library])
+        commands.output_of(["strip", "-o", stripped, library])
         return {"text": text, "data": data, "bss": bss, "file": library.stat().st_size,
                 "stripped": stripped.stat().st_size}
 
@@ -112,17 +97,17 @@ def add_arguments(parser):
 def run(options):
     if options.rounds < 20:
         raise BadUse("at least 20 rounds are needed.")
-    common.install("build", "overhead")
-    folder = figures.build("policy_rounds", "module_rounds", "start_linked", "start_alone")
+    commands.install("build", "overhead")
+    folder = builds.build("policy_rounds", "module_rounds", "start_linked", "start_alone")
     programs = folder / "bench"
     return {
-        "compilers": [common.version(compiler) for compiler in COMPILERS],
+        "compilers": [commands.version(compiler) for compiler in COMPILERS],
         "rounds": options.rounds,
         "policies": policies(programs, options.rounds),
         "loading": loading(programs, options.rounds),
         "processes": processes(programs, options.rounds),
         "parsing": {compiler: parsing(compiler, options.rounds // 10) for compiler in COMPILERS},
-        "size": size(folder / common.LIBRARY)}
+        "size": size(folder / commands.LIBRARY)}
 
 
 def shown(quartiles, unit="", sign=""):
@@ -152,15 +137,15 @@ def tables(record):
     return [
         f"{record['rounds']} rounds; {' and '.join(record['compilers'])}.", "",
         "Nanoseconds per call:", "",
-        *figures.table(["case", "policies at compile time", "by address instead",
+        *markdown.table(["case", "policies at compile time", "by address instead",
                         "the kernel's `operator()`", "`getValueVoxel` instead"],
                        policy_rows(record["policies"])),
-        "Microseconds to load:", "", *figures.table(["what", "µs"], load_rows(record)),
+        "Microseconds to load:", "", *markdown.table(["what", "µs"], load_rows(record)),
         "Seconds to parse:", "",
-        *figures.table(["compiler", "`<volux/core.h>`", "`<string>`, `<exception>`", "ratio"],
+        *markdown.table(["compiler", "`<volux/core.h>`", "`<string>`, `<exception>`", "ratio"],
                        [[compiler, case["core"], case["standard"], shown(case["ratio"])]
                         for compiler, case in record["parsing"].items()]),
         "Bytes of the module:", "",
-        *figures.table(["text", "data", "bss", "file", "file, stripped"],
+        *markdown.table(["text", "data", "bss", "file", "file, stripped"],
                        [[f"{sizes[name]:,}" for name in ("text", "data", "bss", "file",
                                                          "stripped")]])]

@@ -6,10 +6,10 @@ import os
 import re
 import subprocess
 
-from proof.common import LOGS, ROOT, Failure, install
-from proof.common import run as run_command
+from evidence import commands
+from evidence.commands import LOGS, ROOT, Failure, install
 
-from . import figures
+from . import builds
 
 PYTHON = "/usr/bin/python3"  # Debian's, which has Debian's packages
 
@@ -35,7 +35,7 @@ def install_packages(suite):
 
 
 def build(suite):
-    figures.build(suite.target)
+    builds.build(suite.target)
 
 
 class Program:
@@ -71,18 +71,18 @@ class Program:
         self.process.communicate()
 
 
-def commands(suite):
+def command_lines(suite):
     """The programs that there are, by name."""
-    built = figures.BUILD / "bench" / suite.folder
+    built = builds.BUILD / "bench" / suite.folder
     names = (built / "programs").read_text(encoding="utf-8").split()
     found = {name: [str(built / name)] for name in names}
-    if run_command([PYTHON, "-c", f"import {suite.needs}"]).returncode == 0:
+    if commands.run([PYTHON, "-c", f"import {suite.needs}"]).returncode == 0:
         found[suite.script] = [PYTHON, str(ROOT / "bench" / suite.folder / f"{suite.script}.py")]
     return found
 
 
 def cases_of(name, command):
-    done = run_command([*command, "--benchmark_list_tests"])
+    done = commands.run([*command, "--benchmark_list_tests"])
     if done.returncode != 0:
         raise Failure(f"{name} does not tell its cases.")
     # Google Benchmark adds which clock is read.
@@ -92,7 +92,7 @@ def cases_of(name, command):
 def cases(suite):
     """For each row and each competitor in it the program that measures it."""
     rows = {}
-    for name, command in commands(suite).items():
+    for name, command in command_lines(suite).items():
         for case in cases_of(name, command):
             row, _, competitor = case.rpartition("/")
             rows.setdefault(row, {})[competitor] = name
@@ -104,7 +104,7 @@ def running(suite, names):
     """Some of the programs, started; by name."""
     started = {}
     try:
-        for name, command in commands(suite).items():
+        for name, command in command_lines(suite).items():
             if name in names:
                 started[name] = Program(name, command)
         yield started
@@ -114,5 +114,5 @@ def running(suite, names):
 
 
 def release(package):
-    found = run_command(["dpkg-query", "-W", "-f", "${Version}", package])
+    found = commands.run(["dpkg-query", "-W", "-f", "${Version}", package])
     return found.stdout if found.returncode == 0 else "not Debian's"

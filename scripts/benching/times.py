@@ -4,10 +4,10 @@ import math
 import random
 import statistics
 
-from proof.common import BadUse, Failure
+from evidence.commands import BadUse, Failure
+from evidence.markdown import heading, table
 
-from . import programs
-from .figures import table
+from . import goals, programs
 from .goals import ALIKE, GOALS, goals_of
 
 TITLE = "Times"
@@ -24,63 +24,6 @@ WORKLOADS = {
     "D": "D: a dependent chain",
     "E": "E: the container",
 }
-ABOUT = """
-Every library samples the same voxels (smooth plus noise, seeded, `short` or `float`) at the same
-positions, computed by the same code in the same loop (`bench/times/Workloads.h`), one call for each;
-the results are summed. A time is that of one sample with its share of the loop; what the loop alone
-takes stands below the table.
-
-- **A**: a cube of 256^3 resliced to 256 x 256 x 128, turned by 17, 31 and 11 degrees about the
-  centre, at scale 0.9. Of the 128 slices every 16th is taken, from the ninth on.
-- **B**: 128^3 brought to 384 x 384 x 96 along the axes, voxel centres at half a voxel. Of the 96
-  slices every 24th is taken.
-- **C**: four million random positions in 256^3, up to half a voxel outside, of which every 16th
-  is taken.
-- **D**: 200,000 random positions in 64^3, none of which is known before the sample at the one
-  before it.
-- **E**: a volume of 512 x 512 x 256 `short`; a time is that of one element. A box is 400 x 400 x 200,
-  the channel one of two in a volume of as many bytes. All xy planes are taken in turn, of yz and zx
-  the 64 from the 201st on. `raw` is a plain loop over a pointer, with the extents and strides in
-  local variables and, where `tested` is said, with the same tests as the member's; *crop* and
-  *deep copy* make and free their memory, by `calloc` and `free` on either side.
-
-How it is measured:
-
-- The programs stay loaded for four rounds and take turns: in a round each row comes once, in an
-  order drawn anew, and in a row the libraries are measured one right after the other, another one
-  first in each round, three times over. A measurement is one pass to warm up and then as many as fill
-  10 ms, by the processor time of the thread (Google Benchmark; numpy by a loop of the same kind). The
-  fastest of the three is the round's: whatever else the machine does only adds.
-- A ratio is formed in each round, of the module's time to that of the fastest library named, in that
-  round; the table has the median of the rounds with the quartiles beside it. A goal holds if the
-  median does not pass it.
-- The module is the shared library as it ships, called through its public interface with both
-  policies chosen at compile time, as objects made before the loop: `getValueVoxel<I, B>`, rounded,
-  for `short`, and `getDoubleValueReal<I, B>` at spacing 1 for `float`. All programs are compiled by
-  the same compiler with the same flags. VTK's kernels, and numpy's, are compiled already, as Debian has done it.
-- Before a case is timed, its library is compared with the module at 600 positions, two voxels inside
-  or four outside, none of them a tie. It is the same work there; elsewhere there are differences
-  that the libraries mean: ties; at the edges, CImg with Neumann borders and ITK here with
-  replication move the position into the volume, where the module moves each neighbour; ITK and VTK
-  with a constant test the position once, and VTK then clamps the neighbours. CImg takes positions
-  as `float` and computes in `float`. ITK's *cubic* is a B-spline of order 3 on coefficients computed
-  before, another kernel; it is shown, and is no peer in the ratios.
-- In E the results are compared by a checksum of every 1009th element. Memory is asked for alike:
-  numpy is told not to ask for huge pages, which the system gives to nobody else unasked.
-
-What keeps a goal out of reach, where it is missed:
-
-- **Tricubic**: a result is the quotient of two sums of 64 terms, each added in order. The two sums
-  share a register, so that 64 additions wait for one another. They take 144 products
-  and 128 additions; a kernel that sums up rows, columns and slices of four takes 84 and 63, and
-  gives other bits.
-- **Trilinear**: 12 products of weights, 8 with voxels and 8 additions in order, where interpolating
-  along one axis after the other takes 7 steps. Each of the eight voxels is tested on its own, so no
-  test is made once for all.
-- **Nearest**: the module is called; the templates of CImg are part of the caller's loop.
-- **C**: each sample reads from memory in 1, 4 or 16 rows, at a place that no earlier one has brought
-  near.
-"""
 
 
 def positive_count(text):
@@ -106,12 +49,7 @@ def chosen(rows, pattern):
 
 
 def check_goals(rows):
-    """A name that is written otherwise in a program than among the goals would go unseen."""
-    measured = [row for row, competitors in rows.items() if OURS in competitors]
-    aimless = [row for row in measured if not goals_of(row)]
-    idle = [goal.what for goal in GOALS if not any(goal in goals_of(row) for row in measured)]
-    if aimless or idle:
-        raise Failure(f"no goal for {aimless}, no row for {idle}.")
+    goals.check([row for row, competitors in rows.items() if OURS in competitors], GOALS)
 
 
 def turns(rows, number):
@@ -162,7 +100,7 @@ def fastest(ask, row, competitors, visits):
 
 
 def measure(suite, rows, rounds, visits=1, is_wanted=lambda times, competitor: True):
-    """Asks for each row and competitor in each round, as long as it is wanted beside those before."""
+    """Asks for each row and competitor in each round, as long as those before leave it wanted."""
     findings = Findings(rows)
     needed = {name for row in rows.values() for name in row.values()}
     for first in range(0, rounds, LIFE):
@@ -194,23 +132,23 @@ def missing(suite, rows):
     return skipped
 
 
-def found_by(suite, findings, rounds, skipped):
-    return {"rounds": rounds, "skipped": skipped,
+def timed(suite, options, check, **how):
+    """Measures a suite as the options say, once its rows have been checked; gives the record."""
+    check_options(options)
+    programs.install_packages(suite)
+    programs.build(suite)
+    rows = programs.cases(suite)
+    check(rows)
+    skipped = missing(suite, rows)
+    findings = measure(suite, chosen(rows, options.only), options.rounds, **how)
+    return {"rounds": options.rounds, "skipped": skipped,
             "peers": {peer: programs.release(package)
                       for peer, package in suite.peers.items() if peer not in skipped},
             "agreement": dict(sorted(findings.agreement.items())), "times": findings.times}
 
 
 def run(options):
-    suite = programs.TIMES
-    check_options(options)
-    programs.install_packages(suite)
-    programs.build(suite)
-    rows = programs.cases(suite)
-    check_goals(rows)
-    skipped = missing(suite, rows)
-    findings = measure(suite, chosen(rows, options.only), options.rounds, VISITS)
-    return found_by(suite, findings, options.rounds, skipped)
+    return timed(programs.TIMES, options, check_goals, visits=VISITS)
 
 
 def ratios(times, against, ours=OURS):
@@ -286,8 +224,9 @@ def workload(letter, record):
                   [line for row, times in rows.items()
                    for line in row_lines(row, times, competitors)])
     if loop:
-        lines += [f"The loop alone takes {statistics.median(loop[LOOP]):.2g} ns for a position.", ""]
-    return [f"### {WORKLOADS[letter]}", "", *lines]
+        spent = statistics.median(loop[LOOP])
+        lines += [f"The loop alone takes {spent:.2g} ns for a position.", ""]
+    return [*heading(3, WORKLOADS[letter]), *lines]
 
 
 def goal_line(goal, record):
@@ -315,11 +254,11 @@ def overview(record, goals=tuple(GOALS)):
                   "held in"], lines)
 
 
-def agreement(record, heading="### Agreement with the module"):
+def agreement(record, title="Agreement with volux_core"):
     rows = [[*key.split(" "), f"{found['largest']:.2g}", f"{found['tolerance']:.2g}"]
             for key, found in record["agreement"].items()]
-    return [heading, "",
-            "Voxels reach about 1300. The module's `short` are rounded readings.", "",
+    return [*heading(3, title),
+            "Voxels reach about 1300. The `short` of `volux_core` are rounded readings.", "",
             *table(["library", "voxels", "kernel", "largest difference", "tolerance"], rows)]
 
 

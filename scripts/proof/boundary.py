@@ -7,54 +7,44 @@ import sys
 import tempfile
 from pathlib import Path
 
-from . import common
-from .common import LIBRARY, Failure
+from evidence import commands
+from evidence.commands import LIBRARY, Failure
+
+from . import builds
 from .results import Result, Table
 
 TITLE = "Boundary"
-ABOUT = """
-- **The exported set**: `tests/abi/check_boundary.py` compares the names that g++ and clang++
-  export with the list written by hand in `tests/abi/interface.py`, in both directions, and the
-  slots of the virtual tables one by one. A symbols file would say the same a second time, so
-  there is none.
-- **The types behind the names**: `abidiff` (libabigail) compares the interface, read from the
-  debug information of g++'s build, with `tests/abi/interface.abi.xz`. A member, parameter, base
-  or slot that is added, removed or moved fails. `scripts/prove boundary --accept` writes that
-  file anew, which is what a deliberate change of the interface needs; then the commit shows it.
-- **The place of the build**: copies of the sources in two folders, one with a blank in its name,
-  give byte-identical libraries. So no name of a folder or of a source file stands in what is
-  shipped.
-"""
 CI_RUN = []
 WHOLE_RUN = []
 
-BASELINE = common.ROOT / "tests" / "abi" / "interface.abi.xz"
+BASELINE = commands.ROOT / "tests" / "abi" / "interface.abi.xz"
 COMPILERS = ("g++", "clang++")
-FOLDERS = ("one", "another place/deeper")
+PLACE = builds.BUILD / "boundary" / "another place/deeper"
 SOURCES = ("CMakeLists.txt", "cmake", "include", "src")
 
 
-def build_copy(folder, compiler):
+def build_here(compiler):
+    """Builds what ships from the sources themselves; gives the library."""
+    folder = (builds.release("volux_core") if compiler == "g++"
+              else builds.build(f"boundary-{compiler}", compiler))
+    return folder / LIBRARY
+
+
+def build_copy(compiler):
     """Builds what ships from a copy of the sources; gives the library."""
-    place = common.BUILD / "boundary" / folder
-    shutil.rmtree(place / "sources", ignore_errors=True)
+    shutil.rmtree(PLACE / "sources", ignore_errors=True)
     for name in SOURCES:
-        original, copy = common.ROOT / name, place / "sources" / name
+        original, copy = commands.ROOT / name, PLACE / "sources" / name
         if original.is_dir():
             shutil.copytree(original, copy)
         else:
             copy.parent.mkdir(parents=True, exist_ok=True)
             shutil.copy(original, copy)
-    target = place / compiler
+    target = PLACE / compiler
     shutil.rmtree(target, ignore_errors=True)  # or what was built from sources that looked newer
-    for command in (["cmake", "-S", place / "sources", "-B", target, "-G", "Ninja",
-                     "-DCMAKE_BUILD_TYPE=Release", "-DVOLUX_DEVELOPER_MODE=OFF",
-                     "-DVOLUX_RESAMPLE=OFF",
-                     f"-DCMAKE_CXX_COMPILER={compiler}"], ["cmake", "--build", target]):
-        if common.run(command, "proof-boundary").returncode != 0:
-            raise Failure(f"the module cannot be built by {compiler} in {target}; "
-                          "see build/logs/proof-boundary.log.")
-    return target / LIBRARY
+    return commands.build(target, "proof-boundary", ["all"], "-DCMAKE_BUILD_TYPE=Release",
+                          "-DVOLUX_DEVELOPER_MODE=OFF", "-DVOLUX_RESAMPLE=OFF",
+                          f"-DCMAKE_CXX_COMPILER={compiler}", source=PLACE / "sources") / LIBRARY
 
 
 def digest(path):
@@ -62,8 +52,8 @@ def digest(path):
 
 
 def check_names(library):
-    check = common.ROOT / "tests" / "abi" / "check_boundary.py"
-    done = common.run([sys.executable, check, library])
+    check = commands.ROOT / "tests" / "abi" / "check_boundary.py"
+    done = commands.run([sys.executable, check, library])
     found = re.search(r"^Ran (\d+) tests", done.stderr, re.MULTILINE)
     if done.returncode != 0:
         print(done.stderr)
@@ -72,17 +62,17 @@ def check_names(library):
 
 
 def exported(library):
-    return len(common.run(["nm", "-D", "--defined-only", library]).stdout.splitlines())
+    return len(commands.run(["nm", "-D", "--defined-only", library]).stdout.splitlines())
 
 
 def describe_interface(target):
     """Writes the interface, as g++'s debug information has it, to a file."""
-    flags = f"-g -ffile-prefix-map='{common.ROOT}'=."
-    folder = common.build("boundary-debug", "g++", flags, arguments=["-DVOLUX_PROOF=OFF"])
-    done = common.run(["abidw", "--headers-dir", common.ROOT / "include", "--drop-private-types",
-                       "--no-corpus-path", "--no-comp-dir-path", "--no-show-locs",
-                       "--no-elf-needed", "--no-architecture", "--type-id-style", "hash",
-                       "--out-file", target, folder / LIBRARY])
+    flags = f"-g -ffile-prefix-map='{commands.ROOT}'=."
+    folder = builds.build("boundary-debug", "g++", flags, arguments=["-DVOLUX_PROGRAMS="])
+    done = commands.run(["abidw", "--headers-dir", commands.ROOT / "include",
+                         "--drop-private-types", "--no-corpus-path", "--no-comp-dir-path",
+                         "--no-show-locs", "--no-elf-needed", "--no-architecture",
+                         "--type-id-style", "hash", "--out-file", target, folder / LIBRARY])
     if done.returncode != 0:
         raise Failure("abidw cannot read the interface from the library.")
 
@@ -92,20 +82,20 @@ def accept():
         current = Path(folder) / "interface.abi"
         describe_interface(current)
         BASELINE.write_bytes(lzma.compress(current.read_bytes(), preset=9))
-    return Result(True, f"The interface is now that of {BASELINE.relative_to(common.ROOT)}.",
+    return Result(True, f"The interface is now that of {BASELINE.relative_to(commands.ROOT)}.",
                   complete=False)
 
 
 def compare_interface():
     """Whether the interface is the accepted one, and how many functions and variables it has."""
     if not BASELINE.exists():
-        raise Failure(f"{BASELINE.relative_to(common.ROOT)} is missing; "
+        raise Failure(f"{BASELINE.relative_to(commands.ROOT)} is missing; "
                       "scripts/prove boundary --accept writes it.")
     with tempfile.TemporaryDirectory() as folder:
         accepted, current = Path(folder) / "accepted.abi", Path(folder) / "current.abi"
         accepted.write_bytes(lzma.decompress(BASELINE.read_bytes()))
         describe_interface(current)
-        done = common.run(["abidiff", "--harmless", "--no-show-locs", accepted, current])
+        done = commands.run(["abidiff", "--harmless", "--no-show-locs", accepted, current])
         entities = accepted.read_text(encoding="utf-8").count("<elf-symbol ")
     if done.returncode != 0:
         print(done.stdout[:4000])
@@ -119,12 +109,12 @@ def add_arguments(parser):
 
 
 def run(options):
-    common.install("build", "test", "boundary")
+    commands.install("build", "test", "boundary")
     if options.accept:
         return accept()
     rows, held = [], True
     for compiler in COMPILERS:
-        libraries = [build_copy(folder, compiler) for folder in FOLDERS]
+        libraries = [build_here(compiler), build_copy(compiler)]
         named, tests = check_names(libraries[0])
         digests = [digest(library) for library in libraries]
         held = held and named and digests[0] == digests[1]
@@ -140,7 +130,7 @@ def run(options):
                f"in two folders are {'' if equal else 'not '}equal.")
     return Result(held, summary, [
         Table("The library as it ships", ["compiler", "exported names", "check_boundary.py",
-                                          *(f"SHA-256 in `{folder}`" for folder in FOLDERS), ""],
+                                          "SHA-256 of a build here", "and elsewhere", ""],
               rows),
         Table("The interface against the accepted one", ["symbols", "abidiff"],
               [[entities, changes]])])

@@ -3,26 +3,13 @@ import collections
 import concurrent.futures
 import secrets
 
-from .common import CORES, BadUse, build, install, output_of, positive
+from evidence.commands import CORES, BadUse, install, output_of, positive
+
+from .builds import release
 from .results import Result, Table
 
 TITLE = "Whole volumes"
-ABOUT = """
-`volux_resample` promises for each sample the bits of one call of the module. Volumes of 4,000 to
-1.3 million voxels, of random layouts, spacings and voxels (now and then infinite, NaN or the ends
-of a type's range) are brought onto random grids of up to 190,000 voxels, and sampled at up to
-20,000 random positions, half of whose coordinates lie on edges and ties or are far away. For every
-call a kernel, a border, saturating or wrapping, an instruction set of this processor and a number
-of threads (1, 2, 3, 7, 16 or all) are drawn; then the module is called once for each sample, at the
-position that the documentation gives (computed here, not by the library), and compared bit for bit
-(any NaN equals any NaN). The seeds of the volumes count up, so that the seed of one that differed
-repeats it.
-
-*Large results* have more than 2^31 elements; two million samples of each are compared, many of them
-in the last rows and slices. Sources of more than 2^31 elements, parts of grids that large, and
-results through strides that pass 32 bits are among the unit tests (`LargeTest`). What the digest
-says of whole volumes stands with check 1, fuzzing with check 7.
-"""
+WITH_RESAMPLE = True
 CI_RUN = ["--seconds", "10", "--no-large"]
 WHOLE_RUN = ["--seconds", "60"]
 
@@ -83,8 +70,8 @@ def run(options):
     seed = secrets.randbelow(2**32) if options.seed is None else options.seed
     if not 0 <= seed < 2**62:
         raise BadUse("--seed takes a number from 0 to 2^62 - 1.")
-    install("build", "differential", "resample")
-    folder = build("bulk", targets=("bulk_run", "large_results"), arguments=["-DVOLUX_RESAMPLE=ON"])
+    install("differential")
+    folder = release("bulk_run", "large_results")
     programs = folder / "tests" / "proof" / "bulk"
     print(f"the first seed is {seed}", flush=True)
     volumes, counts = compare(programs / "bulk_run", options.seconds, seed)

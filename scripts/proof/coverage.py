@@ -3,53 +3,32 @@ import collections
 import json
 import re
 
-from . import common, suite
-from .common import Failure
+from evidence import commands
+from evidence.commands import Failure
+
+from . import suite
 from .results import Result, Table
 
 TITLE = "Coverage"
-ABOUT = """
-The unit tests run against the module and the public headers as clang 19 instruments them, once as
-they are and once with the conversions for processors whose own answers are not the promised ones.
-The gate is 100 % of four things:
-
-- **lines**: executed in either build;
-- **branches**: both outcomes seen, *in each build and each instantiation by itself*: a template
-  tested with `short` alone is not covered for `float`;
-- **conditions** of compound decisions (MC/DC): each has been seen to decide by itself the outcome
-  of its decision, again in each instantiation;
-- **instantiations**: each function of the module, for each element type and policy that it is
-  compiled for, has been executed. The two constructors that a compiler makes of one count as one,
-  and the tables of the tests' own policies do not count.
-
-What is left out stands in the table of exclusions, with its reason. An exclusion that matches
-nothing, or something that a test does execute, fails as well, so none can outlive its reason.
-"""
 CI_RUN = []
 WHOLE_RUN = []
 
-COMPILER = "clang++-19"
-# Atomic, or threads lose counts, and what is computed from two counts comes out wrong.
-FLAGS = ("-O0 -fprofile-instr-generate -fprofile-update=atomic -fcoverage-mapping "
-         "-fcoverage-mcdc")
 BUILDS = {"as it is": "", "portable": " -DVOLUX_CORE_PORTABLE"}
 
-# File, functions (a regular expression that matches their names), reason.
+# Functions (a regular expression that matches their names), reason.
 EXCLUDED_FUNCTIONS = [
-    ("include/volux/core/InterpolationBorderType.h", r"\(volux::core::detail::ConstantInitialized",
+    (r"\(volux::core::detail::ConstantInitialized",
      "evaluated by the compiler alone: the policy objects are constant-initialised"),
-    ("include/volux/core/InterpolationType.h", r"\(volux::core::detail::ConstantInitialized",
-     "evaluated by the compiler alone: the policy objects are constant-initialised"),
-    ("include/volux/core/detail/Served.h", r"detail::(refuseUnless|byValue|byAddress)<",
+    (r"detail::(refuseUnless|byValue|byAddress)<",
      "evaluated by the compiler alone, in noexcept clauses; the test `refusals` looks at them"),
 ]
 
-# File, function, which condition of its decision (and so which branch), reason.
+# Function, which condition of its decision (and so which branch), reason.
 EXCLUDED_CONDITIONS = [
-    ("src/core/Arithmetic.h", "detail::truncateInRange<int>", 3,
+    ("detail::truncateInRange<int>", 3,
      "a number that equals the lowest `int` is also above the lowest less one; only in 64 bits, "
      "where this condition is covered, do the two round to one number"),
-    ("src/core/VxImage/Nest.h", "detail::fused", 1,
+    ("detail::fused", 1,
      "decides where a loop of 2^31 steps would follow; a second process begins one in "
      "`FillWithoutEnd`, and what it counts is lost when it is ended"),
 ]
@@ -93,12 +72,12 @@ class Coverage:
 
 def in_repository(file):
     """The name of a file of the module within the repository, or None."""
-    relative = file.removeprefix(f"{common.ROOT}/")
+    relative = file.removeprefix(f"{commands.ROOT}/")
     return relative if relative.startswith(("include/", "src/")) else None
 
 
 def demangled(names):
-    plain = common.run(["llvm-cxxfilt-19"], input="\n".join(names)).stdout.splitlines()
+    plain = commands.run(["llvm-cxxfilt-19"], input="\n".join(names)).stdout.splitlines()
     return dict(zip(names, plain))
 
 
@@ -115,7 +94,7 @@ def run_tests(build, tests, module):
         profiles.append(profile)
         total += passed
     merged = module / "all.profdata"
-    if common.run(["llvm-profdata-19", "merge", "-o", merged, *profiles]).returncode != 0:
+    if commands.run(["llvm-profdata-19", "merge", "-o", merged, *profiles]).returncode != 0:
         raise Failure("llvm-profdata-19 cannot merge the profiles.")
     return merged, total
 
@@ -123,9 +102,9 @@ def run_tests(build, tests, module):
 def export(tests, module, profile, *form):
     objects = [word for program in suite.PROGRAMS
                for word in ("-object", tests / "tests" / program)]
-    done = common.run(["llvm-cov-19", "export", "-instr-profile", profile, *form,
+    done = commands.run(["llvm-cov-19", "export", "-instr-profile", profile, *form,
                        module / "libvolux_core.so", *objects, "-sources",
-                       common.ROOT / "include", common.ROOT / "src"])
+                       commands.ROOT / "include", commands.ROOT / "src"])
     if done.returncode != 0:
         raise Failure(f"llvm-cov-19 fails: {done.stderr.splitlines()[-1]}.")
     return done.stdout
@@ -133,9 +112,10 @@ def export(tests, module, profile, *form):
 
 def measure():
     coverage, count = Coverage(), 0
-    tests = suite.build("coverage", COMPILER, FLAGS)
+    tests = suite.covered_tests()
     for build, flag in BUILDS.items():
-        module = suite.build_module("coverage-portable", COMPILER, FLAGS + flag) if flag else tests
+        module = (suite.build_module("coverage-portable", suite.CLANG, suite.COVERAGE + flag)
+                  if flag else tests)
         profile, passed = run_tests(build, tests, module)
         count += passed
         coverage.add_lines(export(tests, module, profile, "-format=lcov", "-skip-branches"))
@@ -148,29 +128,39 @@ def measure():
     return coverage, count
 
 
+def excluded_in(file, coverage, pattern):
+    """Takes the functions of a file that a pattern finds out of the figures; gives how many lines
+    and functions there were, or None if a test executes one of them."""
+    functions, lines = coverage.functions[file], coverage.lines[file]
+    found = [name for name in functions if re.search(pattern, name)]
+    if any(functions[name] for name in found):
+        return None
+    unseen = {line for name in found for first, last in coverage.extents[file, name]
+              for line in range(first, last + 1) if lines.get(line) == 0}
+    for line in unseen:
+        del lines[line]
+    for name in found:
+        del functions[name]
+    return len(unseen), len(found)
+
+
 def exclude_functions(coverage):
     """Takes excluded functions out of the figures; gives the table's rows and what is stale."""
     rows, stale = [], []
-    for file, pattern, reason in EXCLUDED_FUNCTIONS:
-        found = [name for name in coverage.functions[file] if re.search(pattern, name)]
-        if not found or any(coverage.functions[file][name] for name in found):
-            stale.append([file, f"a stale exclusion: `{pattern}`"])
-            continue
-        lines = {line for name in found for first, last in coverage.extents[file, name]
-                 for line in range(first, last + 1) if coverage.lines[file].get(line) == 0}
-        for line in lines:
-            del coverage.lines[file][line]
-        for name in found:
-            del coverage.functions[file][name]
-        rows.append([file, f"functions `{pattern}`", f"{len(lines)} lines, {len(found)} functions",
-                     reason])
+    for pattern, reason in EXCLUDED_FUNCTIONS:
+        taken = {file: excluded_in(file, coverage, pattern) for file in list(coverage.functions)}
+        found = {file: counts for file, counts in taken.items() if counts is None or counts[1]}
+        if not found or None in found.values():
+            stale.append(["", f"a stale exclusion: `{pattern}`"])
+        rows += [[file, f"functions `{pattern}`", "{} lines, {} functions".format(*counts), reason]
+                 for file, counts in found.items() if counts]
     return rows, stale
 
 
-def branch_of(coverage, file, condition):
+def branch_of(branches, condition):
     """The place of the branch that a condition is, by its place within the decision."""
     *function, first_line, first, last_line, last, number = condition
-    inside = sorted(place for place in coverage.branches[file] if list(place[:3]) == function
+    inside = sorted(place for place in branches if list(place[:3]) == function
                     and (first_line, first) <= place[3:5] and place[5:7] <= (last_line, last))
     return inside[number - 1]
 
@@ -178,17 +168,18 @@ def branch_of(coverage, file, condition):
 def exclude_conditions(coverage):
     """Likewise for single conditions, with their branches."""
     rows, stale = [], []
-    for file, function, number, reason in EXCLUDED_CONDITIONS:
-        conditions, branches = coverage.conditions[file], coverage.branches[file]
-        found = {place: branch_of(coverage, file, place) for place in conditions
-                 if function in place[2] and place[-1] == number}
-        if not found or any(conditions[place] or branches[branch]
-                            for place, branch in found.items()):
-            stale.append([file, f"a stale exclusion: condition {number} of `{function}`"])
+    for function, number, reason in EXCLUDED_CONDITIONS:
+        found = [(file, place, branch_of(coverage.branches[file], place))
+                 for file, conditions in coverage.conditions.items() for place in conditions
+                 if function in place[2] and place[-1] == number]
+        if not found or any(coverage.conditions[file][place] or coverage.branches[file][branch]
+                            for file, place, branch in found):
+            stale.append(["", f"a stale exclusion: condition {number} of `{function}`"])
             continue
-        for place, branch in found.items():
-            del conditions[place], branches[branch]
-        rows.append([file, f"condition {number} of `{function}`",
+        for file, place, branch in found:
+            del coverage.conditions[file][place], coverage.branches[file][branch]
+        files = ", ".join(dict.fromkeys(file for file, _, _ in found))
+        rows.append([files, f"condition {number} of `{function}`",
                      f"{len(found)} condition and branch", reason])
     return rows, stale
 
@@ -227,7 +218,7 @@ def add_arguments(parser):
 
 def run(options):
     del options
-    common.install("build", "test", "coverage")
+    commands.install("build", "test", "coverage")
     coverage, count = measure()
     excluded, stale = exclude_functions(coverage)
     more_excluded, more_stale = exclude_conditions(coverage)

@@ -2,50 +2,13 @@
 import collections
 import secrets
 
-from .common import CORES, ROOT, BadUse, build, install, output_of, positive
-from .common import run as run_command
+from evidence import commands
+from evidence.commands import CORES, ROOT, BadUse, install, output_of, positive
+
+from .builds import release
 from .results import Result, Table
 
 TITLE = "Differential runs"
-ABOUT = """
-The oracle (`tests/support/SamplingOracle.h`) is sampling written a second time, from the
-definitions alone, one plain step after the other. Volumes of random extents, layouts, spacings and
-voxels (now and then infinite, NaN or the ends of a type's range) are sampled by it and by the
-library at random positions, half of whose coordinates lie on edges, on ties, one unit in the last
-place beside either, beyond 32 bits, or are not finite. At each position every form, kernel and
-border is sampled in two spellings drawn at random out of all there are, one with its policies
-chosen at compile time and one with at least one chosen at run time; both are compared with the
-oracle, and with each other, bit for bit (any NaN equals any NaN: nothing promises the payload of
-one). A border of the user's own is sampled as well. The seeds of the volumes count up from the
-first one, so `--seed` repeats a run, and the seed of a volume that differed repeats it at once.
-
-The outsiders share no idea with the library but the mathematics, so they may differ by rounding,
-and by no more than the tolerances, which are parts of the largest voxel (M, of random sign):
-
-- CImg's `linear_atXYZ` is a polynomial of 33 operations whose terms stay below 8 M; each rounds by
-  2^-53, which gives less than 2^-44. `cubic_atXYZ` (the same kernel, a = -0.5, not normalised) is a
-  polynomial of 16 operations with terms below 12 M, three times nested, each time passing on the
-  errors before it times 1.25; with as much again for the 64 products and the weights of the library
-  that is less than 2^-41.
-- CImg takes positions as `float` and computes with the fraction as a `float`: that is exact for
-  fractions of eight bits, whose cube has 24. For any other float, below zero the fraction is wrong
-  by up to 2^-25, times a slope of at most 2 M (linear) or 4.7 M (cubic) on each of three axes; and
-  its square and cube are rounded, which moves a cubic by up to 3.3 M 2^-20. Together less than
-  2^-22 and 2^-18. With Neumann borders CImg first moves the position into the volume, where every
-  fraction is exact, so that its linear one keeps 2^-44 for every float.
-- With Neumann borders CImg moves the position to the edge, where the library moves each neighbour.
-  For a cubic these differ by intention within one voxel outside the volume, and only there:
-  positions whose x, y or z lies between -1 and 0, or between the last voxel and the one after it,
-  are left out of that comparison.
-- `scipy.ndimage.map_coordinates` computes in `double`, by weights as the library does: at order 1
-  the eight products have six roundings each, and adding them seven, together less than 2^-48; at
-  order 0 it reads a voxel, so nothing may differ. Ties are included: it takes halves up too, and
-  the library steps one further down only where both already read the border. Its order 3 is a
-  B-spline, another kernel, and is left out.
-
-All positions lie within five voxels of the volume. Coordinates that are not finite or pass 32 bits
-are left to the oracle: what the outsiders do there is not defined.
-"""
 CI_RUN = ["--seconds", "10"]
 WHOLE_RUN = ["--seconds", "60"]
 
@@ -129,7 +92,7 @@ def holds(outsider):
 
 def packages():
     """The releases of the outsiders: what the tolerances were derived for."""
-    found = run_command(["dpkg-query", "-W", "-f", "${Package} ${Version}\n", "cimg-dev",
+    found = commands.run(["dpkg-query", "-W", "-f", "${Package} ${Version}\n", "cimg-dev",
                          "python3-scipy"])
     return " and ".join(found.stdout.split("\n")[:2])
 
@@ -161,8 +124,8 @@ def judge(options, seed, volumes, counts, outsiders):
 def run(options):
     if options.seed is not None and not 0 <= options.seed < 2**63:
         raise BadUse("--seed takes a number from 0 to 2^63 - 1.")
-    install("build", "differential")
-    folder = build("oracle", targets=("differential_run", "cimg_outsider", "scipy_samples"))
+    install("differential")
+    folder = release("differential_run", "cimg_outsider", "scipy_samples")
     programs = folder / "tests" / "proof" / "differential"
     seed = secrets.randbelow(2**48) if options.seed is None else options.seed
     print(f"the first seed is {seed}", flush=True)

@@ -1,54 +1,25 @@
 """One digest of the sampled corpus, whatever the compiler, its flags and the processor."""
 import concurrent.futures
 import dataclasses
+import functools
 import hashlib
 import itertools
 import re
 import shutil
 import subprocess
+import threading
 import time
 
+from evidence import commands
+from evidence.commands import CORES, LOGS, ROOT, BadUse, Failure, install, version
+
 from . import sysroot
-from .common import CORES, LOGS, ROOT, BadUse, Failure, install
-from .common import run as run_command
-from .common import version
 from .digest_rows import SIZES, THREADS, Row, all_rows, native_rows, sysroot_libraries
 from .results import Result, Table
 
 TITLE = "One digest on every compiler and processor"
-ABOUT = """\
-A program samples a fixed corpus and writes the 64 bits of every result; one SHA-256 is taken for
-each *family* (a front end with a kernel and a border, in all its spellings and for the seven
-element types) and one over all families. The corpus has volumes of one to three channels in four
-layouts (interleaved, planar, z fastest, padded) and positions of which, on average, a fifth lies at
-edges, ties, negative whole numbers, one unit in the last place to either side of those, or far
-away: not finite, or beyond 32 bits. In physical units they are these times the spacing, which
-misses some by a rounding. The digests are committed in `tests/proof/digest/digests.txt`, and every
-row of the table has to give them.
-
-- The library is built by its own CMake files as a shared object, the program as a user's would be:
-  it keeps its compiler's default for fusing a product and a sum, which is to fuse where the
-  processor can.
-- Every NaN is counted as the same NaN: which one an operation gives is the processor's affair.
-  Bytes go into the digest in one order, so that a big-endian processor can give the same.
-- Where the processor is emulated (by qemu), the positions are the first few of each volume. They
-  have a digest of their own, `small`, which the builds that run natively have to give too.
-- With `-flto` the library and the program are each optimised as a whole; the border between them
-  stays.
-- In the rows marked *fused* the library's sources are compiled with `-ffp-contract=fast`. They have
-  to give another digest, which shows that the last bit reaches it. Nearest neighbour and whole
-  voxels have no product and sum to fuse.
-
-Calls on whole volumes have a corpus of their own, `bulk`, and a small part of it, `bulk-small`:
-`resample` on oblique maps, along the axes and beyond what is finite, `reslice` with slabs, `resize`
-and `sample`, with each kernel and border, saturating and wrapping, into images and into memory with
-gaps, on the same volumes. Its digests are computed twice. In every row a program without
-`volux_resample` calls the module once for each sample, at the position that the documentation
-gives, so that a compiler for which there is neither Highway nor oneTBB has to give them too. In the
-rows marked *bulk* `volux_resample` answers, with each instruction set that it is compiled for and
-with 1, 2, 3, 7 and 16 threads; for aarch64 Debian's packages of the two are unpacked in the build
-folder.
-"""
+WITH_RESAMPLE = True
+PARTS = tuple(SIZES)
 CI_RUN = ["--rows", "^(x86-64 g[+][+]-12 (-O2|-O3 -march=x86-64-v3)( fused)?"
                     "|x86-64 clang[+][+]-14 -O3|x86-64 g[+][+]-12 -O2 bulk"
                     "|s390x s390x-linux-gnu-g[+][+] -O2)$"]
@@ -117,21 +88,23 @@ def provide(rows):
                               f"package in the group digest or {row.group}.")
 
 
+@functools.lru_cache(maxsize=None)
+def lock_of(folder):
+    return threading.Lock()
+
+
 def build(row):
     """Builds the library and the programs of a row."""
-    (LOGS / f"{row.log}.log").unlink(missing_ok=True)
     targets = sorted({row.program_of(corpus) for corpus in row.corpora})
     cross = [] if row.target == "x86-64" else ["-DCMAKE_SYSTEM_NAME=Linux",
                                               f"-DCMAKE_SYSTEM_PROCESSOR={row.target}"]
     if row.bulk and cross:
-        packages = sysroot_libraries() / "cmake"
-        cross += [f"-Dhwy_DIR={packages / 'hwy'}", f"-DTBB_DIR={packages / 'TBB'}"]
-    configure = ["cmake", "-S", SOURCE, "-B", row.folder, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=None",
-                 f"-DCMAKE_CXX_COMPILER={row.compiler}", f"-DCMAKE_CXX_FLAGS={row.flags}",
-                 f"-DVOLUX_RESAMPLE={'ON' if row.bulk else 'OFF'}", *cross]
-    for command in (configure, ["cmake", "--build", row.folder, "--target", *targets, "-j", "1"]):
-        if run_command(command, row.log).returncode != 0:
-            raise Failure(f"does not build; see {LOGS.relative_to(ROOT)}/{row.log}.log")
+        cross += [f"-Dhwy_DIR={sysroot_libraries() / 'cmake' / 'hwy'}"]
+    with lock_of(row.folder):
+        commands.build(row.folder, row.log, targets, "-DCMAKE_BUILD_TYPE=None",
+                       f"-DCMAKE_CXX_COMPILER={row.compiler}", f"-DCMAKE_CXX_FLAGS={row.flags}",
+                       f"-DVOLUX_RESAMPLE={'ON' if row.bulk else 'OFF'}", *cross, source=SOURCE,
+                       jobs=1)
 
 
 def runs_of(row):
@@ -142,7 +115,7 @@ def runs_of(row):
                                 str(SIZES[corpus][1])]
         return
     program = [*row.runner, row.folder / "bulk_calls"]
-    named = run_command(program).stdout.split()
+    named = commands.run(program).stdout.split()
     if not named:
         raise Failure("names no instruction set")
     for corpus, instructions, threads in itertools.product(row.corpora, named, THREADS):

@@ -6,7 +6,7 @@ import subprocess
 from pathlib import Path
 
 from . import sysroot
-from .common import BUILD
+from .builds import BUILD
 
 SIZES = {  # of a corpus: its program, and the positions or the rounds of requests in each volume
     "full": ("sampler", 2000),
@@ -46,16 +46,21 @@ class Row:
 
     @property
     def name(self):
-        return (f"{self.target} {self.compiler} {self.flags}" + (" fused" if self.fused else "")
+        return (f"{self.target} {self.build}" + (" fused" if self.fused else "")
                 + (" bulk" if self.bulk else ""))
 
     @property
     def folder(self):
-        return BUILD / "digest" / re.sub(r"[^\w.+=]+", "-", self.name)
+        """Rows that are compiled alike share one: they differ by their programs alone."""
+        return BUILD / "digest" / re.sub(r"[^\w.+=]+", "-", f"{self.target} {self.build}")
+
+    @property
+    def build(self):
+        return f"{self.compiler} {self.flags}"
 
     @property
     def log(self):
-        return f"proof-digest-{self.folder.name}"
+        return "proof-digest-" + re.sub(r"[^\w.+=]+", "-", self.name)
 
     @property
     def programs(self):

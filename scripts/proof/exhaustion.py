@@ -1,29 +1,13 @@
 """Every float there is, through whatever takes a float."""
 import secrets
 
-from .common import CORES, BadUse, build, install, output_of
+from evidence.commands import CORES, BadUse, install, output_of
+
+from .builds import release
 from .results import Result, Table
 
 TITLE = "Exhaustion"
-ABOUT = """
-A `float` has 2^32 bit patterns, few enough to try them all; each is widened to `double`, exactly.
-They are compared with the oracle (`tests/support/SamplingOracle.h`) as users of the built library
-would see them:
-
-- as positions, through the three index rules. A border of the test's own is told the index of each
-  neighbour outside the volume, and holds it against the oracle's: all eight of the trilinear kernel
-  and the one of the nearest, in an image without voxels, and those of the tricubic kernel outside
-  an image of three voxels along x, which is too narrow for the four neighbours, so that for every
-  position that has neighbours one index at least is seen (no two voxels are alike, so the result
-  tells the others). Order and number of the questions count as well;
-- as values, through the conversion to each element type, truncating (`getValueVoxel` without a
-  border) and rounding (with one). The value comes from an interpolator of the test's own;
-- as positions along x of the tricubic kernel, whose result is compared bit for bit (any NaN equals
-  any NaN). Along y and z the position is 1.375 and 1.75, so that all 64 weights count.
-
-With `--every N` only every Nth bit pattern is taken, from a first one that is drawn at random.
-"""
-CI_RUN = ["--every", "199"]
+CI_RUN = ["--every", "797"]
 WHOLE_RUN = []
 
 ALL = 2**32
@@ -56,8 +40,8 @@ def counts_of(folder, every, first):
 
 def run(options):
     first = first_of(options)
-    install("build", "exhaustion")
-    folder = build("oracle", targets=("exhaustion",))
+    install("exhaustion")
+    folder = release("exhaustion")
     print(f"one float in {options.every}, from 0x{first:08x} on", flush=True)
     counts = counts_of(folder, options.every, first)
     floats = len(range(first, ALL, options.every))

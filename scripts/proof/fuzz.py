@@ -7,43 +7,14 @@ import tempfile
 import time
 from pathlib import Path
 
-from .common import BUILD, LOGS, ROOT, Failure, build, install, positive, version
+from evidence.commands import LOGS, ROOT, Failure, install, positive, version
+
+from .builds import BUILD, build
 from .results import Result, Table
 
 TITLE = "Fuzzing"
-ABOUT = """
-libFuzzer makes up inputs, keeps those that reach something new, and goes on from them; the module
-is compiled with its counters and under clang's address and undefined-behaviour sanitizers
-(`float-cast-overflow` among them), so that it is led through the module's own branches, and through
-those of `volux_resample`.
-
-- `lifecycle`: the input is a program of calls on three images and two blocks of the caller's: the
-  three ways to initialize, wrapping, resizing, copies and assignments between the images, to
-  themselves too, with any extents, strides and spacings and with allocations that are refused.
-  Every call is made on a model of the image's three states as well; codes, texts thrown and
-  printed, fields, elements, requests to the heap and blocks given back are compared after each.
-- `boxes`: crop, draw, the six plane functions, fill and single voxels on volumes of random layouts,
-  overlapping ones among them, against their plain definitions. The volume lies between two
-  forbidden pages, at the end of the one or at the start of the other, so that no element beside it
-  can be read or written unseen.
-- `kernels`: the three kernels in every way in which a sampling call can be written, run-time and
-  compile-time policies alike, against the oracle: any 64 bits as a coordinate or a spacing, any
-  bytes as voxels.
-- `bulk`: `resample` and `sample` of `volux_resample`, onto whole grids and onto boxes of them from
-  the bricks that they read, with each instruction set, against one call of the module for each
-  sample: any numbers in a map, any layout, any bytes as voxels. The source lies between forbidden
-  pages, as that of `boxes`.
-- `reader`: the demo's readers of NIfTI and InVesalius files, compressed or not; whatever the file
-  is, they load it or throw the demo's own failure. Checksums are mended in some of the inputs,
-  since nothing behind them would be reached otherwise. At most 1 GiB of memory and 10 seconds for a
-  file.
-
-The times are processor time, measured by the system. Units are the inputs that the corpus holds;
-edges are the branches reached, of those that the compiler counts in the module and the target (the
-demo's libraries are not among them). `fuzz/corpus` is where every run starts; what it finds goes to
-`build/proof/fuzz-corpus`, from which the next one goes on.
-"""
-CI_RUN = ["--seconds", "30"]
+WITH_RESAMPLE = True
+CI_RUN = ["--seconds", "10"]
 WHOLE_RUN = ["--seconds", "60"]
 
 TARGETS = {
@@ -53,6 +24,7 @@ TARGETS = {
     "bulk": "whole volumes",
     "reader": "the demo's files",
 }
+PARTS = tuple(TARGETS)
 CAMPAIGN_SECONDS = 20 * 60
 AT_ONCE = 2
 SANITIZED = ("-O1 -gline-tables-only -fno-omit-frame-pointer -fno-sanitize-recover=all "

@@ -2,34 +2,27 @@
 import os
 import re
 
-from . import common
-from .callgrind import own_costs
-from .common import BadUse, Failure
+from evidence import commands
+from evidence.callgrind import own_costs
+from evidence.commands import BadUse, Failure
+
+from . import builds
 from .results import Result, Table
 
 TITLE = "Load"
-ABOUT = """
-- **First calls**: sixteen threads make the first call of an interpolator's and a border's table
-  at once. Tables are made once in a process, so each trial is a process of its own; every pair of
-  the three interpolators and the two borders is tried, plain and under the thread sanitizer.
-- **Loading and unloading**: a program that does not know the library loads a plug-in that uses it
-  through every table, and has it throw; then it unloads both. After each round the library must
-  be gone from the process's map, and each object that it had registered to be destroyed must have
-  been: the program's own `__cxa_atexit` counts them. After a tenth of the rounds and at the end
-  the number of mappings and the bytes of the heap in use must be *the same*, which a leak of one
-  byte a round would show. The resident memory may differ by the 256 KiB that the heap and the
-  loader move within; one page lost a round would be more.
-- **A program that never calls it**: callgrind counts the instructions that run inside the library
-  while a program loads it, does nothing and ends. Only the functions that a compiler and its
-  start-up files put into every shared object may run. The table tells what is left, which is the
-  loader's work: its relocations, beside those of the same program without the library.
-"""
+WITH_RESAMPLE = True
+PARTS = ("volux_resample",)
 CI_RUN = ["--processes", "48", "--rounds", "200"]
 WHOLE_RUN = []
 
 PAIRS = [(interpolator, border) for interpolator in range(3) for border in range(2)]
 CLANG = "clang++-19"
 RESIDENT_SLACK = 256 * 1024
+PLUGINS = {"volux_core": "core_plugin", "volux_resample": "resample_plugin"}
+SILENT = ("volux_resample",)  # volux_core's exceptions print
+# The C library keeps the stacks of ended threads, and heaps for them, as many as there happened to
+# be at once: here it keeps none, so that what is left is somebody's.
+FEWEST_MAPPINGS = {"GLIBC_TUNABLES": "glibc.pthread.stack_cache_size=0:glibc.malloc.arena_max=1"}
 # What each shared object has, whatever its sources.
 COMPILERS_OWN = {"_init", "_fini", "frame_dummy", "register_tm_clones", "deregister_tm_clones",
                  "__do_global_dtors_aux"}
@@ -41,30 +34,50 @@ def first_calls(folder, processes):
     failed = []
     for trial in range(processes):
         pair = PAIRS[trial % len(PAIRS)]
-        done = common.run([program, *map(str, pair)])
+        done = commands.run([program, *map(str, pair)])
         if done.returncode != 0:
             failed.append(f"interpolator {pair[0]}, border {pair[1]}: "
                           f"{(done.stdout + done.stderr).strip()[:300]}")
     return failed
 
 
-def load_rounds(folder, rounds):
-    """What the process holds after a tenth of the rounds and after all, or why it stopped."""
-    program = folder / "tests" / "proof" / "load" / "load_rounds"
-    done = common.run([program, str(rounds)])
+def load_rounds(folder, library, rounds):
+    """Returns what the process held after a tenth of the rounds and after all, and the faults."""
+    programs = folder / "tests" / "proof" / "load"
+    done = commands.run([programs / "load_rounds", programs / f"lib{PLUGINS[library]}.so",
+                         f"lib{library}.so", str(rounds)], env={**os.environ, **FEWEST_MAPPINGS})
+    said = done.stdout.splitlines()
+    faults = [f"{library}: it prints {line}" for line in done.stderr.splitlines()[:1]
+              if library in SILENT]
     if done.returncode != 0:
-        return None, done.stdout.strip().splitlines()[-1:] or [f"ended with {done.returncode}"]
-    held = [list(map(int, line.split())) for line in done.stdout.splitlines()]
-    (_, _, maps, heap, resident), (_, _, last_maps, last_heap, last_resident) = held
-    growth = [f"{name} changed by {by}" for name, by, slack in (
-        ("the mappings", last_maps - maps, 0), ("the heap in use", last_heap - heap, 0),
-        ("the resident memory", last_resident - resident, RESIDENT_SLACK)) if abs(by) > slack]
-    return held, growth
+        return [], faults + [f"{library}: {said[-1] if said else ''} (status {done.returncode})"]
+    held = [list(map(int, line.split())) for line in said]
+    return ([[library, *counts] for counts in held],
+            faults + [f"{library}: {change}" for change in changes(*held)])
+
+
+def changes(early, late):
+    """Tells what the process held late that it did not hold early, or the other way round."""
+    for name, place, slack in (("the number of mappings", 3, 0), ("the heap in use", 4, 0),
+                               ("the resident memory", 5, RESIDENT_SLACK)):
+        if abs(late[place] - early[place]) > slack:
+            yield f"{name} changed by {late[place] - early[place]}"
+
+
+def all_rounds(folder, rounds):
+    """Returns the rows of both libraries, and the faults; volux_resample must start threads."""
+    rows, faults = [], []
+    for library in PLUGINS:
+        found, wrong = load_rounds(folder, library, rounds)
+        rows, faults = rows + found, faults + wrong
+    if any(row[0] == "volux_resample" and row[3] == 0 for row in rows):
+        faults.append("volux_resample: its call starts no thread")
+    return rows, faults
 
 
 def instructions(program, output):
     """Instructions by (object, function), as callgrind counts them."""
-    done = common.run(["valgrind", "--tool=callgrind", f"--callgrind-out-file={output}",
+    done = commands.run(["valgrind", "--tool=callgrind", f"--callgrind-out-file={output}",
                        "--dump-instr=no", program])
     if done.returncode != 0:
         raise Failure(f"callgrind cannot run {program.name}.")
@@ -75,7 +88,7 @@ def named(function, library):
     """The name of a function that callgrind knows by its address alone."""
     if not function.startswith("0x"):
         return re.sub(r"'.*", "", function)
-    for line in common.run(["nm", "-C", "--defined-only", library]).stdout.splitlines():
+    for line in commands.run(["nm", "-C", "--defined-only", library]).stdout.splitlines():
         fields = line.split(maxsplit=2)
         if len(fields) == 3 and int(fields[0], 16) == int(function, 16):
             return fields[2]
@@ -83,7 +96,7 @@ def named(function, library):
 
 
 def relocations(program):
-    done = common.run([program], env={**os.environ, "LD_DEBUG": "statistics", "LD_BIND_NOW": "1"})
+    done = commands.run([program], env={**os.environ, "LD_DEBUG": "statistics", "LD_BIND_NOW": "1"})
     found = re.findall(r"number of relocations(?: from cache)?: (\d+)", done.stderr)
     relative = re.findall(r"number of relative relocations: (\d+)", done.stderr)
     if not found or not relative:
@@ -105,7 +118,7 @@ def idle_cost(folder):
                      *relocations(program)])
     if not rows[0][2]:  # the start-up files' own functions run in every library
         raise Failure("callgrind does not tell what runs inside the library.")
-    if "libvolux_core" not in common.run(["ldd", folder / "tests/proof/load/idle"]).stdout:
+    if "libvolux_core" not in commands.run(["ldd", folder / "tests/proof/load/idle"]).stdout:
         raise Failure("the idle program does not load the library.")
     return rows, foreign
 
@@ -113,31 +126,31 @@ def idle_cost(folder):
 def add_arguments(parser):
     parser.add_argument("--processes", type=int, default=240,
                         help="how many processes make first calls; sanitized: a quarter as many")
-    parser.add_argument("--rounds", type=int, default=1000, help="how often the library is loaded")
+    parser.add_argument("--rounds", type=int, default=1000, help="how often each library is loaded")
 
 
 def run(options):
     if options.processes < len(PAIRS) or options.rounds < 100:
         raise BadUse(f"at least {len(PAIRS)} processes and 100 rounds are needed.")
-    common.install("build", "coverage", "sanitizers")
-    plain = common.build("load", "g++", "", "Release",
-                         ["first_call", "load_rounds", "idle", "idle_alone"])
-    sanitized = common.build("load-thread", CLANG, "-O1 -gline-tables-only -fsanitize=thread",
+    commands.install("coverage", "sanitizers")
+    plain = builds.release("first_call", "load_rounds", "idle", "idle_alone", *PLUGINS.values())
+    sanitized = builds.build("load-thread", CLANG, "-O1 -gline-tables-only -fsanitize=thread",
                              "None", ["first_call"])
     under_sanitizer = max(options.processes // 4, len(PAIRS))
     failed = first_calls(plain, options.processes)
     raced = first_calls(sanitized, under_sanitizer)
-    held, growth = load_rounds(plain, options.rounds)
+    held, growth = all_rounds(plain, options.rounds)
     cost, foreign = idle_cost(plain)
     faults = (failed + raced + growth
               + [f"`{function}` of the library runs in a program that never calls it"
                  for function in foreign])
     tables = [
         Table("First calls by sixteen threads at once", ["build", "processes", "failed"],
-              [[f"{common.version('g++')}, -O3", options.processes, len(failed)],
-               [f"{common.version(CLANG)}, thread sanitizer", under_sanitizer, len(raced)]]),
-        Table("Loaded, used and unloaded", ["rounds", "objects destroyed in each", "mappings",
-                                            "heap in use, bytes", "resident, bytes"], held or []),
+              [[f"{commands.version('g++')}, -O3", options.processes, len(failed)],
+               [f"{commands.version(CLANG)}, thread sanitizer", under_sanitizer, len(raced)]]),
+        Table("Loaded, used and unloaded",
+              ["library", "rounds", "objects destroyed in each", "threads started in each",
+               "mappings", "heap in use, bytes", "resident, bytes"], held),
         Table("A program that never calls it", ["program", "instructions", "inside the library",
                                                 "its functions", "relocations",
                                                 "relative relocations"], cost)]
@@ -145,6 +158,7 @@ def run(options):
         print("\n".join(f"  {fault}" for fault in faults[:20]))
         tables.append(Table("Faults", ["what"], [[fault] for fault in faults[:20]]))
     summary = (f"{options.processes + under_sanitizer} processes made first calls by sixteen "
-               f"threads, the library was loaded and unloaded {options.rounds} times, {cost[0][2]} "
-               f"of its instructions run in a program that never calls it; {len(faults)} faults.")
+               f"threads, each library was loaded and unloaded {options.rounds} times, "
+               f"{cost[0][2]} instructions of volux_core run in a program that never calls it; {len(faults)} "
+               "faults.")
     return Result(not faults, summary, tables)

@@ -7,7 +7,8 @@ import sys
 import threading
 from pathlib import Path
 
-from .common import ROOT, Failure
+from evidence.commands import ROOT, Failure
+
 from .mutant_tree import FOLDER, KINDS, base, base_module, call, english
 
 TESTS = ROOT / "tests"
@@ -63,21 +64,28 @@ class Program:
         return self.build(kind, tree.folder, tree.source / "include", library, tree.mutated)
 
     def build(self, kind, folder, include, library, mutated=None):
+        """Compiles what is not fresh, in a mutant's tree only what includes the mutated header."""
         base, folder = FOLDER / "tests" / kind, folder / "tests" / kind
-        objects, changed = [], not mutated and not (base / self.name).exists()
+        objects = []
         for source in self.sources:
-            # A support file has an object for each program, so that two workers never share one.
-            built = folder / f"{self.name}.{source.stem}.o"
+            built = folder / f"{source.stem}.o"
             if mutated and ROOT / mutated not in dependencies(base / built.name):
                 built = base / built.name
-            elif mutated or not is_fresh(built):
-                (folder / self.name).unlink(missing_ok=True)
-                compile_source(source, built, include, KINDS[kind])
-                changed = True
+            else:
+                with lock_of(built):  # programs share the objects of support files
+                    if not is_fresh(built):
+                        compile_source(source, built, include, KINDS[kind])
             objects.append(built)
-        if changed:
+        if all(built.parent == base for built in objects):
+            folder = base
+        if folder != base or not is_newer(folder / self.name, objects):
             link(folder / self.name, objects, KINDS[kind], library)
-        return (folder if changed else base) / self.name, objects
+        return folder / self.name, objects
+
+
+@functools.lru_cache(maxsize=None)
+def lock_of(path):
+    return threading.Lock()
 
 
 def dependencies(built):
@@ -88,10 +96,17 @@ def dependencies(built):
 
 
 def is_fresh(built):
-    if not built.exists() or not dependencies(built):
+    if not dependencies(built):
+        return False
+    return is_newer(built, dependencies(built))
+
+
+def is_newer(built, sources):
+    """Tells whether a file is there and was made after all that it is made of."""
+    if not built.exists():
         return False
     age = built.stat().st_mtime_ns
-    return all(path.exists() and path.stat().st_mtime_ns < age for path in dependencies(built))
+    return all(path.exists() and path.stat().st_mtime_ns < age for path in sources)
 
 
 class Broken(Exception):

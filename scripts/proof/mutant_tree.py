@@ -10,7 +10,9 @@ import subprocess
 import tempfile
 import threading
 
-from .common import BUILD, LIBRARY, ROOT, Failure
+from evidence.commands import LIBRARY, ROOT, Failure
+
+from .builds import BUILD
 
 FOLDER = BUILD / "mutants"
 KINDS = {  # how the module is built
@@ -55,9 +57,9 @@ class Mutant:
 
     @property
     def id(self):
-        """The same for as long as the paragraph around it is the same."""
+        """The same for as long as the paragraph around it is the same, in whatever file."""
         first, paragraph = self.paragraph
-        whole = (self.file, self.kind, paragraph, self.source[:first].count(paragraph),
+        whole = (self.kind, paragraph, self.source[:first].count(paragraph),
                  self.start - first, self.end - first, self.text)
         return hashlib.sha256(repr(whole).encode()).hexdigest()[:10]
 

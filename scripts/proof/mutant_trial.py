@@ -3,7 +3,8 @@ import filecmp
 import re
 from pathlib import Path
 
-from .common import Failure
+from evidence.commands import Failure
+
 from .mutant_suite import CHECKS, DIFFERENTIAL, Broken, check_of, check_signatures, fault_of
 from .mutant_tree import base_code, stripped
 

@@ -1,6 +1,5 @@
 """Mutation: the suite has to notice each small mistake that is put into the module."""
 import collections
-import datetime
 import fcntl
 import fnmatch
 import hashlib
@@ -9,36 +8,16 @@ import random
 import shutil
 import threading
 
+from evidence import provenance
+from evidence.commands import CORES, ROOT, Failure, install
+
 from . import mutant_tree as tree
-from .common import CORES, ROOT, Failure, install
 from .mutant_suite import programs
 from .mutant_trial import SAME, Trial
 from .mutator import Mutator
 from .results import Result, Table
 
 TITLE = "Mutation: no small mistake that the tests would miss"
-ABOUT = """
-A mutant is the module with one small mistake: `<` for `<=`, `+` for `-`, a constant that is off by
-one or by one unit in its last place, a cast that is left out or narrower, a statement dropped, two
-operands, arguments, axes, codes or tests exchanged, a sum or product regrouped, a letter missing in
-a text. `scripts/proof/mutator.py` finds the places in every file of `src/` and `include/`; of the
-mutants of each file a fixed part is drawn, a few at least. Each is compiled alone, and the whole
-suite runs against it until a test fails: the unit tests; the look at the exported set; for headers,
-whose code callers compile, the tests compiled with the mutated header, the calls that must not
-compile, and the signatures; last the portable conversions and the sanitizers.
-
-A mutant that does not compile is no mistake that anyone could ship and is not counted. One that
-survives has to be the same program: the module's object code (`g++ -O2`, stripped) and that of
-every test are the same, which is tested here, or `docs/proof/mutants-explained.tsv` says in a
-sentence why no caller can tell it from the original. Any other survivor is a hole in the tests, and
-this check fails. `docs/proof/mutants.tsv` lists every mutant with its verdict and the test that
-killed it. A campaign goes on where an earlier one was, also when other functions have changed
-since, and its seconds are those of the last stretch; `--afresh` tries all of them again. Every
-whole run and every run of CI draws some by the date, whose verdicts have to be those of the record.
-
-Left out: `#if` lines, whose other branches other processors and compilers build; declarations
-without code; comments.
-"""
 CI_RUN = ["--sample", "6"]
 WHOLE_RUN = ["--sample", "30"]
 
@@ -50,27 +29,30 @@ SHARE, MINIMUM, SEED = 0.25, 15, "volux"
 
 
 def add_arguments(parser):
-    parser.add_argument("--sample", type=int, metavar="N", help="try N of them, drawn by the date")
-    parser.add_argument("--seed", help="draws the sample by this instead of the date")
+    parser.add_argument("--sample", type=int, metavar="N", help="try N of them, which the sources "
+                                                                "draw")
+    parser.add_argument("--seed", help="draws the sample by this instead")
     parser.add_argument("--slice", metavar="I/N", help="only the Ith of N parts")
     parser.add_argument("--file", metavar="PATTERN", help="only files like this, as in '*Cubic*'")
     parser.add_argument("--afresh", action="store_true", help="try again what was decided before")
     parser.add_argument("--jobs", type=int, default=CORES, help="mutants at a time")
 
 
-def drawn(file, seed=SEED):
-    """The mutants of a file that take part."""
+def drawn(file, known):
+    """The mutants of a file that take part: those of the record first, then by a hash."""
     found = Mutator(file, (ROOT / file).read_text(encoding="utf-8")).mutants()
+    found.sort(key=lambda mutant: (mutant.id not in known,
+                                   hashlib.sha256(f"{SEED} {mutant.id}".encode()).digest()))
     count = max(MINIMUM, round(SHARE * len(found)))
-    return sorted(sorted(found, key=lambda mutant: hashlib.sha256(
-        f"{seed} {mutant.id}".encode()).digest())[:count], key=lambda mutant: mutant.start)
+    return sorted(found[:count], key=lambda mutant: mutant.start)
 
 
 def all_mutants():
+    known = read(KEPT)
     files = [str(path.relative_to(ROOT)) for folder in ("src", "include")
              for path in sorted((ROOT / folder).rglob("*")) if path.is_file()]
     files = [file for file in files if "/resample" not in file]  # the proof is the module's
-    return [mutant for file in files for mutant in drawn(file)]
+    return [mutant for file in files for mutant in drawn(file, known)]
 
 
 def chosen(options):
@@ -222,10 +204,13 @@ def result_of(rows, campaign, complete, wrong=()):
     summary = (f"{counted} mutants: {counts['killed']} killed, {same} the same program "
                f"({counts[SAME]} by object code, {counts['explained']} explained), "
                f"{counts['unexplained']} survived")
-    if wrong:
-        summary += f"; not as recorded: {', '.join(wrong)}"
-    tables = [tally(rows, 1, "file", explained), tally(rows, 3, "kind", explained)]
     left = [row for row in rows if outcome(row, explained) == "unexplained"]
+    if left:
+        summary += (f" ({', '.join(row[0] for row in left)}: let a test kill it, or explain it in "
+                    f"{EXPLAINED.relative_to(ROOT)})")
+    if wrong:
+        summary += f"; explained without need: {', '.join(wrong)}"
+    tables = [tally(rows, 1, "file", explained), tally(rows, 3, "kind", explained)]
     if left:
         tables.append(Table("Survivors", COLUMNS[:5], [row[:5] for row in left]))
     if counts["explained"]:
@@ -262,19 +247,17 @@ def run_campaign(options):
 
 
 def run_sample(options):
-    """Mutants of the record once more, which have to fare as they did."""
+    """Some of the mutants of today's sources, judged by running them: the record, which other
+    sources may have made, only says which tests to run first."""
     known = read(KEPT)
-    seed = options.seed or datetime.date.today().isoformat()
-    # What is not in the record, because its function has changed, takes part too.
+    seed = options.seed or provenance.sources(with_resample=False)
     mutants = [mutant for mutant in chosen(options)
                if mutant.id not in known or known[mutant.id][5] != "not compiled"]
     sample = random.Random(seed).sample(mutants, min(options.sample, len(mutants)))
     print(f"  seed {seed}", flush=True)
     rows = tried(sorted(sample, key=lambda mutant: mutant.file), known, None, options.jobs)
-    wrong = [row[0] for row in rows.values() if row[0] in known
-             and (known[row[0]][5] == "killed") != (row[5] == "killed")]
     return result_of([rows[mutant.id] for mutant in sample], False,
-                     options.file is None and options.slice is None, wrong)
+                     options.file is None and options.slice is None)
 
 
 def run(options):

@@ -1,70 +1,123 @@
 """Writes docs/proof.md from the results in docs/proof: no figure in it is typed by hand."""
-from .common import ROOT
-from .results import Record
+import dataclasses
+from pathlib import Path
+
+from evidence import markdown
+from evidence.commands import ROOT
+
+from .results import Record, sources_today
 
 PAGE = ROOT / "docs" / "proof.md"
-HEAD = """# The proof
-
-<!-- Written by `scripts/prove report` from the results in docs/proof; edit those scripts. -->
-
-Every result of the library is promised to the last bit, on every compiler and processor; of a NaN,
-only that it is one. These eleven checks are the evidence, and `scripts/prove` runs them all again;
-`scripts/prove CHECK` runs one, and `scripts/prove CHECK --help` says how to make it longer. Each
-result says when it was found, on what and with which command; `sources` are the first digits of a
-SHA-256 over the module's files in `include/` and `src/`, and for whole volumes over the companion's
-as well.
-
-"""
+TEMPLATES = Path(__file__).parent / "templates"
 
 
-def row(cells):
-    return "| " + " | ".join(str(cell).replace("|", "\\|") for cell in cells) + " |\n"
+def listed(names):
+    return ", ".join(f"`{name}`" for name in names)
 
 
-def table(found):
-    return (f"\n{found.caption}:\n\n" + row(found.columns) + row(["---"] * len(found.columns))
-            + "".join(row(cells) for cells in found.rows))
+@dataclasses.dataclass
+class Standing:
+    """What is kept of a check, beside the sources and the check as they are now."""
+
+    name: str
+    check: object
+    records: list
+
+    def is_old(self, record):
+        return record.sources != sources_today(self.check)
+
+    @property
+    def old(self):
+        return [record for record in self.records if self.is_old(record)]
+
+    @property
+    def lacking(self):
+        """Returns the parts of the check that none of its results covers."""
+        parts = getattr(self.check, "PARTS", ()) if self.records else ()
+        return [part for part in parts
+                if all(part in record.lacks(self.check) for record in self.records)]
+
+    def verdict(self):
+        if not self.records:
+            return "**not run**"
+        if not all(record.result.passed for record in self.records):
+            return "**no**"
+        parts = f", without {listed(self.lacking)}" if self.lacking else ""
+        if not self.old:
+            return "held" + parts
+        how_far = " in part" if len(self.old) < len(self.records) else ""
+        return f"held{how_far} on older sources{parts}"
+
+    def row(self):
+        sources = dict.fromkeys(record.sources + (", older" if self.is_old(record) else "")
+                                for record in self.records)
+        return [f"`scripts/prove {self.name}`", self.verdict(),
+                self.records[0].result.summary if self.records else "", "; ".join(sources)]
+
+    def remarks(self):
+        """Returns a sentence for each way in which the page says less than the check would now."""
+        for record in self.old:
+            yield (f"{self.name}: the result of {record.when} was found on sources "
+                   f"{record.sources}, which have changed since")
+        if self.lacking:
+            yield f"{self.name}: no result covers {listed(self.lacking)}"
+
+    def section(self, number):
+        lines = [*markdown.heading(2, f"{number}. {self.check.TITLE}"),
+                 markdown.filled(TEMPLATES / f"{self.name}.md")]
+        if not self.records:
+            lines += ["**Not run yet.**", ""]
+        for record in self.records:
+            lines += self.found(record)
+        return lines
+
+    def found(self, record):
+        verdict = "Held" if record.result.passed else "**Did not hold**"
+        lines = [f"**{verdict}: {record.result.summary}**", "",
+                 *markdown.provenance(dataclasses.asdict(record), sources_today(self.check))]
+        if record.lacks(self.check):
+            lines += [f"This result does not cover {listed(record.lacks(self.check))}, which the "
+                      "check has covered since.", ""]
+        return lines + [line for table in record.result.tables for line in table_lines(table)]
 
 
-def provenance(record):
-    verdict = "Held" if record.result.passed else "**Did not hold**"
-    return (f"\n**{verdict}: {record.result.summary}**\n\n"
-            f"`{record.command}`, {record.when}, sources {record.sources}, {record.seconds} s on "
-            f"{record.machine}.\n")
+def table_lines(table):
+    return [f"{table.caption}:", "", *markdown.table(table.columns, table.rows)]
 
 
-def section(number, name, check):
-    text = f"## {number}. {check.TITLE}\n\n{check.ABOUT.strip()}\n"
-    records = Record.kept(name)
-    if not records:
-        text += "\n**Not run yet.**\n"
-    for record in records:
-        text += provenance(record) + "".join(map(table, record.result.tables))
+def standings(checks):
+    return [Standing(name, check, Record.kept(name)) for name, check in checks.items()]
+
+
+def remarks(checks):
+    return [remark for standing in standings(checks) for remark in standing.remarks()]
+
+
+def summary(found):
+    """Says how many checks have results of older sources, or of less than the check is now."""
+    old = [standing.name for standing in found if standing.old]
+    lacking = [standing.name for standing in found if standing.lacking]
+    text = (f"**{len(old)} of the {len(found)} checks have results that were found on sources "
+            f"which have changed since** ({listed(old)}): they say what held then." if old
+            else f"All results of the {len(found)} checks were found on today's sources.")
+    if lacking:
+        text += (f" The results of {len(lacking)} ({listed(lacking)}) do not cover all that the "
+                 "check covers now.")
     return text
 
 
-def overview(checks):
-    rows = []
-    for name, check in checks.items():
-        records = Record.kept(name)
-        held = bool(records) and all(record.result.passed for record in records)
-        rows.append([f"`scripts/prove {name}`", "held" if held else "**no**",
-                     records[0].result.summary if records else "not run yet",
-                     " and ".join(dict.fromkeys(record.sources for record in records))])
-    return (row(["check", "", "result", "sources"]) + row(["---"] * 4)
-            + "".join(map(row, rows)))
-
-
-def page(checks):
-    sections = [section(number, name, check)
-                for number, (name, check) in enumerate(checks.items(), start=1)]
-    return HEAD + overview(checks) + "\n" + "\n".join(sections)
+def texts(checks):
+    found = standings(checks)
+    overview = markdown.table(["check", "", "result", "sources"], [each.row() for each in found])
+    sections = [line for number, each in enumerate(found, start=1) for line in each.section(number)]
+    return {PAGE: markdown.filled(TEMPLATES / "page.md", summary=summary(found),
+                                  overview="\n".join(overview), sections=markdown.page(sections))}
 
 
 def write(checks):
-    PAGE.write_text(page(checks), encoding="utf-8")
+    markdown.write(texts(checks))
 
 
 def is_current(checks):
-    """Whether docs/proof.md says what the results say, and nothing else."""
-    return PAGE.exists() and PAGE.read_text(encoding="utf-8") == page(checks)
+    """Tells whether docs/proof.md is what the results and today's sources make it."""
+    return markdown.are_current(texts(checks))

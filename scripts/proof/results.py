@@ -1,14 +1,8 @@
 """What a check found, and how it is kept."""
 import dataclasses
-import datetime
-import hashlib
-import json
-import platform
-import re
-import shlex
-from pathlib import Path
 
-from .common import CORES, ROOT
+from evidence import provenance
+from evidence.commands import ROOT
 
 KEPT = ROOT / "docs" / "proof"
 
@@ -29,25 +23,9 @@ class Result:
     complete: bool = True  # nothing was left out by an option, so that it can be recorded
 
 
-OF_COMPANION = ("bulk", "digest", "fuzz", "sanitizers")  # what the companion takes part in
-
-
-def sources_of(check):
-    """The first digits of a digest of the sources that a result holds for."""
-    digest = hashlib.sha256()
-    for folder in ("include", "src"):
-        for path in sorted((ROOT / folder).rglob("*")):
-            of_companion = "resample" in path.relative_to(ROOT).as_posix()
-            if path.is_file() and (check in OF_COMPANION or not of_companion):
-                digest.update(str(path.relative_to(ROOT)).encode() + b"\0" + path.read_bytes())
-    return digest.hexdigest()[:12]
-
-
-def machine():
-    cpu = re.search(r"model name\s*: (.*)", Path("/proc/cpuinfo").read_text(encoding="utf-8"))
-    name = cpu[1] if cpu else platform.machine()
-    system = platform.freedesktop_os_release()["PRETTY_NAME"]
-    return f"{name}, {CORES} cores, {system}"
+def sources_today(check):
+    """Returns the digest of the sources that a result of a check, a module, would hold for now."""
+    return provenance.sources(getattr(check, "WITH_RESAMPLE", False))
 
 
 @dataclasses.dataclass
@@ -63,27 +41,28 @@ class Record:
     result: Result
 
     @staticmethod
-    def of(check, arguments, result, seconds):
-        words = [word for word in arguments if word != "--record"]
-        return Record(check, shlex.join(["scripts/prove", *words]),
-                      datetime.date.today().isoformat(), sources_of(check), machine(),
-                      round(seconds), result)
+    def of(name, check, arguments, result, seconds):
+        return Record(check=name, result=result, sources=sources_today(check),
+                      **provenance.of_run("scripts/prove", arguments, seconds))
 
     @staticmethod
     def load(path):
-        fields = json.loads(path.read_text(encoding="utf-8"))
+        fields = provenance.load(path)
         found = fields.pop("result")
         tables = [Table(**table) for table in found.pop("tables")]
         return Record(result=Result(tables=tables, **found), **fields)
 
     @staticmethod
-    def kept(check):
-        """The campaign, where there is one, and the latest whole run."""
-        paths = (KEPT / f"{check}-campaign.json", KEPT / f"{check}.json")
+    def kept(name):
+        """Returns the records of the campaign, where there is one, and of the latest whole run."""
+        paths = (KEPT / f"{name}-campaign.json", KEPT / f"{name}.json")
         return [Record.load(path) for path in paths if path.exists()]
 
     def save(self):
-        KEPT.mkdir(parents=True, exist_ok=True)
         name = f"{self.check}-campaign" if self.result.campaign else self.check
-        text = json.dumps(dataclasses.asdict(self), indent=1, ensure_ascii=False)
-        (KEPT / f"{name}.json").write_text(text + "\n", encoding="utf-8")
+        provenance.save(KEPT / f"{name}.json", dataclasses.asdict(self))
+
+    def lacks(self, check):
+        """Returns the parts of a check, as it is now, that this result has no row for."""
+        covered = {str(row[0]).strip("`") for table in self.result.tables for row in table.rows}
+        return [part for part in getattr(check, "PARTS", ()) if part not in covered]

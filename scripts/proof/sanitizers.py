@@ -4,41 +4,18 @@ import os
 import re
 import shutil
 
-from . import common, suite
-from .common import BadUse
+from evidence import commands
+from evidence.commands import BadUse
+
+from . import builds, suite
+from .suite import CLANG
 from .results import Result, Table
 
 TITLE = "Sanitizers and friends"
-ABOUT = """
-Nothing is suppressed at run time, and no source carries an attribute that switches a sanitizer
-off.
-
-- **address and undefined behaviour**: the unit tests, the module and `volux_resample`, by clang and
-  by g++, also with the conversions of floating-point numbers that do not fit
-  (`float-cast-overflow`); of the tests of `volux_resample` those that take minutes are left out.
-- **integer**: clang's `integer` and `implicit-conversion` groups look at the module alone, which
-  the plain unit tests call. They name also what the language allows, such as unsigned numbers
-  that wrap: whatever the module wraps on purpose is written as an explicit conversion.
-- **memory**: whatever a program gets from the module was written before. It is a program of its
-  own, because a test framework's memory is written by a standard library that is not
-  instrumented; for the same reason the exceptions, which print, are left to valgrind.
-- **thread**: the tests with threads, and the first calls of many threads at once (check 10).
-- **valgrind**: the container's tests, and those of the kernels, borders and policies, not
-  optimised, so that each load is still there; leaks count as errors. Left out are the tests that
-  watch `calloc` and `free`, which valgrind keeps for itself, those that ask for more memory than
-  there can be, which valgrind reports, the long comparisons, and those with voxels gigabytes apart:
-  valgrind takes most of its time for the pages between them, and these tests make no call that the
-  others do not make.
-- **clang-tidy and cppcheck**: `scripts/lint`, where no warning may remain.
-- **reasons**: each mark in a source that silences a checker, and each check that `.clang-tidy`
-  leaves out, is followed by its reason.
-
-A finding is a place in the sources, however often it is reported.
-"""
+WITH_RESAMPLE = True
 CI_RUN = ["integer", "memory", "valgrind", "reasons"]
 WHOLE_RUN = []
 
-CLANG = "clang++-19"
 PLAIN = "-O0 -gdwarf-4 -gline-tables-only"
 FRAMES = " -fno-omit-frame-pointer"
 UNDEFINED = "undefined,float-cast-overflow"
@@ -74,7 +51,7 @@ def build_and_run(name, compiler, flags, programs):
 
 
 def run_tests(tests, module, name, programs):
-    reports = common.BUILD / f"sanitizers-{name}-reports"
+    reports = builds.BUILD / f"sanitizers-{name}-reports"
     shutil.rmtree(reports, ignore_errors=True)
     reports.mkdir(parents=True)
     # To files, because the tests capture the error stream.
@@ -94,7 +71,7 @@ def run_tests(tests, module, name, programs):
 
 def found_in(text):
     found = {next(filter(None, match)) for match in FINDING.findall(text)}
-    return sorted(finding.replace(f"{common.ROOT}/", "").rstrip(":") for finding in found)
+    return sorted(finding.replace(f"{commands.ROOT}/", "").rstrip(":") for finding in found)
 
 
 def address_by(compiler, name):
@@ -110,21 +87,15 @@ def address_gcc():
     return address_by("g++", "address-gcc")
 
 
-def plain_tests():
-    """Without instrumentation, but with the run-time library that an instrumented module needs."""
-    return suite.build("sanitizers-plain", CLANG, PLAIN,
-                       ["-DCMAKE_EXE_LINKER_FLAGS=-fsanitize=undefined"])
-
-
 def integer():
     module = suite.build_module("sanitizers-integer", CLANG, f"{PLAIN} -fsanitize={INTEGER}")
-    return Outcome(CLANG, *run_tests(plain_tests(), module, "integer", suite.PROGRAMS))
+    return Outcome(CLANG, *run_tests(suite.covered_tests(), module, "integer", suite.PROGRAMS))
 
 
 def memory():
     flags = f"-O1 -gline-tables-only{FRAMES} -fsanitize=memory -fsanitize-memory-track-origins=2"
-    folder = common.build("sanitizers-memory", CLANG, flags, "None", ["memory_exercise"])
-    done = common.run([folder / "tests" / "proof" / "memory" / "memory_exercise"],
+    folder = builds.build("sanitizers-memory", CLANG, flags, "None", ["memory_exercise"])
+    done = commands.run([folder / "tests" / "proof" / "memory" / "memory_exercise"],
                       env={**os.environ, "MSAN_OPTIONS": "allocator_may_return_null=1"})
     log = suite.save_log("proof-sanitizers-memory", done.stdout + done.stderr)
     findings = found_in(done.stderr)
@@ -139,12 +110,12 @@ def thread():
 
 
 def valgrind():
-    tests = plain_tests()
+    tests, module = suite.covered_tests(), suite.build_module("sanitizers-plain", CLANG, PLAIN)
     wrapper = ["valgrind", "--quiet", "--error-exitcode=9", "--leak-check=full",
                "--errors-for-leak-kinds=definite,indirect,possible"]
     findings, passed = [], 0
     for program, left_out in NOT_UNDER_VALGRIND.items():
-        count, log = suite.run(tests, program, log="proof-sanitizers-valgrind",
+        count, log = suite.run(tests, program, module, "proof-sanitizers-valgrind",
                                wrapper=wrapper, words=[f"--gtest_filter=-{left_out}"])
         passed += count or 0
         if count is None:
@@ -153,9 +124,10 @@ def valgrind():
 
 
 def lint():
-    done = common.run([common.ROOT / "scripts" / "lint", common.BUILD / "lint"])
+    done = commands.run([commands.ROOT / "scripts" / "lint", builds.BUILD / "lint"])
     log = suite.save_log("proof-sanitizers-lint", done.stdout + done.stderr)
-    return Outcome(" and ".join(map(common.version, ("clang-tidy", "cppcheck"))), "include/, src/",
+    tools = " and ".join(map(commands.version, ("clang-tidy", "cppcheck")))
+    return Outcome(tools, "include/, src/",
                    [] if done.returncode == 0 else [f"scripts/lint fails; see {log}"])
 
 
@@ -174,7 +146,7 @@ def has_reason(line, above):
 def reasons():
     marks, findings = 0, []
     for folder in ("include", "src", "tests", "fuzz", "examples", "docs"):
-        for path in sorted((common.ROOT / folder).rglob("*")):
+        for path in sorted((commands.ROOT / folder).rglob("*")):
             if path.suffix not in (".h", ".cpp", ".ipp", ".inc"):
                 continue
             lines = ["", *path.read_text(encoding="utf-8").splitlines()]
@@ -182,8 +154,8 @@ def reasons():
                 if MARK.search(line):
                     marks += 1
                     if not has_reason(line, above):
-                        findings.append(f"{path.relative_to(common.ROOT)}:{number}: no reason")
-    for line in (common.ROOT / ".clang-tidy").read_text(encoding="utf-8").splitlines():
+                        findings.append(f"{path.relative_to(commands.ROOT)}:{number}: no reason")
+    for line in (commands.ROOT / ".clang-tidy").read_text(encoding="utf-8").splitlines():
         if re.match(r"\s+-[a-z]", line):
             marks += 1
             if not re.search(r"# \w+ \w+", line):
@@ -212,7 +184,7 @@ def run(options):
     unknown = [tool for tool in options.tools if tool not in RUNS]
     if unknown:
         raise BadUse(f"there is no tool {unknown[0]}; there are {', '.join(RUNS)}.")
-    common.install("build", "test", "coverage", "sanitizers", "resample")
+    commands.install("build", "test", "coverage", "sanitizers", "resample")
     rows, found = [], []
     for name in options.tools or RUNS:
         title, check = RUNS[name]

@@ -5,26 +5,12 @@ import resource
 import subprocess
 import time
 
-from .common import CORES, build, install
+from evidence.commands import CORES, install
+
+from .builds import release
 from .results import Result, Table
 
 TITLE = "Every sequence"
-ABOUT = """
-An image is empty, owns its block or wraps the caller's, and what a call does depends on what came
-before. So a program makes every sequence of calls there is, up to a length: initialize; initialize
-from an image with and without its data; wrap; setImageSize to half the capacity, to all of it in
-another shape, and to more; setImageData; terminate; copy (the sequence goes on with the copy, the
-original is destroyed); assign; assign to itself. Each stands twice in the list, with a heap that
-gives and with one that refuses; a refusal beside setImageData, which asks for nothing, goes with a
-wrong byte count. At the end the image is destroyed.
-
-After every call it is compared with a model of the three states, written from their definition
-(`tests/support/LifecycleModel.h`): the code returned or the text thrown, which has to be printed
-twice, all fields, all elements, what was asked of the heap, to the byte, and which block was given
-back. calloc and free are the program's own: no block's place is used again within a sequence, so
-that a second free, a leak, a free of the caller's block and a write beside a block or after its
-free are seen for certain.
-"""
 CI_RUN = ["--calls", "4"]
 WHOLE_RUN = ["--calls", "5"]
 
@@ -69,8 +55,8 @@ def add_arguments(parser):
 
 
 def run(options):
-    install("build", "test")
-    folder = build("sequences", flags="-O2", targets=["lifecycle_sequences"])
+    install("test")
+    folder = release("lifecycle_sequences")
     program = folder / "tests" / "proof" / "sequences" / "lifecycle_sequences"
     start, used = time.monotonic(), resource.getrusage(resource.RUSAGE_CHILDREN)
     rows, differences = [], []

@@ -1,13 +1,14 @@
-"""Highway and oneTBB for another processor, unpacked where a cross compiler finds them.
+"""Highway for another processor, unpacked where a cross compiler finds them.
 
-Debian's own packages are taken, by an apt whose state lies in the build folder: the machine's list
+Debian's own packages are taken, by an apt whose state is in the build folder: the machine's list
 of architectures and its installed packages stay as they are.
 """
-from .common import BUILD, LOGS, ROOT, Failure
-from .common import run as run_command
+from evidence import commands
+from evidence.commands import LOGS, ROOT, Failure
 
-# CMake looks for every library that a package's development files name.
-PACKAGES = ("libhwy-dev", "libhwy1", "libtbb-dev", "libtbb12", "libtbbbind-2-5", "libtbbmalloc2")
+from .builds import BUILD
+
+PACKAGES = ("libhwy-dev", "libhwy1")
 LOG = "proof-sysroot"
 
 
@@ -34,6 +35,6 @@ def provide(architecture):
 
 
 def do(command, **options):
-    if run_command(command, LOG, **options).returncode != 0:
-        raise Failure("Highway and oneTBB for another processor cannot be had (is there a "
-                      f"network?); see {LOGS.relative_to(ROOT)}/{LOG}.log.")
+    if commands.run(command, LOG, **options).returncode != 0:
+        raise Failure("Highway for another processor cannot be had (is there a network?); see "
+                      f"{LOGS.relative_to(ROOT)}/{LOG}.log.")

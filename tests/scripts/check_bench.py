@@ -8,7 +8,7 @@ ROOT = Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "scripts"))
 
 from benching import bulk, goals, programs, report, times  # noqa: E402  (the path comes first)
-from proof.common import BadUse, Failure  # noqa: E402
+from evidence.commands import BadUse, Failure  # noqa: E402
 
 
 def bench(*arguments):

@@ -1,0 +1,232 @@
+"""What scripts/prove says and refuses, and that its page marks what no longer stands. Nothing is
+built or proved.
+"""
+import subprocess
+import sys
+import types
+import unittest
+from importlib.machinery import SourceFileLoader
+from pathlib import Path
+from unittest import mock
+
+ROOT = Path(__file__).resolve().parents[2]
+sys.path.insert(0, str(ROOT / "scripts"))
+
+from evidence import markdown, provenance  # noqa: E402  (the path comes first)
+from proof import digest, load, mutants, report, results  # noqa: E402
+from proof.results import Record, Result, Table  # noqa: E402
+
+COMMAND = str(ROOT / "scripts" / "prove")
+PROVE = types.ModuleType("prove")
+SourceFileLoader("prove", COMMAND).exec_module(PROVE)
+TODAY = "aaaaaaaaaaaa"
+CHECK = types.SimpleNamespace(TITLE="Sums", PARTS=("old part", "new part"))
+
+
+def record_of(sources=TODAY, passed=True, parts=CHECK.PARTS):
+    table = Table("What ran", ["part", "sums"], [[f"`{part}`", 7] for part in parts])
+    return Record("sums", "scripts/prove sums", "2026-01-02", sources, "a machine", 3,
+                  Result(passed, "7 sums are right.", [table]))
+
+
+def standing(*records):
+    return report.Standing("sums", CHECK, list(records))
+
+
+class Marks(unittest.TestCase):
+    def setUp(self):
+        patch = mock.patch.object(provenance, "sources", lambda with_resample: TODAY)
+        patch.start()
+        self.addCleanup(patch.stop)
+
+    def test_a_result_of_todays_sources_is_not_marked(self):
+        fresh = standing(record_of())
+        self.assertEqual(fresh.verdict(), "held")
+        self.assertEqual(fresh.row()[3], TODAY)
+        self.assertEqual(list(fresh.remarks()), [])
+        self.assertNotIn("changed since", "\n".join(fresh.found(fresh.records[0])))
+        self.assertIn("were found on today's sources", report.summary([fresh]))
+
+    def test_a_result_of_other_sources_is_marked_at_the_top_in_its_row_and_beside_it(self):
+        old = standing(record_of("bbbbbbbbbbbb"))
+        self.assertEqual(old.verdict(), "held on older sources")
+        self.assertEqual(old.row()[3], "bbbbbbbbbbbb, older")
+        self.assertIn("bbbbbbbbbbbb (which have changed since)",
+                      "\n".join(old.found(old.records[0])))
+        self.assertIn("1 of the 2 checks", report.summary([old, standing(record_of())]))
+
+    def test_a_remark_names_the_sources(self):
+        remarks = list(standing(record_of("bbbbbbbbbbbb")).remarks())
+        self.assertEqual(remarks, ["sums: the result of 2026-01-02 was found on sources "
+                                   "bbbbbbbbbbbb, which have changed since"])
+
+    def test_one_of_two_results_can_be_old(self):
+        both = standing(record_of("bbbbbbbbbbbb"), record_of())
+        self.assertEqual(both.verdict(), "held in part on older sources")
+
+    def test_a_result_that_did_not_hold_is_not_said_to_have_held(self):
+        self.assertEqual(standing(record_of(passed=False)).verdict(), "**no**")
+        self.assertEqual(standing().verdict(), "**not run**")
+
+    def test_a_part_that_no_table_has_is_named(self):
+        narrow = standing(record_of(parts=["old part"]))
+        self.assertEqual(narrow.verdict(), "held, without `new part`")
+        self.assertIn("does not cover `new part`", "\n".join(narrow.found(narrow.records[0])))
+        self.assertEqual(list(narrow.remarks()), ["sums: no result covers `new part`"])
+
+
+class Sources(unittest.TestCase):
+    def test_a_change_of_volux_resample_changes_its_digest_alone(self):
+        with mock.patch.object(Path, "rglob", lambda folder, _: iter([])):
+            empty = provenance.sources(True)
+        self.assertNotIn(empty, (provenance.sources(True), provenance.sources(False)))
+        self.assertNotEqual(provenance.sources(True), provenance.sources(False))
+
+    def test_a_check_that_covers_volux_resample_says_so(self):
+        self.assertEqual(results.sources_today(load), provenance.sources(True))
+        self.assertEqual(results.sources_today(CHECK), provenance.sources(False))
+
+
+class Page(unittest.TestCase):
+    def test_is_what_the_results_and_todays_sources_make_it(self):
+        self.assertTrue(report.is_current(PROVE.CHECKS),
+                        "scripts/prove report writes docs/proof.md anew")
+
+    def test_has_no_field_left(self):
+        self.assertNotIn("$", report.PAGE.read_text(encoding="utf-8").replace("`$", ""))
+
+
+class Markdown(unittest.TestCase):
+    def test_columns_of_numbers_are_aligned_to_the_right(self):
+        lines = markdown.table(["what", "n", "share"], [["a|b", 12, "3.5 %"], ["c", "", "1e-06"]])
+        self.assertEqual(lines, ["| what | n | share |", "| --- | ---: | ---: |",
+                                 "| a\\|b | 12 | 3.5 % |", "| c |  | 1e-06 |", ""])
+
+    def test_a_table_may_have_no_rows(self):
+        self.assertEqual(markdown.table(["a", "b"], [])[1], "| --- | --- |")
+
+
+class BadUseTest(unittest.TestCase):
+    def assert_refused(self, *arguments):
+        done = subprocess.run([COMMAND, *arguments], capture_output=True, text=True)
+        self.assertEqual(done.returncode, 2, done.stderr)
+        self.assertRegex(done.stderr, r"\Ascripts/prove[^\n]*: [^\n]+\.\n\Z")
+
+    def test_a_check_that_does_not_exist_is_refused(self):
+        self.assert_refused("heights")
+
+    def test_ci_takes_no_check(self):
+        self.assert_refused("--ci", "load")
+
+    def test_numbers_out_of_range_are_refused(self):
+        self.assert_refused("exhaustion", "--every", "0")
+        self.assert_refused("load", "--rounds", "3")
+        self.assert_refused("bulk", "--seconds", "none")
+        self.assert_refused("sequences", "--calls", "9")
+        self.assert_refused("digest", "--rows", "no such row")
+
+
+class Load(unittest.TestCase):
+    """The faults that are planted here are what load_rounds prints of a process that has them."""
+
+    def rounds(self, said, status=0, errors="", library="volux_resample"):
+        done = subprocess.CompletedProcess([], status, said, errors)
+        with mock.patch.object(load.commands, "run", lambda *_, **__: done):
+            return load.load_rounds(Path("build"), library, 100)[1]
+
+    def test_the_same_before_and_after_is_no_fault(self):
+        self.assertEqual(self.rounds("10 5 4 40 800 4096\n100 5 4 40 800 8192\n"), [])
+
+    def test_a_mapping_or_a_byte_that_is_left_is_one(self):
+        self.assertEqual(self.rounds("10 5 4 40 800 4096\n100 5 4 41 801 8192\n"),
+                         ["volux_resample: the number of mappings changed by 1",
+                          "volux_resample: the heap in use changed by 1"])
+
+    def test_a_page_lost_each_round_is_one(self):
+        self.assertEqual(self.rounds(f"10 5 4 40 800 0\n100 5 4 40 800 {90 * 4096}\n"),
+                         ["volux_resample: the resident memory changed by 368640"])
+
+    def test_a_crash_is_one(self):
+        self.assertEqual(self.rounds("", status=-11), ["volux_resample:  (status -11)"])
+
+    def test_whatever_volux_resample_prints_is_one(self):
+        said = "10 5 4 40 800 4096\n100 5 4 40 800 4096\n"
+        self.assertEqual(self.rounds(said, errors="a warning\n"),
+                         ["volux_resample: it prints a warning"])
+        self.assertEqual(self.rounds(said, errors="an exception\n", library="volux_core"), [])
+
+    def test_a_call_without_threads_is_one(self):
+        done = subprocess.CompletedProcess([], 0, "10 5 0 40 800 96\n100 5 0 40 800 96\n", "")
+        with mock.patch.object(load.commands, "run", lambda *_, **__: done):
+            faults = load.all_rounds(Path("build"), 100)[1]
+        self.assertEqual(faults, ["volux_resample: its call starts no thread"])
+
+
+class Digest(unittest.TestCase):
+    ROW = digest.Row("x86-64", "g++", "-O2")
+    FUSED = digest.Row("x86-64", "g++", "-O2", fused=True)
+    COMMITTED = {"full": {"Linear": "a", "Nearest": "b"}}
+
+    def passes(self, row, **digests):
+        found = {digest.Run("full"): {name: (each, 1) for name, each in digests.items()}}
+        return digest.Outcome(row, found).passed(self.COMMITTED)
+
+    def test_a_digest_that_differs_or_is_missing_fails(self):
+        self.assertTrue(self.passes(self.ROW, Linear="a", Nearest="b"))
+        self.assertFalse(self.passes(self.ROW, Linear="a", Nearest="c"))
+        self.assertFalse(self.passes(self.ROW, Linear="a"))
+
+    def test_fused_products_must_change_the_kernels_that_have_any_and_no_other(self):
+        self.assertTrue(self.passes(self.FUSED, Linear="c", Nearest="b"))
+        self.assertFalse(self.passes(self.FUSED, Linear="a", Nearest="b"))
+        self.assertFalse(self.passes(self.FUSED, Linear="c", Nearest="c"))
+
+
+class Mutants(unittest.TestCase):
+    F = "\n\nint f(int a)\n{\n    return a + 1;\n}"
+    G = "\n\nint g()\n{\n    return 2;\n}"
+
+    def ids(self, *functions, file="src/core/A.cpp"):
+        source = "// Sums." + "".join(functions) + "\n\n"
+        return {mutant.id for mutant in mutants.Mutator(file, source).mutants()}
+
+    def test_a_mutant_keeps_its_id_in_another_file_and_beside_other_functions(self):
+        self.assertEqual(self.ids(self.F), self.ids(self.F, file="src/exact/B.h"))
+        self.assertEqual(self.ids(self.G, self.F), self.ids(self.F) | self.ids(self.G))
+
+    def test_a_change_of_its_function_makes_it_another_one(self):
+        changed = self.ids(self.F.replace("1", "4"), self.G)
+        self.assertEqual(self.ids(self.F, self.G) & changed, self.ids(self.G))
+
+    def judge(self, *verdicts):
+        rows = [[f"id{n}", "src/A.cpp", "1", "cast", "a -> b", verdict, ""]
+                for n, verdict in enumerate(verdicts)]
+        with mock.patch.object(mutants, "read", lambda _: {"id0": ["id0", "no caller can tell"]}):
+            return mutants.result_of(rows, False, True)
+
+    def test_a_survivor_that_nobody_has_explained_fails(self):
+        self.assertTrue(self.judge("survived", "killed", mutants.SAME).passed)
+        failed = self.judge("killed", "survived")
+        self.assertFalse(failed.passed)
+        self.assertIn("id1: let a test kill it", failed.summary)
+
+    def test_mutants_that_do_not_compile_are_none(self):
+        self.assertFalse(self.judge("not compiled", "not compiled").passed)
+
+    def test_the_sources_draw_the_sample_and_the_record_does_not_judge_it(self):
+        tried = []
+
+        def try_all(sample, known, journal, jobs):
+            tried.append([mutant.id for mutant in sample])
+            return {mutant.id: mutants.row_of(mutant, "killed", "a test") for mutant in sample}
+        for sources in ("one", "one", "other"):
+            with mock.patch.object(provenance, "sources", lambda with_resample, s=sources: s), \
+                    mock.patch.object(mutants, "tried", try_all):
+                options = PROVE.parser().parse_args(["mutants", "--sample", "6"])
+                self.assertTrue(mutants.run_sample(options).passed)
+        self.assertEqual(tried[0], tried[1])
+        self.assertNotEqual(tried[0], tried[2])
+
+
+if __name__ == "__main__":
+    unittest.main()
