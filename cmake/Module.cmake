@@ -20,11 +20,8 @@ target_compile_options(volux_core PRIVATE
     "$<$<CXX_COMPILER_ID:Clang>:SHELL:-Xclang -mno-constructor-aliases>")
 
 if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
-    set(exports ${CMAKE_CURRENT_SOURCE_DIR}/cmake/exports.map)
+    # Link-time optimisation would keep these two to itself: every user can make its own.
     target_link_options(volux_core PRIVATE
-        LINKER:--version-script=${exports}
-        # Link-time optimisation would keep these two to itself: every user can make its own.
         LINKER:--undefined=_ZTVN5volux4core6BorderE
         LINKER:--undefined=_ZTVN5volux4core12InterpolatorE)
-    set_property(TARGET volux_core APPEND PROPERTY LINK_DEPENDS ${exports})
 endif()

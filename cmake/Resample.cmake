@@ -7,7 +7,7 @@ if(NOT TARGET hwy::hwy OR NOT TARGET Threads::Threads)
     return()
 endif()
 
-add_library(volux_resample SHARED
+volux_add_library(resample
     src/resample/AffineMap.cpp
     src/resample/AlignedRows.cpp
     src/resample/Grid.cpp
@@ -22,8 +22,6 @@ add_library(volux_resample SHARED
     src/resample/Task.cpp
     src/resample/Work.cpp
 )
-add_library(volux::resample ALIAS volux_resample)
-target_compile_features(volux_resample PUBLIC cxx_std_17)
 target_link_libraries(volux_resample PUBLIC volux::core PRIVATE hwy::hwy Threads::Threads)
 # The file that is compiled for each instruction set includes itself by this way.
 target_include_directories(volux_resample PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/src)
@@ -31,18 +29,7 @@ target_include_directories(volux_resample PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/sr
 # the tests of each instruction set have to know of the same ones.
 target_compile_definitions(volux_resample PUBLIC
     "$<BUILD_INTERFACE:HWY_DISABLED_TARGETS=(HWY_SVE|HWY_SVE2|HWY_SVE_256|HWY_SVE2_128)>")
-set_target_properties(volux_resample PROPERTIES
-    EXPORT_NAME resample
-    VERSION 1.1.0
-    SOVERSION 1
-    CXX_EXTENSIONS OFF
-    CXX_VISIBILITY_PRESET hidden
-    VISIBILITY_INLINES_HIDDEN ON
-    INSTALL_RPATH $<$<PLATFORM_ID:Linux>:$ORIGIN>  # the module is installed beside it
-)
-volux_exact_arithmetic(volux_resample)
-if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
-    set(exports ${CMAKE_CURRENT_SOURCE_DIR}/cmake/exports.map)
-    target_link_options(volux_resample PRIVATE LINKER:--version-script=${exports})
-    set_property(TARGET volux_resample APPEND PROPERTY LINK_DEPENDS ${exports})
+if(BUILD_SHARED_LIBS AND CMAKE_SYSTEM_NAME STREQUAL "Linux")
+    # volux_core is installed beside it.
+    set_property(TARGET volux_resample PROPERTY INSTALL_RPATH $ORIGIN)
 endif()

@@ -5,12 +5,15 @@ set(VOLUX_RESAMPLE_TESTS
     resample/GridTest.cpp
     resample/GuardTest.cpp
     resample/LargeTest.cpp
+    resample/ProcessorsTest.cpp
     resample/RefusalsTest.cpp
     resample/RegionTest.cpp
     resample/ResampleTest.cpp
     resample/ResizeTest.cpp
     resample/ResliceTest.cpp
     resample/SampleTest.cpp
+    resample/ThreadsTest.cpp
     resample/WorkTest.cpp
     support/Allocation.cpp
+    ${PROJECT_SOURCE_DIR}/src/resample/Processors.cpp
 )

@@ -10,6 +10,6 @@ FLAGS = "-O3 -DNDEBUG"  # those of CMake's Release
 def build(*targets):
     """Builds programs as Release and nothing else asks for, and returns the build's folder."""
     return commands.build(
-        BUILD, "bench", targets, "-DVOLUX_DEVELOPER_MODE=OFF", "-DVOLUX_BENCH=ON",
+        BUILD, "bench", targets, "-DVOLUX_DEVELOPER_MODE=OFF", "-DVOLUX_PROGRAMS=bench",
         f"-DCMAKE_CXX_COMPILER={COMPILER}", "-DCMAKE_BUILD_TYPE=Release", "-DCMAKE_CXX_FLAGS=",
         f"-DCMAKE_CXX_FLAGS_RELEASE={FLAGS}")

@@ -68,7 +68,7 @@ def exported(library):
 def describe_interface(target):
     """Writes the interface, as g++'s debug information has it, to a file."""
     flags = f"-g -ffile-prefix-map='{commands.ROOT}'=."
-    folder = builds.build("boundary-debug", "g++", flags, arguments=["-DVOLUX_PROOF=OFF"])
+    folder = builds.build("boundary-debug", "g++", flags, arguments=["-DVOLUX_PROGRAMS="])
     done = commands.run(["abidw", "--headers-dir", commands.ROOT / "include",
                          "--drop-private-types", "--no-corpus-path", "--no-comp-dir-path",
                          "--no-show-locs", "--no-elf-needed", "--no-architecture",

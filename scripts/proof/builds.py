@@ -9,7 +9,7 @@ def build(name, compiler="g++", flags="", kind="Release", targets=("volux_core",
     """Builds targets in build/proof/NAME and returns the folder."""
     return commands.build(
         BUILD / name, f"proof-{name.replace('/', '-')}", targets, "-DVOLUX_DEVELOPER_MODE=OFF",
-        "-DVOLUX_PROOF=ON", "-DVOLUX_RESAMPLE=OFF", f"-DCMAKE_CXX_COMPILER={compiler}",
+        "-DVOLUX_PROGRAMS=proof", "-DVOLUX_RESAMPLE=OFF", f"-DCMAKE_CXX_COMPILER={compiler}",
         f"-DCMAKE_BUILD_TYPE={kind}", f"-DCMAKE_CXX_FLAGS={flags}", *arguments)
 
 

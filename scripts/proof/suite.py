@@ -16,7 +16,7 @@ COVERAGE = ("-O0 -fprofile-instr-generate -fprofile-update=atomic -fcoverage-map
 def build(name, compiler, flags, arguments=(), programs=PROGRAMS):
     """Builds the test programs and the module beside them; gives the folder."""
     return builds.build(name, compiler, flags, kind="None", targets=programs,
-                        arguments=["-DVOLUX_DEVELOPER_MODE=ON", "-DVOLUX_PROOF=OFF", *arguments])
+                        arguments=["-DVOLUX_DEVELOPER_MODE=ON", "-DVOLUX_PROGRAMS=", *arguments])
 
 
 def covered_tests():
@@ -27,7 +27,7 @@ def covered_tests():
 
 def build_module(name, compiler, flags):
     """Builds the module alone; gives the folder."""
-    return builds.build(name, compiler, flags, kind="None", arguments=["-DVOLUX_PROOF=OFF"])
+    return builds.build(name, compiler, flags, kind="None", arguments=["-DVOLUX_PROGRAMS="])
 
 
 def save_log(name, text):
