@@ -20,9 +20,10 @@ CLANG = "clang++-19"
 RESIDENT_SLACK = 256 * 1024
 PLUGINS = {"volux_core": "core_plugin", "volux_resample": "resample_plugin"}
 SILENT = ("volux_resample",)  # volux_core's exceptions print
-# The C library keeps the stacks of ended threads, and heaps for them, as many as there happened to
-# be at once: here it keeps none, so that what is left is somebody's.
-FEWEST_MAPPINGS = {"GLIBC_TUNABLES": "glibc.pthread.stack_cache_size=0:glibc.malloc.arena_max=1"}
+# The C library keeps stacks and heaps of ended threads and blocks that were freed, how many depends
+# on what happened to run at once: here it keeps none, so that what is left is somebody's.
+KEEP_NOTHING = {"GLIBC_TUNABLES": "glibc.pthread.stack_cache_size=0:glibc.malloc.arena_max=1"
+                                  ":glibc.malloc.tcache_count=0"}
 # What each shared object has, whatever its sources.
 COMPILERS_OWN = {"_init", "_fini", "frame_dummy", "register_tm_clones", "deregister_tm_clones",
                  "__do_global_dtors_aux"}
@@ -45,7 +46,7 @@ def load_rounds(folder, library, rounds):
     """Returns what the process held after a tenth of the rounds and after all, and the faults."""
     programs = folder / "tests" / "proof" / "load"
     done = commands.run([programs / "load_rounds", programs / f"lib{PLUGINS[library]}.so",
-                         f"lib{library}.so", str(rounds)], env={**os.environ, **FEWEST_MAPPINGS})
+                         f"lib{library}.so", str(rounds)], env={**os.environ, **KEEP_NOTHING})
     said = done.stdout.splitlines()
     faults = [f"{library}: it prints {line}" for line in done.stderr.splitlines()[:1]
               if library in SILENT]
