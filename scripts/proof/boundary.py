@@ -23,11 +23,16 @@ PLACE = builds.BUILD / "boundary" / "another place/deeper"
 SOURCES = ("CMakeLists.txt", "cmake", "include", "src")
 
 
+def named_in(folder):
+    """The library in a build's folder, by the name that has the version in it."""
+    return (folder / LIBRARY).resolve()
+
+
 def build_here(compiler):
     """Builds what ships from the sources themselves; gives the library."""
     folder = (builds.release("volux_core") if compiler == "g++"
               else builds.build(f"boundary-{compiler}", compiler))
-    return folder / LIBRARY
+    return named_in(folder)
 
 
 def build_copy(compiler):
@@ -42,9 +47,10 @@ def build_copy(compiler):
             shutil.copy(original, copy)
     target = PLACE / compiler
     shutil.rmtree(target, ignore_errors=True)  # or what was built from sources that looked newer
-    return commands.build(target, "proof-boundary", ["all"], "-DCMAKE_BUILD_TYPE=Release",
-                          "-DVOLUX_DEVELOPER_MODE=OFF", "-DVOLUX_RESAMPLE=OFF",
-                          f"-DCMAKE_CXX_COMPILER={compiler}", source=PLACE / "sources") / LIBRARY
+    commands.build(target, "proof-boundary", ["all"], "-DCMAKE_BUILD_TYPE=Release",
+                   "-DVOLUX_DEVELOPER_MODE=OFF", "-DVOLUX_RESAMPLE=OFF",
+                   f"-DCMAKE_CXX_COMPILER={compiler}", source=PLACE / "sources")
+    return named_in(target)
 
 
 def digest(path):

@@ -113,14 +113,13 @@ def valgrind():
     tests, module = suite.covered_tests(), suite.build_module("sanitizers-plain", CLANG, PLAIN)
     wrapper = ["valgrind", "--quiet", "--error-exitcode=9", "--leak-check=full",
                "--errors-for-leak-kinds=definite,indirect,possible"]
-    findings, passed = [], 0
-    for program, left_out in NOT_UNDER_VALGRIND.items():
-        count, log = suite.run(tests, program, module, "proof-sanitizers-valgrind",
-                               wrapper=wrapper, words=[f"--gtest_filter=-{left_out}"])
-        passed += count or 0
-        if count is None:
-            findings.append(f"{program} fails or errs; see {log}")
-    return Outcome("valgrind", f"{passed} tests", findings)
+
+    def run_without(program, left_out):
+        return suite.run(tests, program, module, "proof-sanitizers-valgrind", wrapper,
+                         [f"--gtest_filter=-{left_out}"])
+    outcomes = commands.at_once(run_without, *zip(*NOT_UNDER_VALGRIND.items()))
+    return Outcome("valgrind", f"{sum(count or 0 for count, _ in outcomes)} tests",
+                   [f"a test fails or errs; see {log}" for count, log in outcomes if count is None])
 
 
 def lint():
@@ -186,9 +185,9 @@ def run(options):
         raise BadUse(f"there is no tool {unknown[0]}; there are {', '.join(RUNS)}.")
     commands.install("build", "test", "coverage", "sanitizers", "resample")
     rows, found = [], []
-    for name in options.tools or RUNS:
-        title, check = RUNS[name]
-        outcome = check()
+    names = options.tools or list(RUNS)
+    for name, outcome in zip(names, commands.at_once(lambda name: RUNS[name][1](), names)):
+        title = RUNS[name][0]
         rows.append([title, outcome.compiler, outcome.ran, len(outcome.findings)])
         found += [[title, finding] for finding in outcome.findings]
         print(f"  {title}: {outcome.ran}, {len(outcome.findings)} findings", flush=True)
