@@ -163,6 +163,6 @@ def run(options):
         tables.append(Table("Faults", ["what"], [[fault] for fault in faults[:20]]))
     summary = (f"{options.processes + under_sanitizer} processes made first calls by sixteen "
                f"threads, each library was loaded and unloaded {options.rounds} times, "
-               f"{cost[0][2]} instructions of volux_core run in a program that never calls it; {len(faults)} "
-               "faults.")
+               f"{cost[0][2]} instructions of volux_core run in a program that never calls it; "
+               f"{len(faults)} faults.")
     return Result(not faults, summary, tables)
