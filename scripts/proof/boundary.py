@@ -37,20 +37,14 @@ def build_here(compiler):
 
 def build_copy(compiler):
     """Builds what ships from a copy of the sources; gives the library."""
-    shutil.rmtree(PLACE / "sources", ignore_errors=True)
-    for name in SOURCES:
-        original, copy = commands.ROOT / name, PLACE / "sources" / name
-        if original.is_dir():
-            shutil.copytree(original, copy)
-        else:
-            copy.parent.mkdir(parents=True, exist_ok=True)
-            shutil.copy(original, copy)
-    target = PLACE / compiler
-    shutil.rmtree(target, ignore_errors=True)  # or what was built from sources that looked newer
-    commands.build(target, "proof-boundary", ["all"], "-DCMAKE_BUILD_TYPE=Release",
-                   "-DVOLUX_DEVELOPER_MODE=OFF", "-DVOLUX_RESAMPLE=OFF",
-                   f"-DCMAKE_CXX_COMPILER={compiler}", source=PLACE / "sources")
-    return named_in(target)
+    shutil.rmtree(PLACE, ignore_errors=True)  # or what was built from sources that looked newer
+    sources = PLACE / "sources"
+    sources.mkdir(parents=True)
+    commands.output_of(["cp", "-r", *(commands.ROOT / name for name in SOURCES), sources])
+    return named_in(commands.build(
+        PLACE / compiler, "proof-boundary", ["all"], "-DCMAKE_BUILD_TYPE=Release",
+        "-DVOLUX_DEVELOPER_MODE=OFF", "-DVOLUX_RESAMPLE=OFF",
+        f"-DCMAKE_CXX_COMPILER={compiler}", source=sources))
 
 
 def digest(path):
