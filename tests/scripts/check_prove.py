@@ -1,6 +1,8 @@
 """What scripts/prove says and refuses, and that its page marks what no longer stands. Nothing is
 built or proved.
 """
+import contextlib
+import io
 import subprocess
 import sys
 import types
@@ -13,6 +15,7 @@ ROOT = Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "scripts"))
 
 from evidence import markdown, provenance  # noqa: E402  (the path comes first)
+from evidence.commands import Failure  # noqa: E402
 from proof import digest, load, mutants, report, results  # noqa: E402
 from proof.results import Record, Result, Table  # noqa: E402
 
@@ -94,6 +97,33 @@ class Page(unittest.TestCase):
 
     def test_has_no_field_left(self):
         self.assertNotIn("$", report.PAGE.read_text(encoding="utf-8").replace("`$", ""))
+
+
+class InCi(unittest.TestCase):
+    def prove(self, held=True, current=True):
+        """What scripts/prove --ci returns and prints, with one result of older sources."""
+        printed = io.StringIO()
+        with mock.patch.object(PROVE, "prove_all", lambda *_, **__: held), \
+                mock.patch.object(report, "remarks", lambda _: ["sums: it is old"]), \
+                mock.patch.object(markdown, "are_current", lambda _: current), \
+                contextlib.redirect_stdout(printed):
+            return PROVE.main(["--ci"]), printed.getvalue()
+
+    def test_results_of_older_sources_are_printed_and_fail_nothing(self):
+        self.assertEqual(self.prove(), (True, "docs/proof.md, sums: it is old\n"))
+
+    def test_a_check_that_does_not_hold_fails(self):
+        self.assertFalse(self.prove(held=False)[0])
+
+    def test_a_page_that_says_something_else_fails(self):
+        with self.assertRaisesRegex(Failure, "docs/proof.md is not what scripts/prove report"):
+            self.prove(current=False)
+
+    def test_a_check_that_breaks_down_has_not_held(self):
+        def break_down(_):
+            raise Failure("it is broken.")
+        found = PROVE.in_spite_of_faults(break_down)(None)
+        self.assertEqual((found.passed, found.summary), (False, "not carried out: it is broken."))
 
 
 class Markdown(unittest.TestCase):
