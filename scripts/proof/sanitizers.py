@@ -27,9 +27,11 @@ LONG_RESAMPLE_TESTS = "EveryWay/*:Threads/*:Large/*"
 # Tests that watch calloc and free, which valgrind keeps for itself, or that ask for more than there
 # can be, which it reports; long ones, whose calls the other tests make as well; and those with
 # voxels gigabytes apart, which take most of its time.
+# SharedMemory keeps short alone: its other types take three quarters of all the tests' time.
 NOT_UNDER_VALGRIND = {
     "container_tests": "HeapUse*:SizeLimits/*.TheSameExtentsCanFitOneElementSizeAndNotAnother"
-                       ":*FarApart*:AccessBeyond32Bits*",
+                       ":*FarApart*:AccessBeyond32Bits*"
+                       ":SharedMemory/U*:SharedMemory/I*:SharedMemory/F*:SharedMemory/D*",
     "sampling_tests": "Sampling*:EverySpelling*:*Differential*:FarNeighbours*",
 }
 # A checker's line that tells of something wrong, and where.
