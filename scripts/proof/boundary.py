@@ -14,8 +14,6 @@ from . import builds
 from .results import Result, Table
 
 TITLE = "Boundary"
-CI_RUN = []
-WHOLE_RUN = []
 
 BASELINE = commands.ROOT / "tests" / "abi" / "interface.abi.xz"
 COMPILERS = ("g++", "clang++")

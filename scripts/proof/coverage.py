@@ -10,8 +10,6 @@ from . import suite
 from .results import Result, Table
 
 TITLE = "Coverage"
-CI_RUN = []
-WHOLE_RUN = []
 
 BUILDS = {"as it is": "", "portable": " -DVOLUX_CORE_PORTABLE"}
 
@@ -217,10 +215,6 @@ def figures(coverage):
     totals = [share([seen for file in files for seen in measure[file].values()])
               for measure in measures]
     return rows + [["all", *totals]]
-
-
-def add_arguments(parser):
-    del parser
 
 
 def run(options):

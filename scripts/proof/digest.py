@@ -21,7 +21,6 @@ PARTS = tuple(SIZES)
 CI_RUN = ["--rows", "^(x86-64 g[+][+]-12 (-O2|-O3 -march=x86-64-v3)( fused)?"
                     "|x86-64 clang[+][+]-14 -O3|x86-64 g[+][+]-12 -O2 bulk"
                     "|s390x s390x-linux-gnu-g[+][+] -O2)$"]
-WHOLE_RUN = []
 
 SOURCE = ROOT / "tests" / "proof" / "digest"
 COMMITTED = SOURCE / "digests.txt"

@@ -8,15 +8,14 @@ from evidence.commands import BadUse, Failure
 
 from . import builds
 from .results import Result, Table
+from .suite import CLANG
 
 TITLE = "Load"
 WITH_RESAMPLE = True
 PARTS = ("volux_resample",)
 CI_RUN = ["--processes", "48", "--rounds", "200"]
-WHOLE_RUN = []
 
 PAIRS = [(interpolator, border) for interpolator in range(3) for border in range(2)]
-CLANG = "clang++-19"
 RESIDENT_SLACK = 256 * 1024
 PLUGINS = {"volux_core": "core_plugin", "volux_resample": "resample_plugin"}
 SILENT = ("volux_resample",)  # volux_core's exceptions print

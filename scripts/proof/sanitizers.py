@@ -14,7 +14,6 @@ from .results import Result, Table
 TITLE = "Sanitizers and friends"
 WITH_RESAMPLE = True
 CI_RUN = ["integer", "memory", "valgrind", "reasons"]
-WHOLE_RUN = []
 
 PLAIN = "-O0 -gdwarf-4 -gline-tables-only"
 FRAMES = " -fno-omit-frame-pointer"
