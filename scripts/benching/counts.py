@@ -89,10 +89,6 @@ def compare(now):
     print(f"{len(now['counts'])} instruction counts are within {TOLERANCE:.0%} of the record.")
 
 
-def add_arguments(parser):
-    del parser  # there is nothing to choose
-
-
 def run(options):
     if platform.machine() != "x86_64":
         raise Failure("instructions are counted on x86-64 alone.")

@@ -56,13 +56,5 @@ def readme():
 
 
 def texts():
+    """Returns the page and README as the records and today's sources make them."""
     return {PAGE: page(), README: readme()}
-
-
-def write():
-    markdown.write(texts())
-
-
-def is_current():
-    """Tells whether the page and README are what the records and today's sources make them."""
-    return markdown.are_current(texts())

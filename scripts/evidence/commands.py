@@ -1,10 +1,13 @@
 """What both commands share: how they end, install packages, and run and build programs."""
 import argparse
+import concurrent.futures
+import functools
 import math
 import os
 import re
 import subprocess
 import sys
+import threading
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[2]
@@ -70,15 +73,28 @@ def run(command, log=None, **options):
         return subprocess.run(command, stdout=file, stderr=subprocess.STDOUT, **options)
 
 
+def at_once(function, *arguments):
+    """Returns what a function gives for each argument, as many calls at once as there are cores."""
+    with concurrent.futures.ThreadPoolExecutor(CORES) as pool:
+        return list(pool.map(function, *arguments))
+
+
+@functools.lru_cache(maxsize=None)
+def lock_of(path):
+    """Returns the lock of what is built in a place, where several want it at once."""
+    return threading.Lock()
+
+
 def build(folder, log, targets, *arguments, source=ROOT, jobs=CORES):
     """Configures a build folder, builds targets in it and returns it."""
-    (LOGS / f"{log}.log").unlink(missing_ok=True)
     configure = ["cmake", "-S", source, "-B", folder, "-G", "Ninja", *arguments]
-    for command in (configure, 
-                    ["cmake", "--build", folder, "-j", str(jobs), "--target", *targets]):
-        if run(command, log).returncode != 0:
-            raise Failure(f"the build in {folder.relative_to(ROOT)} fails; see "
-                          f"{LOGS.relative_to(ROOT)}/{log}.log.")
+    make = ["cmake", "--build", folder, "-j", str(jobs), "--target", *targets]
+    with lock_of(folder):
+        (LOGS / f"{log}.log").unlink(missing_ok=True)
+        for command in (configure, make):
+            if run(command, log).returncode != 0:
+                raise Failure(f"the build in {folder.relative_to(ROOT)} fails; see "
+                              f"{LOGS.relative_to(ROOT)}/{log}.log.")
     return folder
 
 

@@ -14,8 +14,6 @@ from . import builds
 from .results import Result, Table
 
 TITLE = "Boundary"
-CI_RUN = []
-WHOLE_RUN = []
 
 BASELINE = commands.ROOT / "tests" / "abi" / "interface.abi.xz"
 COMPILERS = ("g++", "clang++")
@@ -23,28 +21,28 @@ PLACE = builds.BUILD / "boundary" / "another place/deeper"
 SOURCES = ("CMakeLists.txt", "cmake", "include", "src")
 
 
+def named_in(folder):
+    """The library in a build's folder, by the name that has the version in it."""
+    return (folder / LIBRARY).resolve()
+
+
 def build_here(compiler):
     """Builds what ships from the sources themselves; gives the library."""
     folder = (builds.release("volux_core") if compiler == "g++"
               else builds.build(f"boundary-{compiler}", compiler))
-    return folder / LIBRARY
+    return named_in(folder)
 
 
 def build_copy(compiler):
     """Builds what ships from a copy of the sources; gives the library."""
-    shutil.rmtree(PLACE / "sources", ignore_errors=True)
-    for name in SOURCES:
-        original, copy = commands.ROOT / name, PLACE / "sources" / name
-        if original.is_dir():
-            shutil.copytree(original, copy)
-        else:
-            copy.parent.mkdir(parents=True, exist_ok=True)
-            shutil.copy(original, copy)
-    target = PLACE / compiler
-    shutil.rmtree(target, ignore_errors=True)  # or what was built from sources that looked newer
-    return commands.build(target, "proof-boundary", ["all"], "-DCMAKE_BUILD_TYPE=Release",
-                          "-DVOLUX_DEVELOPER_MODE=OFF", "-DVOLUX_RESAMPLE=OFF",
-                          f"-DCMAKE_CXX_COMPILER={compiler}", source=PLACE / "sources") / LIBRARY
+    shutil.rmtree(PLACE, ignore_errors=True)  # or what was built from sources that looked newer
+    sources = PLACE / "sources"
+    sources.mkdir(parents=True)
+    commands.output_of(["cp", "-r", *(commands.ROOT / name for name in SOURCES), sources])
+    return named_in(commands.build(
+        PLACE / compiler, "proof-boundary", ["all"], "-DCMAKE_BUILD_TYPE=Release",
+        "-DVOLUX_DEVELOPER_MODE=OFF", "-DVOLUX_RESAMPLE=OFF",
+        f"-DCMAKE_CXX_COMPILER={compiler}", source=sources))
 
 
 def digest(path):

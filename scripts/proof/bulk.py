@@ -1,9 +1,8 @@
 """Whole volumes at once against the module's single calls."""
 import collections
-import concurrent.futures
 import secrets
 
-from evidence.commands import CORES, BadUse, install, output_of, positive
+from evidence.commands import CORES, BadUse, at_once, install, output_of, positive
 
 from .builds import release
 from .results import Result, Table
@@ -38,8 +37,7 @@ def rows_of(program, *arguments):
 def compare(program, seconds, seed):
     """The number of volumes, and the counts of all processes added up. An instruction set is chosen
     for a whole process, so there is one for each core."""
-    with concurrent.futures.ThreadPoolExecutor(CORES) as pool:
-        runs = list(pool.map(lambda n: rows_of(program, seconds, seed + n * APART), range(CORES)))
+    runs = at_once(lambda n: rows_of(program, seconds, seed + n * APART), range(CORES))
     sums = collections.Counter()
     for run in runs:
         for *kind, compared, different in run[1:]:

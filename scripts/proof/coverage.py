@@ -10,8 +10,6 @@ from . import suite
 from .results import Result, Table
 
 TITLE = "Coverage"
-CI_RUN = []
-WHOLE_RUN = []
 
 BUILDS = {"as it is": "", "portable": " -DVOLUX_CORE_PORTABLE"}
 
@@ -110,22 +108,29 @@ def export(tests, module, profile, *form):
     return done.stdout
 
 
+def measure_build(build, tests):
+    """Gives how many tests there were, and what they reach, as an lcov listing and as JSON."""
+    flag = BUILDS[build]
+    module = (suite.build_module("coverage-portable", suite.CLANG, suite.COVERAGE + flag)
+              if flag else tests)
+    profile, count = run_tests(build, tests, module)
+    return (count, export(tests, module, profile, "-format=lcov", "-skip-branches"),
+            export(tests, module, profile))
+
+
 def measure():
-    coverage, count = Coverage(), 0
+    coverage = Coverage()
     tests = suite.covered_tests()
-    for build, flag in BUILDS.items():
-        module = (suite.build_module("coverage-portable", suite.CLANG, suite.COVERAGE + flag)
-                  if flag else tests)
-        profile, passed = run_tests(build, tests, module)
-        count += passed
-        coverage.add_lines(export(tests, module, profile, "-format=lcov", "-skip-branches"))
-        records = json.loads(export(tests, module, profile))["data"][0]["functions"]
+    found = commands.at_once(lambda build: measure_build(build, tests), BUILDS)
+    for build, (_, listing, exported) in zip(BUILDS, found):
+        coverage.add_lines(listing)
+        records = json.loads(exported)["data"][0]["functions"]
         # The name of an internal function begins with its source.
         names = demangled([re.sub(r"^[^:]*:", "", record["name"]) for record in records])
         for record in records:
             name = names[re.sub(r"^[^:]*:", "", record["name"])]
             coverage.add_function(build, name, record)
-    return coverage, count
+    return coverage, sum(count for count, _, _ in found)
 
 
 def excluded_in(file, coverage, pattern):
@@ -210,10 +215,6 @@ def figures(coverage):
     totals = [share([seen for file in files for seen in measure[file].values()])
               for measure in measures]
     return rows + [["all", *totals]]
-
-
-def add_arguments(parser):
-    del parser
 
 
 def run(options):

@@ -1,13 +1,11 @@
 """One digest of the sampled corpus, whatever the compiler, its flags and the processor."""
 import concurrent.futures
 import dataclasses
-import functools
 import hashlib
 import itertools
 import re
 import shutil
 import subprocess
-import threading
 import time
 
 from evidence import commands
@@ -23,7 +21,6 @@ PARTS = tuple(SIZES)
 CI_RUN = ["--rows", "^(x86-64 g[+][+]-12 (-O2|-O3 -march=x86-64-v3)( fused)?"
                     "|x86-64 clang[+][+]-14 -O3|x86-64 g[+][+]-12 -O2 bulk"
                     "|s390x s390x-linux-gnu-g[+][+] -O2)$"]
-WHOLE_RUN = []
 
 SOURCE = ROOT / "tests" / "proof" / "digest"
 COMMITTED = SOURCE / "digests.txt"
@@ -88,11 +85,6 @@ def provide(rows):
                               f"package in the group digest or {row.group}.")
 
 
-@functools.lru_cache(maxsize=None)
-def lock_of(folder):
-    return threading.Lock()
-
-
 def build(row):
     """Builds the library and the programs of a row."""
     targets = sorted({row.program_of(corpus) for corpus in row.corpora})
@@ -100,11 +92,9 @@ def build(row):
                                               f"-DCMAKE_SYSTEM_PROCESSOR={row.target}"]
     if row.bulk and cross:
         cross += [f"-Dhwy_DIR={sysroot_libraries() / 'cmake' / 'hwy'}"]
-    with lock_of(row.folder):
-        commands.build(row.folder, row.log, targets, "-DCMAKE_BUILD_TYPE=None",
-                       f"-DCMAKE_CXX_COMPILER={row.compiler}", f"-DCMAKE_CXX_FLAGS={row.flags}",
-                       f"-DVOLUX_RESAMPLE={'ON' if row.bulk else 'OFF'}", *cross, source=SOURCE,
-                       jobs=1)
+    commands.build(row.folder, row.log, targets, "-DCMAKE_BUILD_TYPE=None",
+                   f"-DCMAKE_CXX_COMPILER={row.compiler}", f"-DCMAKE_CXX_FLAGS={row.flags}",
+                   f"-DVOLUX_RESAMPLE={'ON' if row.bulk else 'OFF'}", *cross, source=SOURCE, jobs=1)
 
 
 def runs_of(row):

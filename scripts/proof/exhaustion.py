@@ -8,7 +8,6 @@ from .results import Result, Table
 
 TITLE = "Exhaustion"
 CI_RUN = ["--every", "797"]
-WHOLE_RUN = []
 
 ALL = 2**32
 

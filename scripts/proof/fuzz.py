@@ -1,5 +1,4 @@
 """Five programs for libFuzzer, each with a small corpus to start from."""
-import concurrent.futures
 import os
 import re
 import subprocess
@@ -7,7 +6,7 @@ import tempfile
 import time
 from pathlib import Path
 
-from evidence.commands import LOGS, ROOT, Failure, install, positive, version
+from evidence.commands import LOGS, ROOT, Failure, at_once, install, positive, version
 
 from .builds import BUILD, build
 from .results import Result, Table
@@ -26,7 +25,6 @@ TARGETS = {
 }
 PARTS = tuple(TARGETS)
 CAMPAIGN_SECONDS = 20 * 60
-AT_ONCE = 2
 SANITIZED = ("-O1 -gline-tables-only -fno-omit-frame-pointer -fno-sanitize-recover=all "
              "-fsanitize=fuzzer-no-link,address,undefined,float-cast-overflow")
 CORPUS = ROOT / "fuzz" / "corpus"
@@ -122,9 +120,8 @@ def fuzz(name, seconds, temporary):
 
 def fuzz_all(names, seconds):
     shared = "/dev/shm" if os.access("/dev/shm", os.W_OK) else None
-    with tempfile.TemporaryDirectory(prefix="volux-fuzz-", dir=shared) as temporary, \
-            concurrent.futures.ThreadPoolExecutor(AT_ONCE) as pool:
-        return list(pool.map(lambda name: fuzz(name, seconds, temporary), names))
+    with tempfile.TemporaryDirectory(prefix="volux-fuzz-", dir=shared) as temporary:
+        return at_once(lambda name: fuzz(name, seconds, temporary), names)
 
 
 def add_arguments(parser):

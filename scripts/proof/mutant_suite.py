@@ -7,7 +7,7 @@ import sys
 import threading
 from pathlib import Path
 
-from evidence.commands import ROOT, Failure
+from evidence.commands import ROOT, Failure, lock_of
 
 from .mutant_tree import FOLDER, KINDS, base, base_module, call, english
 
@@ -81,11 +81,6 @@ class Program:
         if folder != base or not is_newer(folder / self.name, objects):
             link(folder / self.name, objects, KINDS[kind], library)
         return folder / self.name, objects
-
-
-@functools.lru_cache(maxsize=None)
-def lock_of(path):
-    return threading.Lock()
 
 
 def dependencies(built):

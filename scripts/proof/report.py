@@ -107,17 +107,9 @@ def summary(found):
 
 
 def texts(checks):
+    """Returns docs/proof.md as the results and today's sources make it."""
     found = standings(checks)
     overview = markdown.table(["check", "", "result", "sources"], [each.row() for each in found])
     sections = [line for number, each in enumerate(found, start=1) for line in each.section(number)]
     return {PAGE: markdown.filled(TEMPLATES / "page.md", summary=summary(found),
                                   overview="\n".join(overview), sections=markdown.page(sections))}
-
-
-def write(checks):
-    markdown.write(texts(checks))
-
-
-def is_current(checks):
-    """Tells whether docs/proof.md is what the results and today's sources make it."""
-    return markdown.are_current(texts(checks))

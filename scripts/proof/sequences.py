@@ -1,11 +1,10 @@
 """Every sequence of calls on an image, compared with a model after each call."""
 import argparse
-import concurrent.futures
 import resource
 import subprocess
 import time
 
-from evidence.commands import CORES, install
+from evidence.commands import CORES, at_once, install
 
 from .builds import release
 from .results import Result, Table
@@ -33,14 +32,8 @@ def one_share(program, name, calls, share):
 
 def all_shares(program, calls):
     """For each type what its programs came to, as many at a time as there are cores."""
-    with concurrent.futures.ThreadPoolExecutor(CORES) as pool:
-        try:
-            jobs = [[pool.submit(one_share, program, name, calls, share)
-                     for share in range(CORES)] for name in TYPES]
-            return [[share.result() for share in shares] for shares in jobs]
-        except BaseException:
-            pool.shutdown(wait=False, cancel_futures=True)
-            raise
+    return [at_once(lambda share: one_share(program, name, calls, share), range(CORES))
+            for name in TYPES]
 
 
 def number_of_calls(text):

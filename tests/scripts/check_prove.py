@@ -1,6 +1,8 @@
 """What scripts/prove says and refuses, and that its page marks what no longer stands. Nothing is
 built or proved.
 """
+import contextlib
+import io
 import subprocess
 import sys
 import types
@@ -13,7 +15,8 @@ ROOT = Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "scripts"))
 
 from evidence import markdown, provenance  # noqa: E402  (the path comes first)
-from proof import digest, load, mutants, report, results  # noqa: E402
+from evidence.commands import Failure  # noqa: E402
+from proof import load, report, results  # noqa: E402
 from proof.results import Record, Result, Table  # noqa: E402
 
 COMMAND = str(ROOT / "scripts" / "prove")
@@ -89,11 +92,38 @@ class Sources(unittest.TestCase):
 
 class Page(unittest.TestCase):
     def test_is_what_the_results_and_todays_sources_make_it(self):
-        self.assertTrue(report.is_current(PROVE.CHECKS),
+        self.assertTrue(markdown.are_current(report.texts(PROVE.CHECKS)),
                         "scripts/prove report writes docs/proof.md anew")
 
     def test_has_no_field_left(self):
         self.assertNotIn("$", report.PAGE.read_text(encoding="utf-8").replace("`$", ""))
+
+
+class InCi(unittest.TestCase):
+    def prove(self, held=True, current=True):
+        """What scripts/prove --ci returns and prints, with one result of older sources."""
+        printed = io.StringIO()
+        with mock.patch.object(PROVE, "prove_all", lambda *_, **__: held), \
+                mock.patch.object(report, "remarks", lambda _: ["sums: it is old"]), \
+                mock.patch.object(markdown, "are_current", lambda _: current), \
+                contextlib.redirect_stdout(printed):
+            return PROVE.main(["--ci"]), printed.getvalue()
+
+    def test_results_of_older_sources_are_printed_and_fail_nothing(self):
+        self.assertEqual(self.prove(), (True, "docs/proof.md, sums: it is old\n"))
+
+    def test_a_check_that_does_not_hold_fails(self):
+        self.assertFalse(self.prove(held=False)[0])
+
+    def test_a_page_that_says_something_else_fails(self):
+        with self.assertRaisesRegex(Failure, "docs/proof.md is not what scripts/prove report"):
+            self.prove(current=False)
+
+    def test_a_check_that_breaks_down_has_not_held(self):
+        def break_down(_):
+            raise Failure("it is broken.")
+        found = PROVE.in_spite_of_faults(break_down)(None)
+        self.assertEqual((found.passed, found.summary), (False, "not carried out: it is broken."))
 
 
 class Markdown(unittest.TestCase):
@@ -124,108 +154,6 @@ class BadUseTest(unittest.TestCase):
         self.assert_refused("bulk", "--seconds", "none")
         self.assert_refused("sequences", "--calls", "9")
         self.assert_refused("digest", "--rows", "no such row")
-
-
-class Load(unittest.TestCase):
-    """The faults that are planted here are what load_rounds prints of a process that has them."""
-
-    def rounds(self, said, status=0, errors="", library="volux_resample"):
-        done = subprocess.CompletedProcess([], status, said, errors)
-        with mock.patch.object(load.commands, "run", lambda *_, **__: done):
-            return load.load_rounds(Path("build"), library, 100)[1]
-
-    def test_the_same_before_and_after_is_no_fault(self):
-        self.assertEqual(self.rounds("10 5 4 40 800 4096\n100 5 4 40 800 8192\n"), [])
-
-    def test_a_mapping_or_a_byte_that_is_left_is_one(self):
-        self.assertEqual(self.rounds("10 5 4 40 800 4096\n100 5 4 41 801 8192\n"),
-                         ["volux_resample: the number of mappings changed by 1",
-                          "volux_resample: the heap in use changed by 1"])
-
-    def test_a_page_lost_each_round_is_one(self):
-        self.assertEqual(self.rounds(f"10 5 4 40 800 0\n100 5 4 40 800 {90 * 4096}\n"),
-                         ["volux_resample: the resident memory changed by 368640"])
-
-    def test_a_crash_is_one(self):
-        self.assertEqual(self.rounds("", status=-11), ["volux_resample:  (status -11)"])
-
-    def test_whatever_volux_resample_prints_is_one(self):
-        said = "10 5 4 40 800 4096\n100 5 4 40 800 4096\n"
-        self.assertEqual(self.rounds(said, errors="a warning\n"),
-                         ["volux_resample: it prints a warning"])
-        self.assertEqual(self.rounds(said, errors="an exception\n", library="volux_core"), [])
-
-    def test_a_call_without_threads_is_one(self):
-        done = subprocess.CompletedProcess([], 0, "10 5 0 40 800 96\n100 5 0 40 800 96\n", "")
-        with mock.patch.object(load.commands, "run", lambda *_, **__: done):
-            faults = load.all_rounds(Path("build"), 100)[1]
-        self.assertEqual(faults, ["volux_resample: its call starts no thread"])
-
-
-class Digest(unittest.TestCase):
-    ROW = digest.Row("x86-64", "g++", "-O2")
-    FUSED = digest.Row("x86-64", "g++", "-O2", fused=True)
-    COMMITTED = {"full": {"Linear": "a", "Nearest": "b"}}
-
-    def passes(self, row, **digests):
-        found = {digest.Run("full"): {name: (each, 1) for name, each in digests.items()}}
-        return digest.Outcome(row, found).passed(self.COMMITTED)
-
-    def test_a_digest_that_differs_or_is_missing_fails(self):
-        self.assertTrue(self.passes(self.ROW, Linear="a", Nearest="b"))
-        self.assertFalse(self.passes(self.ROW, Linear="a", Nearest="c"))
-        self.assertFalse(self.passes(self.ROW, Linear="a"))
-
-    def test_fused_products_must_change_the_kernels_that_have_any_and_no_other(self):
-        self.assertTrue(self.passes(self.FUSED, Linear="c", Nearest="b"))
-        self.assertFalse(self.passes(self.FUSED, Linear="a", Nearest="b"))
-        self.assertFalse(self.passes(self.FUSED, Linear="c", Nearest="c"))
-
-
-class Mutants(unittest.TestCase):
-    F = "\n\nint f(int a)\n{\n    return a + 1;\n}"
-    G = "\n\nint g()\n{\n    return 2;\n}"
-
-    def ids(self, *functions, file="src/core/A.cpp"):
-        source = "// Sums." + "".join(functions) + "\n\n"
-        return {mutant.id for mutant in mutants.Mutator(file, source).mutants()}
-
-    def test_a_mutant_keeps_its_id_in_another_file_and_beside_other_functions(self):
-        self.assertEqual(self.ids(self.F), self.ids(self.F, file="src/exact/B.h"))
-        self.assertEqual(self.ids(self.G, self.F), self.ids(self.F) | self.ids(self.G))
-
-    def test_a_change_of_its_function_makes_it_another_one(self):
-        changed = self.ids(self.F.replace("1", "4"), self.G)
-        self.assertEqual(self.ids(self.F, self.G) & changed, self.ids(self.G))
-
-    def judge(self, *verdicts):
-        rows = [[f"id{n}", "src/A.cpp", "1", "cast", "a -> b", verdict, ""]
-                for n, verdict in enumerate(verdicts)]
-        with mock.patch.object(mutants, "read", lambda _: {"id0": ["id0", "no caller can tell"]}):
-            return mutants.result_of(rows, False, True)
-
-    def test_a_survivor_that_nobody_has_explained_fails(self):
-        self.assertTrue(self.judge("survived", "killed", mutants.SAME).passed)
-        failed = self.judge("killed", "survived")
-        self.assertFalse(failed.passed)
-        self.assertIn("id1: let a test kill it", failed.summary)
-
-    def test_mutants_that_do_not_compile_are_none(self):
-        self.assertFalse(self.judge("not compiled", "not compiled").passed)
-
-    def test_the_sources_draw_the_sample_and_the_record_does_not_judge_it(self):
-        tried = []
-
-        def try_all(sample, known, journal, jobs):
-            tried.append([mutant.id for mutant in sample])
-            return {mutant.id: mutants.row_of(mutant, "killed", "a test") for mutant in sample}
-        for sources in ("one", "one", "other"):
-            with mock.patch.object(provenance, "sources", lambda with_resample, s=sources: s), \
-                    mock.patch.object(mutants, "tried", try_all):
-                options = PROVE.parser().parse_args(["mutants", "--sample", "6"])
-                self.assertTrue(mutants.run_sample(options).passed)
-        self.assertEqual(tried[0], tried[1])
-        self.assertNotEqual(tried[0], tried[2])
 
 
 if __name__ == "__main__":

@@ -113,11 +113,13 @@ Result call(void* module, const char* function)
 
 void use(void* module)
 {
-    if (call<double>(module, "voluxPluginSample") != 12.0 ||
-        call<int>(module, "voluxPluginMisuse") != 1)
+    if (call<double>(module, "voluxPluginSample") != 12.0)
         fail("the library gives wrong results");
-    if (registrations == 0 || destructions != 0)
-        fail("nothing to be destroyed is seen while the library is loaded");
+    if (dlsym(module, "voluxPluginMisuse") != nullptr &&
+        call<int>(module, "voluxPluginMisuse") != 1)
+        fail("misuse does not throw");
+    if (destructions != 0)
+        fail("an object is destroyed while its library is loaded");
 }
 
 void loadUseUnload(const char* plugin, const char* library)

@@ -1,0 +1,265 @@
+"""Each check of scripts/prove finds the faults that are planted for it. Nothing is built or proved."""
+import argparse
+import subprocess
+import sys
+import tempfile
+import unittest
+from pathlib import Path
+from unittest import mock
+
+ROOT = Path(__file__).resolve().parents[2]
+sys.path.insert(0, str(ROOT / "scripts"))
+
+from evidence import provenance  # noqa: E402  (the path comes first)
+from proof import (boundary, bulk, coverage, differential, digest, exhaustion, fuzz,  # noqa: E402
+                   load, mutants, sanitizers, sequences)
+
+
+def options_of(check, *arguments):
+    parser = argparse.ArgumentParser()
+    check.add_arguments(parser)
+    return parser.parse_args(arguments)
+
+
+class Exhaustion(unittest.TestCase):
+    def passes(self, *counts):
+        with mock.patch.multiple(exhaustion, install=mock.DEFAULT, release=mock.DEFAULT,
+                                 counts_of=lambda *_: counts):
+            return exhaustion.run(options_of(exhaustion, "--every", str(2**30))).passed
+
+    def test_a_float_that_differs_or_is_left_out_fails(self):
+        right = [("index", str(n), 4, 0) for n in range(18)]
+        self.assertTrue(self.passes(*right))
+        self.assertFalse(self.passes(*right[1:]))
+        self.assertFalse(self.passes(*right[1:], ("index", "0", 4, 1)))
+        self.assertFalse(self.passes(*right[1:], ("index", "0", 3, 0)))
+
+
+class Differential(unittest.TestCase):
+    COUNTS = [differential.Count("all", str(n), "form", "kernel", "border", 5, 0, 2, 0)
+              for n in range(differential.KINDS)]
+    OUTSIDERS = [differential.Outsider("scipy", str(n), 5, 0.25, 0.5)
+                 for n in range(differential.COMPARISONS)]
+
+    def passes(self, counts=(), outsiders=()):
+        counts = [*self.COUNTS[len(counts):], *counts]
+        outsiders = [*self.OUTSIDERS[len(outsiders):], *outsiders]
+        with mock.patch.object(differential, "packages", lambda: ""):
+            return differential.judge(options_of(differential), 1, 1, counts, outsiders).passed
+
+    def test_a_sample_that_differs_fails(self):
+        self.assertTrue(self.passes())
+        for wrong in ({"different": 1}, {"different_pairs": 1}, {"compared": 0}):
+            self.assertFalse(self.passes(counts=[self.COUNTS[0]._replace(**wrong)]), wrong)
+
+    def test_an_outsider_beyond_its_tolerance_fails(self):
+        self.assertFalse(self.passes(outsiders=[self.OUTSIDERS[0]._replace(largest=0.75)]))
+        self.assertFalse(self.passes(outsiders=[self.OUTSIDERS[0]._replace(compared=0)]))
+
+
+class Bulk(unittest.TestCase):
+    def passes(self, different=0, large=()):
+        counts = [bulk.Count("resample", "Short", "Cubic", "Constant", 9, different)]
+        with mock.patch.multiple(bulk, install=mock.DEFAULT, release=mock.MagicMock(),
+                                 compare=lambda *_: (1, counts), rows_of=lambda *_: large):
+            return bulk.run(options_of(bulk, *([] if large else ["--no-large"]))).passed
+
+    def test_a_sample_that_differs_fails(self):
+        self.assertTrue(self.passes())
+        self.assertFalse(self.passes(different=1))
+
+    def test_a_large_result_that_differs_or_is_missing_fails(self):
+        right = ["Linear", "2197000000", "2000000", "0"]
+        self.assertTrue(self.passes(large=[right, right]))
+        self.assertFalse(self.passes(large=[right, [*right[:3], "1"]]))
+        self.assertFalse(self.passes(large=[right]))
+
+
+class Sequences(unittest.TestCase):
+    def passes(self, sequences_made, differences=()):
+        rows = [["`int`", 1, str(sequences_made), "24"]] + [["`int`", 1, "24", "24"]] * 6
+        return sequences.result(rows, list(differences), 1).passed
+
+    def test_a_difference_or_a_sequence_left_out_fails(self):
+        self.assertTrue(self.passes(24))
+        self.assertFalse(self.passes(23))
+        self.assertFalse(self.passes(24, ["int: a leak"]))
+
+
+class Coverage(unittest.TestCase):
+    def coverage(self, lines="DA:3,1"):
+        found = coverage.Coverage()
+        found.add_lines(f"SF:{ROOT}/src/A.h\n{lines}\n")
+        return found
+
+    def test_what_no_test_reaches_is_listed(self):
+        self.assertEqual(list(coverage.uncovered(self.coverage())), [])
+        self.assertEqual(list(coverage.uncovered(self.coverage("DA:3,0"))), [["src/A.h", "line 3"]])
+
+    def test_an_exclusion_of_nothing_or_of_what_is_executed_is_stale(self):
+        found = self.coverage()
+        with mock.patch.object(coverage, "EXCLUDED_FUNCTIONS", [("^gone", "a reason")]):
+            self.assertEqual(len(coverage.exclude_functions(found)[1]), 1)
+            found.functions["src/A.h"]["gone()"] = 1
+            self.assertEqual(len(coverage.exclude_functions(found)[1]), 1)
+            found.functions["src/A.h"]["gone()"] = 0
+            self.assertEqual(coverage.exclude_functions(found)[1], [])
+            self.assertEqual(found.functions["src/A.h"], {})
+
+
+class Fuzzing(unittest.TestCase):
+    def spend(self, script):
+        tally = fuzz.Tally("boxes")
+        with tempfile.TemporaryDirectory() as folder, mock.patch.object(fuzz, "LOGS", Path(folder)):
+            program = Path(folder) / "fuzzer"
+            program.write_text(f"#!/bin/sh\n{script}\n", encoding="utf-8")
+            program.chmod(0o755)
+            with mock.patch.object(fuzz, "program", lambda _: program):
+                fuzz.spend(tally, 1, folder)
+        return tally
+
+    def test_an_input_that_fails_is_kept(self):
+        self.assertIsNone(self.spend("exit 0").crash)
+        crash = self.spend("echo 'Test unit written to crash-1'; exit 77").crash
+        self.assertEqual(crash, Path("crash-1"))
+
+
+class Sanitizers(unittest.TestCase):
+    def test_a_report_is_found_wherever_it_is_and_once(self):
+        error = f"{ROOT}/src/A.h:3:4: runtime error: signed integer overflow\n"
+        self.assertEqual(sanitizers.found_in("all is well\n"), [])
+        self.assertEqual(sanitizers.found_in(error + error),
+                         ["src/A.h:3:4: runtime error: signed integer overflow"])
+        self.assertEqual(len(sanitizers.found_in("==1==ERROR: AddressSanitizer: overflow\n")), 1)
+
+    def test_a_mark_without_a_reason_is_found(self):
+        self.assertTrue(sanitizers.has_reason("a;  // NOLINT(cert-err): it is meant", ""))
+        self.assertFalse(sanitizers.has_reason("a;  // NOLINT(cert-err)", ""))
+        self.assertFalse(sanitizers.has_reason("a;  // NOLINT: it is meant", ""))
+
+
+class Boundary(unittest.TestCase):
+    def passes(self, named=True, elsewhere="one", same=True):
+        with tempfile.TemporaryDirectory() as folder:
+            for name in ("one", "other"):
+                (Path(folder) / name).write_text(name, encoding="utf-8")
+            with mock.patch.multiple(
+                    boundary, build_here=lambda _: Path(folder) / "one", exported=lambda _: 7,
+                    build_copy=lambda _: Path(folder) / elsewhere,
+                    check_names=lambda _: (named, 11),
+                    compare_interface=lambda: (same, 7, "")), \
+                    mock.patch.object(boundary.commands, "install"):
+                return boundary.run(options_of(boundary)).passed
+
+    def test_a_name_a_type_or_a_byte_that_differs_fails(self):
+        self.assertTrue(self.passes())
+        self.assertFalse(self.passes(named=False))
+        self.assertFalse(self.passes(elsewhere="other"))
+        self.assertFalse(self.passes(same=False))
+
+
+class Load(unittest.TestCase):
+    """The faults that are planted here are what load_rounds prints of a process that has them."""
+
+    def rounds(self, said, status=0, errors="", library="volux_resample"):
+        done = subprocess.CompletedProcess([], status, said, errors)
+        with mock.patch.object(load.commands, "run", lambda *_, **__: done):
+            return load.load_rounds(Path("build"), library, 100)[1]
+
+    def test_the_same_before_and_after_is_no_fault(self):
+        self.assertEqual(self.rounds("10 5 4 40 800 4096\n100 5 4 40 800 8192\n"), [])
+
+    def test_a_mapping_or_a_byte_that_is_left_is_one(self):
+        self.assertEqual(self.rounds("10 5 4 40 800 4096\n100 5 4 41 801 8192\n"),
+                         ["volux_resample: the number of mappings changed by 1",
+                          "volux_resample: the heap in use changed by 1"])
+
+    def test_a_page_lost_each_round_is_one(self):
+        self.assertEqual(self.rounds(f"10 5 4 40 800 0\n100 5 4 40 800 {90 * 4096}\n"),
+                         ["volux_resample: the resident memory changed by 368640"])
+
+    def test_a_crash_is_one(self):
+        self.assertEqual(self.rounds("", status=-11), ["volux_resample:  (status -11)"])
+
+    def test_whatever_volux_resample_prints_is_one(self):
+        said = "10 5 4 40 800 4096\n100 5 4 40 800 4096\n"
+        self.assertEqual(self.rounds(said, errors="a warning\n"),
+                         ["volux_resample: it prints a warning"])
+        self.assertEqual(self.rounds(said, errors="an exception\n", library="volux_core"), [])
+
+    def test_nothing_to_count_is_one(self):
+        done = subprocess.CompletedProcess([], 0, "10 0 0 40 800 96\n100 0 0 40 800 96\n", "")
+        with mock.patch.object(load.commands, "run", lambda *_, **__: done):
+            faults = load.all_rounds(Path("build"), 100)[1]
+        self.assertEqual(faults, ["volux_core: no object is seen to be destroyed",
+                                  "volux_resample: its calls start no thread"])
+
+
+class Digest(unittest.TestCase):
+    ROW = digest.Row("x86-64", "g++", "-O2")
+    FUSED = digest.Row("x86-64", "g++", "-O2", fused=True)
+    COMMITTED = {"full": {"Linear": "a", "Nearest": "b"}}
+
+    def passes(self, row, **digests):
+        found = {digest.Run("full"): {name: (each, 1) for name, each in digests.items()}}
+        return digest.Outcome(row, found).passed(self.COMMITTED)
+
+    def test_a_digest_that_differs_or_is_missing_fails(self):
+        self.assertTrue(self.passes(self.ROW, Linear="a", Nearest="b"))
+        self.assertFalse(self.passes(self.ROW, Linear="a", Nearest="c"))
+        self.assertFalse(self.passes(self.ROW, Linear="a"))
+
+    def test_fused_products_must_change_the_kernels_that_have_any_and_no_other(self):
+        self.assertTrue(self.passes(self.FUSED, Linear="c", Nearest="b"))
+        self.assertFalse(self.passes(self.FUSED, Linear="a", Nearest="b"))
+        self.assertFalse(self.passes(self.FUSED, Linear="c", Nearest="c"))
+
+
+class Mutants(unittest.TestCase):
+    F = "\n\nint f(int a)\n{\n    return a + 1;\n}"
+    G = "\n\nint g()\n{\n    return 2;\n}"
+
+    def ids(self, *functions, file="src/core/A.cpp"):
+        source = "// Sums." + "".join(functions) + "\n\n"
+        return {mutant.id for mutant in mutants.Mutator(file, source).mutants()}
+
+    def test_a_mutant_keeps_its_id_in_another_file_and_beside_other_functions(self):
+        self.assertEqual(self.ids(self.F), self.ids(self.F, file="src/exact/B.h"))
+        self.assertEqual(self.ids(self.G, self.F), self.ids(self.F) | self.ids(self.G))
+
+    def test_a_change_of_its_function_makes_it_another_one(self):
+        changed = self.ids(self.F.replace("1", "4"), self.G)
+        self.assertEqual(self.ids(self.F, self.G) & changed, self.ids(self.G))
+
+    def judge(self, *verdicts):
+        rows = [[f"id{n}", "src/A.cpp", "1", "cast", "a -> b", verdict, ""]
+                for n, verdict in enumerate(verdicts)]
+        with mock.patch.object(mutants, "read", lambda _: {"id0": ["id0", "no caller can tell"]}):
+            return mutants.result_of(rows, False, True)
+
+    def test_a_survivor_that_nobody_has_explained_fails(self):
+        self.assertTrue(self.judge("survived", "killed", mutants.SAME).passed)
+        failed = self.judge("killed", "survived")
+        self.assertFalse(failed.passed)
+        self.assertIn("id1: let a test kill it", failed.summary)
+
+    def test_mutants_that_do_not_compile_are_none(self):
+        self.assertFalse(self.judge("not compiled", "not compiled").passed)
+
+    def test_the_sources_draw_the_sample_and_the_record_does_not_judge_it(self):
+        tried = []
+
+        def try_all(sample, known, journal, jobs):
+            tried.append([mutant.id for mutant in sample])
+            return {mutant.id: mutants.row_of(mutant, "killed", "a test") for mutant in sample}
+        for sources in ("one", "one", "other"):
+            with mock.patch.object(provenance, "sources", lambda with_resample, s=sources: s), \
+                    mock.patch.object(mutants, "tried", try_all):
+                options = options_of(mutants, "--sample", "6")
+                self.assertTrue(mutants.run_sample(options).passed)
+        self.assertEqual(tried[0], tried[1])
+        self.assertNotEqual(tried[0], tried[2])
+
+
+if __name__ == "__main__":
+    unittest.main()
