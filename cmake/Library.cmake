@@ -13,6 +13,8 @@ function(volux_add_library name)
     add_library(${library} ${ARGN})
     add_library(volux::${name} ALIAS ${library})
     target_compile_features(${library} PUBLIC cxx_std_17)
+    # Sources include by folder, as do those that Highway compiles for each instruction set.
+    target_include_directories(${library} PRIVATE ${PROJECT_SOURCE_DIR}/src)
     set_target_properties(${library} PROPERTIES
         EXPORT_NAME ${name}
         VERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR}.${PROJECT_VERSION_PATCH}

@@ -1,4 +1,4 @@
-# The bulk companion of the module: whole volumes at once, with SIMD and threads. It is built where
+# volux_resample: whole volumes at once, with SIMD and threads. It is built where
 # Google Highway and threads are found, and installed as a component of its own.
 find_package(hwy QUIET)
 find_package(Threads QUIET)
@@ -26,8 +26,6 @@ volux_add_library(resample
     src/resample/vectors/Lines.cpp
 )
 target_link_libraries(volux_resample PUBLIC volux::core PRIVATE hwy::hwy Threads::Threads)
-# The file that is compiled for each instruction set includes itself by this way.
-target_include_directories(volux_resample PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/src)
 # A vector whose length is unknown to the compiler is no member and no element of an array. PUBLIC, as
 # the tests of each instruction set have to know of the same ones.
 target_compile_definitions(volux_resample PUBLIC
