@@ -1,4 +1,4 @@
-// A border and an interpolator of one's own, used like those of the library.
+// A border and an interpolator of your own, used like those of the library.
 
 #include <algorithm>
 #include <cmath>
@@ -10,7 +10,7 @@ using namespace volux::core;
 
 namespace {
 
-/// Reflects a position at the faces of an image that is not empty, as often as it takes:
+/// Reflects a position at the faces of an image that is not empty, as often as necessary:
 /// ... 1 0 | 0 1 2 ...
 struct Mirror : Border {
     template <class T>

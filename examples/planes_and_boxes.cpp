@@ -8,7 +8,7 @@ using namespace volux::core;
 
 namespace {
 
-/// Every voxel tells where it is.
+/// The value of a voxel is its position.
 int mark(int x, int y, int z)
 {
     return 100 * x + 10 * y + z;
@@ -22,7 +22,7 @@ void markAll(VxImage<int>& volume)
                 volume(x, y, z, 0) = mark(x, y, z);
 }
 
-/// Crops a box whose far corner lies outside, where it is cut short, and draws it at the origin.
+/// Crops a box whose far corner is outside, which clips the box, and draws it at the origin.
 bool moveBox(VxImage<int>& volume)
 {
     VxImage<int> box;

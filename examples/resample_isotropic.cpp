@@ -1,4 +1,4 @@
-// Slices that lie far apart, resampled to voxels of equal edges at physical positions.
+// Resamples thick slices to voxels of equal edges, at physical positions.
 
 #include <cmath>
 #include <cstdio>

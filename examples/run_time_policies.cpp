@@ -1,4 +1,4 @@
-// The kernel and the border chosen by name while the program runs.
+// Chooses the kernel and the border by name at run time.
 // Usage: run_time_policies [nearest|linear|cubic [constant|replication]]
 
 #include <cstdio>
@@ -51,7 +51,7 @@ int main(int count, char** arguments)
                 read(image, kernel->second, border->second));
 
     bool right = sameWhenCompiled(image);
-    for (const auto& [name, any] : kKernels)  // an edge that goes on is a flat image
+    for (const auto& [name, any] : kKernels)  // a flat image with its edge replicated stays flat
         right = right && read(image, any, kBorders.at("replication")) == 400;
     return right ? 0 : 1;
 }

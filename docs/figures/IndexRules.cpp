@@ -98,9 +98,9 @@ Svg indexRules()
     drawNumberLine(svg, 172);
     svg.text({20, 176}, "start", "position");
     svg.dot({150, 226}, 4, kInk, kInk);
-    svg.text({162, 230}, "start", "this position belongs");
+    svg.text({162, 230}, "start", "this position is included");
     svg.dot({330, 226}, 4, "#ffffff", kInk);
-    svg.text({342, 230}, "start", "this one does not: the other end has it");
+    svg.text({342, 230}, "start", "this position belongs to the other interval");
     return svg;
 }
 

@@ -99,7 +99,7 @@ Svg sizes()
     drawPanel(svg, centres, "CENTRES", "keeps the first and the last centre", kGreen,
               [](unsigned int width) { return aligned(width, Align::CENTRES); });
     drawPanel(svg, neither, "Neither",
-              "the common mistake, i * s with the s of EDGES: all moves, by " +
+              "the common mistake, i * s with the s of EDGES: everything shifts, by " +
                   shiftOf(2 * kSource) + " voxels (to 8), by " + shiftOf(kSource / 2) + " (to 2)",
               kOrange, mixed);
     return svg;
@@ -115,6 +115,6 @@ int main(int count, char** arguments)
         return std::fputs("Usage: draw_sizes FILE\n", stderr), 2;
     if (figures::sizes().save(arguments[1]))
         return 0;
-    std::fprintf(stderr, "%s: can not be written\n", arguments[1]);
+    std::fprintf(stderr, "%s: cannot be written\n", arguments[1]);
     return 1;
 }

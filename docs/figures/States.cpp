@@ -55,18 +55,18 @@ Svg states()
 {
     Svg svg(760, 420);
     drawState(svg, {290, 66, 180, 64}, "Empty", "no buffer", kGreen);
-    drawState(svg, {60, 226, 200, 64}, "Owning", "a block of its own", kBlue);
-    drawState(svg, {520, 226, 200, 64}, "Wrapping", "a block of the caller's", kOrange);
+    drawState(svg, {60, 226, 200, 64}, "Owning", "its own block", kBlue);
+    drawState(svg, {520, 226, 200, 64}, "Wrapping", "the caller's block", kOrange);
     drawArrow(svg, "M380 30L380 64");
     drawCalls(svg, {390, 44}, "start", {"VxImage()"});
     drawOwningCalls(svg);
     drawWrappingCalls(svg);
-    drawCalls(
-        svg, {40, 382}, "start",
-        {"Every other call of these throws. A copy (initialize from another image, copying in a "
-         "derived class) is always Owning.",
-         "Destruction frees the block of an Owning image and forgets that of a Wrapping one."},
-        kGrey);
+    drawCalls(svg, {40, 382}, "start",
+              {"All other calls of these functions throw. A copy (initialize from another image, "
+               "copying in "
+               "a derived class) is always Owning.",
+               "Destruction frees the block of an Owning image, but not that of a Wrapping one."},
+              kGrey);
     return svg;
 }
 

@@ -15,6 +15,6 @@ int main(int count, char** arguments)
                          figures::layouts().save(folder + "layouts.svg") &&
                          figures::states().save(folder + "states.svg");
     if (!written)
-        std::fprintf(stderr, "%s: can not be written\n", arguments[1]);
+        std::fprintf(stderr, "%s: cannot be written\n", arguments[1]);
     return written ? 0 : 1;
 }

@@ -1,4 +1,4 @@
-// The tables of docs/concepts.md, each computed by the library.
+// The tables of docs/concepts.md and docs/tables.md, each computed by the library.
 #pragma once
 
 #include <charconv>
@@ -49,7 +49,7 @@ private:
     bool headed = false;
 };
 
-/// A position or a value, and how the tables call it.
+/// A position or a value, and its name in the tables.
 struct Named {
     std::string name;
     double value;

@@ -1,5 +1,5 @@
-// Prints the tables of docs/concepts.md, or tells which of them a document does not hold word for
-// word. Usage: document_tables [DOCUMENT]
+// Prints the tables of the documents, or those that none of the given documents contains word for
+// word. Usage: document_tables [DOCUMENT ...]
 
 #include <cstdio>
 #include <fstream>
@@ -23,15 +23,19 @@ int print()
     return 0;
 }
 
-int check(const char* document)
+std::string contentOf(const char* document)
 {
     std::ifstream file(document);
-    const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+int check(const std::string& documents)
+{
     int missing = 0;
     for (const std::string& table : tables()) {
-        if (text.find(table) != std::string::npos)
+        if (documents.find(table) != std::string::npos)
             continue;
-        std::printf("%s does not hold this table:\n%s\n", document, table.c_str());
+        std::printf("No document contains this table:\n%s\n", table.c_str());
         ++missing;
     }
     return missing == 0 ? 0 : 1;
@@ -41,5 +45,8 @@ int check(const char* document)
 
 int main(int count, char** arguments)
 {
-    return count > 1 ? check(arguments[1]) : print();
+    std::string documents;
+    for (int n = 1; n < count; ++n)
+        documents += contentOf(arguments[n]);
+    return count > 1 ? check(documents) : print();
 }

@@ -1,4 +1,4 @@
-// A result made slice by slice, of a source that is never whole in memory but where it is read.
+// Makes a result slice by slice, holding only the part of the source that each slice reads.
 #include <volux/core.h>
 #include <volux/resample.h>
 

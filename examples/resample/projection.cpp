@@ -1,4 +1,4 @@
-// A maximum projection through the whole depth of a volume, one slab thick as all of it.
+// Projects the maximum through a volume, with one slab as thick as its whole depth.
 #include <volux/core.h>
 #include <volux/resample.h>
 

@@ -1,4 +1,4 @@
-// One volume brought to the voxels of another, by where both lie in the world.
+// Brings one volume onto the voxels of another, by where both are in the world.
 #include <volux/core.h>
 #include <volux/resample.h>
 

@@ -1,4 +1,4 @@
-// Slices that lie far apart, brought to voxels of equal edges.
+// Brings thick slices to voxels of equal edges.
 #include <volux/core.h>
 #include <volux/resample.h>
 

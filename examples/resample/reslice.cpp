@@ -1,4 +1,4 @@
-// An oblique plane, into memory of the program's own.
+// Cuts an oblique plane into memory that the program owns.
 #include <volux/core.h>
 #include <volux/resample.h>
 

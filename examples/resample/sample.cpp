@@ -1,4 +1,4 @@
-// Many positions at once: the values along a streamline, in physical units.
+// Reads many positions at once: the values along a line, in physical units.
 #include <volux/core.h>
 #include <volux/resample.h>
 

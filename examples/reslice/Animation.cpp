@@ -91,7 +91,7 @@ unsigned char Animation::indexOf(const unsigned char* colour)
     return indices_[key] = static_cast<unsigned char>(best);
 }
 
-/// The size, the palette, and that the frames go round for ever.
+/// The size, the palette, and that the frames repeat for ever.
 void Animation::begin(const Picture& first)
 {
     constexpr unsigned int kMost = 65535;
@@ -152,7 +152,7 @@ void Animation::add(const Picture& frame)
     for (std::size_t n = 0; n < pixels.size(); ++n)
         pixels[n] = indexOf(frame.bytes() + 3 * n);
     const Part part = changedPart(pixels);
-    std::vector<GifByteType> lines = pixels;  // giflib masks what it is given
+    std::vector<GifByteType> lines = pixels;  // giflib modifies its input
     putPart(part, lines);
     shown_ = std::move(pixels);
     ++frames_;

@@ -1,4 +1,4 @@
-// Pictures that move, as GIF: it shows wherever pictures do.
+// Moving pictures, as GIF, which every viewer of pictures shows.
 #pragma once
 
 #include <array>
@@ -17,17 +17,17 @@ namespace reslice {
 /// a grey is off by one level of 255 at most.
 class Animation {
 public:
-    /// Each frame stands for so many hundredths of a second; after the last comes the first.
-    /// `path` is named where encoding fails.
+    /// Each frame lasts that many hundredths of a second; the first follows the last.
+    /// An error names `path`.
     Animation(std::string path, unsigned int hundredths);
     ~Animation();
     Animation(const Animation&) = delete;
     Animation& operator=(const Animation&) = delete;
 
-    /// Throws Failure if the frame can not be encoded.
+    /// Throws Failure if the frame cannot be encoded.
     void add(const Picture& frame);
 
-    /// The bytes of the file; nothing can be added any more.
+    /// The bytes of the file. Call it last: no frame can be added afterwards.
     std::vector<unsigned char> finish();
 
     unsigned int width() const { return width_; }

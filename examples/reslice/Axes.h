@@ -1,4 +1,4 @@
-// How the axes of a file lie in the patient.
+// How the axes of a file are oriented in the patient.
 #pragma once
 
 #include <array>

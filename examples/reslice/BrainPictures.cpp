@@ -59,7 +59,7 @@ Plane obliquePlane(const Volume& volume)
     return {volume.centre(), {{-c, s, 0.0}, {lean * s, lean * c, -upright}}};
 }
 
-/// How far the kernels are apart in the square of so many millimetres around the plane's centre.
+/// How far the kernels differ in the square of that many millimetres around the plane's centre.
 double disagreement(const Volume& volume, const Plane& plane, double square)
 {
     constexpr int kSamples = 16;

@@ -1,5 +1,4 @@
-// What every call of volux_resample here has in common: progress, Ctrl-C, and what to say of
-// failures.
+// What all calls of volux_resample share here: progress, Ctrl-C and messages about failures.
 #pragma once
 
 #include "Job.h"
@@ -8,7 +7,8 @@
 
 namespace reslice {
 
-/// The job hears how far the call is, and cancels it once the user has interrupted the program.
+/// Reports the call's progress to the job, which cancels the call once the user has interrupted
+/// the program.
 template <class Kernel>
 volux::resample::Options bulkOptions(Kernel kernel, double outside, Job& job)
 {
@@ -17,7 +17,7 @@ volux::resample::Options bulkOptions(Kernel kernel, double outside, Job& job)
     return options;
 }
 
-/// Throws Failure, or bad_alloc where memory was lacking, unless the call is done.
+/// Throws Failure unless the call succeeded, or bad_alloc if there was not enough memory.
 void requireDone(core::ErrorType code, const Volume& volume, const Job& job);
 
 }  // namespace reslice

@@ -1,5 +1,5 @@
-// The pictures that take a whole volume at once: with volux_resample they are made, without it a
-// line tells that they are not.
+// The pictures that resample a whole volume. Without volux_resample, a line says that they are
+// missing.
 #pragma once
 
 #include "OutputFolder.h"

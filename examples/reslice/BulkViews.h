@@ -18,8 +18,8 @@ constexpr unsigned int kTilesOfBulkView = 2;
 Picture viewPlaneInBulk(const Volume& volume, const Plane& plane, const PixelGrid& grid,
                         double outside, const Window& window, Job& job);
 
-/// The greatest intensity on the way of each pixel's ray, which passes the plane and is `2 * reach`
-/// millimetres long.
+/// The greatest intensity along each pixel's ray, which is `2 * reach` millimetres long and centred
+/// on the plane.
 Picture viewMaximum(const Volume& volume, const Plane& plane, const PixelGrid& grid, double reach,
                     double outside, const Window& window, Job& job);
 

@@ -12,7 +12,7 @@
 namespace reslice {
 namespace {
 
-/// Unequal edges multiply the voxels, and a ray has a step for each along its way.
+/// Unequal edges multiply the voxels, and a ray takes a step for each one along its way.
 void requireFeasible(const std::array<double, 3>& extent, const std::string& path)
 {
     constexpr double kMostVoxels = 1 << 28, kLongestRay = 1 << 15;

@@ -1,4 +1,4 @@
-// Volumes brought to voxels of equal edges.
+// Brings volumes to voxels of equal edges.
 #pragma once
 
 #include <memory>

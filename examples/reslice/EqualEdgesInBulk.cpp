@@ -1,4 +1,4 @@
-// Whole volumes brought to voxels of equal edges by one call.
+// Brings a whole volume to voxels of equal edges by one call.
 
 #include <memory>
 #include <variant>

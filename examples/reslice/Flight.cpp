@@ -1,4 +1,4 @@
-// Oblique planes on their way through a head.
+// Oblique planes that move through a head.
 
 #include <algorithm>
 #include <cmath>
@@ -27,7 +27,7 @@ struct Pose {
     double way;         ///< millimetres behind the centre
 };
 
-/// The last is followed by the first without a jump.
+/// The first follows the last without a jump.
 Pose poseOf(unsigned int frame, double length)
 {
     const double phase = 2 * kPi * frame / kFlightFrames;

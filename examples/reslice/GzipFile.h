@@ -19,7 +19,7 @@ public:
     /// Fills the block as far as the file reaches and returns the bytes read.
     std::size_t read(void* block, std::size_t bytes);
 
-    /// Reads and forgets; returns how many bytes there were.
+    /// Reads and discards; returns the number of bytes.
     unsigned long long skip(unsigned long long bytes);
 
     bool isCompressed() const { return gzdirect(file_) == 0; }

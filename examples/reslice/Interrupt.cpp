@@ -8,7 +8,7 @@
 namespace reslice {
 namespace {
 
-// Free of locks, so a handler may set it and any thread may read it.
+// Lock-free, so a handler may set it and any thread may read it.
 std::atomic<bool> interrupted{false};
 
 void remember(int)

@@ -5,8 +5,8 @@
 
 namespace reslice {
 
-/// From now on an interrupt only sets a flag, and a write that finds no room reports an error
-/// instead of ending the program.
+/// From now on an interrupt only sets a flag, and a failing write reports an error instead of
+/// ending the program.
 void watchForInterrupts();
 
 /// Whether the user has asked to stop.

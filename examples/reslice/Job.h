@@ -6,8 +6,7 @@
 
 namespace reslice {
 
-/// Draws a bar on the error stream, but only when that is a terminal; the bar is gone when the
-/// job is.
+/// Draws a bar on the error stream, but only if that is a terminal. The destructor removes the bar.
 class Job {
 public:
     /// `tiles`: how many parts the picture has; rowDone and reached count within one of them.
@@ -19,11 +18,11 @@ public:
     /// Throws Failure when the user has interrupted the program.
     void rowDone(unsigned int row, unsigned int rows);
 
-    /// The same for a part of which only the fraction is known, for calls that must not throw;
-    /// false once the user has interrupted the program.
+    /// The same with the fraction done, for calls that must not throw; false
+    /// once the user has interrupted the program.
     bool reached(double part);
 
-    /// Takes the bar away, before anything else is printed.
+    /// Removes the bar, before anything else is printed.
     void hideBar();
 
     const std::string& name() const { return name_; }

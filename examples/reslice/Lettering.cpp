@@ -70,7 +70,7 @@ void stamp(Picture& picture, int x, int baseline, const FT_GlyphSlot glyph, Colo
                           colour, bitmap.buffer[row * bitmap.pitch + column] / 255.0);
 }
 
-/// Each letter as often as the rim is wide, in all directions.
+/// Draws each letter shifted in all directions, by up to the width of the rim.
 void set(Picture& picture, int x, int baseline, const std::string& text, const Style& style,
          int rim)
 {

@@ -15,11 +15,11 @@ struct Style {
     Anchor anchor = Anchor::LEFT;
 };
 
-/// `x` is where the anchor stands, `baseline` the row on which the letters stand. Text is UTF-8.
-/// Throws Failure if the font is not to be had.
+/// `x` is the column of the anchor, `baseline` the row of the baseline. The text is UTF-8. Throws
+/// Failure if the font cannot be loaded.
 void write(Picture& picture, int x, int baseline, const std::string& text, const Style& style);
 
-/// The same with a dark rim, to be read on any background.
+/// The same with a dark rim, readable on any background.
 void writeOver(Picture& picture, int x, int baseline, const std::string& text, const Style& style);
 
 /// The width of the text, in pixels.

@@ -11,7 +11,7 @@ namespace reslice {
 constexpr unsigned int kMontageColumns = 6;
 constexpr unsigned int kMontageRows = 3;
 
-/// One for each tile, and one to find the head by.
+/// One step for each tile, and one to find the head.
 constexpr unsigned int kMontageViews = kMontageColumns * kMontageRows + 1;
 
 /// Slices at equal distances from the feet up, each cropped to the head and drawn into its place.

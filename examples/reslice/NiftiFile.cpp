@@ -64,7 +64,7 @@ Axes axesOf(const mat44& toPatient)
     return axes.known ? axes : Axes{{0, 1, 2}, {false, false, false}, false};
 }
 
-/// A degenerate sform tells nothing, and then the qform counts.
+/// A degenerate sform says nothing; the qform then counts.
 Axes axesOf(const nifti_image& image)
 {
     Axes axes{{0, 1, 2}, {false, false, false}, false};

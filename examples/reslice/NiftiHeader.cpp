@@ -117,7 +117,7 @@ unsigned long long bytesNeeded(const nifti_1_header& header, const std::string& 
     return voxelBytes(header) + static_cast<unsigned long long>(offset);
 }
 
-/// Asks for one byte more: at the end of a compressed file its checksum is tested.
+/// Reads one byte more, because the checksum of a compressed file is tested at its end.
 void requireBytes(GzipFile& file, unsigned long long needed)
 {
     const unsigned long long present = kHeaderBytes + file.skip(needed - kHeaderBytes + 1);

@@ -1,4 +1,4 @@
-// What is made of whole volumes where volux_resample is not there: sample by sample, or not at all.
+// What is made of whole volumes without volux_resample: sample by sample, or nothing.
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-// Where the pictures go, and the line that tells of each.
+// Where the pictures go, and the line that reports each.
 #pragma once
 
 #include <string>
@@ -11,14 +11,14 @@ namespace reslice {
 
 class OutputFolder {
 public:
-    /// Makes the folder if it is not there; throws Failure if that cannot be done.
+    /// Creates the folder if it does not exist; throws Failure if it cannot.
     explicit OutputFolder(std::string path);
 
     /// Writes the picture under the job's name and prints its size, the time that it took since
     /// the job began, and what it shows.
     void write(Job& job, const Picture& picture, const std::string& shows) const;
 
-    /// The same for a picture that moves.
+    /// The same for a moving picture.
     void write(Job& job, Animation& animation, const std::string& shows) const;
 
 private:
@@ -28,7 +28,7 @@ private:
     std::string path_;
 };
 
-/// Prints a line on the standard output; throws Failure if that is full.
+/// Prints a line on the standard output; throws Failure if that fails.
 void say(const std::string& line);
 
 }  // namespace reslice

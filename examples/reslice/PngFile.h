@@ -8,7 +8,7 @@
 
 namespace reslice {
 
-/// The bytes of a PNG file; `path` is named where that fails. Throws Failure.
+/// The bytes of a PNG file. Throws Failure, which names `path`.
 std::vector<unsigned char> encodePng(const Picture& picture, const std::string& path);
 
 }  // namespace reslice

@@ -14,7 +14,7 @@ struct Tile {
     std::string caption;
 };
 
-/// False where letters and a scale would cover a tile, and are left out for it.
+/// False if letters and a scale would cover the tile; they are then left out.
 bool hasRoom(const Picture& picture);
 
 /// Puts the letters of the patient's directions (R, L, A, P, S, I) on the four edges.
@@ -23,7 +23,7 @@ void addDirections(Picture& picture, const Directions& directions);
 /// Puts a bar of a round length at the lower right.
 void addScale(Picture& picture, double pixelEdge);
 
-/// Both of them; the letters only where the volume tells how it lies.
+/// Both of them; the letters only if the volume says how it is oriented.
 void furnish(Picture& picture, const Volume& volume, const Directions& directions,
              double pixelEdge);
 

@@ -17,7 +17,7 @@ constexpr std::size_t kChecksum = 148, kChecksumBytes = 8;
 
 using Header = std::array<char, kBlock>;
 
-/// Octal digits between blanks; anything else gives a number that no archive holds.
+/// Reads octal digits between blanks; anything else gives a number that no archive contains.
 unsigned long long number(const Header& header, std::size_t start, std::size_t bytes)
 {
     unsigned long long value = 0;

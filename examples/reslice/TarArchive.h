@@ -7,7 +7,7 @@
 namespace reslice {
 
 /// Returns the contents of the files whose last name component is in `names`, in that order;
-/// a file that is not there is empty. Throws Failure for an archive that is damaged or cut off.
+/// a missing file is empty. Throws Failure for an archive that is damaged or cut off.
 std::vector<std::string> extractFromTar(const std::string& path,
                                         const std::vector<std::string>& names);
 

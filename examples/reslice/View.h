@@ -24,7 +24,7 @@ struct Plane {
     Point centre;
     Directions directions;
 
-    /// The position so far to the right of the centre, and so far below.
+    /// The position at these distances to the right of the centre and below it.
     Point at(double right, double down) const;
 
     /// The unit vector that leads away from the observer.
@@ -43,7 +43,7 @@ struct PixelGrid {
     double down(unsigned int row) const { return (row + 0.5 - height / 2.0) * edge; }
 };
 
-/// How to sample, and the intensity that the constant border stands for.
+/// How to sample, and the intensity that the constant border gives.
 struct Policies {
     core::Interpolator* interpolator;
     core::Border* border;

@@ -13,7 +13,7 @@
 namespace reslice {
 namespace {
 
-/// Sizes are tested when a file is read, so that storage is all that can be lacking.
+/// Sizes are tested when a file is read, so only a lack of memory can fail here.
 void requireSuccess(core::ErrorType code)
 {
     if (code != core::SUCCESS)

@@ -38,8 +38,8 @@ using AnyImage = std::variant<const core::VxImage<unsigned char>*, const core::V
                               const core::VxImage<unsigned int>*, const core::VxImage<float>*,
                               const core::VxImage<double>*>;
 
-/// Voxels keep the file's own type; every value that leaves this class is a displayed intensity,
-/// but for those of image().
+/// Voxels keep the type of the file. Every value that leaves this class is a displayed intensity,
+/// except those of image().
 class Volume {
 public:
     explicit Volume(Layout layout);
@@ -62,12 +62,12 @@ public:
     /// The intensity nearest to the given one that a voxel can hold.
     double storable(double intensity) const { return shown(stored(intensity)); }
 
-    /// The voxels as they are stored, for whoever reads all of them.
+    /// The voxels as they are stored, for code that reads all of them.
     virtual AnyImage image() const = 0;
     virtual double stored(double intensity) const = 0;
     double shown(double value) const { return layout_.slope * value + layout_.intercept; }
 
-    /// Copies the slice out by the plane functions, with the spacing of the plane.
+    /// Copies the slice with the plane functions, and the spacing of the plane.
     virtual void slice(Cut cut, unsigned int index, core::VxImage<double>* plane) const = 0;
 
     /// A selection of at most `count` intensities from all over the volume; finite ones only.
@@ -79,8 +79,8 @@ private:
     Layout layout_;
 };
 
-/// Takes voxels of type T that `voxels` keeps alive; wraps them where the file's axes are the
-/// patient's, and copies them into that order elsewhere.
+/// Takes voxels of type T that `voxels` keeps alive. Wraps them if the file's axes are the
+/// patient's; otherwise copies them into that order.
 template <class T>
 std::unique_ptr<Volume> makeVolume(const Layout& layout, std::shared_ptr<void> voxels);
 

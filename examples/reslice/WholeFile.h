@@ -1,4 +1,4 @@
-// Files that are either whole or not there.
+// Files that either are complete or do not exist.
 #pragma once
 
 #include <string>
@@ -6,7 +6,7 @@
 
 namespace reslice {
 
-/// The bytes go to a temporary neighbour, which takes the name at the end and is removed on any
+/// Writes the bytes to a temporary file beside it, which is renamed at the end and removed on any
 /// failure. Throws Failure.
 void writeWhole(const std::vector<unsigned char>& bytes, const std::string& path);
 

@@ -1,4 +1,4 @@
-// Reslices volumes of heads into pictures: what the library is for, on real data.
+// Reslices volumes of heads into pictures: the library at work on real data.
 
 #include <cstdio>
 #include <exception>

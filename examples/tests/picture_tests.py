@@ -11,7 +11,7 @@ from volumes import EXTENT, nifti, scene, voxels
 
 
 class Layout(Demo):
-    """What stands where in a picture."""
+    """What is where in a picture."""
 
     HEAD, TOP = 78, 104  # the first rows of the captions and of the tiles
 
@@ -50,10 +50,10 @@ class Layout(Demo):
 
 
 class Orientation(Demo):
-    """However a file stores its axes, the patient lies the same way in the pictures."""
+    """However a file stores its axes, the pictures show the patient the same way."""
 
     def stored(self, order, signs):
-        """The scene with its axes permuted and reversed, and the matrix that tells of it."""
+        """The scene with its axes permuted and reversed, and the matrix that says so."""
         extent = tuple(EXTENT[axis] for axis in order)
 
         def value(*at):
@@ -120,7 +120,7 @@ class Orientation(Demo):
 
 @unittest.skipUnless(BULK, 'without volux_resample')
 class Movement(Demo):
-    """Pictures that move."""
+    """Moving pictures."""
 
     def animation(self, name, *arguments):
         run = self.run_demo('--output', self.output, *arguments)
