@@ -147,7 +147,7 @@ private:
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     volux::fuzz::Input input(data, size);
-    volux::fuzz::withElementType(
+    volux::test::withElementType(
         input.below(7), [&](auto zero) { volux::fuzz::Program<decltype(zero)>(input).run(); });
     return 0;
 }

@@ -8,22 +8,15 @@
 #include <vector>
 
 #include "support/BitExact.h"
-#include "support/ElementTypes.h"
 #include "support/Random.h"
 #include "support/RandomScenes.h"
 #include "support/SamplingOracle.h"
+#include "support/TypedSuites.h"
 #include "support/WrappedVolume.h"
 
 namespace volux::test {
 namespace {
 
-using core::Border;
-using core::Interpolator;
-using core::InterpolationBorderType::CONSTANT;
-using core::InterpolationBorderType::REPLICATION;
-using core::InterpolationType::CUBIC;
-using core::InterpolationType::LINEAR;
-using core::InterpolationType::NEAREST_NEIGHBOR;
 using oracle::Position;
 
 constexpr std::size_t kThreads = 16;
@@ -110,7 +103,7 @@ protected:
     // Each position with all policies, in the compile-time and in the run-time spelling.
     std::vector<double> sampled() const
     {
-        const core::VxImage<T>& image = scene.image;
+        const VxImage<T>& image = scene.image;
         std::vector<double> values;
         for (const Position& p : positions) {
             values.push_back(image.getDoubleValueReal(p.x, p.y, p.z, 0, LINEAR, CONSTANT, T{7}));

@@ -7,7 +7,7 @@
 #include <type_traits>
 
 #include "BitExact.h"
-#include "volux/core/VxImage.h"
+#include "Names.h"
 
 namespace volux::test {
 
@@ -65,10 +65,10 @@ std::ostream& operator<<(std::ostream& out, const ImageFields<T>& f)
 }
 
 template <class T>
-ImageFields<T> fieldsOf(const core::VxImage<T>& image)
+ImageFields<T> fieldsOf(const VxImage<T>& image)
 {
-    static_assert(std::is_standard_layout_v<core::VxImage<T>>);
-    static_assert(sizeof(ImageFields<T>) == sizeof(core::VxImage<T>));
+    static_assert(std::is_standard_layout_v<VxImage<T>>);
+    static_assert(sizeof(ImageFields<T>) == sizeof(VxImage<T>));
     ImageFields<T> fields;
     std::memcpy(static_cast<void*>(&fields), &image, sizeof fields);
     return fields;
@@ -76,7 +76,7 @@ ImageFields<T> fieldsOf(const core::VxImage<T>& image)
 
 /// Puts an image into a state that its public interface does not reach.
 template <class T>
-void overwriteFields(core::VxImage<T>& image, const ImageFields<T>& fields)
+void overwriteFields(VxImage<T>& image, const ImageFields<T>& fields)
 {
     std::memcpy(static_cast<void*>(&image), &fields, sizeof fields);
 }

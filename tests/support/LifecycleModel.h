@@ -12,7 +12,7 @@
 #include "ImageAccess.h"
 #include "ImageFields.h"
 #include "ImageStates.h"
-#include "volux/core/VxImage.h"
+#include "Names.h"
 
 namespace volux::test {
 
@@ -27,14 +27,14 @@ struct ModelHeap {
 /// What a call does besides changing the image: a code or the text that is thrown, the request to
 /// the heap (no call makes two) and the block given back.
 struct Effect {
-    core::ErrorType code = core::SUCCESS;
+    ErrorType code = SUCCESS;
     const char* thrown = nullptr;
     bool requests = false;
     std::uint64_t requestedBytes = 0;
     bool frees = false;
 };
 
-inline Effect returning(core::ErrorType code)
+inline Effect returning(ErrorType code)
 {
     Effect effect;
     effect.code = code;
@@ -51,7 +51,7 @@ inline Effect throwing(const char* text)
 __extension__ typedef unsigned __int128 WideNumber;
 
 /// Extents from 1 to 2^31 - 1 whose byte count fits 64 bits.
-inline bool validSize(const core::ImageSize& size, std::size_t elementBytes)
+inline bool validSize(const ImageSize& size, std::size_t elementBytes)
 {
     constexpr WideNumber kMost = ~std::uint64_t{0};
     WideNumber bytes = elementBytes;
@@ -83,7 +83,7 @@ public:
                sizeof(T);
     }
 
-    Effect initialize(const core::ImageSize& size, const ModelHeap& heap)
+    Effect initialize(const ImageSize& size, const ModelHeap& heap)
     {
         return reserved() ? throwing(kInitializeTwice) : setImageSize(size, heap);
     }
@@ -93,14 +93,14 @@ public:
         return reserved() ? throwing(kCopyIntoReserved) : copyFrom(other, copyData, heap);
     }
 
-    Effect initializeWithPointer(T* data, const Values& block, const core::ImageSize& size)
+    Effect initializeWithPointer(T* data, const Values& block, const ImageSize& size)
     {
         if (reserved())
             return throwing(kWrapIntoReserved);
         if (data == nullptr)
-            return returning(core::ERR_NULL_POINTER);
+            return returning(ERR_NULL_POINTER);
         if (!validSize(size, sizeof(T)))
-            return returning(core::ERR_INVALID_ARGUMENT);
+            return returning(ERR_INVALID_ARGUMENT);
         fields_.setInterleaved(size.width, size.height, size.depth, size.channels);
         fields_.buffer = data;
         fields_.memoryMode = 1;
@@ -108,12 +108,12 @@ public:
         return {};
     }
 
-    Effect setImageSize(const core::ImageSize& size, const ModelHeap& heap)
+    Effect setImageSize(const ImageSize& size, const ModelHeap& heap)
     {
         if (wraps())
             return throwing(kResizeWrapping);
         if (!validSize(size, sizeof(T)))
-            return returning(core::ERR_INVALID_ARGUMENT);
+            return returning(ERR_INVALID_ARGUMENT);
         fields_.setInterleaved(size.width, size.height, size.depth, size.channels);
         if (fields_.bufferBytes >= sizeBytes())
             return {};
@@ -130,7 +130,7 @@ public:
     Effect setImageData(const T* data, std::uint64_t bytes)
     {
         if (bytes != sizeBytes())
-            return returning(core::ERR_INVALID_ARGUMENT);
+            return returning(ERR_INVALID_ARGUMENT);
         if (bytes != 0)
             std::copy_n(data, bytes / sizeof(T), values_->begin());
         return {};
@@ -147,7 +147,7 @@ public:
     Effect setVoxelSize(double x, double y, double z)
     {
         if (x <= 0.0 || y <= 0.0 || z <= 0.0)
-            return returning(core::ERR_INVALID_ARGUMENT);
+            return returning(ERR_INVALID_ARGUMENT);
         fields_.voxelSizeX = x;
         fields_.voxelSizeY = y;
         fields_.voxelSizeZ = z;
@@ -181,7 +181,7 @@ public:
 private:
     static Effect silent(Effect effect)
     {
-        effect.code = core::SUCCESS;
+        effect.code = SUCCESS;
         return effect;
     }
 
@@ -197,12 +197,12 @@ private:
     Effect allocate(bool frees, const ModelHeap& heap)
     {
         const std::uint64_t bytes = sizeBytes();
-        Effect effect{core::SUCCESS, nullptr, true, bytes, frees};
+        Effect effect{SUCCESS, nullptr, true, bytes, frees};
         if (heap.gives(bytes)) {
             values_ = std::make_shared<std::vector<T>>(bytes / sizeof(T));
             fields_.bufferBytes = bytes;
         } else {
-            effect.code = core::ERR_ALLOCATION_FAILED;
+            effect.code = ERR_ALLOCATION_FAILED;
         }
         return effect;
     }
@@ -228,7 +228,7 @@ private:
 
 /// The model's fields with the address at which an owned block happens to lie.
 template <class T>
-ImageFields<T> expectedFields(const core::VxImage<T>& image, const ModelImage<T>& model)
+ImageFields<T> expectedFields(const VxImage<T>& image, const ModelImage<T>& model)
 {
     ImageFields<T> expected = model.fields();
     if (model.reserved() && !model.wraps())
@@ -237,7 +237,7 @@ ImageFields<T> expectedFields(const core::VxImage<T>& image, const ModelImage<T>
 }
 
 template <class T>
-bool agrees(const core::VxImage<T>& image, const ModelImage<T>& model)
+bool agrees(const VxImage<T>& image, const ModelImage<T>& model)
 {
     const T* const elements = image.getBufferPointer();
     if (model.reserved() != (elements != nullptr))

@@ -8,19 +8,13 @@
 #include <typeinfo>
 
 #include "support/BitExact.h"
-#include "support/ElementTypes.h"
 #include "support/OwnPolicies.h"
 #include "support/ThrowSite.h"
+#include "support/TypedSuites.h"
 #include "support/WrappedVolume.h"
 
 namespace volux::test {
 namespace {
-
-using core::Border;
-using core::Constant;
-using core::Replication;
-using core::VxImage;
-using oracle::Volume;
 
 const char* const kMisuse = "invalid use of Border*, ..\\..\\src\\core\\InterpolationType:31";
 
@@ -102,12 +96,7 @@ TYPED_TEST(BorderPolicies, ReplicationClampsZToTheEdge)
 
 TYPED_TEST(BorderPolicies, ReplicationReadsThroughTheStrides)
 {
-    Volume<TypeParam> planar = countingVolume<TypeParam>({3, 2, 2}, 2);
-    planar.strideX = 1;
-    planar.strideY = 3;
-    planar.strideZ = 6;
-    planar.strideC = 12;
-    WrappedVolume<TypeParam> scene(planar);
+    WrappedVolume<TypeParam> scene(countingVolume<TypeParam>(planar(3, 2, 2, 2)));
     EXPECT_EQ(replicated(scene.image, 9, -1, 5, 1), TypeParam(12 + 6 + 2 + 1));
 }
 
@@ -176,8 +165,8 @@ TYPED_TEST(BorderPolicies, ABorderWithoutATableOfItsOwnThrowsAtTheFirstOutsideRe
     WrappedVolume<TypeParam> scene(rowVolume<TypeParam>({1, 2, 3}));
     BareBorder border;
     const auto sampleAt = [&](double x) {
-        return core::NearestNeighbor().template operator()<TypeParam, Border*>(
-            scene.image, x, 0.0, 0.0, 0U, &border, TypeParam{0});
+        return NearestNeighbor().template operator()<TypeParam, Border*>(scene.image, x, 0.0, 0.0,
+                                                                         0U, &border, TypeParam{0});
     };
     EXPECT_EQ(sampleAt(1.0), TypeParam{2});
     EXPECT_TRUE(throwsAndPrintsTwice([&] { sampleAt(3.0); }, kMisuse));
@@ -218,8 +207,8 @@ TEST(BorderPolicy, AssignmentGivesTheLeftHandObject)
     Constant constant;
     Replication replication;
     BareBorder border;
-    EXPECT_EQ(&(constant = core::InterpolationBorderType::CONSTANT), &constant);
-    EXPECT_EQ(&(replication = core::InterpolationBorderType::REPLICATION), &replication);
+    EXPECT_EQ(&(constant = CONSTANT), &constant);
+    EXPECT_EQ(&(replication = REPLICATION), &replication);
     EXPECT_EQ(&(static_cast<Border&>(border) = constant), &border);
 }
 

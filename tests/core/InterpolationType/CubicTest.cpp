@@ -10,17 +10,13 @@
 #include <stdexcept>
 
 #include "support/BitExact.h"
-#include "support/ElementTypes.h"
 #include "support/OwnPolicies.h"
+#include "support/TypedSuites.h"
 #include "support/WrappedVolume.h"
 
 namespace volux::test {
 namespace {
 
-using core::Border;
-using core::Constant;
-using core::Cubic;
-using core::Replication;
 using oracle::Position;
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
@@ -299,7 +295,7 @@ TEST(CubicKernel, AnExceptionOfTheBorderPassesEvenForWeightZero)
 
 TEST(CubicKernel, InAnEmptyImageEveryNeighbourIsOutside)
 {
-    core::VxImage<short> empty;
+    VxImage<short> empty;
     EXPECT_EQ((Cubic().operator()<short, Constant>(empty, 0.25, 0, 0, 0U, Constant(), 5)), 5.0);
 }
 

@@ -8,27 +8,14 @@
 #include <typeinfo>
 
 #include "support/BitExact.h"
-#include "support/ElementTypes.h"
 #include "support/OwnPolicies.h"
 #include "support/ThrowSite.h"
+#include "support/TypedSuites.h"
 #include "support/WrappedVolume.h"
 
 namespace volux::test {
 namespace {
 
-using core::Border;
-using core::Constant;
-using core::Cubic;
-using core::Interpolator;
-using core::Linear;
-using core::NearestNeighbor;
-using core::Replication;
-using core::VxImage;
-using core::InterpolationBorderType::CONSTANT;
-using core::InterpolationBorderType::REPLICATION;
-using core::InterpolationType::CUBIC;
-using core::InterpolationType::LINEAR;
-using core::InterpolationType::NEAREST_NEIGHBOR;
 using oracle::Position;
 
 const char* const kMisuseByValue =

@@ -9,17 +9,13 @@
 #include <stdexcept>
 
 #include "support/BitExact.h"
-#include "support/ElementTypes.h"
 #include "support/OwnPolicies.h"
+#include "support/TypedSuites.h"
 #include "support/WrappedVolume.h"
 
 namespace volux::test {
 namespace {
 
-using core::Border;
-using core::Constant;
-using core::Linear;
-using core::Replication;
 using oracle::Position;
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();

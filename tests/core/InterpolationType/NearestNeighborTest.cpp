@@ -8,17 +8,13 @@
 #include <limits>
 
 #include "support/BitExact.h"
-#include "support/ElementTypes.h"
 #include "support/OwnPolicies.h"
+#include "support/TypedSuites.h"
 #include "support/WrappedVolume.h"
 
 namespace volux::test {
 namespace {
 
-using core::Border;
-using core::Constant;
-using core::NearestNeighbor;
-using core::Replication;
 using oracle::Position;
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
@@ -176,12 +172,7 @@ TYPED_TEST(NearestNeighborTypes, GiveTheElementUnchanged)
 
 TYPED_TEST(NearestNeighborTypes, ReadTheChannelAskedForThroughTheStrides)
 {
-    auto planar = countingVolume<TypeParam>({3, 2, 2}, 2);
-    planar.strideX = 1;
-    planar.strideY = 3;
-    planar.strideZ = 6;
-    planar.strideC = 12;
-    WrappedVolume<TypeParam> scene(planar);
+    WrappedVolume<TypeParam> scene(countingVolume<TypeParam>(planar(3, 2, 2, 2)));
     EXPECT_EQ(nearest(scene, {2, 1, 0}, Constant(), TypeParam{0}, 1), TypeParam(12 + 3 + 2 + 1));
     EXPECT_EQ(nearest(scene, {9, 1, 0}, Replication(), TypeParam{0}, 1), TypeParam(12 + 3 + 2 + 1));
 }
@@ -217,7 +208,7 @@ TEST(NearestNeighborKernel, AsksNoBorderInside)
 
 TEST(NearestNeighborKernel, InAnEmptyImageEveryPositionIsOutside)
 {
-    core::VxImage<short> empty;
+    VxImage<short> empty;
     RecordingBorder border;
     NearestNeighbor kernel;
     EXPECT_EQ((kernel.operator()<short, Constant>(empty, 0, 0, 0, 0U, Constant(), 5)), 5);

@@ -24,12 +24,10 @@ struct Scene {
     explicit Scene(Random& random)
         : wrapped(plainVolume(random)),
           outside(randomVoxel(random)),
-          outsider(wrapped.volume.block.data(), size(wrapped.volume.extents.width),
-                   size(wrapped.volume.extents.height), size(wrapped.volume.extents.depth))
+          outsider(wrapped.volume.block.data(), wrapped.volume.extents.width,
+                   wrapped.volume.extents.height, wrapped.volume.extents.depth)
     {
     }
-
-    static unsigned int size(std::int64_t extent) { return static_cast<unsigned int>(extent); }
 
     WrappedVolume<double> wrapped;
     double outside;
@@ -54,14 +52,14 @@ float ofAnyFraction(double coordinate)
     return static_cast<float>(coordinate);
 }
 
-bool anywhere(float, std::int64_t)
+bool anywhere(float, unsigned int)
 {
     return true;
 }
 
 // CImg moves the position to the edge where the library moves each neighbour. For a cubic that is
 // the same unless the position is within one voxel outside.
-bool notJustOutside(float coordinate, std::int64_t extent)
+bool notJustOutside(float coordinate, unsigned int extent)
 {
     const float last = static_cast<float>(extent - 1);
     return coordinate <= -1.0F || (coordinate >= 0.0F && coordinate <= last) ||
@@ -72,7 +70,7 @@ struct Method {
     const char* name;
     double (*module)(const core::VxImage<double>&, const Position&, double outside);
     double (*outsider)(const Outsider&, const FloatPosition&, double outside);
-    bool (*comparable)(float coordinate, std::int64_t extent);
+    bool (*comparable)(float coordinate, unsigned int extent);
     double toleranceEightBits;
     double toleranceAnyFraction;
 };
@@ -100,7 +98,7 @@ const Method kMethods[] = {
      notJustOutside, 0x1p-41, 0x1p-18},
 };
 
-bool isComparable(const Method& method, const FloatPosition& p, const oracle::Extents& extents)
+bool isComparable(const Method& method, const FloatPosition& p, const Extents& extents)
 {
     return method.comparable(p.x, extents.width) && method.comparable(p.y, extents.height) &&
            method.comparable(p.z, extents.depth);
@@ -122,7 +120,7 @@ void compare(const Method& method, float (*rounded)(double), unsigned int positi
     double largest = 0.0;
     while (compared < positions) {
         const Scene scene(random);
-        const oracle::Extents& extents = scene.wrapped.volume.extents;
+        const Extents& extents = scene.wrapped.volume.extents;
         for (unsigned int n = 0; n < kPositionsPerScene; ++n) {
             const Position near = nearPosition(random, extents);
             const FloatPosition p{rounded(near.x), rounded(near.y), rounded(near.z)};

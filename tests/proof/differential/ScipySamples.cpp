@@ -37,7 +37,7 @@ void writeSamples(const core::VxImage<double>& image,
 void writeVolume(Random& random)
 {
     const WrappedVolume<double> scene(plainVolume(random));
-    const oracle::Extents& e = scene.volume.extents;
+    const Extents& e = scene.volume.extents;
     const double outside = randomVoxel(random);
     write({static_cast<double>(e.width), static_cast<double>(e.height),
            static_cast<double>(e.depth), kPositionsPerVolume, outside});
