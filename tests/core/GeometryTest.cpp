@@ -14,7 +14,6 @@ namespace volux::test {
 namespace {
 
 constexpr unsigned int kMax = std::numeric_limits<unsigned int>::max();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 void expectFields(const ImageSize& size, unsigned int w, unsigned int h, unsigned int d,
                   unsigned int c)

@@ -81,4 +81,17 @@ void overwriteFields(VxImage<T>& image, const ImageFields<T>& fields)
     std::memcpy(static_cast<void*>(&image), &fields, sizeof fields);
 }
 
+/// Gives an image other extents; the strides and the block stay.
+template <class T>
+void overwriteExtents(VxImage<T>& image, unsigned int w, unsigned int h, unsigned int d,
+                      unsigned int c)
+{
+    ImageFields<T> fields = fieldsOf(image);
+    fields.width = w;
+    fields.height = h;
+    fields.depth = d;
+    fields.channels = c;
+    overwriteFields(image, fields);
+}
+
 }  // namespace volux::test

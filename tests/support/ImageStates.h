@@ -63,14 +63,4 @@ void failToInitialize(VxImage<T>& image)
     ASSERT_EQ(image.initialize(kHugeWidth, kHugeHeight, 1, 1), ERR_ALLOCATION_FAILED);
 }
 
-inline constexpr const char* kInitializeTwice =
-    R"(Can not initialize twice before terminate., ..\..\src\core\VxImage:78)";
-inline constexpr const char* kCopyIntoReserved =
-    R"(Can not initialize twice before terminate., ..\..\src\core\VxImage:95)";
-inline constexpr const char* kWrapIntoReserved =
-    R"(Can not initializeWithPointer by reserved VxImage, ..\..\src\core\VxImage:114)";
-inline constexpr const char* kResizeWrapping =
-    "Can not resize VxImage that uses external memory.Use initalize with pointer insted., "
-    R"(..\..\src\core\VxImage:411)";
-
 }  // namespace volux::test

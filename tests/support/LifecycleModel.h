@@ -13,6 +13,7 @@
 #include "ImageFields.h"
 #include "ImageStates.h"
 #include "Names.h"
+#include "ThrowTexts.h"
 
 namespace volux::test {
 

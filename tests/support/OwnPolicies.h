@@ -16,6 +16,27 @@ namespace volux::test {
 using BorderTable = Border::border_t<Border, Border::Empty>;
 using InterpolatorTable = Interpolator::interpolator_t<Interpolator, Interpolator::Empty>;
 
+// Opens the protected get() of a policy.
+template <class Policy>
+struct Open : Policy {
+    using Policy::get;
+};
+
+// Whether deleting a policy through its base destroys it.
+template <class Policy, class Base>
+bool isDestroyedThrough()
+{
+    struct Witness : Policy {
+        explicit Witness(int& count) : count_(count) {}
+        ~Witness() override { ++count_; }
+        int& count_;
+    };
+    int destroyed = 0;
+    const Base* const policy = new Witness(destroyed);
+    delete policy;
+    return destroyed == 1;
+}
+
 // Policies that have no table of their own.
 struct BareBorder : Border {
     BorderTable& get() override

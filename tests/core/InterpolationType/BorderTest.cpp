@@ -10,19 +10,12 @@
 #include "support/BitExact.h"
 #include "support/OwnPolicies.h"
 #include "support/ThrowSite.h"
+#include "support/ThrowTexts.h"
 #include "support/TypedSuites.h"
 #include "support/WrappedVolume.h"
 
 namespace volux::test {
 namespace {
-
-const char* const kMisuse = "invalid use of Border*, ..\\..\\src\\core\\InterpolationType:31";
-
-// Opens the protected get() of a policy.
-template <class Policy>
-struct Open : Policy {
-    using Policy::get;
-};
 
 template <class T>
 class BorderPolicies : public ::testing::Test {
@@ -157,7 +150,7 @@ TYPED_TEST(BorderPolicies, TheBaseTableThrows)
     BareBorder border;
     BorderTable table;
     EXPECT_TRUE(throwsAndPrintsTwice(
-        [&] { table.fetch(border, image, 0, 0, 0, 0U, TypeParam{0}, 0U, 0U, 0U); }, kMisuse));
+        [&] { table.fetch(border, image, 0, 0, 0, 0U, TypeParam{0}, 0U, 0U, 0U); }, kBorderMisuse));
 }
 
 TYPED_TEST(BorderPolicies, ABorderWithoutATableOfItsOwnThrowsAtTheFirstOutsideRead)
@@ -169,7 +162,7 @@ TYPED_TEST(BorderPolicies, ABorderWithoutATableOfItsOwnThrowsAtTheFirstOutsideRe
                                                                          0U, &border, TypeParam{0});
     };
     EXPECT_EQ(sampleAt(1.0), TypeParam{2});
-    EXPECT_TRUE(throwsAndPrintsTwice([&] { sampleAt(3.0); }, kMisuse));
+    EXPECT_TRUE(throwsAndPrintsTwice([&] { sampleAt(3.0); }, kBorderMisuse));
 }
 
 TEST(BorderPolicy, ConstantKeepsTheSignOfZeroAndNaN)
@@ -222,15 +215,7 @@ TEST(BorderPolicy, ACopyWorksLikeItsSource)
 
 TEST(BorderPolicy, APolicyIsDestroyedThroughItsBase)
 {
-    struct Witness : Replication {
-        explicit Witness(int& count) : count_(count) {}
-        ~Witness() override { ++count_; }
-        int& count_;
-    };
-    int destroyed = 0;
-    Border* border = new Witness(destroyed);
-    delete border;
-    EXPECT_EQ(destroyed, 1);
+    EXPECT_TRUE((isDestroyedThrough<Replication, Border>()));
 }
 
 }  // namespace

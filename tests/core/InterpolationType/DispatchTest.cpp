@@ -10,6 +10,7 @@
 #include "support/BitExact.h"
 #include "support/OwnPolicies.h"
 #include "support/ThrowSite.h"
+#include "support/ThrowTexts.h"
 #include "support/TypedSuites.h"
 #include "support/WrappedVolume.h"
 
@@ -17,18 +18,6 @@ namespace volux::test {
 namespace {
 
 using oracle::Position;
-
-const char* const kMisuseByValue =
-    "invalid use of Interpolator*, ..\\..\\src\\core\\InterpolationType:59";
-const char* const kMisuseByPointer =
-    "invalid use of Interpolator*, ..\\..\\src\\core\\InterpolationType:45";
-const char* const kBorderMisuse = "invalid use of Border*, ..\\..\\src\\core\\InterpolationType:31";
-
-// Opens the protected get() of a policy.
-template <class Policy>
-struct Open : Policy {
-    using Policy::get;
-};
 
 template <class Policy>
 class InterpolatorTables : public ::testing::Test {
@@ -71,15 +60,7 @@ TYPED_TEST(InterpolatorTables, HandBackTheLeftHandObjectFromAnAssignment)
 
 TYPED_TEST(InterpolatorTables, AreDestroyedWithTheirPolicyThroughItsBase)
 {
-    struct Witness : TypeParam {
-        explicit Witness(int& count) : count_(count) {}
-        ~Witness() override { ++count_; }
-        int& count_;
-    };
-    int destroyed = 0;
-    Interpolator* policy = new Witness(destroyed);
-    delete policy;
-    EXPECT_EQ(destroyed, 1);
+    EXPECT_TRUE((isDestroyedThrough<TypeParam, Interpolator>()));
 }
 
 // Inside, at an edge, at a tie, and outside on every axis.

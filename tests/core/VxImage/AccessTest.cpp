@@ -32,17 +32,6 @@ protected:
                          static_cast<unsigned int>(z), static_cast<unsigned int>(c));
     }
 
-    /// The image's fields, but with other extents.
-    void setExtents(unsigned int w, unsigned int h, unsigned int d, unsigned int c)
-    {
-        ImageFields<T> fields = fieldsOf(image);
-        fields.width = w;
-        fields.height = h;
-        fields.depth = d;
-        fields.channels = c;
-        overwriteFields(image, fields);
-    }
-
     bool isInside(unsigned int x, unsigned int y, unsigned int z) const
     {
         return callPrivate<member::IsInside>(image, x, y, z);
@@ -176,7 +165,7 @@ TYPED_TEST(Access, AnEmptyImageHasNoVoxel)
 
 TYPED_TEST(Access, WithoutChannelsOnlyTheFormsWithAChannelFail)
 {
-    this->setExtents(4, 3, 2, 0);
+    overwriteExtents(this->image, 4, 3, 2, 0);
     EXPECT_TRUE(bitEqual(this->image.getValueVoxel(1, 2), this->stored(1, 2, 0, 0)));
     EXPECT_TRUE(bitEqual(this->image.getValueVoxel(1, 2, 1), this->stored(1, 2, 1, 0)));
     EXPECT_TRUE(bitEqual(this->image.getValueVoxel(1, 2, 1, 0), TypeParam{}));
@@ -188,7 +177,7 @@ TYPED_TEST(Access, WithoutChannelsOnlyTheFormsWithAChannelFail)
 
 TYPED_TEST(Access, WithoutDepthTwoCoordinatesReadZero)
 {
-    this->setExtents(4, 3, 0, 2);
+    overwriteExtents(this->image, 4, 3, 0, 2);
     EXPECT_TRUE(bitEqual(this->image.getValueVoxel(1, 2), TypeParam{}));
     EXPECT_TRUE(bitEqual(this->image.getValueVoxel(1, 2, 0), TypeParam{}));
 }
@@ -206,7 +195,7 @@ TYPED_TEST(Access, ThreeCoordinatesAreInsideWhateverTheChannels)
 
 TYPED_TEST(Access, TheLargestExtentsAreTestedToTheirLastIndex)
 {
-    this->setExtents(INT_MAX, INT_MAX, INT_MAX, INT_MAX);
+    overwriteExtents(this->image, INT_MAX, INT_MAX, INT_MAX, INT_MAX);
     constexpr int kLast = INT_MAX - 1;
     EXPECT_TRUE(this->image.hasVoxel(kLast, kLast, kLast, kLast));
     EXPECT_FALSE(this->image.hasVoxel(INT_MAX, 0, 0, 0));
@@ -218,7 +207,7 @@ TYPED_TEST(Access, TheLargestExtentsAreTestedToTheirLastIndex)
 
 TYPED_TEST(Access, HasVoxelComparesSignedAndIsInsideUnsigned)
 {
-    this->setExtents(2147483648U, 4294967295U, 4294967295U, 4294967295U);
+    overwriteExtents(this->image, 2147483648U, 4294967295U, 4294967295U, 4294967295U);
     EXPECT_FALSE(this->image.hasVoxel(0, 0, 0, 0));
     EXPECT_TRUE(this->isInside(0, 0, 0, 0));
     EXPECT_TRUE(this->isInside(2147483647U, 2147483648U, 4294967294U));
@@ -228,13 +217,13 @@ TYPED_TEST(Access, HasVoxelComparesSignedAndIsInsideUnsigned)
 TYPED_TEST(Access, HasVoxelComparesEachExtentAsASignedNumber)
 {
     constexpr unsigned int kNegative = 2147483648U;
-    this->setExtents(kNegative, 3, 2, 2);
+    overwriteExtents(this->image, kNegative, 3, 2, 2);
     EXPECT_FALSE(this->image.hasVoxel(0, 0, 0, 0));
-    this->setExtents(4, kNegative, 2, 2);
+    overwriteExtents(this->image, 4, kNegative, 2, 2);
     EXPECT_FALSE(this->image.hasVoxel(0, 0, 0, 0));
-    this->setExtents(4, 3, kNegative, 2);
+    overwriteExtents(this->image, 4, 3, kNegative, 2);
     EXPECT_FALSE(this->image.hasVoxel(0, 0, 0, 0));
-    this->setExtents(4, 3, 2, kNegative);
+    overwriteExtents(this->image, 4, 3, 2, kNegative);
     EXPECT_FALSE(this->image.hasVoxel(0, 0, 0, 0));
 }
 
@@ -244,7 +233,7 @@ TYPED_TEST(Access, HasVoxelAgreesWithIsInsideOnTheSameBits)
     const auto coordinate = [&] {
         return static_cast<int>(static_cast<unsigned int>(random.bits() >> random.below(64)));
     };
-    this->setExtents(100, 70000, 3, INT_MAX);
+    overwriteExtents(this->image, 100, 70000, 3, INT_MAX);
     for (int i = 0; i < 20000; ++i) {
         const Position p{coordinate(), coordinate(), coordinate() % 4, coordinate()};
         ASSERT_EQ(this->image.hasVoxel(p.x, p.y, p.z, p.c),

@@ -14,9 +14,6 @@
 namespace volux::test {
 namespace {
 
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-
 // What becomes of a kernel's result in the forms that truncate and in those that round.
 template <class T>
 struct Conversion {

@@ -10,13 +10,13 @@
 #include "support/ImageFields.h"
 #include "support/ImageStates.h"
 #include "support/ThrowSite.h"
+#include "support/ThrowTexts.h"
 #include "support/TypedSuites.h"
 
 namespace volux::test {
 namespace {
 
 constexpr unsigned int kMax = std::numeric_limits<unsigned int>::max();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 /// Crops from a volume of 4 x 4 x 4 voxels.
 template <class T>

@@ -26,17 +26,6 @@ protected:
         wrap(sourceVolume, &source);
     }
 
-    void setExtents(VxImage<T>& image, unsigned int w, unsigned int h, unsigned int d,
-                    unsigned int c)
-    {
-        ImageFields<T> fields = fieldsOf(image);
-        fields.width = w;
-        fields.height = h;
-        fields.depth = d;
-        fields.channels = c;
-        overwriteFields(image, fields);
-    }
-
     Volume<T> targetVolume = someVolume<T>(padded(5, 4, 3, 2), 1);
     Volume<T> sourceVolume = someVolume<T>(planar(3, 2, 2, 2), 2);
     const Volume<T> targetBefore = targetVolume;
@@ -137,22 +126,22 @@ TYPED_TEST(Draw, WithAnEmptyImageFailsByTheChannelsThenByThePosition)
 
 TYPED_TEST(Draw, WithoutChannelsIsRefused)
 {
-    this->setExtents(this->target, 5, 4, 3, 0);
-    this->setExtents(this->source, 3, 2, 2, 0);
+    overwriteExtents(this->target, 5, 4, 3, 0);
+    overwriteExtents(this->source, 3, 2, 2, 0);
     EXPECT_EQ(this->target.draw(this->source, 0, 0, 0), ERR_INVALID_ARGUMENT);
     EXPECT_TRUE(sameBlock(this->targetVolume, this->targetBefore));
 }
 
 TYPED_TEST(Draw, ExtentsAreComparedWithThePositionAsSignedNumbers)
 {
-    this->setExtents(this->target, 2147483648U, 4, 3, 2);
+    overwriteExtents(this->target, 2147483648U, 4, 3, 2);
     EXPECT_EQ(this->target.draw(this->source, 0, 0, 0), ERR_INVALID_ARGUMENT);
     EXPECT_TRUE(sameBlock(this->targetVolume, this->targetBefore));
 }
 
 TYPED_TEST(Draw, OfASourceWithoutDepthWritesNothing)
 {
-    this->setExtents(this->source, 3, 2, 0, 2);
+    overwriteExtents(this->source, 3, 2, 0, 2);
     EXPECT_EQ(this->target.draw(this->source, 1, 1, 1), SUCCESS);
     EXPECT_EQ(this->target.draw(this->source, 1, 1, 2), SUCCESS);
     EXPECT_TRUE(sameBlock(this->targetVolume, this->targetBefore));
@@ -160,9 +149,9 @@ TYPED_TEST(Draw, OfASourceWithoutDepthWritesNothing)
 
 TYPED_TEST(Draw, OfASourceWithoutWidthOrHeightWritesNothing)
 {
-    this->setExtents(this->source, 0, 2, 2, 2);
+    overwriteExtents(this->source, 0, 2, 2, 2);
     EXPECT_EQ(this->target.draw(this->source, 1, 1, 1), SUCCESS);
-    this->setExtents(this->source, 3, 0, 2, 2);
+    overwriteExtents(this->source, 3, 0, 2, 2);
     EXPECT_EQ(this->target.draw(this->source, 1, 1, 1), SUCCESS);
     EXPECT_TRUE(sameBlock(this->targetVolume, this->targetBefore));
 }
@@ -174,7 +163,7 @@ TYPED_TEST(Draw, OfASourceWithoutDepthAtTheOriginReadsThroughItsStrides)
     Volume<TypeParam> large = someVolume<TypeParam>(padded(5, 4, 3, 2), 4);
     VxImage<TypeParam> from;
     wrap(large, &from);
-    this->setExtents(from, 5, 4, 0, 2);
+    overwriteExtents(from, 5, 4, 0, 2);
     Volume<TypeParam> expected = this->targetBefore;
     naiveDraw(expected, large, 0, 0, 0);
     EXPECT_EQ(this->target.draw(from, 0, 0, 0), SUCCESS);
@@ -183,7 +172,7 @@ TYPED_TEST(Draw, OfASourceWithoutDepthAtTheOriginReadsThroughItsStrides)
 
 TYPED_TEST(Draw, OfASourceSoLargeThatTheEndWrapsWritesNothing)
 {
-    this->setExtents(this->source, kMax, kMax, kMax, 2);
+    overwriteExtents(this->source, kMax, kMax, kMax, 2);
     EXPECT_EQ(this->target.draw(this->source, 2, 2, 2), SUCCESS);
     EXPECT_TRUE(sameBlock(this->targetVolume, this->targetBefore));
 }

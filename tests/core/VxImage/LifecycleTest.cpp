@@ -12,6 +12,7 @@
 #include "support/ImageFields.h"
 #include "support/ImageStates.h"
 #include "support/ThrowSite.h"
+#include "support/ThrowTexts.h"
 #include "support/TypedSuites.h"
 
 namespace volux::test {

@@ -11,6 +11,7 @@
 #include "support/ImageStates.h"
 #include "support/PlaneFunctions.h"
 #include "support/ThrowSite.h"
+#include "support/ThrowTexts.h"
 #include "support/TypedSuites.h"
 
 namespace volux::test {

@@ -14,9 +14,6 @@
 namespace volux::test {
 namespace {
 
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-
 template <class T>
 class Sampling : public ::testing::Test {
 protected:
