@@ -1,9 +1,9 @@
 # The bulk companion of the module: whole volumes at once, with SIMD and threads. It is built where
-# Google Highway and oneTBB are found, and installed as a component of its own.
+# Google Highway and threads are found, and installed as a component of its own.
 find_package(hwy QUIET)
-find_package(TBB QUIET COMPONENTS tbb)
-if(NOT TARGET hwy::hwy OR NOT TARGET TBB::tbb)
-    message(STATUS "Highway or oneTBB is not there: volux_resample is left out")
+find_package(Threads QUIET)
+if(NOT TARGET hwy::hwy OR NOT TARGET Threads::Threads)
+    message(STATUS "Highway is not there, or no threads: volux_resample is left out")
     return()
 endif()
 
@@ -13,6 +13,7 @@ add_library(volux_resample SHARED
     src/resample/Grid.cpp
     src/resample/Lines.cpp
     src/resample/ObliqueRows.cpp
+    src/resample/Processors.cpp
     src/resample/Resample.cpp
     src/resample/Sample.cpp
     src/resample/Samples.cpp
@@ -23,7 +24,7 @@ add_library(volux_resample SHARED
 )
 add_library(volux::resample ALIAS volux_resample)
 target_compile_features(volux_resample PUBLIC cxx_std_17)
-target_link_libraries(volux_resample PUBLIC volux::core PRIVATE hwy::hwy TBB::tbb)
+target_link_libraries(volux_resample PUBLIC volux::core PRIVATE hwy::hwy Threads::Threads)
 # The file that is compiled for each instruction set includes itself by this way.
 target_include_directories(volux_resample PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/src)
 # A vector whose length is unknown to the compiler is no member and no element of an array. PUBLIC, as

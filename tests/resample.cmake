@@ -1,15 +1,20 @@
 set(VOLUX_RESAMPLE_TESTS
     resample/AffineMapTest.cpp
     resample/EveryWayTest.cpp
+    resample/ExecutorTest.cpp
     resample/GridTest.cpp
     resample/GuardTest.cpp
     resample/LargeTest.cpp
+    resample/ProcessorsTest.cpp
     resample/RefusalsTest.cpp
     resample/RegionTest.cpp
     resample/ResampleTest.cpp
     resample/ResizeTest.cpp
     resample/ResliceTest.cpp
     resample/SampleTest.cpp
+    resample/StackTest.cpp
+    resample/ThreadsTest.cpp
     resample/WorkTest.cpp
     support/Allocation.cpp
+    ${PROJECT_SOURCE_DIR}/src/resample/Processors.cpp
 )

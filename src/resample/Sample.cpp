@@ -79,7 +79,10 @@ ErrorType samplePlaces(const Source& source, const Places& places, const Results
         }
     };
     try {
-        return shareOut(places.count, kPart, options, part) ? SUCCESS : kCancelled;
+        const double samples =
+            static_cast<double>(places.count) * static_cast<double>(results.channels);
+        const Job job = {places.count, kPart, samples * source.reading.nanoseconds()};
+        return shareOut(job, options, part) ? SUCCESS : kCancelled;
     } catch (const std::bad_alloc&) {
         return core::ERR_ALLOCATION_FAILED;
     }

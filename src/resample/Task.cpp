@@ -157,19 +157,22 @@ ErrorType checkOverlap(const Raster& source, const Raster& destination)
 
 ErrorType run(const Task& task, const Options& options)
 {
-    const auto share = [&](const auto& rows, std::size_t items, std::size_t most) {
-        return shareOut(items, most, options,
+    const auto share = [&](const auto& rows, const Job& job) {
+        return shareOut(job, options,
                         [&](std::size_t first, std::size_t end) { rows(first, end); });
     };
     const Raster& to = task.destination;
+    const Reading& reading = task.source.reading;
+    const std::size_t rowSamples = std::size_t{to.width} * to.channels;
+    const std::size_t rowCount = std::size_t{to.height} * to.depth;
+    const double samples = static_cast<double>(rowSamples) * static_cast<double>(rowCount);
     bool isDone = false;
     if (AlignedRows::serve(task)) {
-        const std::size_t rowSamples = std::size_t{to.width} * to.channels;
-        isDone = share(AlignedRows(task, options.overflow), std::size_t{to.height} * to.depth,
-                       kPart / rowSamples);
+        isDone = share(AlignedRows(task, options.overflow),
+                       {rowCount, kPart / rowSamples, samples * alignedSample(reading.kernel)});
     } else {
         const ObliqueRows rows(task, options.overflow);
-        isDone = share(rows, rows.boxes(), 1);
+        isDone = share(rows, {rows.boxes(), 1, samples * task.slab.planes * reading.nanoseconds()});
     }
     return isDone ? core::SUCCESS : kCancelled;
 }

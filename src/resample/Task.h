@@ -5,6 +5,7 @@
 
 #include "Blocks.h"
 #include "Raster.h"
+#include "Work.h"
 #include "volux/core/ErrorType.h"
 #include "volux/resample/Grid.h"
 #include "volux/resample/Options.h"
@@ -20,6 +21,9 @@ struct Reading {
     Kernel kernel = Kernel::LINEAR;
     Outside outside = {false, 0.0};
     bool isOwn = false;  // a policy that the library does not know
+
+    // What a sample takes, about, wherever it is.
+    double nanoseconds() const { return isOwn ? kOwnSample : obliqueSample(kernel); }
 };
 
 // Where the samples of a source come from.

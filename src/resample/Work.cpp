@@ -1,34 +1,58 @@
 #include "Work.h"
 
-#include <oneapi/tbb/global_control.h>
-#include <oneapi/tbb/info.h>
-#include <oneapi/tbb/parallel_for.h>
-#include <oneapi/tbb/task_arena.h>
-
 #include <algorithm>
 #include <atomic>
 #include <exception>
 #include <mutex>
+#include <new>
+#include <system_error>
+#include <thread>
+#include <vector>
+
+#include "Processors.h"
 
 namespace volux::resample::detail {
 
 namespace {
 
-// Called by many threads at once. Each part begins by reading an atomic that the caller has written
-// last, and ends by writing one that the caller reads first: what either has done is seen by the
-// other, whatever shares the parts out.
+// What makes a further thread pay: to begin and to join one takes a tenth of it.
+constexpr double kWorthAThread = 200'000.0;  // nanoseconds
+constexpr double kMostThreads = 1024.0;
+
+// Called by many threads at once. Each part begins by changing an atomic that the caller has
+// written last, and ends by changing one that the caller reads first: what either has done is seen
+// by the other, whatever runs the parts.
 class Parts {
 public:
-    Parts(std::size_t items, std::size_t most, const Progress& progress,
+    Parts(const Job& job, const Options& options,
           const std::function<void(std::size_t, std::size_t)>& work)
-        : items_(items), most_(std::max<std::size_t>(most, 1)), progress_(progress), work_(work)
+        : items_(job.items),
+          most_(std::max<std::size_t>(job.most, 1)),
+          count_((items_ + most_ - 1) / most_),
+          options_(options),
+          work_(work)
     {
-        stopped_.store(false);  // written, not initialised: see above
+        next_.store(0);  // written, not initialised: see above
     }
 
-    std::size_t count() const { return (items_ + most_ - 1) / most_; }
+    std::size_t count() const { return count_; }
+    bool areLeft() const { return !stopped_ && next_ < count_; }
 
-    void operator()(std::size_t part) const { finished_ += stopped_ ? 0 : perform(part); }
+    // Parts are begun in their order, so that threads read what lies close together.
+    void doNext()
+    {
+        const std::size_t part = stopped_ ? count_ : next_++;
+        if (part < count_) {
+            finished_ += perform(part * most_);
+        }
+    }
+
+    void doAll()
+    {
+        while (areLeft()) {
+            doNext();
+        }
+    }
 
     // Throws what a part has thrown first.
     bool areFinished() const
@@ -42,88 +66,107 @@ public:
 
 private:
     // The items that it has finished.
-    std::size_t perform(std::size_t part) const
+    std::size_t perform(std::size_t first)
     {
-        const std::size_t first = part * most_;
-        const std::size_t end = std::min(first + most_, items_);
+        const std::size_t end = first + std::min(most_, items_ - first);
         try {
             work_(first, end);
-            if (progress_) {
+            if (options_.progress) {
                 tell(end - first);
             }
             return end - first;
         } catch (...) {
-            const std::lock_guard<std::mutex> oneAtATime(mutex_);
-            failure_ = failure_ == nullptr ? std::current_exception() : failure_;
             stopped_ = true;
+            const std::lock_guard<std::mutex> oneAtATime(failing_);
+            failure_ = failure_ == nullptr ? std::current_exception() : failure_;
             return 0;
         }
     }
 
-    void tell(std::size_t more) const
+    // A thread of an executor does not queue: the callback may wait for the executor itself, which
+    // then needs this thread, or has called this function from within the callback. Who is telling
+    // tells of these items as well. If the callback throws, nobody tells again.
+    void tell(std::size_t more)
     {
-        const std::lock_guard<std::mutex> oneAtATime(mutex_);
-        done_ += more;
-        if (stopped_) {
+        std::unique_lock<std::mutex> turn(telling_, std::defer_lock);
+        if (!options_.executor) {
+            turn.lock();
+        }
+        if (untold_.fetch_add(more) != 0) {
             return;
         }
-        try {
-            stopped_ = !goOn();
-        } catch (...) {
-            stopped_ = true;  // before the next in line asks
-            throw;
+        for (std::size_t told = 0; told == 0 || untold_.fetch_sub(told) != told;) {
+            told = untold_;
+            told_ += told;
+            ask();
         }
     }
 
-    // A callback that waits for tasks of its own must not be given another part meanwhile: it would
-    // wait for itself.
-    bool goOn() const
+    void ask()
     {
-        return oneapi::tbb::this_task_arena::isolate(
-            [&] { return progress_(static_cast<double>(done_) / static_cast<double>(items_)); });
+        if (!stopped_ &&
+            !options_.progress(static_cast<double>(told_) / static_cast<double>(items_))) {
+            stopped_ = true;
+        }
     }
 
     const std::size_t items_;
     const std::size_t most_;
-    const Progress& progress_;
+    const std::size_t count_;
+    const Options& options_;
     const std::function<void(std::size_t, std::size_t)>& work_;
-    mutable std::mutex mutex_;
-    mutable std::size_t done_ = 0;
-    mutable std::exception_ptr failure_;
-    mutable std::atomic<bool> stopped_;
-    mutable std::atomic<std::size_t> finished_{0};
+    std::atomic<std::size_t> next_;
+    std::atomic<std::size_t> finished_{0};
+    std::atomic<bool> stopped_{false};
+    std::mutex telling_;
+    std::atomic<std::size_t> untold_{0};
+    std::size_t told_ = 0;
+    std::mutex failing_;
+    std::exception_ptr failure_;
 };
 
-void onThreads(int threads, const Parts& parts)
+// At least 1.
+std::size_t threadsFor(const Job& job, const Options& options, std::size_t parts)
 {
-    namespace tbb = oneapi::tbb;
-    using Control = tbb::global_control;
-    // More threads than processors only run if all of the process may.
-    const std::size_t allowed = Control::active_value(Control::max_allowed_parallelism);
-    const Control control(Control::max_allowed_parallelism,
-                          std::max<std::size_t>(allowed, static_cast<std::size_t>(threads)));
-    tbb::task_arena arena(threads);
-    arena.execute([&] {
-        tbb::parallel_for(std::size_t{0}, parts.count(), parts, tbb::simple_partitioner());
-    });
+    const double worth = std::clamp(job.nanoseconds / kWorthAThread, 1.0, kMostThreads);
+    const std::size_t most = std::min(static_cast<std::size_t>(worth), parts);
+    if (most <= 1 || (options.threads == 0 && options.executor)) {
+        return most;
+    }
+    return std::min<std::size_t>(most, options.threads != 0 ? options.threads : processors());
+}
+
+// The caller's thread and, as far as the system has them, others.
+void onThreads(std::size_t threads, Parts& parts)
+{
+    std::vector<std::thread> others;
+    try {
+        others.reserve(threads - 1);
+        while (others.size() < threads - 1 && parts.areLeft()) {
+            others.emplace_back([&parts] { parts.doAll(); });
+        }
+    } catch (const std::system_error&) {  // no thread,
+    } catch (const std::bad_alloc&) {     // or no memory for one: fewer do it as well
+    }
+    parts.doAll();
+    for (std::thread& other : others) {
+        other.join();
+    }
 }
 
 }  // namespace
 
-bool shareOut(std::size_t items, std::size_t most, const Options& options,
+bool shareOut(const Job& job, const Options& options,
               const std::function<void(std::size_t, std::size_t)>& work)
 {
-    constexpr unsigned int kMostThreads = 1024;
-    const Parts parts(items, most, options.progress, work);
-    const unsigned int threads =
-        options.threads != 0 ? std::min(options.threads, kMostThreads)
-                             : static_cast<unsigned int>(oneapi::tbb::info::default_concurrency());
-    if (threads == 1 || parts.count() == 1) {
-        for (std::size_t part = 0; part < parts.count(); ++part) {
-            parts(part);
-        }
+    Parts parts(job, options, work);
+    const std::size_t threads = threadsFor(job, options, parts.count());
+    if (threads <= 1) {
+        parts.doAll();
+    } else if (options.executor) {
+        options.executor(parts.count(), [&parts](std::size_t) { parts.doNext(); });
     } else {
-        onThreads(static_cast<int>(threads), parts);
+        onThreads(threads, parts);
     }
     return parts.areFinished();
 }

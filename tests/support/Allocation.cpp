@@ -1,6 +1,7 @@
 #include "Allocation.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <stdexcept>
 
@@ -118,6 +119,8 @@ void* AllocationWatch::onCalloc(std::size_t count, std::size_t size)
 {
     const bool fails = failIn_ > 0 && --failIn_ == 0;
     void* block = fails ? nullptr : __libc_calloc(count, size);
+    if (fails)
+        errno = ENOMEM;  // the C library asserts that of its own calls
     add({block, count, size, false, 0});
     return block;
 }

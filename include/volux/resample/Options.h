@@ -2,6 +2,7 @@
 /// What every operation of the library takes besides its input and its output.
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <type_traits>
 
@@ -26,6 +27,20 @@ enum class Overflow {
 ///
 /// It is called from the threads that work, by one at a time, and the fraction never falls.
 using Progress = std::function<bool(double)>;
+
+/// Runs work on threads of the host's own: calls `part(n)` once for each n below `parts`, in any
+/// order, on any threads, several at once or not, and returns when all these calls have returned.
+/// `part` is gone then. It throws nothing.
+///
+/// A call of `part` does what is next of the work, in its order, whatever n is; further calls do
+/// nothing. Were there fewer than `parts`, as when the host's own tasks have been cancelled, the
+/// operation gives kCancelled. What an executor throws, once no call of `part` runs any more,
+/// leaves the operation; a std::bad_alloc becomes ERR_ALLOCATION_FAILED.
+///
+/// A thread of an executor never waits for another one's call of the progress callback, which tells
+/// of the parts that end meanwhile in its next call. So the callback may use the executor, too.
+using Executor =
+    std::function<void(std::size_t parts, const std::function<void(std::size_t)>& part)>;
 
 namespace detail {
 
@@ -79,8 +94,14 @@ struct Options {
     core::Border* border = &core::InterpolationBorderType::REPLICATION;   ///< outside the image
     double outside = 0.0;                    ///< what Constant reads; an integer T must hold it
     Overflow overflow = Overflow::SATURATE;  ///< for integer destinations
-    unsigned int threads = 0;                ///< how many may work; 0: one for each processor
-    Progress progress;                       ///< may be empty
+    /// How many threads may work, the caller's among them; 0: one for each processor that its
+    /// affinity and the quotas of its control groups allow. Fewer work where the system refuses one
+    /// or there is not some 0.2 ms of work for each.
+    unsigned int threads = 0;
+    Progress progress;  ///< may be empty
+    /// Runs what is worth several threads, on as many as it likes, unless `threads` is 1. Empty:
+    /// the caller's thread and others that end before the call returns.
+    Executor executor;
 
     /// Linear, Replication, on all threads.
     Options() = default;
