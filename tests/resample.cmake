@@ -5,6 +5,8 @@ set(VOLUX_RESAMPLE_TESTS
     resample/GridTest.cpp
     resample/GuardTest.cpp
     resample/LargeTest.cpp
+    resample/PoliciesWithoutRtti.cpp
+    resample/PoliciesWithoutRttiTest.cpp
     resample/ProcessorsTest.cpp
     resample/RefusalsTest.cpp
     resample/RegionTest.cpp
@@ -18,3 +20,8 @@ set(VOLUX_RESAMPLE_TESTS
     support/Allocation.cpp
     ${PROJECT_SOURCE_DIR}/src/resample/Processors.cpp
 )
+# The undefined-behaviour sanitizer reads the type of every object whose virtual function is called.
+if(NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize")
+    set_property(SOURCE resample/PoliciesWithoutRtti.cpp APPEND PROPERTY COMPILE_OPTIONS
+        $<$<CXX_COMPILER_ID:GNU,Clang,AppleClang>:-fno-rtti>)
+endif()

@@ -5,16 +5,16 @@
 #include <algorithm>
 #include <iostream>
 
+using namespace volux;
 using namespace volux::core;
-using namespace volux::resample;
 
 int main()
 {
     VxImage<short> onDisk;  // stands for a file
     onDisk.initialize(30, 30, 30, 1);
-    const Grid grid =
-        gridOfSize(onDisk.getImageSize(), VoxelSize(1, 1, 1), 60, 60, 60, Align::EDGES);
-    ResampleRegion region;
+    const resample::Grid grid = resample::gridOfSize(onDisk.getImageSize(), VoxelSize(1, 1, 1), 60,
+                                                     60, 60, resample::Align::EDGES);
+    resample::ResampleRegion region;
     region.sourceWidth = region.sourceHeight = region.sourceDepth = 30;
     unsigned int most = 0;
     for (unsigned int z = 0; z < grid.depth; ++z) {
@@ -24,7 +24,7 @@ int main()
         if (region.support(grid, &box, Cubic()) != SUCCESS || onDisk.crop(box, &brick) != SUCCESS)
             return 1;
         region.brickX = box.xStart, region.brickY = box.yStart, region.brickZ = box.zStart;
-        if (resample(brick, grid, region, &slice, Cubic()) != SUCCESS)
+        if (resample::resample(brick, grid, region, &slice, Cubic()) != SUCCESS)
             return 1;
         most = std::max(most, brick.getDepth());
     }

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "Matrix.h"
+
 namespace volux::resample {
 
 namespace {
@@ -12,19 +14,7 @@ double coordinate(const double (&row)[4], double i, double j, double k)
     return ((row[3] + row[2] * k) + row[1] * j) + row[0] * i;
 }
 
-// Scales the steps of one row to a largest one between 1/2 and 1, which loses nothing that the
-// determinant could see; a row of zeros stays.
-void normalise(double (&row)[3])
-{
-    const double largest = std::max(std::abs(row[0]), std::max(std::abs(row[1]), std::abs(row[2])));
-    int exponent = 0;
-    std::frexp(largest, &exponent);
-    for (double& step : row) {
-        step = std::ldexp(step, -exponent);
-    }
-}
-
-double determinant(const double (&m)[3][3])
+double determinant(const detail::Matrix& m)
 {
     return (m[0][0] * (m[1][1] * m[2][2] - m[1][2] * m[2][1]) -
             m[0][1] * (m[1][0] * m[2][2] - m[1][2] * m[2][0])) +
@@ -41,7 +31,7 @@ Position AffineMap::operator()(unsigned int i, unsigned int j, unsigned int k) c
 
 bool AffineMap::isInvertible() const
 {
-    double steps[3][3];
+    detail::Matrix steps;
     for (int n = 0; n < 3; ++n) {
         for (const double element : rows[n]) {
             if (!std::isfinite(element)) {
@@ -49,8 +39,8 @@ bool AffineMap::isInvertible() const
             }
         }
         std::copy_n(rows[n], 3, steps[n]);
-        normalise(steps[n]);
     }
+    detail::normalise(steps);
     return determinant(steps) != 0.0;
 }
 

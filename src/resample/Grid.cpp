@@ -3,34 +3,45 @@
 #include <algorithm>
 #include <cmath>
 
+#include "Matrix.h"
+
 namespace volux::resample {
 
 namespace {
 
-// One axis of a change of size.
+using detail::Exponents;
+using detail::Matrix;
+using detail::normalise;
+
+// One axis of a change of size: output voxel i reads i * scale + offset.
 struct AxisChange {
+    unsigned int extent;
     double scale;
     double offset;
     double spacing;
 };
 
-AxisChange changeOfSize(unsigned int from, unsigned int to, double spacing, Align align)
+AxisChange changeOf(unsigned int from, unsigned int to, double scale, double spacing, Align align)
 {
-    if (align == Align::EDGES) {
-        const double scale = static_cast<double>(from) / to;
-        return {scale, 0.5 * scale - 0.5, spacing * scale};
+    if (to == 1 || (from == 1 && align == Align::CENTRES)) {  // the middles meet
+        return {to, scale, ((from - 1.0) - (to - 1.0) * scale) * 0.5, spacing};
     }
-    if (from < 2 || to < 2) {  // no two centres to keep apart: the middle
-        return {1.0, ((from - 1.0) - (to - 1.0)) * 0.5, spacing};
-    }
-    const double scale = (from - 1.0) / (to - 1.0);
-    return {scale, 0.0, spacing * scale};
+    return {to, scale, align == Align::EDGES ? 0.5 * scale - 0.5 : 0.0, spacing};
 }
 
-AxisChange changeOfSpacing(double from, double to, Align align)
+double scaleOfSize(unsigned int from, unsigned int to, Align align)
 {
-    const double scale = to / from;
-    return {scale, align == Align::EDGES ? 0.5 * scale - 0.5 : 0.0, to};
+    if (align == Align::EDGES) {
+        return static_cast<double>(from) / to;
+    }
+    // Without two centres to keep, the spacing stays.
+    return from < 2 || to < 2 ? 1.0 : (from - 1.0) / (to - 1.0);
+}
+
+AxisChange changeOfSize(unsigned int from, unsigned int to, double spacing, Align align)
+{
+    const double scale = scaleOfSize(from, to, align);
+    return changeOf(from, to, scale, spacing * scale, align);
 }
 
 // Whole steps in a number of them, of which rounding has taken none away.
@@ -48,25 +59,28 @@ unsigned int extentFor(unsigned int count, double from, double to, Align align)
     return extent >= 1.0 && extent <= 2147483647.0 ? static_cast<unsigned int>(extent) : 0U;
 }
 
-Grid gridOf(unsigned int width, unsigned int height, unsigned int depth,
-            const AxisChange (&axes)[3])
+AxisChange changeOfSpacing(unsigned int count, double from, double to, Align align)
+{
+    return changeOf(count, extentFor(count, from, to, align), to / from, to, align);
+}
+
+Grid gridOf(const AxisChange& x, const AxisChange& y, const AxisChange& z)
 {
     Grid grid;
-    grid.width = width;
-    grid.height = height;
-    grid.depth = depth;
-    grid.spacing = core::VoxelSize(axes[0].spacing, axes[1].spacing, axes[2].spacing);
+    grid.width = x.extent;
+    grid.height = y.extent;
+    grid.depth = z.extent;
+    grid.spacing = core::VoxelSize(x.spacing, y.spacing, z.spacing);
+    const AxisChange* const axes[] = {&x, &y, &z};
     for (int n = 0; n < 3; ++n) {
-        grid.map.rows[n][n] = axes[n].scale;
-        grid.map.rows[n][3] = axes[n].offset;
+        grid.map.rows[n][n] = axes[n]->scale;
+        grid.map.rows[n][3] = axes[n]->offset;
     }
     return grid;
 }
 
-using Matrix = double[3][3];
-
-// By Cramer's rule, column by column. Not finite where the determinant is 0 but for rounding, which
-// is small beside the products that it is the sum of.
+// By Cramer's rule, column by column. Not finite where the determinant is 0 but for rounding: tiny
+// beside the products that it is the sum of.
 void invert(const Matrix& m, Matrix& inverse)
 {
     Matrix sizes;
@@ -91,10 +105,30 @@ void invert(const Matrix& m, Matrix& inverse)
     }
 }
 
-double dot(const double (&row)[3], double x, double y, double z)
-{
-    return row[0] * x + row[1] * y + row[2] * z;
-}
+// Takes vectors of the world apart into an image's directions, which may have any length.
+class Directions {
+public:
+    explicit Directions(const Matrix& directions)
+    {
+        Matrix scaled;
+        std::copy_n(&directions[0][0], 9, &scaled[0][0]);
+        scales_ = normalise(scaled);
+        invert(scaled, inverse_);
+    }
+
+    double along(int axis, double x, double y, double z) const
+    {
+        const double(&row)[3] = inverse_[axis];
+        const int(&rows)[3] = scales_.rows;
+        const double sum = row[0] * std::ldexp(x, -rows[0]) + row[1] * std::ldexp(y, -rows[1]) +
+                           row[2] * std::ldexp(z, -rows[2]);
+        return std::ldexp(sum, -scales_.columns[axis]);
+    }
+
+private:
+    Matrix inverse_;
+    Exponents scales_;
+};
 
 Position crossProduct(const Position& a, const Position& b)
 {
@@ -107,8 +141,7 @@ Grid gridBetween(const Geometry& output, const Geometry& source)
 {
     const double outputSpacing[3] = {output.spacing.x, output.spacing.y, output.spacing.z};
     const double sourceSpacing[3] = {source.spacing.x, source.spacing.y, source.spacing.z};
-    Matrix inverse;
-    invert(source.direction, inverse);
+    const Directions directions(source.direction);
     const bool parallel =
         std::equal(&source.direction[0][0], &source.direction[0][0] + 9, &output.direction[0][0]);
     Grid grid;
@@ -119,15 +152,15 @@ Grid gridBetween(const Geometry& output, const Geometry& source)
     for (int row = 0; row < 3; ++row) {
         for (int column = 0; column < 3; ++column) {
             // Images that point the same way differ by exactly nothing in direction.
-            const double turned =
-                parallel ? (row == column ? 1.0 : 0.0)
-                         : dot(inverse[row], output.direction[0][column],
-                               output.direction[1][column], output.direction[2][column]);
+            const double turned = parallel ? (row == column ? 1.0 : 0.0)
+                                           : directions.along(row, output.direction[0][column],
+                                                              output.direction[1][column],
+                                                              output.direction[2][column]);
             grid.map.rows[row][column] = turned * outputSpacing[column] / sourceSpacing[row];
         }
         grid.map.rows[row][3] =
-            dot(inverse[row], output.origin.x - source.origin.x, output.origin.y - source.origin.y,
-                output.origin.z - source.origin.z) /
+            directions.along(row, output.origin.x - source.origin.x,
+                             output.origin.y - source.origin.y, output.origin.z - source.origin.z) /
             sourceSpacing[row];
     }
     return grid;
@@ -136,21 +169,17 @@ Grid gridBetween(const Geometry& output, const Geometry& source)
 Grid gridOfSize(const core::ImageSize& source, const core::VoxelSize& spacing, unsigned int width,
                 unsigned int height, unsigned int depth, Align align)
 {
-    return gridOf(width, height, depth,
-                  {changeOfSize(source.width, width, spacing.x, align),
-                   changeOfSize(source.height, height, spacing.y, align),
-                   changeOfSize(source.depth, depth, spacing.z, align)});
+    return gridOf(changeOfSize(source.width, width, spacing.x, align),
+                  changeOfSize(source.height, height, spacing.y, align),
+                  changeOfSize(source.depth, depth, spacing.z, align));
 }
 
 Grid gridOfSpacing(const core::ImageSize& source, const core::VoxelSize& spacing,
                    const core::VoxelSize& wanted, Align align)
 {
-    return gridOf(
-        extentFor(source.width, spacing.x, wanted.x, align),
-        extentFor(source.height, spacing.y, wanted.y, align),
-        extentFor(source.depth, spacing.z, wanted.z, align),
-        {changeOfSpacing(spacing.x, wanted.x, align), changeOfSpacing(spacing.y, wanted.y, align),
-         changeOfSpacing(spacing.z, wanted.z, align)});
+    return gridOf(changeOfSpacing(source.width, spacing.x, wanted.x, align),
+                  changeOfSpacing(source.height, spacing.y, wanted.y, align),
+                  changeOfSpacing(source.depth, spacing.z, wanted.z, align));
 }
 
 Grid gridOfPlanes(const Planes& planes)

@@ -1,12 +1,12 @@
-// Samples by the module itself, for the policies that are the caller's.
+// Samples by volux_core itself, for policies of the caller's own.
 #pragma once
 
 #include "Task.h"
 
 namespace volux::resample::detail {
 
-// Another image around the voxels of one, with a spacing of 1: positions in voxels are then what
-// getDoubleValueReal() takes, to the last bit.
+// Wraps the voxels of an image in another one whose spacing is 1. Its getDoubleValueReal() then
+// takes positions in voxels, to the last bit.
 template <class T>
 class OwnPolicies {
 public:

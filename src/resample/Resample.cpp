@@ -17,7 +17,7 @@ namespace detail {
 
 namespace {
 
-// The getter is not const, and only reads.
+// The getters are not const, but only read.
 template <class T>
 core::VoxelSize spacingOf(const VxImage<T>& image)
 {
@@ -45,24 +45,40 @@ ErrorType checkFit(const VxImage<T>& destination, const core::ImageSize& size)
     return destination.getChannels() != size.channels ? core::ERR_INVALID_CHANNEL : SUCCESS;
 }
 
+// Gives a destination a buffer. One that is refused is as it was; without memory it is empty and
+// keeps its spacing.
+template <class T>
+ErrorType allocate(VxImage<T>& destination, const core::ImageSize& size)
+{
+    T element = {};  // wrapped, not allocated: VxImage alone knows which sizes there are
+    const ErrorType refusal = VxImage<T>().initializeWithPointer(&element, size.width, size.height,
+                                                                 size.depth, size.channels);
+    if (refusal != SUCCESS) {
+        return refusal;
+    }
+    const core::VoxelSize spacing = spacingOf(destination);
+    destination.terminate();  // a failed allocation leaves a capacity that is not there
+    const ErrorType result =
+        destination.initialize(size.width, size.height, size.depth, size.channels);
+    if (result != SUCCESS) {
+        destination.terminate();
+        destination.setVoxelSize(spacing);
+    }
+    return result;
+}
+
 // Tests a destination that holds a buffer, and gives one to any other.
 template <class T>
 ErrorType prepare(VxImage<T>& destination, const core::ImageSize& size, const Raster& source)
 {
     if (destination.getBufferPointer() == nullptr) {
-        destination.terminate();  // whatever a failed allocation has left
-        const ErrorType result =
-            destination.initialize(size.width, size.height, size.depth, size.channels);
-        if (result == core::ERR_ALLOCATION_FAILED) {
-            destination.terminate();
-        }
-        return result;
+        return allocate(destination, size);
     }
     const ErrorType fits = checkFit(destination, size);
     return fits == SUCCESS ? checkOverlap(source, rasterOf(destination)) : fits;
 }
 
-// That the brick lies in the source and holds what is read.
+// Whether the brick is inside the source and holds what is read.
 ErrorType checkBrick(const Task& task)
 {
     const ResampleRegion& region = task.source.region;
@@ -135,7 +151,7 @@ ErrorType perform(const Request<T>& request, VxImage<T>* destination, const Opti
     task.source.own = own.sample();
     try {
         return run(task, options);
-    } catch (const std::bad_alloc&) {  // of a call's tables, its threads or the caller's code
+    } catch (const std::bad_alloc&) {  // from a call's tables, its threads or the caller's code
         return core::ERR_ALLOCATION_FAILED;
     }
 }
@@ -157,14 +173,14 @@ Request<T> wholeOf(const VxImage<T>& source, const Grid& grid, const Slab& slab)
 
 template <class T>
 ErrorType resample(const VxImage<T>& source, const Grid& grid, VxImage<T>* destination,
-                   const Options& options)
+                   const Options& options) noexcept(detail::served<T>())
 {
     return detail::perform(detail::wholeOf(source, grid, Slab()), destination, options);
 }
 
 template <class T>
 ErrorType reslice(const VxImage<T>& source, const Planes& planes, VxImage<T>* destination,
-                  const Options& options, const Slab& slab)
+                  const Options& options, const Slab& slab) noexcept(detail::served<T>())
 {
     return detail::perform(detail::wholeOf(source, gridOfPlanes(planes), slab), destination,
                            options);
@@ -172,7 +188,8 @@ ErrorType reslice(const VxImage<T>& source, const Planes& planes, VxImage<T>* de
 
 template <class T>
 ErrorType resize(const VxImage<T>& source, unsigned int width, unsigned int height,
-                 unsigned int depth, Align align, VxImage<T>* destination, const Options& options)
+                 unsigned int depth, Align align, VxImage<T>* destination,
+                 const Options& options) noexcept(detail::served<T>())
 {
     return resample(
         source,
@@ -182,7 +199,7 @@ ErrorType resize(const VxImage<T>& source, unsigned int width, unsigned int heig
 
 template <class T>
 ErrorType resize(const VxImage<T>& source, const core::VoxelSize& spacing, Align align,
-                 VxImage<T>* destination, const Options& options)
+                 VxImage<T>* destination, const Options& options) noexcept(detail::served<T>())
 {
     return resample(
         source, gridOfSpacing(detail::sizeOf(source), detail::spacingOf(source), spacing, align),
@@ -191,7 +208,7 @@ ErrorType resize(const VxImage<T>& source, const core::VoxelSize& spacing, Align
 
 template <class T>
 ErrorType resample(const VxImage<T>& brick, const Grid& grid, const ResampleRegion& region,
-                   VxImage<T>* destination, const Options& options)
+                   VxImage<T>* destination, const Options& options) noexcept(detail::served<T>())
 {
     return detail::perform<T>({brick, grid, region, Slab(), false}, destination, options);
 }

@@ -131,7 +131,8 @@ Source sourceOf(const VxImage<T>& image)
 
 template <class T, class Result>
 ErrorType sample(const VxImage<T>& image, const Position* positions, std::size_t count, Units units,
-                 int channel, Result* results, const Options& options)
+                 int channel, Result* results,
+                 const Options& options) noexcept(detail::served<T, Result>())
 {
     if (count > 0 && (positions == nullptr || results == nullptr)) {
         return core::ERR_NULL_POINTER;

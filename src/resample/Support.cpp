@@ -1,4 +1,4 @@
-// What a box of the output reads.
+// Which voxels of the source a box of the output reads.
 #include <algorithm>
 #include <cmath>
 

@@ -4,12 +4,12 @@
 #include <cmath>
 #include <iterator>
 #include <limits>
-#include <typeinfo>
 #include <utility>
 
 #include "ElementTypes.h"
 #include "Rows.h"
 #include "Work.h"
+#include "exact/KnownPolicy.h"
 
 namespace volux::resample::detail {
 
@@ -21,12 +21,6 @@ constexpr unsigned int kMostVoxels = 0x7FFFFFFF;  // along an axis
 
 // Samples that one part of the work takes, about; large enough to be worth a thread.
 constexpr std::size_t kPart = 1U << 14U;
-
-template <class Policy, class Base>
-bool isA(const Base& policy)
-{
-    return typeid(policy) == typeid(Policy);
-}
 
 template <class T>
 bool holds(double value)
@@ -42,7 +36,7 @@ bool isExtent(std::uint64_t extent)
     return extent >= 1 && extent <= kMostVoxels;
 }
 
-// Each stride passes what the smaller ones span.
+// Whether no two voxels overlap: each stride is at least the span of the smaller ones.
 bool areApart(const Raster& raster)
 {
     std::pair<std::int64_t, std::int64_t> axes[] = {{raster.strideX, raster.width},
@@ -100,15 +94,14 @@ ErrorType readingOf(const Options& options, Reading& reading)
     if (!holds<T>(options.outside)) {
         return core::ERR_INVALID_ARGUMENT;
     }
-    const core::Interpolator& interpolator = *options.interpolator;
-    const core::Border& border = *options.border;
-    const bool isConstant = isA<core::Constant>(border);
-    const bool isNearest = isA<core::NearestNeighbor>(interpolator);
-    const bool isCubic = isA<core::Cubic>(interpolator);
+    using exact::isExactly;
+    const bool isConstant = isExactly<core::Constant>(options.border);
+    const bool isNearest = isExactly<core::NearestNeighbor>(options.interpolator);
+    const bool isCubic = isExactly<core::Cubic>(options.interpolator);
     reading.kernel = isNearest ? Kernel::NEAREST : isCubic ? Kernel::CUBIC : Kernel::LINEAR;
     reading.outside = {isConstant, static_cast<double>(static_cast<T>(options.outside))};
-    reading.isOwn = !(isNearest || isCubic || isA<core::Linear>(interpolator)) ||
-                    !(isConstant || isA<core::Replication>(border));
+    reading.isOwn = !(isNearest || isCubic || isExactly<core::Linear>(options.interpolator)) ||
+                    !(isConstant || isExactly<core::Replication>(options.border));
     return core::SUCCESS;
 }
 

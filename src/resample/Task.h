@@ -13,7 +13,7 @@
 
 namespace volux::resample::detail {
 
-// One sample by the module itself: x, y, z in voxels, and the channel.
+// One sample by volux_core itself: x, y, z in voxels, and the channel.
 using OwnSample = std::function<double(double, double, double, int)>;
 
 // What the options' policies mean for one element type.
@@ -26,18 +26,18 @@ struct Reading {
     double nanoseconds() const { return isOwn ? kOwnSample : obliqueSample(kernel); }
 };
 
-// Where the samples of a source come from.
+// A source, and how it is read.
 struct Source {
     Raster raster;
-    ResampleRegion region;  // what the raster is a brick of; its output box is not looked at
+    ResampleRegion region;  // what the raster is a brick of; its output box is not used
     Reading reading;
-    OwnSample own;  // used if the reading is a policy of the caller's
+    OwnSample own;  // samples by the caller's policies, if reading.isOwn
 
     Voxels voxels(unsigned int channel) const;
     void take(unsigned int channel, Block& block) const;
 };
 
-// A destination box of a grid; `output` says which.
+// Fills a destination with a box of a grid, `output`.
 struct Task {
     Source source;
     AffineMap map;
@@ -46,7 +46,7 @@ struct Task {
     Raster destination;
 };
 
-// Of the options alone, for an element type: null policies, an outside value that does not fit.
+// What options mean for an element type. Refuses null policies and a value that it does not hold.
 template <class T>
 core::ErrorType readingOf(const Options& options, Reading& reading);
 
@@ -58,7 +58,7 @@ core::ErrorType checkExtents(const ResampleRegion& region);
 core::ErrorType checkGrid(const Grid& grid, const Slab& slab);
 core::ErrorType checkBox(const core::Rect& box, const Grid& grid);
 
-// Of source and destination, and of the destination's voxels among themselves.
+// Refuses a destination that overlaps the source, or whose voxels overlap.
 core::ErrorType checkOverlap(const Raster& source, const Raster& destination);
 
 // The voxels of the whole source that a box of a grid reads.

@@ -50,6 +50,16 @@ TEST(AffineMap, HasAnInverseHoweverSmallOrLargeItsStepsAre)
         (AffineMap{{{1e300, 0, 0, 0}, {0, -1e300, 0, 0}, {0, 0, 1e300, 0}}}).isInvertible());
 }
 
+TEST(AffineMap, HasAnInverseHoweverDifferentItsStepsAre)
+{
+    EXPECT_TRUE(
+        (AffineMap{{{1e-200, 1e-200, 1, 0}, {0, 1e-200, 1, 0}, {1e-200, 0, 1, 0}}}).isInvertible());
+    EXPECT_TRUE((AffineMap{{{1e300, 2e300, 3e300, 0}, {1, -1, 1, 0}, {1e-300, 1e-300, -1e-300, 0}}})
+                    .isInvertible());
+    EXPECT_FALSE(
+        (AffineMap{{{1e-200, 2e-200, 1, 0}, {2e-200, 4e-200, 2, 0}, {0, 0, 1, 0}}}).isInvertible());
+}
+
 TEST(AffineMap, HasNoInverseUnlessAllOfItIsFinite)
 {
     for (const double odd :

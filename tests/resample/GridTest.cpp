@@ -50,11 +50,30 @@ TEST(GridOfSize, KeepsTheFirstAndTheLastCentre)
 
 TEST(GridOfSize, ReadsTheMiddleWhereThereIsOneVoxel)
 {
-    const ImageSize source(4, 4, 1, 1);
-    const VoxelSize spacing(1, 1, 1);
-    EXPECT_EQ(gridOfSize(source, spacing, 1, 4, 1, Align::EDGES).map(0, 0, 0).x, 1.5);
-    EXPECT_EQ(gridOfSize(source, spacing, 1, 4, 1, Align::CENTRES).map(0, 0, 0).x, 1.5);
-    EXPECT_EQ(gridOfSize(source, spacing, 4, 4, 3, Align::CENTRES).map(0, 0, 1).z, 0.0);
+    const ImageSize source(4, 5, 1, 1);
+    for (const Align align : {Align::EDGES, Align::CENTRES}) {
+        const Position p = gridOfSize(source, VoxelSize(1, 1, 1), 1, 1, 1, align).map(0, 0, 0);
+        EXPECT_EQ(p.x, 1.5);
+        EXPECT_EQ(p.y, 2.0);
+        EXPECT_EQ(p.z, 0.0);
+    }
+}
+
+TEST(GridOfSize, KeepsTheSpacingAroundTheOnlyCentre)
+{
+    const Grid grid =
+        gridOfSize(ImageSize(1, 1, 1, 1), VoxelSize(1.0, 2.0, 3.0), 3, 4, 1, Align::CENTRES);
+    expectSize(grid, 3, 4, 1);
+    expectMap(grid.map, {{{1, 0, 0, -1}, {0, 1, 0, -1.5}, {0, 0, 1, 0}}});
+    EXPECT_EQ(grid.spacing, VoxelSize(1.0, 2.0, 3.0));
+}
+
+TEST(GridOfSize, DividesTheFieldOfViewOfTheOnlyVoxel)
+{
+    const Grid grid =
+        gridOfSize(ImageSize(1, 1, 1, 1), VoxelSize(1.0, 2.0, 3.0), 2, 4, 1, Align::EDGES);
+    expectMap(grid.map, {{{0.5, 0, 0, -0.25}, {0, 0.25, 0, -0.375}, {0, 0, 1, 0}}});
+    EXPECT_EQ(grid.spacing, VoxelSize(0.5, 0.5, 3.0));
 }
 
 TEST(GridOfSpacing, HasTheSpacingExactly)
@@ -69,6 +88,39 @@ TEST(GridOfSpacing, HasTheSpacingExactly)
     const Grid centres = gridOfSpacing(source, spacing, wanted, Align::CENTRES);
     expectSize(centres, 19, 4, 26);  // as many steps as fit 9, 9 and 25
     expectMap(centres.map, {{{0.5, 0, 0, 0}, {0, 3, 0, 0}, {0, 0, 0.4, 0}}});
+}
+
+TEST(GridOfSpacing, ReadsTheMiddleWhereThereIsOneVoxel)
+{
+    const ImageSize source(10, 10, 3, 1);
+    const VoxelSize wanted(8, 25, 1e300);  // 1.25, 0.4 and next to no voxels
+    for (const Align align : {Align::EDGES, Align::CENTRES}) {
+        const Grid grid = gridOfSpacing(source, VoxelSize(1, 1, 1), wanted, align);
+        const unsigned int width = align == Align::EDGES ? 1 : 2;  // 0 and 8 are two centres
+        expectSize(grid, width, 1, 1);
+        EXPECT_EQ(grid.spacing, wanted);
+        const Position p = grid.map(0, 0, 0);
+        EXPECT_EQ(p.x, width == 1 ? 4.5 : 0.0);
+        EXPECT_EQ(p.y, 4.5);
+        EXPECT_EQ(p.z, 1.0);
+    }
+}
+
+TEST(GridOfSpacing, ReadsNothingOutsideTheFieldOfViewButForRounding)
+{
+    Random random(65);
+    for (int n = 0; n < 20000; ++n) {
+        const unsigned int count = 1 + random.below(40);
+        const double wanted = std::exp(between(random, -3.0, 5.0));
+        const Align align = random.below(2) == 0 ? Align::EDGES : Align::CENTRES;
+        const Grid grid = gridOfSpacing(ImageSize(count, 1, 1, 1), VoxelSize(1, 1, 1),
+                                        VoxelSize(wanted, 1, 1), align);
+        const double margin = align == Align::EDGES ? 0.5 : 0.0;
+        const double rounding = count * 0x1p-50;
+        EXPECT_GE(grid.map(0, 0, 0).x, -margin) << count << ' ' << wanted;
+        EXPECT_LE(grid.map(grid.width - 1, 0, 0).x, count - 1 + margin + rounding)
+            << count << ' ' << wanted;
+    }
 }
 
 TEST(GridOfSpacing, HasOneVoxelAtLeastAndNoneForOddSpacings)
@@ -172,6 +224,77 @@ TEST(GridBetween, TakesDirectionsOfAnyLength)
     source.direction[1][1] = 1e12;
     expectMap(gridBetween(Geometry(), source).map,
               {{{1e12, 0, 0, 0}, {0, 1e-12, 0, 0}, {0, 0, 1, 0}}});
+}
+
+// Directions whose inverse is exact: 1 -1 1/2, 0 1 -1/2, 0 0 1/2.
+Geometry sheared()
+{
+    Geometry geometry;
+    geometry.direction[0][1] = geometry.direction[1][2] = 1;
+    geometry.direction[2][2] = 2;
+    return geometry;
+}
+
+TEST(GridBetween, InvertsDirectionsOfVeryDifferentLengths)
+{
+    Geometry source = sheared();
+    for (auto& row : source.direction) {
+        row[0] *= 0x1p-700;
+        row[1] *= 0x1p-400;
+        row[2] *= 0x1p+20;
+    }
+    Geometry output;
+    output.origin = {8, 4, 2};
+    expectMap(gridBetween(output, source).map, {{{0x1p+700, -0x1p+700, 0x1p+699, 0x1.4p+702},
+                                                 {0, 0x1p+400, -0x1p+399, 0x1.8p+401},
+                                                 {0, 0, 0x1p-21, 0x1p-20}}});
+}
+
+Geometry somewhere(Random& random)
+{
+    Geometry geometry;
+    for (auto& row : geometry.direction)
+        for (double& number : row)
+            number = between(random, -1.0, 1.0);
+    geometry.origin = {between(random, -9, 9), between(random, -9, 9), between(random, -9, 9)};
+    geometry.spacing = VoxelSize(0.7, 0.9, 1.3);
+    return geometry;
+}
+
+TEST(GridBetween, GivesTheSameBitsForSourceAxesScaledByPowersOfTwo)
+{
+    Random random(66);
+    for (int n = 0; n < 2000; ++n) {
+        const Geometry output = somewhere(random);
+        Geometry source = somewhere(random);
+        AffineMap expected = gridBetween(output, source).map;
+        for (int axis = 0; axis < 3; ++axis) {
+            const int power = n == 0 ? -355 : static_cast<int>(random.below(800)) - 400;
+            for (int row = 0; row < 3; ++row)
+                source.direction[row][axis] = std::ldexp(source.direction[row][axis], power);
+            for (double& number : expected.rows[axis])
+                number = std::ldexp(number, -power);
+        }
+        expectMap(gridBetween(output, source).map, expected);
+    }
+}
+
+TEST(GridBetween, GivesTheSameBitsInAWorldScaledByPowersOfTwo)
+{
+    Random random(67);
+    for (int n = 0; n < 2000; ++n) {
+        Geometry output = somewhere(random);
+        Geometry source = somewhere(random);
+        output.origin = source.origin = {0, 0, 0};
+        const AffineMap expected = gridBetween(output, source).map;
+        for (int axis = 0; axis < 3; ++axis) {
+            const int power = static_cast<int>(random.below(800)) - 400;
+            for (Geometry* const geometry : {&output, &source})
+                for (double& number : geometry->direction[axis])
+                    number = std::ldexp(number, power);
+        }
+        expectMap(gridBetween(output, source).map, expected);
+    }
 }
 
 TEST(GridOfPlanes, HasThePlanesStepsAsColumns)

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Expected.h"
+#include "support/ImageFields.h"
 #include "volux/resample/Resample.h"
 
 namespace volux::test {
@@ -187,13 +188,48 @@ TEST(RefusalsOfSharedMemory, CountToTheLastByte)
     EXPECT_EQ(at(5), core::SUCCESS);
 }
 
+constexpr unsigned int kMost = 0x7FFFFFFF;
+const Grid kUncountable = gridOf(AffineMap(), kMost, kMost, kMost);  // bytes, by 64 bits
+const Grid kUnobtainable = gridOf(AffineMap(), kMost, kMost, 1);
+
+TEST_F(Refusals, MoreBytesThanCanBeCounted)
+{
+    core::VxImage<short> empty;
+    empty.setVoxelSize(2, 3, 4);
+    const auto before = fieldsOf(empty);
+    EXPECT_EQ(resample::resample(source, kUncountable, &empty), core::ERR_INVALID_ARGUMENT);
+    EXPECT_EQ(fieldsOf(empty), before);
+}
+
+TEST_F(Refusals, MoreBytesThanCanBeCountedForAnImageWhoseAllocationFailed)
+{
+    ASSERT_EQ(destination.setImageSize(0x7FFFFFFF, 0x7FFFFFFF, 1, 1), core::ERR_ALLOCATION_FAILED);
+    const auto before = fieldsOf(destination);
+    EXPECT_EQ(resample::resample(source, kUncountable, &destination), core::ERR_INVALID_ARGUMENT);
+    EXPECT_EQ(fieldsOf(destination), before);
+    EXPECT_EQ(resample::resample(source, grid, &destination), core::SUCCESS);
+    EXPECT_EQ(destination(2, 3, 3, 1), 0);
+}
+
 TEST_F(Refusals, ResultsThatNoMemoryHolds)
 {
-    grid = gridOf(AffineMap(), 0x7FFFFFFF, 0x7FFFFFFF, 1);
-    core::VxImage<short> result;
-    EXPECT_EQ(resample::resample(source, grid, &result), core::ERR_ALLOCATION_FAILED);
-    EXPECT_EQ(result.getBufferPointer(), nullptr);
-    EXPECT_EQ(result.getWidth(), 0U);
+    core::VxImage<short> empty;
+    empty.setVoxelSize(2, 3, 4);
+    const auto before = fieldsOf(empty);
+    EXPECT_EQ(resample::resample(source, kUnobtainable, &empty), core::ERR_ALLOCATION_FAILED);
+    EXPECT_EQ(fieldsOf(empty), before);
+}
+
+TEST_F(Refusals, NotAGridOutsideTheSource)
+{
+    source.fill(7);
+    grid.map.rows[1][3] = -100.0;
+    EXPECT_EQ(resample::resample(source, grid, &destination), core::SUCCESS);
+    EXPECT_EQ(destination(2, 3, 4, 1), 7);
+    EXPECT_EQ(resample::resample(source, grid, &destination,
+                                 Options(core::Linear(), core::Constant(), -4)),
+              core::SUCCESS);
+    EXPECT_EQ(destination(2, 3, 4, 1), -4);
 }
 
 TEST_F(Refusals, NothingElse)

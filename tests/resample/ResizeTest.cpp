@@ -94,6 +94,25 @@ TEST(ResizeFlipped, GivesTheFlippedResult)
     }
 }
 
+TEST(ResizeOneSlice, ByCentresCopiesItWithReplicationAndPutsItInTheMiddleWithConstant)
+{
+    const WrappedVolume<short> scene(countingVolume<short>({3, 2, 1}));
+    core::VxImage<short> copies;
+    core::VxImage<short> middle;
+    ASSERT_EQ(resize(scene.image, 3, 2, 5, Align::CENTRES, &copies), core::SUCCESS);
+    ASSERT_EQ(resize(scene.image, 3, 2, 5, Align::CENTRES, &middle,
+                     Options(core::Linear(), core::Constant(), -4)),
+              core::SUCCESS);
+    EXPECT_EQ(copies.getVoxelSize(), VoxelSize(1, 1, 1));
+    for (int z = 0; z < 5; ++z)
+        for (int y = 0; y < 2; ++y)
+            for (int x = 0; x < 3; ++x) {
+                const short voxel = scene.image(x, y, 0, 0);
+                EXPECT_EQ(copies(x, y, z, 0), voxel) << x << ' ' << y << ' ' << z;
+                EXPECT_EQ(middle(x, y, z, 0), z == 2 ? voxel : -4) << x << ' ' << y << ' ' << z;
+            }
+}
+
 TEST(Resize, WritesThroughAnyLayoutAndNothingBeside)
 {
     const WrappedVolume<short> scene(countingVolume<short>({4, 4, 4}, 2));

@@ -1,12 +1,17 @@
 /// @file
-/// How an output index becomes a position in the source.
+/// How the index of an output voxel becomes a position in the source.
+///
+/// Both types are plain values without invariants: any numbers may be stored, and the operations
+/// that take a map check it. Every operation is O(1), allocates nothing, throws nothing and is safe
+/// from any number of threads while nobody writes the object.
 #pragma once
 
 #include "volux/resample/Export.h"
 
 namespace volux::resample {
 
-/// A position or a direction. Voxel centres lie at whole numbers.
+/// A position or a direction, in voxels of the source unless stated otherwise. Voxel centres are at
+/// whole numbers.
 struct Position {
     double x;  ///< along x
     double y;  ///< along y
@@ -15,24 +20,27 @@ struct Position {
 
 /// An affine map from the indices of output voxels to positions in the source, both in voxels.
 ///
-/// `rows[0]` gives x, `rows[1]` y and `rows[2]` z; the first three columns are the steps of i, j
-/// and k, the last one is the position of output voxel (0, 0, 0). A new map is the identity.
+/// `rows[0]` gives x, `rows[1]` y and `rows[2]` z. The first three columns are the steps of i, j
+/// and k; the last column is the position of output voxel (0, 0, 0). A new map is the identity.
 struct AffineMap {
     double rows[3][4] = {{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}};  ///< the 3 x 4 matrix
 
-    /// The position of output voxel (i, j, k), to the last bit the one that every operation of
-    /// this library reads. Each coordinate is
+    /// The position of output voxel (i, j, k): to the last bit the one that every operation of
+    /// volux_resample reads. Each coordinate is
     ///
     ///     ((row[3] + row[2] * k) + row[1] * j) + row[0] * i
     ///
-    /// in double precision, each product and sum rounded by itself. This function is compiled
-    /// inside the library, so no flag of the caller's fuses or reorders them.
+    /// in double precision, each product and sum rounded by itself. The function is compiled inside
+    /// the library, so no flag of the caller's fuses or reorders them. Any map is taken; one with
+    /// infinite or NaN elements gives such positions.
     VOLUX_RESAMPLE_API Position operator()(unsigned int i, unsigned int j, unsigned int k) const;
 
-    /// Whether all elements are finite and the three steps span a volume.
+    /// Whether all elements are finite and the three steps span a volume. Every operation that
+    /// takes a grid refuses other maps.
     ///
-    /// The determinant is taken of the matrix whose rows are scaled by powers of two to a largest
-    /// element between 1/2 and 1; zero, as computed in double precision, is singular.
+    /// The determinant is computed in double precision, after each row and then each column of the
+    /// steps has been divided by a power of two to a largest element between 1/2 and 1. A map whose
+    /// determinant comes out as zero is singular, however large or small its steps are.
     VOLUX_RESAMPLE_API bool isInvertible() const;
 };
 

@@ -1,5 +1,5 @@
 /// @file
-/// The mark of what libvolux_resample exports.
+/// The mark of what the library volux_resample exports.
 #pragma once
 
 // CMake defines volux_resample_EXPORTS for the sources of the library itself and for nobody else.

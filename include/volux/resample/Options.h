@@ -1,5 +1,8 @@
 /// @file
-/// What every operation of the library takes besides its input and its output.
+/// What every operation of volux_resample takes besides its input and its output.
+///
+/// Options are plain values: making one refuses nothing, and the operations check what they are
+/// given. Any number of threads may read one while nobody writes it.
 #pragma once
 
 #include <cstddef>
@@ -12,20 +15,21 @@
 
 namespace volux::resample {
 
-/// The result of an operation whose progress callback said stop: neither success nor a failure.
+/// The result of an operation whose progress callback asked to stop: neither success nor a failure.
 inline constexpr core::ErrorType kCancelled = static_cast<core::ErrorType>(1);
 
-/// What becomes of a reading that an integer element type does not hold. Readings are rounded half
-/// away from zero first.
+/// What an integer destination stores for a reading that its element type does not hold. Readings
+/// are rounded half away from zero first.
 enum class Overflow {
     SATURATE,  ///< the nearest value that the type holds; NaN gives 0
-    WRAP,      ///< what the module's own rounded readings give
+    WRAP,      ///< what the rounded readings of volux_core give
 };
 
-/// Told how much is done, from 0 to 1, after each part of the work; false cancels the rest, if
-/// there is any.
+/// Receives the fraction of the work that is done, from 0 to 1, after each part of it. Returning
+/// false cancels the rest, if there is any.
 ///
-/// It is called from the threads that work, by one at a time, and the fraction never falls.
+/// The threads that work call it, one at a time in each operation, and the fraction never falls.
+/// What it throws ends the operation and leaves the call.
 using Progress = std::function<bool(double)>;
 
 /// Runs work on threads of the host's own: calls `part(n)` once for each n below `parts`, in any
@@ -83,12 +87,14 @@ core::Border* borderOf(B border)
 
 }  // namespace detail
 
-/// How samples are taken, stored and shared out among threads. A policy is given as anywhere in
-/// the module: `Cubic()`, `Options(Linear(), Constant(), -1000)`, `Options(&mine, &border)`.
+/// How samples are taken, stored and divided among threads. Policies are passed as in volux_core:
+/// `Cubic()`, `Options(Linear(), Constant(), -1000)`, `Options(&mine, &border)`. One that is passed
+/// by its address must live as long as the call, and several threads use it at once.
 ///
-/// Two defaults differ from the module's. Outside the image the edge goes on (the module reads 0):
-/// half a voxel of every resized volume lies outside. And integers saturate (the module wraps): in
-/// a whole volume nobody looks at each overshoot. A float or double keeps its fraction always.
+/// Two defaults differ from those of volux_core. Outside the image the edge continues, where
+/// volux_core reads 0, because half a voxel of every enlarged volume is outside. Integers saturate,
+/// where volux_core wraps, because nobody checks every overshoot of a volume. A float or double
+/// destination always keeps the fraction.
 struct Options {
     core::Interpolator* interpolator = &core::InterpolationType::LINEAR;  ///< the kernel
     core::Border* border = &core::InterpolationBorderType::REPLICATION;   ///< outside the image

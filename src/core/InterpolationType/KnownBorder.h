@@ -2,21 +2,12 @@
 #pragma once
 
 #include <type_traits>
-#include <typeinfo>
 
+#include "../../exact/KnownPolicy.h"
 #include "volux/core/InterpolationBorderType.h"
 #include "volux/core/InterpolationType.h"
 
 namespace volux::core::detail {
-
-// Whether a border is a Known itself, and not of a class derived from it. Addresses are compared,
-// because a border compiled without run-time type information has no type_info that == could ask.
-// One from another copy of the module takes the longer way to the same bits.
-template <class Known>
-bool isExactly(Border* border)
-{
-    return border != nullptr && &typeid(*border) == &typeid(Known);
-}
 
 template <class T, class B>
 double kernel(Linear& interpolator, const VxImage<T>& image, double x, double y, double z,
@@ -33,10 +24,10 @@ double sampleWith(I& interpolator, const VxImage<T>& image, double x, double y, 
                   unsigned int c, B& border, T value)
 {
     if constexpr (std::is_same_v<B, Border*>) {
-        if (isExactly<Constant>(border)) {
+        if (exact::isExactly<Constant>(border)) {
             return interpolator(image, x, y, z, c, Constant(), value);
         }
-        if (isExactly<Replication>(border)) {
+        if (exact::isExactly<Replication>(border)) {
             return interpolator(image, x, y, z, c, Replication(), value);
         }
     }

@@ -1,0 +1,15 @@
+// Policies of a program that is compiled with -fno-rtti.
+#pragma once
+
+#include "volux/core.h"
+
+namespace volux::test {
+
+// 1000 * x + z.
+core::Interpolator* interpolatorWithoutRtti();
+// Of a class derived from Linear, and samples as it does.
+core::Interpolator* linearWithoutRtti();
+// Reads the call's value, less the index along x.
+core::Border* borderWithoutRtti();
+
+}  // namespace volux::test
