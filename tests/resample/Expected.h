@@ -1,4 +1,4 @@
-// What the module itself gives, one call for each sample: what every operation of volux_resample is
+// What volux_core gives, one call for each sample: what every operation of volux_resample is
 // compared with, bit for bit.
 #pragma once
 
@@ -22,7 +22,7 @@ namespace volux::test {
 
 using resample::Grid;
 
-// Compares each element with the module's, up to the first that differs.
+// Compares each element with volux_core's, up to the first that differs.
 template <class T>
 void expectEverySample(const VxImage<T>& source, const AffineMap& map, const VxImage<T>& result,
                        const Options& options)
@@ -56,7 +56,7 @@ void forEachInstructionSet(const Test& test)
     }
 }
 
-// Calls visit(interpolator, border) with each kernel and border of the module, up to a failure.
+// Calls visit(interpolator, border) with each kernel and border of volux_core, up to a failure.
 template <class Visit>
 void forEachPolicy(const Visit& visit)
 {

@@ -75,7 +75,7 @@ TYPED_TEST(Large, ResultsAreWrittenThroughLongStrides)
     expectEverySample(scene.image, map, result, options);
 }
 
-// Of a grid of more than 2^31 voxels the last rows, from the brick that they read.
+// The last rows of a grid of more than 2^31 voxels, from the brick that they read.
 TYPED_TEST(Large, PartsOfLargeGridsAreThoseOfTheWhole)
 {
     using T = TypeParam;

@@ -59,7 +59,7 @@ TYPED_TEST(Resample, GivesTheModulesBitsOnMapsAlongTheAxes)
     forEachInstructionSet([] { TestFixture::compareScenes(axisMap, 2, 150); });
 }
 
-// The neighbours of a vector lie side by side, from before the first voxel to behind the last.
+// The neighbours of a vector are contiguous, from before the first voxel to behind the last.
 TYPED_TEST(Resample, GivesTheModulesBitsOnShortStepsAlongTheAxes)
 {
     forEachInstructionSet([] {
