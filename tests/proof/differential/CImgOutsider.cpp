@@ -1,7 +1,7 @@
-// Compares the module's samples with those of CImg<double> at random positions.
+// Compares the samples of volux_core with those of CImg<double> at random positions.
 // Usage: cimg_outsider POSITIONS SEED
 // Prints a line for each comparison: what, positions, largest difference as a part of the largest
-// voxel, tolerance.
+// voxel, tolerance. Where the tolerance is passed, the standard error has the place.
 #define cimg_display 0
 #define cimg_verbosity 0
 #include <CImg.h>
@@ -111,10 +111,23 @@ double difference(const Method& method, const Scene& scene, const FloatPosition&
     return std::fabs(module - outsider) / kLargestVoxel;
 }
 
+// All that repeats a comparison beyond the tolerance.
+void printPlace(const Method& method, const Scene& scene, const FloatPosition& p,
+                std::uint64_t seed)
+{
+    const Extents& e = scene.wrapped.volume.extents;
+    std::fprintf(stderr, "%s: %a from volux_core at %a %a %a, extents %u %u %u, seed %llu\n",
+                 method.name, difference(method, scene, p), static_cast<double>(p.x),
+                 static_cast<double>(p.y), static_cast<double>(p.z), e.width, e.height, e.depth,
+                 static_cast<unsigned long long>(seed));
+}
+
 void compare(const Method& method, float (*rounded)(double), unsigned int positions,
              std::uint64_t seed)
 {
     constexpr unsigned int kPositionsPerScene = 1000;
+    const bool exact = rounded == ofEightBits;
+    const double tolerance = exact ? method.toleranceEightBits : method.toleranceAnyFraction;
     Random random(seed);
     unsigned int compared = 0;
     double largest = 0.0;
@@ -128,14 +141,15 @@ void compare(const Method& method, float (*rounded)(double), unsigned int positi
                 continue;
             ++compared;
             const double found = difference(method, scene, p);
-            if (!(found <= largest || std::isnan(largest)))  // a NaN is taken, and kept
-                largest = found;
+            if (found <= largest || std::isnan(largest))  // a NaN is taken, and kept
+                continue;
+            largest = found;
+            if (!(largest <= tolerance))
+                printPlace(method, scene, p, seed);
         }
     }
-    const bool exact = rounded == ofEightBits;
     std::printf("%s, %s\t%u\t%.17g\t%.17g\n", method.name,
-                exact ? "fractions of 8 bits" : "any float", compared, largest,
-                exact ? method.toleranceEightBits : method.toleranceAnyFraction);
+                exact ? "fractions of 8 bits" : "any float", compared, largest, tolerance);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// The volumes and positions on which other libraries sample beside the module.
+// The volumes and positions on which other libraries sample beside volux_core.
 #pragma once
 
 #include <cstdint>
@@ -43,7 +43,7 @@ inline oracle::Position nearPosition(Random& random, const Extents& extents)
             nearCoordinate(random, extents.depth)};
 }
 
-// What the module samples at one position with any kernel and border.
+// What volux_core samples at one position with any kernel and border.
 template <class I, class B>
 double sampled(const core::VxImage<double>& image, const oracle::Position& p, double outside)
 {
