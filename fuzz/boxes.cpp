@@ -1,4 +1,4 @@
-// Crop, draw, the planes, fill and single voxels, on volumes of any layout that lie between
+// Crop, draw, the planes, fill and single voxels, on volumes of any layout between
 // forbidden pages, each compared with its plain definition.
 #include <algorithm>
 #include <array>
@@ -33,7 +33,7 @@ Layout someLayout(Input& input, unsigned int channels)
     return layout;
 }
 
-/// A volume as it has to be, and an image that wraps the same elements between guards: exactly from
+/// A volume as it must be, and an image that wraps the same elements between guards: exactly from
 /// the first to the last that the layout addresses.
 template <class T>
 class Guarded {
@@ -153,7 +153,7 @@ private:
         return effect;
     }
 
-    /// The values of a dense volume as those that the output has to hold from its first on.
+    /// The values of a dense volume as those that the output must hold from its first on.
     void expect(const test::Volume<T>& volume)
     {
         std::copy_n(volume.first(), volume.span(), out_.model().values()->begin());

@@ -1,4 +1,4 @@
-// Calls on whole volumes against one call of the module for each sample: any map, grid, layout and
+// Calls on whole volumes against one call of volux_core for each sample: any map, grid, layout and
 // options, with the source between two forbidden pages and nothing but the result written.
 #include <array>
 #include <vector>
@@ -59,7 +59,7 @@ AffineMap someMap(Input& input)
 template <class T>
 Options someOptions(Input& input)
 {
-    // An integer type has to hold it.
+    // An integer type must hold it.
     const auto outside = static_cast<double>(input.raw<T>());
     Options options(test::kInterpolators[input.below(3)], test::kBorders[input.below(2)], outside);
     options.overflow = input.flag() ? test::Overflow::WRAP : test::Overflow::SATURATE;

@@ -52,7 +52,7 @@ private:
         return size;
     }
 
-    /// A block has to hold what a caller says it holds.
+    /// A block must hold what a caller says it holds.
     void wrap(test::ModelledImage<T>& image, bool refuses)
     {
         const auto& block = this->block();

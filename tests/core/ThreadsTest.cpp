@@ -62,7 +62,7 @@ void expectAll(const std::vector<std::vector<double>>& results, const std::vecto
 }
 
 // The first calls of both get() in this program, if no other test has made them, are these. The
-// position lies outside, so that the border is asked too.
+// position is outside, so that the border is asked too.
 void expectFirstCallsToAgree(Interpolator* interpolator, Border* border, double expected)
 {
     const WrappedVolume<short> scene(rowVolume<short>({10, 20, 30}));

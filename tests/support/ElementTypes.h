@@ -18,7 +18,7 @@ void forEachElementType(const Visit& visit)
     std::apply([&](auto... zeros) { (visit(zeros), ...); }, OfElementTypes<std::tuple>());
 }
 
-/// Calls visit(T{}) with the element type that the number stands for.
+/// Calls visit(T{}) with the element type of that number, modulo 7.
 template <class Visit>
 void withElementType(std::uint64_t number, const Visit& visit)
 {

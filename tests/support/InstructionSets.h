@@ -9,7 +9,7 @@
 
 namespace volux::test {
 
-/// Of the instruction sets that volux_resample is compiled for, those that this processor has.
+/// The instruction sets that volux_resample is compiled for and that this processor has.
 inline std::vector<std::int64_t> instructionSets()
 {
     hwy::SetSupportedTargetsForTest(0);

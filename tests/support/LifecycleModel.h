@@ -72,7 +72,7 @@ public:
     /// The elements of a block; those of a wrapped one are shared with whoever owns it.
     using Values = std::shared_ptr<std::vector<T>>;
 
-    /// What the image's fields have to be; the address of an owned block is not modelled.
+    /// What the image's fields must be; the address of an owned block is not modelled.
     const ImageFields<T>& fields() const { return fields_; }
     const Values& values() const { return values_; }
     bool reserved() const { return values_ != nullptr; }
@@ -227,7 +227,7 @@ private:
     Values values_;
 };
 
-/// The model's fields with the address at which an owned block happens to lie.
+/// The model's fields with the address that an owned block happens to have.
 template <class T>
 ImageFields<T> expectedFields(const VxImage<T>& image, const ModelImage<T>& model)
 {

@@ -10,7 +10,7 @@
 
 namespace volux::test {
 
-/// Memory of the caller's for images to wrap, and what it has to hold.
+/// Memory of the caller's for images to wrap, and what it must hold.
 template <class T>
 struct CallersBlock {
     CallersBlock(SlotHeap& heap, std::size_t count, std::uint64_t seed)

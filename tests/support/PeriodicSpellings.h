@@ -1,4 +1,4 @@
-// Calls through a border of the user's own, which no static object stands for, and their oracle.
+// Calls through a border of the user's own, which is no static object, and their oracle.
 #pragma once
 
 #include <cstdint>

@@ -16,7 +16,7 @@ inline unsigned int extent(const Layout& l, Axis axis)
     return axis == Axis::X ? l.extents.width : axis == Axis::Y ? l.extents.height : l.extents.depth;
 }
 
-/// A plane lies across `across`; its own x axis runs along `planeX`, its y axis along `planeY`.
+/// A plane is normal to `across`; its own x axis runs along `planeX`, its y axis along `planeY`.
 template <class T>
 struct PlaneFunctions {
     const char* name;
@@ -24,7 +24,7 @@ struct PlaneFunctions {
     ErrorType (*get)(unsigned int, const VxImage<T>&, VxImage<T>*);
     ErrorType (*set)(unsigned int, const VxImage<T>&, VxImage<T>*);
 
-    /// Names the volume's voxel that voxel (i, j) of plane `index` stands for.
+    /// The volume's voxel that is voxel (i, j) of plane `index`.
     template <class AnyVolume>
     auto& voxel(AnyVolume& volume, unsigned int index, unsigned int i, unsigned int j,
                 unsigned int c) const

@@ -89,7 +89,7 @@ bool choosesAtRunTime(const Spelling<T>& spelling)
            spelling.name.find("pointer") != std::string::npos;
 }
 
-// The spellings of one form, kernel and border, which have to give the same bits.
+// The spellings of one form, kernel and border, which must give the same bits.
 template <class T>
 struct Meaning {
     oracle::Form form;

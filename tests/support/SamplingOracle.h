@@ -1,4 +1,4 @@
-// What sampling has to yield, written a second time from the definitions: one plain step after the
+// What sampling must yield, written a second time from the definitions: one plain step after the
 // other, nothing hoisted, no code shared with the library. Indices live in 64 bits, so that
 // every wrap to 32 bits is spelt out.
 #pragma once

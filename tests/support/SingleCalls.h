@@ -1,4 +1,4 @@
-// What the module itself gives, one call for each sample, at positions that follow the documented
+// What volux_core gives, one call for each sample, at positions that follow the documented
 // rule. Nothing here calls volux_resample; only what its headers say of a map and of options is
 // used.
 #pragma once
@@ -52,7 +52,7 @@ T at(const VxImage<T>& image, unsigned int x, unsigned int y, unsigned int z, un
                  static_cast<int>(c));
 }
 
-// The module's reading at a position in voxels. The calls by value take voxels whatever the spacing
+// volux_core's reading at a position in voxels. The calls by value take voxels whatever the spacing
 // is; a policy of the test's own is called through an image whose spacing is 1.
 template <class T>
 double reading(const VxImage<T>& image, const Position& p, int c, const Options& options)
@@ -83,7 +83,7 @@ T saturated(double value)
     return static_cast<T>(rounded);
 }
 
-// What becomes of a reading in a destination of type T; wrapping is the module's own rounded form.
+// What becomes of a reading in a destination of type T; wrapping is volux_core's own rounded form.
 template <class T>
 T element(const VxImage<T>& image, const Position& p, int c, const Options& options)
 {

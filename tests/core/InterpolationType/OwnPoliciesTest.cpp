@@ -198,7 +198,7 @@ TYPED_TEST(OwnPolicies, AnInterpolatorWithTheForwardingTableIsReached)
     EXPECT_EQ(image.getValueVoxel(1, 2, 3, 1, &distance, &this->border, nine), TypeParam{16});
 }
 
-// The value of the call, as the element type: the table has to convert it.
+// The value of the call, as the element type: the table must convert it.
 struct ValueItself : Interpolator {
     InterpolatorTable& get() override
     {

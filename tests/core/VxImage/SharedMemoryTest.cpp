@@ -1,4 +1,4 @@
-// Images that lie in the same memory, or whose own voxels do: there the order of writing decides.
+// Images that overlap, or whose own voxels do: there the order of writing decides.
 #include "volux/core/VxImage.h"
 
 #include <gtest/gtest.h>
@@ -18,7 +18,7 @@
 namespace volux::test {
 namespace {
 
-/// All voxels of a row are one element, and slices lie apart.
+/// All voxels of a row are one element, and slices are apart.
 Layout standing(unsigned int w, unsigned int h, unsigned int d, unsigned int c)
 {
     return {"standing", {w, h, d}, c, 0, c, c * (h + w), 1};
@@ -301,7 +301,7 @@ TYPED_TEST(SharedMemory, PlanesOfSeveralChannelsKeepThemTogether)
     }
 }
 
-/// Two voxels along one axis, or two channels, that lie as far apart as a stride can say.
+/// Two voxels along one axis, or two channels, that are as far apart as a stride can say.
 class FarApart : public ::testing::TestWithParam<unsigned int> {
 protected:
     static constexpr unsigned int kLargest = 0xFFFFFFFFU;

@@ -1,4 +1,4 @@
-// Compares calls on large random volumes with one call of the module for each sample, for so many
+// Compares calls on large random volumes with one call of volux_core for each sample, for so many
 // seconds. Every call draws its map, kernel, border, instruction set and number of threads.
 // Usage: bulk_run SECONDS SEED
 // Prints the number of volumes, then a line for each operation, element type, kernel and border:

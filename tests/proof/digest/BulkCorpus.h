@@ -1,5 +1,5 @@
 // The calls on whole volumes that digests are taken of, and the stream of their results. `Calls`
-// answers them: volux_resample, or one call of the module for each sample. Like the volumes, not
+// answers them: volux_resample, or one call of volux_core for each sample. Like the volumes, not
 // one number of it may change, and every product that is added to is exact.
 #pragma once
 
@@ -233,7 +233,7 @@ private:
             std::array<Projection, 3>{Projection::MEAN, Projection::MAXIMUM, Projection::MINIMUM});
         const Slab slab = {1 + random_.below(4), projection};
         withEachPolicy("reslice", [&](Options options, Stream& stream) {
-            options.overflow = resample::Overflow::SATURATE;  // of a mean the module knows nothing
+            options.overflow = resample::Overflow::SATURATE;  // volux_core has no mean to wrap
             Destination<T> to = destination(planes.width, planes.height, planes.count, false);
             calls_.reslice(wrapped_.image, planes, to.image, options, slab);
             to.appendTo(stream);

@@ -1,5 +1,5 @@
 // The volumes and the positions that the digests are taken of, the same with every compiler and
-// processor. They stand apart from the scenes that the tests draw: digests of two releases can be
+// processor. They are apart from the scenes that the tests draw: digests of two releases can be
 // compared only as long as not one voxel of this corpus changes. A compiler is free to fuse
 // products and sums here: every product that is added to is exact.
 #pragma once
@@ -169,7 +169,7 @@ inline double farCoordinate(Generator& random)
     return random.anyOf(far);
 }
 
-// Four fifths of the positions are ordinary. Along one axis the others lie at an edge or far away,
+// Four fifths of the positions are ordinary. Along one axis the others are at an edge or far away,
 // and along the other two they are ordinary, at an edge or at a whole number.
 inline Position position(Generator& random, const Extents& extents)
 {

@@ -54,7 +54,7 @@ const std::array<double, 64> kVoxels = [] {
     return voxels;
 }();
 
-// What stands at an index: by its last two bits on each axis, so that any four in a row differ.
+// The voxel at an index: by its last two bits on each axis, so that any four in a row differ.
 double voxelAt(std::int64_t x, std::int64_t y, std::int64_t z)
 {
     return kVoxels[static_cast<std::size_t>((x & 3) | (y & 3) << 2 | (z & 3) << 4)];

@@ -1,4 +1,4 @@
-// Drives the module for the sanitizer of uninitialised memory: whatever an operation gives must
+// Drives volux_core for the sanitizer of uninitialised memory: whatever an operation gives must
 // come from what was written. Test frameworks do not qualify, because the standard library, which
 // is not instrumented, writes much of their memory.
 #include <sanitizer/msan_interface.h>
