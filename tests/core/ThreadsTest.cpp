@@ -4,13 +4,16 @@
 
 #include <atomic>
 #include <cstddef>
+#include <ios>
+#include <sstream>
+#include <string>
 #include <thread>
 #include <vector>
 
 #include "support/BitExact.h"
-#include "support/Random.h"
 #include "support/RandomScenes.h"
 #include "support/SamplingOracle.h"
+#include "support/Seeded.h"
 #include "support/TypedSuites.h"
 #include "support/WrappedVolume.h"
 
@@ -52,12 +55,15 @@ std::vector<std::vector<double>> onAllThreads(const Work& work)
     return results;
 }
 
-void expectAll(const std::vector<std::vector<double>>& results, const std::vector<double>& expected)
+template <class Describe>
+void expectAll(const std::vector<std::vector<double>>& results, const std::vector<double>& expected,
+               const Describe& describe)
 {
     for (const std::vector<double>& result : results) {
         ASSERT_EQ(result.size(), expected.size());
         for (std::size_t n = 0; n < expected.size(); ++n)
-            ASSERT_TRUE(bitEqual(result[n], expected[n]));
+            ASSERT_TRUE(bitEqual(result[n], expected[n]))
+                << "thread " << &result - &results[0] << ", " << describe(n);
     }
 }
 
@@ -70,7 +76,7 @@ void expectFirstCallsToAgree(Interpolator* interpolator, Border* border, double 
         return std::vector<double>{
             scene.image.getDoubleValueReal(2.5, 0, 0, 0, interpolator, border, 40)};
     });
-    expectAll(results, {expected});
+    expectAll(results, {expected}, [](std::size_t) { return "the first call"; });
 }
 
 TEST(Threads, MakeTheFirstCallsOfNearestNeighborAndConstantAtOnce)
@@ -128,6 +134,16 @@ protected:
         return values;
     }
 
+    // The place of a value, whose number modulo 4 is that of its policies.
+    std::string described(std::size_t n) const
+    {
+        const Position& p = positions[n / 4];
+        std::ostringstream text;
+        text << "policies " << n % 4 << std::hexfloat << " at " << p.x << ' ' << p.y << ' ' << p.z
+             << ", " << scene.volume;
+        return text.str();
+    }
+
 private:
     double expectedAt(const Position& p, oracle::Kernel kernel, oracle::Border border) const
     {
@@ -135,7 +151,7 @@ private:
                                  {oracle::Form::DoubleValueReal, kernel, border, p, 0, T{7}});
     }
 
-    Random random_;
+    Seeded random_;
 
 protected:
     WrappedVolume<T> scene;
@@ -145,7 +161,8 @@ TYPED_TEST_SUITE(ThreadsSampling, ElementTypes, ElementTypeNames);
 
 TYPED_TEST(ThreadsSampling, OneImageGetTheSameBits)
 {
-    expectAll(onAllThreads([this] { return this->sampled(); }), this->expected());
+    expectAll(onAllThreads([this] { return this->sampled(); }), this->expected(),
+              [this](std::size_t n) { return this->described(n); });
 }
 
 }  // namespace

@@ -63,7 +63,7 @@ inline std::string placeOf(const Layout& l, std::size_t element)
     });
     if (text.tellp() == 0)
         text << "no voxel";
-    text << " of a volume, " << l;
+    text << " of a " << l;
     return text.str();
 }
 

@@ -13,7 +13,7 @@
 #include "support/ImageAccess.h"
 #include "support/ImageFields.h"
 #include "support/ImageStates.h"
-#include "support/Random.h"
+#include "support/Seeded.h"
 #include "support/SparseBlock.h"
 #include "support/TypedSuites.h"
 
@@ -229,7 +229,7 @@ TYPED_TEST(Access, HasVoxelComparesEachExtentAsASignedNumber)
 
 TYPED_TEST(Access, HasVoxelAgreesWithIsInsideOnTheSameBits)
 {
-    Random random(5);
+    Seeded random(5);
     const auto coordinate = [&] {
         return static_cast<int>(static_cast<unsigned int>(random.bits() >> random.below(64)));
     };

@@ -9,7 +9,7 @@
 #include "support/ImageAccess.h"
 #include "support/ImageFields.h"
 #include "support/ImageStates.h"
-#include "support/Random.h"
+#include "support/Seeded.h"
 #include "support/TypedSuites.h"
 
 namespace volux::test {
@@ -108,7 +108,7 @@ bool fits64Bits(unsigned int w, unsigned int h, unsigned int d, unsigned int c,
 
 TYPED_TEST(SizeLimits, AgreesWithWideArithmetic)
 {
-    Random random(71);
+    Seeded random(71);
     const auto extent = [&] {
         return 1 + static_cast<unsigned int>((random.bits() & kMaxExtent) % kMaxExtent >>
                                              random.below(31));

@@ -177,7 +177,7 @@ TYPED_TEST(EverySpelling, GivesTheBitsOfTheOracle)
         for (const Position& p : kPositions) {
             const double sampled = spelling.sample({this->scene.image, p, 1, value});
             EXPECT_TRUE(bitEqual(sampled, this->expected(spelling, p, value)))
-                << nameOf(spelling) << " at " << p.x << ' ' << p.y << ' ' << p.z;
+                << nameOf(spelling) << " at " << std::hexfloat << p.x << ' ' << p.y << ' ' << p.z;
         }
     }
 }
