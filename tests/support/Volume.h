@@ -133,9 +133,4 @@ struct Volume : Layout {
     const T* first() const { return block.data() + origin; }
 };
 
-namespace oracle {
-using test::Extents;
-using test::Volume;
-}  // namespace oracle
-
 }  // namespace volux::test

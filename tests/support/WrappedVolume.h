@@ -1,11 +1,13 @@
 // Volumes, and images of the same voxels beside them.
 #pragma once
 
+#include <cstddef>
 #include <numeric>
 #include <utility>
 #include <vector>
 
 #include "Difference.h"
+#include "ElementTypes.h"
 #include "Names.h"
 #include "Volume.h"
 
@@ -64,6 +66,16 @@ template <class T>
 Volume<T> countingVolume(const Extents& e, unsigned int channels = 1)
 {
     return countingVolume<T>(interleaved(e.width, e.height, e.depth, channels));
+}
+
+/// Elements from the whole range of T, the same every time.
+template <class T>
+Volume<T> variedVolume(const Extents& e, unsigned int channels = 1)
+{
+    Volume<T> volume = blankVolume<T>(e, channels);
+    for (std::size_t n = 0; n < volume.block.size(); ++n)
+        volume.block[n] = someValue<T>(n);
+    return volume;
 }
 
 /// A row of voxels along x.

@@ -165,13 +165,10 @@ TYPED_TEST_SUITE(CubicTypes, ElementTypes, ElementTypeNames);
 
 TYPED_TEST(CubicTypes, GiveTheVoxelAtAWholePositionWhateverTheBorder)
 {
-    auto volume = blankVolume<TypeParam>({3, 3, 3});
-    for (std::size_t n = 0; n < volume.block.size(); ++n)
-        volume.block[n] = someValue<TypeParam>(n);
-    WrappedVolume<TypeParam> scene(volume);
+    const WrappedVolume<TypeParam> scene(variedVolume<TypeParam>({3, 3, 3}));
     for (int n = 0; n < 27; ++n) {
         const Position p{n % 3 + 0.0, n / 3 % 3 + 0.0, n / 9 + 0.0};
-        const double voxel = static_cast<double>(volume.block[static_cast<std::size_t>(n)]);
+        const double voxel = static_cast<double>(scene.volume.block[static_cast<std::size_t>(n)]);
         EXPECT_TRUE(bitEqual(cubic(scene, p, Constant(), TypeParam{77}), voxel));
         EXPECT_TRUE(bitEqual(cubic(scene, p, Replication()), voxel));
     }

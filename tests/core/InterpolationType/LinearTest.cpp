@@ -117,14 +117,11 @@ TYPED_TEST_SUITE(LinearTypes, ElementTypes, ElementTypeNames);
 
 TYPED_TEST(LinearTypes, GiveTheVoxelAtAWholePosition)
 {
-    auto volume = blankVolume<TypeParam>({3, 3, 3});
-    for (std::size_t n = 0; n < volume.block.size(); ++n)
-        volume.block[n] = someValue<TypeParam>(n);
-    WrappedVolume<TypeParam> scene(volume);
+    const WrappedVolume<TypeParam> scene(variedVolume<TypeParam>({3, 3, 3}));
     for (int n = 0; n < 27; ++n) {
         const Position p{n % 3 + 0.0, n / 3 % 3 + 0.0, n / 9 + 0.0};
         EXPECT_TRUE(bitEqual(linear(scene, p, Constant()),
-                             static_cast<double>(volume.block[static_cast<std::size_t>(n)])));
+                             static_cast<double>(scene.volume.block[static_cast<std::size_t>(n)])));
     }
 }
 

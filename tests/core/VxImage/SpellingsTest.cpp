@@ -149,13 +149,11 @@ const Position kPositions[] = {
 template <class T>
 class EverySpelling : public ::testing::Test {
 protected:
-    EverySpelling() : scene(source()) { scene.image.setVoxelSize(0.5, 2.0, 0.7); }
+    EverySpelling() : scene(source()) {}
 
     static Volume<T> source()
     {
-        Volume<T> volume = blankVolume<T>({3, 4, 3}, 2);
-        for (std::size_t n = 0; n < volume.block.size(); ++n)
-            volume.block[n] = someValue<T>(n);
+        Volume<T> volume = variedVolume<T>({3, 4, 3}, 2);
         volume.spacing = {0.5, 2.0, 0.7};
         return volume;
     }
