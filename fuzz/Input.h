@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "support/ElementTypes.h"
+
 namespace volux::fuzz {
 
 class Input {
@@ -36,27 +38,5 @@ private:
     const std::uint8_t* next_;
     std::size_t left_;
 };
-
-/// Calls run(T{}) with the element type that the number stands for.
-template <class Run>
-void withElementType(unsigned int number, const Run& run)
-{
-    switch (number % 7) {
-        case 0:
-            return run(static_cast<unsigned char>(0));
-        case 1:
-            return run(short{0});
-        case 2:
-            return run(static_cast<unsigned short>(0));
-        case 3:
-            return run(0);
-        case 4:
-            return run(0U);
-        case 5:
-            return run(0.0F);
-        default:
-            return run(0.0);
-    }
-}
 
 }  // namespace volux::fuzz

@@ -3,10 +3,11 @@
 
 #include <array>
 #include <cmath>
+#include <vector>
 
 #include "Input.h"
 #include "support/ElementTypes.h"
-#include "support/SamplingOracle.h"
+#include "support/Volume.h"
 
 namespace volux::fuzz {
 
@@ -50,34 +51,30 @@ inline oracle::Position someSpacings(Input& input)
 }
 
 /// The axes in any order, with unused elements in between or without.
-template <class T>
-void layOut(oracle::Volume<T>& v, Input& input)
+inline test::Layout someLayout(Input& input)
 {
-    std::array<std::int64_t*, 4> strides{&v.strideC, &v.strideX, &v.strideY, &v.strideZ};
-    std::array<std::int64_t, 4> extents{v.channels, v.extents.width, v.extents.height,
-                                        v.extents.depth};
+    test::Layout l{"any", {}, 0, 0, 0, 0, 0};
+    l.extents = {1 + input.below(5), 1 + input.below(5), 1 + input.below(5)};
+    l.channels = 1 + input.below(2);
+    const std::array<unsigned int*, 4> strides{&l.strideC, &l.strideX, &l.strideY, &l.strideZ};
+    const std::array<unsigned int, 4> extents{l.channels, l.extents.width, l.extents.height,
+                                              l.extents.depth};
     const unsigned int turn = input.below(4);
-    const std::int64_t gap = input.below(3);
-    std::int64_t next = 1;
+    const unsigned int gap = input.below(3);
+    unsigned int next = 1;
     for (std::size_t i = 0; i < 4; ++i) {
         const std::size_t axis = (i + turn) % 4;
         *strides[axis] = next;
         next = next * extents[axis] + gap;
     }
+    return l;
 }
 
 template <class T>
-oracle::Volume<T> someVolume(Input& input)
+test::Volume<T> someVolume(Input& input)
 {
-    oracle::Volume<T> v;
-    v.extents = {1 + input.below(5), 1 + input.below(5), 1 + input.below(5)};
-    v.channels = 1 + input.below(2);
-    layOut(v, input);
-    v.spacing = someSpacings(input);
-    const std::int64_t last = v.strideX * (v.extents.width - 1) +
-                              v.strideY * (v.extents.height - 1) +
-                              v.strideZ * (v.extents.depth - 1) + v.strideC * (v.channels - 1);
-    v.block.resize(static_cast<std::size_t>(last + 1));
+    const test::Layout layout = someLayout(input);
+    test::Volume<T> v{layout, std::vector<T>(layout.addressed()), 0, someSpacings(input)};
     const std::uint64_t seed = input.raw<std::uint8_t>();
     for (std::size_t i = 0; i < v.block.size(); ++i)
         v.block[i] = test::someValue<T>(seed + i);

@@ -1,10 +1,10 @@
-// Crop, draw, the planes, fill and single voxels, on volumes of any layout that lie between
+// Crop, draw, the planes, fill and single voxels, on volumes of any layout between
 // forbidden pages, each compared with its plain definition.
 #include <algorithm>
 #include <array>
 
-#include "GuardedBlock.h"
 #include "Input.h"
+#include "support/GuardedPages.h"
 #include "support/ModelledImage.h"
 #include "support/PlaneFunctions.h"
 
@@ -26,36 +26,37 @@ Layout someLayout(Input& input, unsigned int channels)
     const unsigned int kind = input.below(8);
     if (kind < std::size(test::kLayouts))
         return test::kLayouts[kind](w, h, d, channels);
-    Layout layout{"any", w, h, d, channels, 0, 0, 0, 0};
+    Layout layout{"any", {w, h, d}, channels, 0, 0, 0, 0};
     for (unsigned int* stride :
          {&layout.strideX, &layout.strideY, &layout.strideZ, &layout.strideC})
         *stride = input.below(64);
     return layout;
 }
 
-/// A volume as it has to be, and an image that wraps the same elements between guards: exactly from
+/// A volume as it must be, and an image that wraps the same elements between guards: exactly from
 /// the first to the last that the layout addresses.
 template <class T>
 class Guarded {
 public:
-    Guarded(GuardedPages& pages, Input& input, unsigned int channels)
+    Guarded(test::GuardedPages& pages, Input& input, unsigned int channels)
         : expected_(test::someVolume<T>(someLayout(input, channels), input.raw<std::uint8_t>()))
     {
-        const Layout& l = expected_.layout;
-        count_ = l.element(l.width - 1, l.height - 1, l.depth - 1, l.channels - 1) + 1;
+        count_ = expected_.addressed();
         data_ = pages.place<T>(count_, input.flag());
-        std::copy_n(expected_.block.begin() + test::kGuard, count_, data_);
-        image_.initializeWithPointer(data_, l.width, l.height, l.depth, l.channels);
-        image_.setImageStride(l.strideY, l.strideZ, l.strideC, l.strideX);
+        std::copy_n(expected_.first(), count_, data_);
+        test::wrap(data_, expected_, &image_);
     }
 
     void compare() const
     {
-        require(std::memcmp(data_, expected_.block.data() + test::kGuard, count_ * sizeof(T)) == 0,
-                "a volume holds something else");
+        for (std::size_t i = 0; i < count_; ++i)
+            if (std::memcmp(data_ + i, expected_.first() + i, sizeof(T)) != 0)
+                throw test::Difference(test::withBits(data_[i]) + ", not " +
+                                       test::withBits(expected_.first()[i]) + ", in " +
+                                       test::placeOf(expected_, i));
     }
 
-    const Layout& layout() const { return expected_.layout; }
+    const Layout& layout() const { return expected_; }
     test::Volume<T>& expected() { return expected_; }
     core::VxImage<T>& image() { return image_; }
 
@@ -75,13 +76,15 @@ unsigned int someIndex(Input& input, unsigned int extent)
 
 void requireCode(core::ErrorType expected, core::ErrorType code)
 {
-    require(code == expected, "another code is returned");
+    if (code != expected)
+        throw test::Difference("code " + std::to_string(code) + ", not " +
+                               std::to_string(expected));
 }
 
 template <class T>
 class Calls {
 public:
-    Calls(Input& input, GuardedPages& pages, GuardedPages& otherPages)
+    Calls(Input& input, test::GuardedPages& pages, test::GuardedPages& otherPages)
         : input_(input),
           volume_(pages, input, 1 + input.below(3)),
           other_(otherPages, input, input.below(8) == 0 ? 1 : volume_.layout().channels),
@@ -121,9 +124,10 @@ private:
     void crop()
     {
         const Layout& l = volume_.layout();
-        const core::Rect box(someIndex(input_, l.width), someIndex(input_, l.width),
-                             someIndex(input_, l.height), someIndex(input_, l.height),
-                             someIndex(input_, l.depth), someIndex(input_, l.depth));
+        const core::Rect box(
+            someIndex(input_, l.extents.width), someIndex(input_, l.extents.width),
+            someIndex(input_, l.extents.height), someIndex(input_, l.extents.height),
+            someIndex(input_, l.extents.depth), someIndex(input_, l.extents.depth));
         if (input_.below(8) == 0)
             return requireCode(core::ERR_INVALID_ARGUMENT, volume_.image().crop(box, nullptr));
         out_.make(cropModel(box), false, [&] { return volume_.image().crop(box, &out_.image()); });
@@ -134,9 +138,9 @@ private:
         if (box.xEnd < box.xStart || box.yEnd < box.yStart || box.zEnd < box.zStart)
             return test::returning(core::ERR_INVALID_ARGUMENT);
         const Layout& l = volume_.layout();
-        const auto [endX, width] = clipped(l.width, box.xStart, box.xEnd);
-        const auto [endY, height] = clipped(l.height, box.yStart, box.yEnd);
-        const auto [endZ, depth] = clipped(l.depth, box.zStart, box.zEnd);
+        const auto [endX, width] = clipped(l.extents.width, box.xStart, box.xEnd);
+        const auto [endY, height] = clipped(l.extents.height, box.yStart, box.yEnd);
+        const auto [endZ, depth] = clipped(l.extents.depth, box.zStart, box.zEnd);
         const test::ModelHeap heap{false, test::SlotHeap::kMostBytes};
         const auto effect =
             out_.model().initialize(ImageSize(width, height, depth, l.channels), heap);
@@ -149,23 +153,22 @@ private:
         return effect;
     }
 
-    /// The values of a dense volume as those that the output has to hold from its first on.
+    /// The values of a dense volume as those that the output must hold from its first on.
     void expect(const test::Volume<T>& volume)
     {
-        const auto first = volume.block.begin() + test::kGuard;
-        std::copy_n(first, volume.layout.span(), out_.model().values()->begin());
+        std::copy_n(volume.first(), volume.span(), out_.model().values()->begin());
     }
 
     void draw()
     {
         const Layout& to = volume_.layout();
-        const unsigned int x = someIndex(input_, to.width);
-        const unsigned int y = someIndex(input_, to.height);
-        const unsigned int z = someIndex(input_, to.depth);
+        const unsigned int x = someIndex(input_, to.extents.width);
+        const unsigned int y = someIndex(input_, to.extents.height);
+        const unsigned int z = someIndex(input_, to.extents.depth);
         core::ErrorType code = core::SUCCESS;
         if (to.channels != other_.layout().channels)
             code = core::ERR_INVALID_CHANNEL;
-        else if (x >= to.width || y >= to.height || z >= to.depth)
+        else if (x >= to.extents.width || y >= to.extents.height || z >= to.extents.depth)
             code = core::ERR_INVALID_ARGUMENT;
         else
             test::naiveDraw(volume_.expected(), other_.expected(), x, y, z);
@@ -210,9 +213,9 @@ private:
         core::ErrorType code = core::SUCCESS;
         if (index >= extent(to, plane.across))
             code = test::invalid(plane.across);
-        else if (from.width != plane.planeWidth(to))
+        else if (from.extents.width != plane.planeWidth(to))
             code = test::invalid(plane.planeX);
-        else if (from.height != plane.planeHeight(to))
+        else if (from.extents.height != plane.planeHeight(to))
             code = test::invalid(plane.planeY);
         else if (from.channels != to.channels)
             code = core::ERR_INVALID_CHANNEL;
@@ -239,11 +242,14 @@ private:
     void voxel()
     {
         const Layout& l = volume_.layout();
-        const unsigned int x = someIndex(input_, l.width), y = someIndex(input_, l.height);
-        const unsigned int z = someIndex(input_, l.depth), c = someIndex(input_, l.channels);
+        const unsigned int x = someIndex(input_, l.extents.width),
+                           y = someIndex(input_, l.extents.height);
+        const unsigned int z = someIndex(input_, l.extents.depth),
+                           c = someIndex(input_, l.channels);
         const int at[] = {static_cast<int>(x), static_cast<int>(y), static_cast<int>(z),
                           static_cast<int>(c)};
-        const bool inside = x < l.width && y < l.height && z < l.depth && c < l.channels;
+        const bool inside =
+            x < l.extents.width && y < l.extents.height && z < l.extents.depth && c < l.channels;
         core::VxImage<T>& image = volume_.image();
         require(image.hasVoxel(at[0], at[1], at[2], at[3]) == inside, "hasVoxel is wrong");
         const T stored = inside ? volume_.expected().at(x, y, z, c) : T{};
@@ -290,10 +296,10 @@ private:
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     using namespace volux::fuzz;
-    static GuardedPages pages;
-    static GuardedPages otherPages;
+    static volux::test::GuardedPages pages;
+    static volux::test::GuardedPages otherPages;
     Input input(data, size);
-    withElementType(input.below(7),
-                    [&](auto zero) { Calls<decltype(zero)>(input, pages, otherPages).run(); });
+    volux::test::withElementType(
+        input.below(7), [&](auto zero) { Calls<decltype(zero)>(input, pages, otherPages).run(); });
     return 0;
 }

@@ -1,16 +1,16 @@
-// Calls on whole volumes against one call of the module for each sample: any map, grid, layout and
+// Calls on whole volumes against one call of volux_core for each sample: any map, grid, layout and
 // options, with the source between two forbidden pages and nothing but the result written.
-#include <hwy/targets.h>
-
 #include <array>
 #include <vector>
 
-#include "GuardedBlock.h"
 #include "Input.h"
 #include "Scene.h"
 #include "support/BitExact.h"
+#include "support/Described.h"
 #include "support/Difference.h"
-#include "support/SingleCalls.h"
+#include "support/GuardedPages.h"
+#include "support/InstructionSets.h"
+#include "support/WrappedVolume.h"
 #include "volux/resample.h"
 
 namespace volux::fuzz {
@@ -22,28 +22,16 @@ using test::Position;
 
 constexpr int kMostCalls = 4;
 
-/// The source, at one end of guarded pages, and an image around it.
+/// An image whose voxels are at one end of guarded pages.
 template <class T>
-class Source {
-public:
-    Source(GuardedPages& pages, Input& input) : volume_(someVolume<T>(input))
-    {
-        T* const block = pages.place<T>(volume_.block.size(), input.flag());
-        std::copy(volume_.block.begin(), volume_.block.end(), block);
-        const auto size = [](std::int64_t n) { return static_cast<unsigned int>(n); };
-        const oracle::Extents& e = volume_.extents;
-        image.initializeWithPointer(block, size(e.width), size(e.height), size(e.depth),
-                                    size(volume_.channels));
-        image.setImageStride(size(volume_.strideY), size(volume_.strideZ), size(volume_.strideC),
-                             size(volume_.strideX));
-        image.setVoxelSize(volume_.spacing.x, volume_.spacing.y, volume_.spacing.z);
-    }
-
-    core::VxImage<T> image;
-
-private:
-    oracle::Volume<T> volume_;
-};
+void placeSource(test::GuardedPages& pages, Input& input, core::VxImage<T>& image)
+{
+    const test::Volume<T> volume = someVolume<T>(input);
+    T* const block = pages.place<T>(volume.block.size(), input.flag());
+    std::copy(volume.block.begin(), volume.block.end(), block);
+    test::wrap(block, volume, &image);
+    image.setVoxelSize(volume.spacing.x, volume.spacing.y, volume.spacing.z);
+}
 
 double someStep(Input& input)
 {
@@ -71,7 +59,7 @@ AffineMap someMap(Input& input)
 template <class T>
 Options someOptions(Input& input)
 {
-    // An integer type has to hold it.
+    // An integer type must hold it.
     const auto outside = static_cast<double>(input.raw<T>());
     Options options(test::kInterpolators[input.below(3)], test::kBorders[input.below(2)], outside);
     options.overflow = input.flag() ? test::Overflow::WRAP : test::Overflow::SATURATE;
@@ -79,35 +67,23 @@ Options someOptions(Input& input)
     return options;
 }
 
-void chooseInstructionSet(Input& input)
-{
-    hwy::SetSupportedTargetsForTest(0);
-    std::vector<std::int64_t> all;
-    for (std::int64_t left = hwy::SupportedTargets() & HWY_TARGETS; left != 0; left &= left - 1)
-        all.push_back(left & -left);
-    hwy::SetSupportedTargetsForTest(all[input.below(static_cast<unsigned int>(all.size()))]);
-    hwy::GetChosenTarget().Update(hwy::SupportedTargets());
-}
+std::string instructions;  // that the latest call was made with
 
-template <class T>
-void requireSame(T got, T expected)
+template <class T, class Source>
+void requireSame(T got, T expected, const core::VxImage<Source>& image, const Position& p, int c,
+                 const Options& options)
 {
     if (!test::sameBits(got, expected))
         throw test::Difference("a sample is " + test::withBits(got) + ", not " +
-                               test::withBits(expected));
-}
-
-template <class T>
-T at(const core::VxImage<T>& image, unsigned int x, unsigned int y, unsigned int z, int c)
-{
-    return image(static_cast<int>(x), static_cast<int>(y), static_cast<int>(z), c);
+                               test::withBits(expected) + ", with " + instructions + ", " +
+                               test::describedCall(image, p, c, options));
 }
 
 /// A box of an image, between forbidden pages.
 template <class T>
 void cut(core::VxImage<T>& image, const core::Rect& box, bool atEnd, core::VxImage<T>& brick)
 {
-    static GuardedPages pages;
+    static test::GuardedPages pages;
     core::VxImage<T> copy;
     test::require(image.crop(box, &copy) == core::SUCCESS, "a support is no box of the source");
     const std::size_t count =
@@ -117,57 +93,79 @@ void cut(core::VxImage<T>& image, const core::Rect& box, bool atEnd, core::VxIma
     brick.initializeWithPointer(block, box.width(), box.height(), box.depth(), image.getChannels());
 }
 
-/// A box of a grid, or the whole; of a box the brick is what it reads, between guards of its own.
-template <class T>
-void resampleGrid(Source<T>& source, Input& input)
+resample::Grid someGrid(Input& input)
 {
     resample::Grid grid;
     grid.width = 1 + input.below(70);
     grid.height = 1 + input.below(4);
     grid.depth = 1 + input.below(3);
     grid.map = someMap(input);
-    const Options options = someOptions<T>(input);
-    resample::ResampleRegion region;
-    core::VxImage<T>& image = source.image;
-    region.sourceWidth = image.getWidth();
-    region.sourceHeight = image.getHeight();
-    region.sourceDepth = image.getDepth();
+    return grid;
+}
+
+/// From any voxel of the grid to its last.
+core::Rect someOutput(const resample::Grid& grid, Input& input)
+{
     const unsigned int x = input.below(256) % grid.width;
     const unsigned int y = input.below(4) % grid.height;
     const unsigned int z = input.below(3) % grid.depth;
-    const bool isPart = input.flag();
-    region.output = isPart ? core::Rect(x, grid.width - 1, y, grid.height - 1, z, grid.depth - 1)
-                           : core::Rect(0, grid.width - 1, 0, grid.height - 1, 0, grid.depth - 1);
-    core::VxImage<T> result;
+    return {x, grid.width - 1, y, grid.height - 1, z, grid.depth - 1};
+}
+
+/// A part of the grid from the brick that it reads, which is between guards of its own.
+template <class T>
+core::ErrorType resamplePart(core::VxImage<T>& image, const resample::Grid& grid,
+                             const core::Rect& output, Input& input, core::VxImage<T>& result,
+                             const Options& options)
+{
+    resample::ResampleRegion region;
+    region.sourceWidth = image.getWidth();
+    region.sourceHeight = image.getHeight();
+    region.sourceDepth = image.getDepth();
+    region.output = output;
+    core::Rect box;
+    const core::ErrorType code = region.support(grid, &box, options);
+    if (code != core::SUCCESS)
+        return code;
     core::VxImage<T> brick;
-    core::ErrorType code = core::SUCCESS;
-    if (isPart) {
-        core::Rect box;
-        code = region.support(grid, &box, options);
-        if (code == core::SUCCESS) {
-            cut(image, box, input.flag(), brick);
-            region.brickX = box.xStart;
-            region.brickY = box.yStart;
-            region.brickZ = box.zStart;
-            code = resample::resample(brick, grid, region, &result, options);
-        }
-    } else {
-        code = resample::resample(image, grid, &result, options);
-    }
-    test::require((code == core::SUCCESS) == grid.map.isInvertible(), "a map is refused or not");
+    cut(image, box, input.flag(), brick);
+    region.brickX = box.xStart;
+    region.brickY = box.yStart;
+    region.brickZ = box.zStart;
+    return resample::resample(brick, grid, region, &result, options);
+}
+
+/// A box of a grid, or the whole.
+template <class T>
+void resampleGrid(core::VxImage<T>& image, Input& input)
+{
+    const resample::Grid grid = someGrid(input);
+    const Options options = someOptions<T>(input);
+    core::Rect box = someOutput(grid, input);
+    const bool isPart = input.flag();
+    core::VxImage<T> result;
+    if (!isPart)
+        box.xStart = box.yStart = box.zStart = 0;
+    const core::ErrorType code = isPart ? resamplePart(image, grid, box, input, result, options)
+                                        : resample::resample(image, grid, &result, options);
+    if ((code == core::SUCCESS) != grid.map.isInvertible())
+        throw test::Difference("code " + std::to_string(code) + " for " +
+                               test::described(grid.map));
     for (unsigned int k = 0; k < result.getDepth(); ++k)
         for (unsigned int j = 0; j < result.getHeight(); ++j)
             for (unsigned int i = 0; i < result.getWidth(); ++i)
-                for (int c = 0; c < static_cast<int>(result.getChannels()); ++c) {
-                    const core::Rect& box = region.output;
+                for (unsigned int c = 0; c < result.getChannels(); ++c) {
                     const Position p =
                         test::positionOf(grid.map, box.xStart + i, box.yStart + j, box.zStart + k);
-                    requireSame(at(result, i, j, k, c), test::element(image, p, c, options));
+                    const int channel = static_cast<int>(c);
+                    requireSame(test::at(result, i, j, k, c),
+                                test::element(image, p, channel, options), image, p, channel,
+                                options);
                 }
 }
 
 template <class T>
-void samplePositions(const Source<T>& source, Input& input)
+void samplePositions(const core::VxImage<T>& image, Input& input)
 {
     std::vector<Position> positions;
     for (unsigned int n = input.below(40); n > 0; --n) {
@@ -175,28 +173,30 @@ void samplePositions(const Source<T>& source, Input& input)
         positions.push_back({p.x, p.y, p.z});
     }
     const Options options = someOptions<T>(input);
-    std::vector<double> results(positions.size() * source.image.getChannels());
+    std::vector<double> results(positions.size() * image.getChannels());
     test::require(
-        resample::sample(source.image, positions.data(), positions.size(), resample::Units::VOXELS,
+        resample::sample(image, positions.data(), positions.size(), resample::Units::VOXELS,
                          resample::kAllChannels, results.data(), options) == core::SUCCESS,
         "positions are refused");
     std::size_t next = 0;
     for (const Position& p : positions)
-        for (int c = 0; c < static_cast<int>(source.image.getChannels()); ++c)
-            requireSame(results[next++], test::reading(source.image, p, c, options));
+        for (int c = 0; c < static_cast<int>(image.getChannels()); ++c)
+            requireSame(results[next++], test::reading(image, p, c, options), image, p, c, options);
 }
 
 template <class T>
 void run(Input& input)
 {
-    static GuardedPages pages;
-    Source<T> source(pages, input);
+    static test::GuardedPages pages;
+    core::VxImage<T> image;
+    placeSource(pages, input, image);
     for (int n = 0; n < kMostCalls && !input.empty(); ++n) {
-        chooseInstructionSet(input);
+        instructions =
+            test::chooseInstructionSet([&](unsigned int count) { return input.below(count); });
         if (input.below(4) == 0)
-            samplePositions(source, input);
+            samplePositions(image, input);
         else
-            resampleGrid(source, input);
+            resampleGrid(image, input);
     }
 }
 
@@ -206,7 +206,7 @@ void run(Input& input)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     volux::fuzz::Input input(data, size);
-    volux::fuzz::withElementType(input.below(7),
+    volux::test::withElementType(input.below(7),
                                  [&](auto zero) { volux::fuzz::run<decltype(zero)>(input); });
     return 0;
 }

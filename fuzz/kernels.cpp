@@ -4,8 +4,7 @@
 #include "Scene.h"
 #include "support/BitExact.h"
 #include "support/Difference.h"
-#include "support/SamplingSpellings.h"
-#include "support/WrappedVolume.h"
+#include "support/SamplingComparison.h"
 
 namespace volux::fuzz {
 namespace {
@@ -24,12 +23,13 @@ void sample(Input& input)
         const T value = input.raw<T>();
         const double sampled =
             spelling.sample({scene.image, position, static_cast<int>(channel), value});
-        const double expected = oracle::sample<T>(
-            scene.volume,
-            {spelling.form, spelling.kernel, spelling.border, position, channel, value});
+        const oracle::Request<T> request{spelling.form, spelling.kernel, spelling.border,
+                                         position,      channel,         value};
+        const double expected = oracle::sample(scene.volume, request);
         if (!test::sameBits(sampled, expected))
             throw test::Difference(test::nameOf(spelling) + " gives " + test::withBits(sampled) +
-                                   ", not " + test::withBits(expected));
+                                   ", not " + test::withBits(expected) + ' ' +
+                                   test::described(scene.volume, request));
     }
 }
 
@@ -39,7 +39,7 @@ void sample(Input& input)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     volux::fuzz::Input input(data, size);
-    volux::fuzz::withElementType(input.below(7),
+    volux::test::withElementType(input.below(7),
                                  [&](auto zero) { volux::fuzz::sample<decltype(zero)>(input); });
     return 0;
 }

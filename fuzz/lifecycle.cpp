@@ -52,7 +52,7 @@ private:
         return size;
     }
 
-    /// A block has to hold what a caller says it holds.
+    /// A block must hold what a caller says it holds.
     void wrap(test::ModelledImage<T>& image, bool refuses)
     {
         const auto& block = this->block();
@@ -147,7 +147,7 @@ private:
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     volux::fuzz::Input input(data, size);
-    volux::fuzz::withElementType(
+    volux::test::withElementType(
         input.below(7), [&](auto zero) { volux::fuzz::Program<decltype(zero)>(input).run(); });
     return 0;
 }

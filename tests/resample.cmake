@@ -5,9 +5,9 @@ set(VOLUX_RESAMPLE_TESTS
     resample/GridTest.cpp
     resample/GuardTest.cpp
     resample/LargeTest.cpp
-    resample/ProcessorsTest.cpp
     resample/PoliciesWithoutRtti.cpp
     resample/PoliciesWithoutRttiTest.cpp
+    resample/ProcessorsTest.cpp
     resample/RefusalsTest.cpp
     resample/RegionTest.cpp
     resample/ResampleTest.cpp

@@ -15,10 +15,10 @@
 
 #include "support/CapturedStderr.h"
 
-namespace volux::base {
+namespace volux::test {
 namespace {
 
-using test::CapturedStderr;
+using base::Exception;
 using Lines = std::vector<std::string>;
 
 struct CompositionCase {
@@ -46,7 +46,7 @@ TEST(Exception, ComposesMessageFileAndLine)
     for (const CompositionCase& entry : kCompositions) {
         const CapturedStderr printed;
         const Exception error(entry.message, entry.file, entry.line);
-        EXPECT_EQ(entry.text, error.what());
+        EXPECT_EQ(error.what(), entry.text);
     }
 }
 
@@ -54,35 +54,35 @@ TEST(Exception, AnEmptyOneHasFourCharacters)
 {
     const CapturedStderr printed;
     const Exception error("", "", 0);
-    EXPECT_EQ(4U, std::strlen(error.what()));
+    EXPECT_EQ(std::strlen(error.what()), 4U);
 }
 
 TEST(Exception, PrintsNothingWhileItLives)
 {
     const CapturedStderr printed;
     const Exception error("m", "f", 1);
-    EXPECT_EQ("", printed.text());
+    EXPECT_EQ(printed.text(), "");
 }
 
 TEST(Exception, PrintsItsTextAndALineEndWhenDestroyed)
 {
     const CapturedStderr printed;
     Exception("m", "f", 1);
-    EXPECT_EQ("m, f:1\n", printed.text());
+    EXPECT_EQ(printed.text(), "m, f:1\n");
 }
 
 TEST(Exception, PrintsEveryCharacterOfItsText)
 {
     const CapturedStderr printed;
     Exception(std::string("a\0b", 3), "f", 1);
-    EXPECT_EQ(std::string("a\0b, f:1\n", 9), printed.text());
+    EXPECT_EQ(printed.text(), std::string("a\0b, f:1\n", 9));
 }
 
 TEST(Exception, PrintsThroughABasePointer)
 {
     const CapturedStderr printed;
     std::unique_ptr<std::exception>(new Exception("m", "f", 1)).reset();
-    EXPECT_EQ("m, f:1\n", printed.text());
+    EXPECT_EQ(printed.text(), "m, f:1\n");
 }
 
 TEST(Exception, EveryCopyPrintsOnce)
@@ -91,10 +91,10 @@ TEST(Exception, EveryCopyPrintsOnce)
     {
         const Exception first("m", "f", 1);
         const Exception second(first);
-        EXPECT_STREQ("m, f:1", second.what());
-        EXPECT_STREQ("m, f:1", first.what());
+        EXPECT_STREQ(second.what(), "m, f:1");
+        EXPECT_STREQ(first.what(), "m, f:1");
     }
-    EXPECT_EQ((Lines{"m, f:1", "m, f:1"}), printed.lines());
+    EXPECT_EQ(printed.lines(), (Lines{"m, f:1", "m, f:1"}));
 }
 
 TEST(Exception, ACopyOutlivesItsSource)
@@ -103,7 +103,7 @@ TEST(Exception, ACopyOutlivesItsSource)
     auto source = std::make_unique<Exception>("m", "f", 1);
     const Exception copy(*source);
     source.reset();
-    EXPECT_STREQ("m, f:1", copy.what());
+    EXPECT_STREQ(copy.what(), "m, f:1");
 }
 
 TEST(Exception, MovingCopies)
@@ -111,8 +111,8 @@ TEST(Exception, MovingCopies)
     const CapturedStderr printed;
     Exception source("m", "f", 1);
     const Exception copy(std::move(source));
-    EXPECT_STREQ("m, f:1", source.what());
-    EXPECT_STREQ("m, f:1", copy.what());
+    EXPECT_STREQ(source.what(), "m, f:1");
+    EXPECT_STREQ(copy.what(), "m, f:1");
 }
 
 TEST(Exception, AssignmentReplacesTheText)
@@ -121,11 +121,11 @@ TEST(Exception, AssignmentReplacesTheText)
     {
         Exception target("old", "f", 1);
         const Exception source("new", "g", 2);
-        EXPECT_EQ(&target, &(target = source));
-        EXPECT_STREQ("new, g:2", target.what());
-        EXPECT_STREQ("new, g:2", source.what());
+        EXPECT_EQ(&(target = source), &target);
+        EXPECT_STREQ(target.what(), "new, g:2");
+        EXPECT_STREQ(source.what(), "new, g:2");
     }
-    EXPECT_EQ((Lines{"new, g:2", "new, g:2"}), printed.lines());
+    EXPECT_EQ(printed.lines(), (Lines{"new, g:2", "new, g:2"}));
 }
 
 TEST(Exception, SelfAssignmentChangesNothing)
@@ -134,10 +134,10 @@ TEST(Exception, SelfAssignmentChangesNothing)
     {
         Exception error("m", "f", 1);
         const Exception& same = error;
-        EXPECT_EQ(&error, &(error = same));
-        EXPECT_STREQ("m, f:1", error.what());
+        EXPECT_EQ(&(error = same), &error);
+        EXPECT_STREQ(error.what(), "m, f:1");
     }
-    EXPECT_EQ(Lines{"m, f:1"}, printed.lines());
+    EXPECT_EQ(printed.lines(), Lines{"m, f:1"});
 }
 
 TEST(Exception, IsCaughtAsAStandardException)
@@ -146,7 +146,7 @@ TEST(Exception, IsCaughtAsAStandardException)
     try {
         throw Exception("m", "f", 1);
     } catch (const std::exception& error) {
-        EXPECT_STREQ("m, f:1", error.what());
+        EXPECT_STREQ(error.what(), "m, f:1");
     }
 }
 
@@ -156,13 +156,13 @@ TEST(Exception, LeavesItsArgumentsAlone)
     const std::string message = "m";
     const std::string file = "f";
     Exception(message, file, 1);
-    EXPECT_EQ("m", message);
-    EXPECT_EQ("f", file);
+    EXPECT_EQ(message, "m");
+    EXPECT_EQ(file, "f");
 }
 
 TEST(Exception, AddsOneStringToItsBase)
 {
-    EXPECT_EQ(sizeof(std::exception) + sizeof(std::string), sizeof(Exception));
+    EXPECT_EQ(sizeof(Exception), sizeof(std::exception) + sizeof(std::string));
 }
 
 /// Stands in for std::cerr's own buffer while it lives, and restores the stream's state.
@@ -227,7 +227,7 @@ TEST(Exception, FlushesAfterTheLineEnd)
     std::cerr << std::nounitbuf;
     Exception("m", "f", 1);
     std::cerr << std::unitbuf;
-    EXPECT_EQ("m, f:1\n", buffer.flushed);
+    EXPECT_EQ(buffer.flushed, "m, f:1\n");
 }
 
 static_assert(std::is_base_of_v<std::exception, Exception>);
@@ -240,4 +240,4 @@ static_assert(std::is_same_v<
               Exception&, decltype(std::declval<Exception&>() = std::declval<const Exception&>())>);
 
 }  // namespace
-}  // namespace volux::base
+}  // namespace volux::test

@@ -2,16 +2,17 @@
 
 #include <gtest/gtest.h>
 
-#include "support/ElementTypes.h"
+#include "support/Names.h"
+#include "support/TypedSuites.h"
 #include "volux/core/VxImage.h"
 
-namespace volux::core {
+namespace volux::test {
 namespace {
 
 template <class T>
 class ElementTag : public ::testing::Test {
 };
-TYPED_TEST_SUITE(ElementTag, test::ElementTypes, test::ElementTypeNames);
+TYPED_TEST_SUITE(ElementTag, ElementTypes, ElementTypeNames);
 
 template <class T>
 constexpr int kTag = 0;
@@ -32,32 +33,32 @@ constexpr int kTag<double> = 7;
 
 TEST(DataType, HasItsFixedNumbers)
 {
-    EXPECT_EQ(1, static_cast<int>(DataType::DT_SHORT));
-    EXPECT_EQ(2, static_cast<int>(DataType::DT_INT));
-    EXPECT_EQ(3, static_cast<int>(DataType::DT_UCHAR));
-    EXPECT_EQ(4, static_cast<int>(DataType::DT_USHORT));
-    EXPECT_EQ(5, static_cast<int>(DataType::DT_UINT));
-    EXPECT_EQ(6, static_cast<int>(DataType::DT_FLOAT));
-    EXPECT_EQ(7, static_cast<int>(DataType::DT_DOUBLE));
+    EXPECT_EQ(static_cast<int>(DataType::DT_SHORT), 1);
+    EXPECT_EQ(static_cast<int>(DataType::DT_INT), 2);
+    EXPECT_EQ(static_cast<int>(DataType::DT_UCHAR), 3);
+    EXPECT_EQ(static_cast<int>(DataType::DT_USHORT), 4);
+    EXPECT_EQ(static_cast<int>(DataType::DT_UINT), 5);
+    EXPECT_EQ(static_cast<int>(DataType::DT_FLOAT), 6);
+    EXPECT_EQ(static_cast<int>(DataType::DT_DOUBLE), 7);
 }
 
 TYPED_TEST(ElementTag, IsAnsweredByADefaultImage)
 {
     VxImage<TypeParam> image;
-    EXPECT_EQ(kTag<TypeParam>, static_cast<int>(image.getDataType()));
+    EXPECT_EQ(static_cast<int>(image.getDataType()), kTag<TypeParam>);
 }
 
 TYPED_TEST(ElementTag, IsTheSameInEveryState)
 {
     VxImage<TypeParam> image;
-    ASSERT_EQ(SUCCESS, image.initialize(2, 2, 2, 1));
-    EXPECT_EQ(kTag<TypeParam>, static_cast<int>(image.getDataType()));
+    ASSERT_EQ(image.initialize(2, 2, 2, 1), SUCCESS);
+    EXPECT_EQ(static_cast<int>(image.getDataType()), kTag<TypeParam>);
     image.terminate();
-    EXPECT_EQ(kTag<TypeParam>, static_cast<int>(image.getDataType()));
+    EXPECT_EQ(static_cast<int>(image.getDataType()), kTag<TypeParam>);
     TypeParam voxel{};
-    ASSERT_EQ(SUCCESS, image.initializeWithPointer(&voxel, 1, 1, 1, 1));
-    EXPECT_EQ(kTag<TypeParam>, static_cast<int>(image.getDataType()));
+    ASSERT_EQ(image.initializeWithPointer(&voxel, 1, 1, 1, 1), SUCCESS);
+    EXPECT_EQ(static_cast<int>(image.getDataType()), kTag<TypeParam>);
 }
 
 }  // namespace
-}  // namespace volux::core
+}  // namespace volux::test

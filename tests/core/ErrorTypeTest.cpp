@@ -6,7 +6,9 @@
 #include <set>
 #include <type_traits>
 
-namespace volux::core {
+#include "support/Names.h"
+
+namespace volux::test {
 namespace {
 
 struct CodeCase {
@@ -31,13 +33,13 @@ constexpr CodeCase kCodes[] = {
 TEST(ErrorCodes, HaveTheirFixedValues)
 {
     for (const CodeCase& entry : kCodes)
-        EXPECT_EQ(entry.value, static_cast<std::int32_t>(entry.code)) << entry.name;
+        EXPECT_EQ(static_cast<std::int32_t>(entry.code), entry.value) << entry.name;
 }
 
 TEST(ErrorCodes, HaveTheirFixedBits)
 {
     for (const CodeCase& entry : kCodes)
-        EXPECT_EQ(entry.bits, static_cast<std::uint32_t>(entry.code)) << entry.name;
+        EXPECT_EQ(static_cast<std::uint32_t>(entry.code), entry.bits) << entry.name;
 }
 
 TEST(ErrorCodes, AreAllDistinct)
@@ -50,7 +52,7 @@ TEST(ErrorCodes, AreAllDistinct)
 TEST(ErrorCodes, OnlySuccessIsNotNegative)
 {
     for (const CodeCase& entry : kCodes)
-        EXPECT_EQ(entry.code != SUCCESS, static_cast<int>(entry.code) < 0) << entry.name;
+        EXPECT_EQ(static_cast<int>(entry.code) < 0, entry.code != SUCCESS) << entry.name;
 }
 
 static_assert(sizeof(ErrorType) == sizeof(std::int32_t));
@@ -59,4 +61,4 @@ static_assert(SUCCESS == ErrorType::SUCCESS && ERR_INVALID_X == ErrorType::ERR_I
               "both spellings name one code");
 
 }  // namespace
-}  // namespace volux::core
+}  // namespace volux::test

@@ -8,22 +8,20 @@
 #include <utility>
 
 #include "support/BitExact.h"
+#include "support/Names.h"
 
-namespace volux::core {
+namespace volux::test {
 namespace {
 
-using test::bitEqual;
-
 constexpr unsigned int kMax = std::numeric_limits<unsigned int>::max();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 void expectFields(const ImageSize& size, unsigned int w, unsigned int h, unsigned int d,
                   unsigned int c)
 {
-    EXPECT_EQ(w, size.width);
-    EXPECT_EQ(h, size.height);
-    EXPECT_EQ(d, size.depth);
-    EXPECT_EQ(c, size.channels);
+    EXPECT_EQ(size.width, w);
+    EXPECT_EQ(size.height, h);
+    EXPECT_EQ(size.depth, d);
+    EXPECT_EQ(size.channels, c);
 }
 
 void expectFields(const VoxelSize& size, double x, double y, double z)
@@ -36,12 +34,12 @@ void expectFields(const VoxelSize& size, double x, double y, double z)
 void expectFields(const Rect& box, unsigned int x0, unsigned int x1, unsigned int y0,
                   unsigned int y1, unsigned int z0, unsigned int z1)
 {
-    EXPECT_EQ(x0, box.xStart);
-    EXPECT_EQ(x1, box.xEnd);
-    EXPECT_EQ(y0, box.yStart);
-    EXPECT_EQ(y1, box.yEnd);
-    EXPECT_EQ(z0, box.zStart);
-    EXPECT_EQ(z1, box.zEnd);
+    EXPECT_EQ(box.xStart, x0);
+    EXPECT_EQ(box.xEnd, x1);
+    EXPECT_EQ(box.yStart, y0);
+    EXPECT_EQ(box.yEnd, y1);
+    EXPECT_EQ(box.zStart, z0);
+    EXPECT_EQ(box.zEnd, z1);
 }
 
 TEST(ImageSize, IsZeroByDefault)
@@ -71,10 +69,10 @@ TEST(ImageSize, CopiesAndMovesItsFields)
 {
     const ImageSize source(1, 2, 3, 4);
     ImageSize copied;
-    EXPECT_EQ(&copied, &(copied = source));
+    EXPECT_EQ(&(copied = source), &copied);
     expectFields(copied, 1, 2, 3, 4);
     ImageSize moved;
-    EXPECT_EQ(&moved, &(moved = ImageSize(5, 6, 7, 8)));
+    EXPECT_EQ(&(moved = ImageSize(5, 6, 7, 8)), &moved);
     expectFields(moved, 5, 6, 7, 8);
     expectFields(ImageSize(source), 1, 2, 3, 4);
 }
@@ -132,10 +130,10 @@ TEST(VoxelSize, CopiesAndMovesItsFields)
 {
     const VoxelSize source(1.0, 2.0, 3.0);
     VoxelSize copied;
-    EXPECT_EQ(&copied, &(copied = source));
+    EXPECT_EQ(&(copied = source), &copied);
     expectFields(copied, 1.0, 2.0, 3.0);
     VoxelSize moved;
-    EXPECT_EQ(&moved, &(moved = VoxelSize(4.0, -0.0, kNaN)));
+    EXPECT_EQ(&(moved = VoxelSize(4.0, -0.0, kNaN)), &moved);
     expectFields(moved, 4.0, -0.0, kNaN);
     expectFields(VoxelSize(source), 1.0, 2.0, 3.0);
 }
@@ -143,9 +141,9 @@ TEST(VoxelSize, CopiesAndMovesItsFields)
 TEST(Rect, IsTheVoxelAtTheOriginByDefault)
 {
     expectFields(Rect(), 0, 0, 0, 0, 0, 0);
-    EXPECT_EQ(1U, Rect().width());
-    EXPECT_EQ(1U, Rect().height());
-    EXPECT_EQ(1U, Rect().depth());
+    EXPECT_EQ(Rect().width(), 1U);
+    EXPECT_EQ(Rect().height(), 1U);
+    EXPECT_EQ(Rect().depth(), 1U);
 }
 
 TEST(Rect, OfFourValuesLiesInThePlaneZ0)
@@ -183,31 +181,31 @@ TEST(Rect, MeasuresEachRangeByTheTable)
     for (const RangeCase& entry : kRanges) {
         const unsigned int a = entry.start;
         const unsigned int b = entry.end;
-        EXPECT_EQ(entry.length, Rect(a, b, 2, 1, 2, 1).width()) << entry.rule;
-        EXPECT_EQ(entry.length, Rect(2, 1, a, b, 2, 1).height()) << entry.rule;
-        EXPECT_EQ(entry.length, Rect(2, 1, 2, 1, a, b).depth()) << entry.rule;
+        EXPECT_EQ(Rect(a, b, 2, 1, 2, 1).width(), entry.length) << entry.rule;
+        EXPECT_EQ(Rect(2, 1, a, b, 2, 1).height(), entry.length) << entry.rule;
+        EXPECT_EQ(Rect(2, 1, 2, 1, a, b).depth(), entry.length) << entry.rule;
     }
 }
 
 TEST(Rect, MeasuresABoxInAPlane)
 {
     const Rect box(5, 5, 0, 9);
-    EXPECT_EQ(1U, box.width());
-    EXPECT_EQ(10U, box.height());
-    EXPECT_EQ(1U, box.depth());
+    EXPECT_EQ(box.width(), 1U);
+    EXPECT_EQ(box.height(), 10U);
+    EXPECT_EQ(box.depth(), 1U);
 }
 
 TEST(Rect, CopiesAndMovesItsFields)
 {
     const Rect source(1, 2, 3, 4, 5, 6);
     Rect copied;
-    EXPECT_EQ(&copied, &(copied = source));
+    EXPECT_EQ(&(copied = source), &copied);
     expectFields(copied, 1, 2, 3, 4, 5, 6);
     Rect moved;
-    EXPECT_EQ(&moved, &(moved = Rect(7, 8, 9, 10, 11, 12)));
+    EXPECT_EQ(&(moved = Rect(7, 8, 9, 10, 11, 12)), &moved);
     expectFields(moved, 7, 8, 9, 10, 11, 12);
     expectFields(Rect(source), 1, 2, 3, 4, 5, 6);
 }
 
 }  // namespace
-}  // namespace volux::core
+}  // namespace volux::test

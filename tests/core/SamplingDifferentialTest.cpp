@@ -4,9 +4,9 @@
 #include <cstdlib>
 #include <string>
 
-#include "support/ElementTypes.h"
 #include "support/PeriodicSpellings.h"
 #include "support/SamplingComparison.h"
+#include "support/TypedSuites.h"
 
 namespace volux::test {
 namespace {

@@ -4,26 +4,22 @@
 
 #include <atomic>
 #include <cstddef>
+#include <ios>
+#include <sstream>
+#include <string>
 #include <thread>
 #include <vector>
 
 #include "support/BitExact.h"
-#include "support/ElementTypes.h"
-#include "support/Random.h"
 #include "support/RandomScenes.h"
 #include "support/SamplingOracle.h"
+#include "support/Seeded.h"
+#include "support/TypedSuites.h"
 #include "support/WrappedVolume.h"
 
 namespace volux::test {
 namespace {
 
-using core::Border;
-using core::Interpolator;
-using core::InterpolationBorderType::CONSTANT;
-using core::InterpolationBorderType::REPLICATION;
-using core::InterpolationType::CUBIC;
-using core::InterpolationType::LINEAR;
-using core::InterpolationType::NEAREST_NEIGHBOR;
 using oracle::Position;
 
 constexpr std::size_t kThreads = 16;
@@ -59,17 +55,20 @@ std::vector<std::vector<double>> onAllThreads(const Work& work)
     return results;
 }
 
-void expectAll(const std::vector<std::vector<double>>& results, const std::vector<double>& expected)
+template <class Describe>
+void expectAll(const std::vector<std::vector<double>>& results, const std::vector<double>& expected,
+               const Describe& describe)
 {
     for (const std::vector<double>& result : results) {
         ASSERT_EQ(result.size(), expected.size());
         for (std::size_t n = 0; n < expected.size(); ++n)
-            ASSERT_TRUE(bitEqual(result[n], expected[n]));
+            ASSERT_TRUE(bitEqual(result[n], expected[n]))
+                << "thread " << &result - &results[0] << ", " << describe(n);
     }
 }
 
 // The first calls of both get() in this program, if no other test has made them, are these. The
-// position lies outside, so that the border is asked too.
+// position is outside, so that the border is asked too.
 void expectFirstCallsToAgree(Interpolator* interpolator, Border* border, double expected)
 {
     const WrappedVolume<short> scene(rowVolume<short>({10, 20, 30}));
@@ -77,7 +76,7 @@ void expectFirstCallsToAgree(Interpolator* interpolator, Border* border, double 
         return std::vector<double>{
             scene.image.getDoubleValueReal(2.5, 0, 0, 0, interpolator, border, 40)};
     });
-    expectAll(results, {expected});
+    expectAll(results, {expected}, [](std::size_t) { return "the first call"; });
 }
 
 TEST(Threads, MakeTheFirstCallsOfNearestNeighborAndConstantAtOnce)
@@ -110,7 +109,7 @@ protected:
     // Each position with all policies, in the compile-time and in the run-time spelling.
     std::vector<double> sampled() const
     {
-        const core::VxImage<T>& image = scene.image;
+        const VxImage<T>& image = scene.image;
         std::vector<double> values;
         for (const Position& p : positions) {
             values.push_back(image.getDoubleValueReal(p.x, p.y, p.z, 0, LINEAR, CONSTANT, T{7}));
@@ -135,6 +134,16 @@ protected:
         return values;
     }
 
+    // The place of a value, whose number modulo 4 is that of its policies.
+    std::string described(std::size_t n) const
+    {
+        const Position& p = positions[n / 4];
+        std::ostringstream text;
+        text << "policies " << n % 4 << std::hexfloat << " at " << p.x << ' ' << p.y << ' ' << p.z
+             << ", " << scene.volume;
+        return text.str();
+    }
+
 private:
     double expectedAt(const Position& p, oracle::Kernel kernel, oracle::Border border) const
     {
@@ -142,7 +151,7 @@ private:
                                  {oracle::Form::DoubleValueReal, kernel, border, p, 0, T{7}});
     }
 
-    Random random_;
+    Seeded random_;
 
 protected:
     WrappedVolume<T> scene;
@@ -152,7 +161,8 @@ TYPED_TEST_SUITE(ThreadsSampling, ElementTypes, ElementTypeNames);
 
 TYPED_TEST(ThreadsSampling, OneImageGetTheSameBits)
 {
-    expectAll(onAllThreads([this] { return this->sampled(); }), this->expected());
+    expectAll(onAllThreads([this] { return this->sampled(); }), this->expected(),
+              [this](std::size_t n) { return this->described(n); });
 }
 
 }  // namespace

@@ -10,8 +10,7 @@
 namespace volux::test {
 namespace {
 
-constexpr std::array<Layout, 4> kLayouts{Layout::Interleaved, Layout::Planar, Layout::ZFastest,
-                                         Layout::Padded};
+constexpr MakeLayout kLayouts[] = {interleaved, planar, zFastest, padded};
 constexpr std::array<unsigned int, 5> kThreadCounts{1, 2, 3, 7, 16};
 
 // Along the axes, and with the axes exchanged, which no shortcut serves.
@@ -20,37 +19,23 @@ const std::array<Grid, 2> kGrids{
     gridOf({{{0, 0, 0.25, -1.5}, {0.25, 0, 0, -1.5}, {0, 0.25, 0, -1.5}}}, 24, 20, 28)};
 
 template <class T>
-oracle::Volume<T> smallVolume(Layout layout)
-{
-    Random random(81);
-    oracle::Volume<T> volume;
-    volume.extents = {5, 4, 3};
-    volume.channels = 2;
-    layOut(volume, layout, random);
-    volume.block.resize(300);
-    for (T& element : volume.block)
-        element = randomElement<T>(random, false);
-    return volume;
-}
-
-template <class T>
 class EveryWay : public ::testing::Test {
 protected:
-    static void compare(const core::VxImage<T>& source, const Grid& grid, Options options)
+    static void compare(const VxImage<T>& source, const Grid& grid, Options options)
     {
-        core::VxImage<T> first;
+        VxImage<T> first;
         options.threads = 1;
-        ASSERT_EQ(resample::resample(source, grid, &first, options), core::SUCCESS);
+        ASSERT_EQ(resample::resample(source, grid, &first, options), SUCCESS);
         expectEverySample(source, grid.map, first, options);
         forEachInstructionSet([&] {
             for (const unsigned int threads : kThreadCounts) {
-                core::VxImage<T> result;
+                VxImage<T> result;
                 options.threads = threads;
-                ASSERT_EQ(resample::resample(source, grid, &result, options), core::SUCCESS);
+                ASSERT_EQ(resample::resample(source, grid, &result, options), SUCCESS);
                 ASSERT_EQ(std::memcmp(first.getBufferPointer(), result.getBufferPointer(),
                                       std::size_t{28} * 24 * 20 * 2 * sizeof(T)),
                           0)
-                    << threads << " threads";
+                    << described(options) << ", " << described(grid.map);
             }
         });
     }
@@ -59,15 +44,17 @@ TYPED_TEST_SUITE(EveryWay, ElementTypes, ElementTypeNames);
 
 TYPED_TEST(EveryWay, GivesTheModulesBits)
 {
-    for (const Layout layout : kLayouts) {
-        const WrappedVolume<TypeParam> scene(smallVolume<TypeParam>(layout));
-        for (core::Interpolator* const interpolator : kInterpolators)
-            for (core::Border* const border : kBorders)
-                for (const Grid& grid : kGrids) {
-                    this->compare(scene.image, grid, Options(interpolator, border, 7));
-                    if (::testing::Test::HasFatalFailure())
-                        return;
-                }
+    for (const MakeLayout makeLayout : kLayouts) {
+        Seeded random(81);
+        Volume<TypeParam> volume = blankVolume<TypeParam>(makeLayout(5, 4, 3, 2));
+        fillAtRandom(volume, random, false);
+        const WrappedVolume<TypeParam> scene(std::move(volume));
+        forEachPolicy([&](Interpolator* interpolator, Border* border) {
+            for (const Grid& grid : kGrids)
+                this->compare(scene.image, grid, Options(interpolator, border, 7));
+        });
+        if (::testing::Test::HasFatalFailure())
+            return;
     }
 }
 

@@ -114,19 +114,19 @@ class Executors : public ::testing::Test {
 protected:
     Executors()
     {
-        Random random(43);
+        Seeded random(43);
         source.initialize(40, 40, 40, 1);
         for (int n = 0; n < 40 * 40 * 40; ++n)
             source.getBufferPointer()[n] = static_cast<short>(random.between(1, 1000));
         grid = gridOf({{{0.3, 0.01, 0, 0}, {0, 0.3, 0.01, 0}, {0.01, 0, 0.5, 0}}}, 128, 128, 64);
         options.threads = 1;
-        EXPECT_EQ(perform(), core::SUCCESS);
+        EXPECT_EQ(perform(), SUCCESS);
         expected.initialize(result, true);
         result.fill(0);
         options.threads = 0;
     }
 
-    core::ErrorType perform() { return resample::resample(source, grid, &result, options); }
+    ErrorType perform() { return resample::resample(source, grid, &result, options); }
 
     // Whether all voxels are those of one thread.
     bool isRight() const
@@ -149,9 +149,9 @@ protected:
         return torn;
     }
 
-    core::VxImage<short> source;
-    core::VxImage<short> expected;
-    core::VxImage<short> result;
+    VxImage<short> source;
+    VxImage<short> expected;
+    VxImage<short> result;
     Grid grid;
     Options options;
 };
@@ -161,14 +161,14 @@ TEST_F(Executors, GiveTheBitsOfOneThreadInAnyOrderOnAnyThreads)
     for (const auto& executor : {Executor(inOrder), Executor(backwards), Executor(onThreads)}) {
         result.fill(0);
         options.executor = executor;
-        ASSERT_EQ(perform(), core::SUCCESS);
+        ASSERT_EQ(perform(), SUCCESS);
         EXPECT_TRUE(isRight());
     }
 }
 
 TEST_F(Executors, MayBeCalledForPositionsToo)
 {
-    Random random(47);
+    Seeded random(47);
     std::vector<Position> positions(50000);
     for (Position& p : positions)
         p = {0.01 * random.below(4200), 0.01 * random.below(4200), 0.01 * random.below(4200)};
@@ -179,12 +179,12 @@ TEST_F(Executors, MayBeCalledForPositionsToo)
         return sample(source, positions.data(), positions.size(), resample::Units::VOXELS, 0,
                       results.data(), options);
     };
-    ASSERT_EQ(sampleInto(alone), core::SUCCESS);
+    ASSERT_EQ(sampleInto(alone), SUCCESS);
     options.executor = [&](std::size_t parts, const Part& part) {
         ++calls;
         onThreads(parts, part);
     };
-    ASSERT_EQ(sampleInto(shared), core::SUCCESS);
+    ASSERT_EQ(sampleInto(shared), SUCCESS);
     EXPECT_EQ(calls, 1);
     EXPECT_EQ(alone, shared);
 }
@@ -197,14 +197,14 @@ TEST_F(Executors, AreLeftAloneBySmallCallsAndByOneThread)
         inOrder(parts, part);
     };
     options.threads = 1;
-    EXPECT_EQ(perform(), core::SUCCESS);
+    EXPECT_EQ(perform(), SUCCESS);
     EXPECT_EQ(calls, 0);
-    core::VxImage<short> small;
+    VxImage<short> small;
     options.threads = 0;
     EXPECT_EQ(resample::resample(source, gridOf(AffineMap(), 20, 20, 20), &small, options),
-              core::SUCCESS);
+              SUCCESS);
     EXPECT_EQ(calls, 0);
-    EXPECT_EQ(perform(), core::SUCCESS);
+    EXPECT_EQ(perform(), SUCCESS);
     EXPECT_EQ(calls, 1);
 }
 
@@ -235,7 +235,7 @@ TEST_F(Executors, MayRunAPartTwiceWhichIsDoneOnce)
         backwards(parts, part);
         part(parts + 7);
     };
-    EXPECT_EQ(perform(), core::SUCCESS);
+    EXPECT_EQ(perform(), SUCCESS);
     EXPECT_TRUE(isRight());
     EXPECT_EQ(told.size(), offered);
     EXPECT_EQ(told.back(), 1.0);
@@ -266,7 +266,7 @@ TEST_F(Executors, MayThrow)
     EXPECT_THROW(perform(), std::runtime_error);
     EXPECT_EQ(tornRows(), 0);
     options.executor = [](std::size_t, const Part&) { throw std::bad_alloc(); };
-    EXPECT_EQ(perform(), core::ERR_ALLOCATION_FAILED);
+    EXPECT_EQ(perform(), ERR_ALLOCATION_FAILED);
 }
 
 TEST_F(Executors, AreStoppedByTheCallback)
@@ -279,7 +279,7 @@ TEST_F(Executors, AreStoppedByTheCallback)
     EXPECT_EQ(tornRows(), 0);
 }
 
-// One thread of the pool waits in the callback, for tasks that the other one has to take.
+// One thread of the pool waits in the callback, for tasks that the other one must take.
 TEST_F(Executors, MayBeUsedByTheCallbackToo)
 {
     Pool pool;
@@ -289,10 +289,10 @@ TEST_F(Executors, MayBeUsedByTheCallbackToo)
         told.push_back(fraction);
         Options nested;
         nested.executor = options.executor;
-        core::VxImage<short> other;
-        return resample::resample(source, grid, &other, nested) == core::SUCCESS;
+        VxImage<short> other;
+        return resample::resample(source, grid, &other, nested) == SUCCESS;
     };
-    EXPECT_EQ(perform(), core::SUCCESS);
+    EXPECT_EQ(perform(), SUCCESS);
     EXPECT_TRUE(isRight());
     EXPECT_TRUE(std::is_sorted(told.begin(), told.end()));
     EXPECT_EQ(told.back(), 1.0);
@@ -313,7 +313,7 @@ TEST_F(Executors, MayRunFurtherPartsWithinTheCallback)
         --depth;
         return true;
     };
-    EXPECT_EQ(perform(), core::SUCCESS);
+    EXPECT_EQ(perform(), SUCCESS);
     EXPECT_TRUE(isRight());
 }
 

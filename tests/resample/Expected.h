@@ -1,31 +1,31 @@
-// What the module itself gives, one call for each sample: what every operation of volux_resample is
+// What volux_core gives, one call for each sample: what every operation of volux_resample is
 // compared with, bit for bit.
 #pragma once
 
 #include <gtest/gtest.h>
-#include <hwy/targets.h>
 
 #include <array>
 #include <cmath>
 #include <cstdint>
 
 #include "support/BitExact.h"
-#include "support/ElementTypes.h"
-#include "support/Random.h"
+#include "support/Described.h"
+#include "support/InstructionSets.h"
 #include "support/RandomScenes.h"
+#include "support/Seeded.h"
 #include "support/SingleCalls.h"
+#include "support/TypedSuites.h"
 #include "support/WrappedVolume.h"
-#include "volux/core.h"
 #include "volux/resample.h"
 
 namespace volux::test {
 
 using resample::Grid;
 
-// Compares each element with the module's, up to the first that differs.
+// Compares each element with volux_core's, up to the first that differs.
 template <class T>
-void expectEverySample(const core::VxImage<T>& source, const AffineMap& map,
-                       const core::VxImage<T>& result, const Options& options)
+void expectEverySample(const VxImage<T>& source, const AffineMap& map, const VxImage<T>& result,
+                       const Options& options)
 {
     for (unsigned int k = 0; k < result.getDepth(); ++k)
         for (unsigned int j = 0; j < result.getHeight(); ++j)
@@ -33,11 +33,10 @@ void expectEverySample(const core::VxImage<T>& source, const AffineMap& map,
                 for (unsigned int c = 0; c < result.getChannels(); ++c) {
                     const Position p = map(i, j, k);
                     const int channel = static_cast<int>(c);
-                    ASSERT_TRUE(bitEqual(result(static_cast<int>(i), static_cast<int>(j),
-                                                static_cast<int>(k), channel),
-                                         element(source, p, channel, options)))
-                        << "voxel " << i << ' ' << j << ' ' << k << " channel " << c << " at "
-                        << p.x << ' ' << p.y << ' ' << p.z;
+                    ASSERT_TRUE(
+                        bitEqual(at(result, i, j, k, c), element(source, p, channel, options)))
+                        << "voxel " << i << ' ' << j << ' ' << k << ", "
+                        << describedCall(source, p, channel, options) << ", " << described(map);
                 }
 }
 
@@ -45,22 +44,28 @@ void expectEverySample(const core::VxImage<T>& source, const AffineMap& map,
 template <class Test>
 void forEachInstructionSet(const Test& test)
 {
-    // Of those that the processor has, the ones that the library is compiled for.
-    std::int64_t left = hwy::SupportedTargets() & HWY_TARGETS;
-    while (left != 0) {
-        const std::int64_t target = left & -left;
-        left &= left - 1;
-        hwy::SetSupportedTargetsForTest(target);
-        hwy::GetChosenTarget().Update(hwy::SupportedTargets());
+    for (const std::int64_t target : instructionSets()) {
+        useInstructionSet(target);
         {
             const ::testing::ScopedTrace trace(__FILE__, __LINE__, hwy::TargetName(target));
             test();
         }
-        hwy::SetSupportedTargetsForTest(0);
-        hwy::GetChosenTarget().Update(hwy::SupportedTargets());
+        useInstructionSet(0);
         if (::testing::Test::HasFatalFailure())
             return;
     }
+}
+
+// Calls visit(interpolator, border) with each kernel and border of volux_core, up to a failure.
+template <class Visit>
+void forEachPolicy(const Visit& visit)
+{
+    for (Interpolator* const interpolator : kInterpolators)
+        for (Border* const border : kBorders) {
+            visit(interpolator, border);
+            if (::testing::Test::HasFatalFailure())
+                return;
+        }
 }
 
 inline Grid gridOf(const AffineMap& map, unsigned int width, unsigned int height,
@@ -76,15 +81,15 @@ inline Grid gridOf(const AffineMap& map, unsigned int width, unsigned int height
 
 // Resamples with each kernel and border.
 template <class T>
-void expectEveryPolicy(const core::VxImage<T>& source, const Grid& grid, double outsideValue)
+void expectEveryPolicy(const VxImage<T>& source, const Grid& grid, double outsideValue)
 {
-    for (core::Interpolator* const interpolator : kInterpolators)
-        for (core::Border* const border : kBorders) {
-            const Options options(interpolator, border, outsideValue);
-            core::VxImage<T> result;
-            ASSERT_EQ(resample::resample(source, grid, &result, options), core::SUCCESS);
-            expectEverySample(source, grid.map, result, options);
-        }
+    forEachPolicy([&](Interpolator* interpolator, Border* border) {
+        const Options options(interpolator, border, outsideValue);
+        VxImage<T> result;
+        ASSERT_EQ(resample::resample(source, grid, &result, options), SUCCESS)
+            << described(options) << ", " << described(grid.map);
+        expectEverySample(source, grid.map, result, options);
+    });
 }
 
 inline double between(Random& random, double low, double high)
@@ -93,20 +98,20 @@ inline double between(Random& random, double low, double high)
 }
 
 // Steps of any direction and size, whose positions pass through and beyond a source.
-inline AffineMap obliqueMap(Random& random, const oracle::Extents& extents, double zoom = 1.0)
+inline AffineMap obliqueMap(Random& random, const Extents& extents, double zoom = 1.0)
 {
     AffineMap map;
-    const std::int64_t size[3] = {extents.width, extents.height, extents.depth};
+    const unsigned int size[3] = {extents.width, extents.height, extents.depth};
     for (int row = 0; row < 3; ++row) {
         for (int column = 0; column < 3; ++column)
             map.rows[row][column] = between(random, -1.5, 1.5) * zoom;
-        map.rows[row][3] = between(random, -2.0, static_cast<double>(size[row]) + 2.0);
+        map.rows[row][3] = between(random, -2.0, size[row] + 2.0);
     }
     return map;
 }
 
 // Steps along the axes, of either sign, with zeros of either sign beside them.
-inline AffineMap axisMap(Random& random, const oracle::Extents& extents)
+inline AffineMap axisMap(Random& random, const Extents& extents)
 {
     AffineMap map = obliqueMap(random, extents);
     for (int row = 0; row < 3; ++row)
@@ -117,7 +122,7 @@ inline AffineMap axisMap(Random& random, const oracle::Extents& extents)
 }
 
 // Whole and half steps and offsets: ties, whole positions and the edges themselves.
-inline AffineMap halfMap(Random& random, const oracle::Extents& extents)
+inline AffineMap halfMap(Random& random, const Extents& extents)
 {
     AffineMap map = axisMap(random, extents);
     for (auto& row : map.rows)
@@ -130,7 +135,7 @@ inline AffineMap halfMap(Random& random, const oracle::Extents& extents)
 }
 
 // Positions beyond every index, infinite and undefined ones; half of the maps run along the axes.
-inline AffineMap hugeMap(Random& random, const oracle::Extents& extents)
+inline AffineMap hugeMap(Random& random, const Extents& extents)
 {
     constexpr std::array<double, 6> zooms{1e8, 2e9, 1e12, 1e100, 1e307, 1.7e308};
     AffineMap map = random.below(2) == 0 ? obliqueMap(random, extents) : axisMap(random, extents);

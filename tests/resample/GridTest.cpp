@@ -11,8 +11,6 @@
 namespace volux::test {
 namespace {
 
-using core::ImageSize;
-using core::VoxelSize;
 using resample::Align;
 using resample::Geometry;
 using resample::Planes;
@@ -108,7 +106,7 @@ TEST(GridOfSpacing, ReadsTheMiddleWhereThereIsOneVoxel)
 
 TEST(GridOfSpacing, ReadsNothingOutsideTheFieldOfViewButForRounding)
 {
-    Random random(65);
+    Seeded random(65);
     for (int n = 0; n < 20000; ++n) {
         const unsigned int count = 1 + random.below(40);
         const double wanted = std::exp(between(random, -3.0, 5.0));
@@ -203,7 +201,7 @@ TEST(GridBetween, IsRefusedForADirectionWithoutAnInverse)
 
 TEST(GridBetween, IsRefusedForADirectionThatHasAnInverseByRoundingAlone)
 {
-    Random random(64);
+    Seeded random(64);
     for (int n = 0; n < 1000; ++n) {
         Geometry flat;
         auto& m = flat.direction;
@@ -263,7 +261,7 @@ Geometry somewhere(Random& random)
 
 TEST(GridBetween, GivesTheSameBitsForSourceAxesScaledByPowersOfTwo)
 {
-    Random random(66);
+    Seeded random(66);
     for (int n = 0; n < 2000; ++n) {
         const Geometry output = somewhere(random);
         Geometry source = somewhere(random);
@@ -281,7 +279,7 @@ TEST(GridBetween, GivesTheSameBitsForSourceAxesScaledByPowersOfTwo)
 
 TEST(GridBetween, GivesTheSameBitsInAWorldScaledByPowersOfTwo)
 {
-    Random random(67);
+    Seeded random(67);
     for (int n = 0; n < 2000; ++n) {
         Geometry output = somewhere(random);
         Geometry source = somewhere(random);

@@ -40,9 +40,9 @@ protected:
         forEachInstructionSet([&] { expectEveryPolicy(image, gridOf(map, 37, 3, 3), 5); });
     }
 
-    Random random{81};
+    Seeded random{81};
     const SparseBlock block{std::size_t{kWidth} * kHeight * kDepth * sizeof(T)};
-    core::VxImage<T> image;
+    VxImage<T> image;
 };
 TYPED_TEST_SUITE(Large, ElementTypes, ElementTypeNames);
 
@@ -66,22 +66,21 @@ TYPED_TEST(Large, ResultsAreWrittenThroughLongStrides)
 {
     const WrappedVolume<TypeParam> scene(randomVolume<TypeParam>(this->random));
     const AffineMap map = obliqueMap(this->random, scene.volume.extents);
-    core::VxImage<TypeParam> result;
+    VxImage<TypeParam> result;
     result.initializeWithPointer(this->image.getBufferPointer(), 19, 2, 2,
                                  scene.image.getChannels());
     result.setImageStride(1U << 29U, (1U << 30U) + 7, 1U << 28U, 3);
-    const Options options = core::Cubic();
-    ASSERT_EQ(resample::resample(scene.image, gridOf(map, 19, 2, 2), &result, options),
-              core::SUCCESS);
+    const Options options = Cubic();
+    ASSERT_EQ(resample::resample(scene.image, gridOf(map, 19, 2, 2), &result, options), SUCCESS);
     expectEverySample(scene.image, map, result, options);
 }
 
-// Of a grid of more than 2^31 voxels the last rows, from the brick that they read.
+// The last rows of a grid of more than 2^31 voxels, from the brick that they read.
 TYPED_TEST(Large, PartsOfLargeGridsAreThoseOfTheWhole)
 {
     using T = TypeParam;
     const WrappedVolume<T> scene(randomVolume<T>(this->random));
-    const oracle::Extents& e = scene.volume.extents;
+    const Extents& e = scene.volume.extents;
     const auto step = [](std::int64_t from, unsigned int to) {
         return static_cast<double>(from) / to;
     };
@@ -92,15 +91,17 @@ TYPED_TEST(Large, PartsOfLargeGridsAreThoseOfTheWhole)
     region.sourceWidth = scene.image.getWidth();
     region.sourceHeight = scene.image.getHeight();
     region.sourceDepth = scene.image.getDepth();
-    region.output = core::Rect(39000, 39999, 49998, 49999, 2, 2);
-    core::VxImage<T> part;
-    const Options options(core::Linear(), core::Constant(), 3);
+    region.output = Rect(39000, 39999, 49998, 49999, 2, 2);
+    VxImage<T> part;
+    const Options options(Linear(), Constant(), 3);
     ASSERT_EQ(resample::resample(scene.image, gridOf(map, 40000, 50000, 3), region, &part, options),
-              core::SUCCESS);
+              SUCCESS);
     for (unsigned int j = 0; j < 2; ++j)
-        for (unsigned int i = 0; i < 1000; ++i)
-            ASSERT_TRUE(bitEqual(part(static_cast<int>(i), static_cast<int>(j), 0, 0),
-                                 element(scene.image, map(39000 + i, 49998 + j, 2), 0, options)));
+        for (unsigned int i = 0; i < 1000; ++i) {
+            const Position p = map(39000 + i, 49998 + j, 2);
+            ASSERT_TRUE(bitEqual(at(part, i, j, 0, 0), element(scene.image, p, 0, options)))
+                << i << ' ' << j << ", " << describedCall(scene.image, p, 0, options);
+        }
 }
 
 }  // namespace

@@ -7,7 +7,7 @@ namespace volux::test {
 
 // 1000 * x + z.
 core::Interpolator* interpolatorWithoutRtti();
-// Of a class derived from Linear, and samples as it does.
+// Its class is derived from Linear, and samples as Linear does.
 core::Interpolator* linearWithoutRtti();
 // Reads the call's value, less the index along x.
 core::Border* borderWithoutRtti();

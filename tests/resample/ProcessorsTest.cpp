@@ -86,18 +86,17 @@ TEST_F(Quotas, OfVersion1AreTheSmallestUpToTheRoot)
 // The threads that a call's progress callback has been called from.
 std::size_t threadsOfACall()
 {
-    core::VxImage<short> source;
-    core::VxImage<short> result;
+    VxImage<short> source;
+    VxImage<short> result;
     source.initialize(64, 64, 64, 1);
     std::set<std::thread::id> ids;
-    Options options = core::Cubic();
+    Options options = Cubic();
     options.progress = [&](double) {
         ids.insert(std::this_thread::get_id());
         std::this_thread::sleep_for(std::chrono::microseconds(200));  // the others have their turn
         return true;
     };
-    EXPECT_EQ(resize(source, 128, 128, 128, resample::Align::EDGES, &result, options),
-              core::SUCCESS);
+    EXPECT_EQ(resize(source, 128, 128, 128, resample::Align::EDGES, &result, options), SUCCESS);
     return ids.size();
 }
 

@@ -9,7 +9,6 @@
 namespace volux::test {
 namespace {
 
-using core::Rect;
 using resample::ResampleRegion;
 
 // A volume, a grid and a way to read it; the whole result, and that of any box from the smallest
@@ -17,23 +16,23 @@ using resample::ResampleRegion;
 template <class T>
 class Bricks {
 public:
-    Bricks(const oracle::Volume<T>& volume, const Grid& grid, const Options& options)
+    Bricks(const Volume<T>& volume, const Grid& grid, const Options& options)
         : scene_(volume), grid_(grid), options_(options)
     {
         region_.sourceWidth = scene_.image.getWidth();
         region_.sourceHeight = scene_.image.getHeight();
         region_.sourceDepth = scene_.image.getDepth();
-        EXPECT_EQ(resample::resample(scene_.image, grid, &whole_, options), core::SUCCESS);
+        EXPECT_EQ(resample::resample(scene_.image, grid, &whole_, options), SUCCESS);
     }
 
     void expectSameBits(const Rect& output)
     {
         region_.output = output;
         Rect support;
-        ASSERT_EQ(region_.support(grid_, &support, options_), core::SUCCESS);
-        core::VxImage<T> brick;
-        core::VxImage<T> part;
-        ASSERT_EQ(perform(support, brick, part), core::SUCCESS);
+        ASSERT_EQ(region_.support(grid_, &support, options_), SUCCESS);
+        VxImage<T> brick;
+        VxImage<T> part;
+        ASSERT_EQ(perform(support, brick, part), SUCCESS);
         for (unsigned int z = 0; z < output.depth(); ++z)
             for (unsigned int y = 0; y < output.height(); ++y)
                 for (unsigned int x = 0; x < output.width(); ++x)
@@ -41,33 +40,29 @@ public:
                         ASSERT_TRUE(bitEqual(
                             at(part, x, y, z, c),
                             at(whole_, output.xStart + x, output.yStart + y, output.zStart + z, c)))
-                            << x << ' ' << y << ' ' << z;
+                            << "voxel " << x << ' ' << y << ' ' << z << " channel " << c
+                            << " of the box from " << output.xStart << ' ' << output.yStart << ' '
+                            << output.zStart << ", " << described(options_) << ", "
+                            << described(grid_.map) << ", " << scene_.volume;
         expectNoLessServes(support);
     }
 
 private:
-    static T at(const core::VxImage<T>& image, unsigned int x, unsigned int y, unsigned int z,
-                unsigned int c)
-    {
-        return image(static_cast<int>(x), static_cast<int>(y), static_cast<int>(z),
-                     static_cast<int>(c));
-    }
-
-    core::ErrorType perform(const Rect& box, core::VxImage<T>& brick, core::VxImage<T>& part)
+    ErrorType perform(const Rect& box, VxImage<T>& brick, VxImage<T>& part)
     {
         region_.brickX = box.xStart;
         region_.brickY = box.yStart;
         region_.brickZ = box.zStart;
-        EXPECT_EQ(scene_.image.crop(box, &brick), core::SUCCESS);
+        EXPECT_EQ(scene_.image.crop(box, &brick), SUCCESS);
         return resample::resample(brick, grid_, region_, &part, options_);
     }
 
     // A brick that is thinner by a voxel at any end is refused.
     void expectNoLessServes(const Rect& support)
     {
-        const auto refused = [&](Rect box, core::ErrorType code) {
-            core::VxImage<T> brick;
-            core::VxImage<T> part;
+        const auto refused = [&](Rect box, ErrorType code) {
+            VxImage<T> brick;
+            VxImage<T> part;
             EXPECT_EQ(perform(box, brick, part), code);
             EXPECT_EQ(part.getBufferPointer(), nullptr);
         };
@@ -75,15 +70,15 @@ private:
             Rect box = support;
             (atEnd ? --box.xEnd : ++box.xStart);
             if (support.width() > 1)
-                refused(box, core::ERR_INVALID_X);
+                refused(box, ERR_INVALID_X);
             box = support;
             (atEnd ? --box.yEnd : ++box.yStart);
             if (support.height() > 1)
-                refused(box, core::ERR_INVALID_Y);
+                refused(box, ERR_INVALID_Y);
             box = support;
             (atEnd ? --box.zEnd : ++box.zStart);
             if (support.depth() > 1)
-                refused(box, core::ERR_INVALID_Z);
+                refused(box, ERR_INVALID_Z);
         }
     }
 
@@ -91,17 +86,8 @@ private:
     Grid grid_;
     Options options_;
     ResampleRegion region_;
-    core::VxImage<T> whole_;
+    VxImage<T> whole_;
 };
-
-template <class T>
-oracle::Volume<T> someVolume(Random& random, const oracle::Extents& extents, std::int64_t channels)
-{
-    oracle::Volume<T> volume = blankVolume<T>(extents, channels);
-    for (T& element : volume.block)
-        element = randomElement<T>(random, false);
-    return volume;
-}
 
 template <class T>
 class Region : public ::testing::Test {
@@ -125,16 +111,18 @@ TYPED_TEST_SUITE(Region, ElementTypes, ElementTypeNames);
 
 TYPED_TEST(Region, GivesTheBitsOfTheWholeForEveryCut)
 {
-    Random random(71);
-    const std::array<oracle::Extents, 3> volumes{{{9, 5, 4}, {3, 8, 6}, {12, 2, 7}}};
-    for (const oracle::Extents& extents : volumes)
-        for (core::Interpolator* const interpolator : kInterpolators) {
+    Seeded random(71);
+    const std::array<Extents, 3> volumes{{{9, 5, 4}, {3, 8, 6}, {12, 2, 7}}};
+    for (const Extents& extents : volumes)
+        for (Interpolator* const interpolator : kInterpolators) {
             Options options(interpolator, kBorders[random.below(2)], 3);
             options.threads = 1;
             const AffineMap map =
                 random.below(2) == 0 ? obliqueMap(random, extents) : axisMap(random, extents);
             const Grid grid = gridOf(map, 5, 3, 3);
-            this->everyCut({someVolume<TypeParam>(random, extents, 2), grid, options}, grid);
+            Volume<TypeParam> volume = blankVolume<TypeParam>(extents, 2);
+            fillAtRandom(volume, random, false);
+            this->everyCut({volume, grid, options}, grid);
         }
 }
 
@@ -146,7 +134,7 @@ protected:
         region.output = Rect(0, 3, 0, 3, 0, 3);
     }
 
-    core::ErrorType perform(const Options& options = Options())
+    ErrorType perform(const Options& options = Options())
     {
         return resample::resample(scene.image, gridOf(AffineMap(), 4, 4, 4), region, &result,
                                   options);
@@ -154,46 +142,46 @@ protected:
 
     WrappedVolume<short> scene;
     ResampleRegion region;
-    core::VxImage<short> result;
+    VxImage<short> result;
 };
 
 TEST_F(RegionRefuses, NothingThatIsRight)
 {
-    EXPECT_EQ(perform(), core::SUCCESS);
+    EXPECT_EQ(perform(), SUCCESS);
 }
 
 TEST_F(RegionRefuses, AnOutputBoxBeyondTheGrid)
 {
     region.output.xEnd = 4;
-    EXPECT_EQ(perform(), core::ERR_INVALID_X);
+    EXPECT_EQ(perform(), ERR_INVALID_X);
     region.output = Rect(0, 3, 3, 2, 0, 3);
-    EXPECT_EQ(perform(), core::ERR_INVALID_Y);
+    EXPECT_EQ(perform(), ERR_INVALID_Y);
     region.output = Rect(0, 3, 0, 3, 4, 4);
-    EXPECT_EQ(perform(), core::ERR_INVALID_Z);
+    EXPECT_EQ(perform(), ERR_INVALID_Z);
 }
 
 TEST_F(RegionRefuses, ABrickBeyondTheSource)
 {
     region.brickX = 1;
-    EXPECT_EQ(perform(), core::ERR_INVALID_X);
+    EXPECT_EQ(perform(), ERR_INVALID_X);
     region.brickX = 0xFFFFFFFFU;
-    EXPECT_EQ(perform(), core::ERR_INVALID_X);
+    EXPECT_EQ(perform(), ERR_INVALID_X);
     region.brickX = 0;
     region.sourceDepth = 3;
-    EXPECT_EQ(perform(), core::ERR_INVALID_Z);
+    EXPECT_EQ(perform(), ERR_INVALID_Z);
     region.sourceDepth = 0;
-    EXPECT_EQ(perform(), core::ERR_INVALID_ARGUMENT);
+    EXPECT_EQ(perform(), ERR_INVALID_ARGUMENT);
 }
 
 TEST_F(RegionRefuses, PoliciesThatTakeABrickForAnImage)
 {
-    struct Own : core::Linear {
+    struct Own : Linear {
     } own;
-    EXPECT_EQ(perform(Options(&own)), core::ERR_INVALID_ARGUMENT);
+    EXPECT_EQ(perform(Options(&own)), ERR_INVALID_ARGUMENT);
     Rect box;
     const Grid grid = gridOf(AffineMap(), 4, 4, 4);
-    EXPECT_EQ(region.support(grid, &box, Options(&own)), core::ERR_INVALID_ARGUMENT);
-    EXPECT_EQ(region.support(grid, nullptr), core::ERR_NULL_POINTER);
+    EXPECT_EQ(region.support(grid, &box, Options(&own)), ERR_INVALID_ARGUMENT);
+    EXPECT_EQ(region.support(grid, nullptr), ERR_NULL_POINTER);
 }
 
 }  // namespace

@@ -9,14 +9,13 @@
 namespace volux::test {
 namespace {
 
-using core::VoxelSize;
 using resample::Align;
 
 // Voxels without -0.0, which is no weighted sum of itself and zeros.
 template <class T>
-oracle::Volume<T> finiteVolume(Random& random, const oracle::Extents& extents)
+Volume<T> finiteVolume(Random& random, const Extents& extents)
 {
-    oracle::Volume<T> volume = blankVolume<T>(extents, 2);
+    Volume<T> volume = blankVolume<T>(extents, 2);
     for (T& element : volume.block)
         element = someValue<T>(random.bits());
     return volume;
@@ -27,23 +26,22 @@ class Resize : public ::testing::Test {
 protected:
     Resize() : random(61), scene(finiteVolume<T>(random, {7, 6, 5})) {}
 
-    Random random;
+    Seeded random;
     WrappedVolume<T> scene;
 };
 TYPED_TEST_SUITE(Resize, ElementTypes, ElementTypeNames);
 
 TYPED_TEST(Resize, ToTheSameSizeCopiesEveryByte)
 {
-    for (core::Interpolator* const interpolator : kInterpolators)
-        for (core::Border* const border : kBorders)
+    for (Interpolator* const interpolator : kInterpolators)
+        for (Border* const border : kBorders)
             for (const Align align : {Align::EDGES, Align::CENTRES}) {
-                core::VxImage<TypeParam> bySize;
-                core::VxImage<TypeParam> bySpacing;
+                VxImage<TypeParam> bySize;
+                VxImage<TypeParam> bySpacing;
                 const Options options(interpolator, border);
-                ASSERT_EQ(resize(this->scene.image, 7, 6, 5, align, &bySize, options),
-                          core::SUCCESS);
+                ASSERT_EQ(resize(this->scene.image, 7, 6, 5, align, &bySize, options), SUCCESS);
                 ASSERT_EQ(resize(this->scene.image, VoxelSize(1, 1, 1), align, &bySpacing, options),
-                          core::SUCCESS);
+                          SUCCESS);
                 for (std::size_t n = 0; n < this->scene.volume.block.size(); ++n) {
                     const TypeParam voxel = this->scene.volume.block[n];
                     ASSERT_TRUE(bitEqual(bySize.getBufferPointer()[n], voxel));
@@ -58,10 +56,10 @@ TYPED_TEST(Resize, GivesTheModulesBitsToSizesAndSpacings)
         const Align align = this->random.below(2) == 0 ? Align::EDGES : Align::CENTRES;
         const Options options(kInterpolators[this->random.below(3)]);
         const unsigned int width = this->random.between(1, 20);
-        const core::ImageSize size = this->scene.image.getImageSize();
+        const ImageSize size = this->scene.image.getImageSize();
         const Grid grid = resample::gridOfSize(size, VoxelSize(1, 1, 1), width, 4, 11, align);
-        core::VxImage<TypeParam> result;
-        ASSERT_EQ(resize(this->scene.image, width, 4, 11, align, &result, options), core::SUCCESS);
+        VxImage<TypeParam> result;
+        ASSERT_EQ(resize(this->scene.image, width, 4, 11, align, &result, options), SUCCESS);
         EXPECT_EQ(result.getVoxelSize(), grid.spacing);
         expectEverySample(this->scene.image, grid.map, result, options);
     }
@@ -71,22 +69,22 @@ TYPED_TEST(Resize, GivesTheModulesBitsToSizesAndSpacings)
 // gives the mirrored result to the last bit.
 TEST(ResizeFlipped, GivesTheFlippedResult)
 {
-    Random random(62);
+    Seeded random(62);
     for (const Align align : {Align::EDGES, Align::CENTRES}) {
         const unsigned int width = align == Align::EDGES ? 16 : 13;
-        oracle::Volume<short> volume = blankVolume<short>({4, 1, 1});
+        Volume<short> volume = blankVolume<short>({4, 1, 1});
         for (short& element : volume.block)
             element = static_cast<short>(random.below(2000));
-        oracle::Volume<short> mirrored = volume;
+        Volume<short> mirrored = volume;
         std::reverse(mirrored.block.begin(), mirrored.block.end());
         const WrappedVolume<short> scene(volume);
         const WrappedVolume<short> flipped(mirrored);
         for (const int kernel : {1, 2}) {
-            core::VxImage<short> result;
-            core::VxImage<short> other;
+            VxImage<short> result;
+            VxImage<short> other;
             const Options options(kInterpolators[static_cast<std::size_t>(kernel)]);
-            ASSERT_EQ(resize(scene.image, width, 1, 1, align, &result, options), core::SUCCESS);
-            ASSERT_EQ(resize(flipped.image, width, 1, 1, align, &other, options), core::SUCCESS);
+            ASSERT_EQ(resize(scene.image, width, 1, 1, align, &result, options), SUCCESS);
+            ASSERT_EQ(resize(flipped.image, width, 1, 1, align, &other, options), SUCCESS);
             for (unsigned int x = 0; x < width; ++x)
                 EXPECT_EQ(result(static_cast<int>(x), 0, 0, 0),
                           other(static_cast<int>(width - 1 - x), 0, 0, 0));
@@ -97,12 +95,12 @@ TEST(ResizeFlipped, GivesTheFlippedResult)
 TEST(ResizeOneSlice, ByCentresCopiesItWithReplicationAndPutsItInTheMiddleWithConstant)
 {
     const WrappedVolume<short> scene(countingVolume<short>({3, 2, 1}));
-    core::VxImage<short> copies;
-    core::VxImage<short> middle;
-    ASSERT_EQ(resize(scene.image, 3, 2, 5, Align::CENTRES, &copies), core::SUCCESS);
-    ASSERT_EQ(resize(scene.image, 3, 2, 5, Align::CENTRES, &middle,
-                     Options(core::Linear(), core::Constant(), -4)),
-              core::SUCCESS);
+    VxImage<short> copies;
+    VxImage<short> middle;
+    ASSERT_EQ(resize(scene.image, 3, 2, 5, Align::CENTRES, &copies), SUCCESS);
+    ASSERT_EQ(
+        resize(scene.image, 3, 2, 5, Align::CENTRES, &middle, Options(Linear(), Constant(), -4)),
+        SUCCESS);
     EXPECT_EQ(copies.getVoxelSize(), VoxelSize(1, 1, 1));
     for (int z = 0; z < 5; ++z)
         for (int y = 0; y < 2; ++y)
@@ -117,13 +115,13 @@ TEST(Resize, WritesThroughAnyLayoutAndNothingBeside)
 {
     const WrappedVolume<short> scene(countingVolume<short>({4, 4, 4}, 2));
     std::vector<short> block(2000, -5);
-    core::VxImage<short> wrapped;
+    VxImage<short> wrapped;
     wrapped.initializeWithPointer(block.data() + 7, 5, 6, 3, 2);
     wrapped.setImageStride(20, 150, 700, 3);
-    const Options options = core::Cubic();
-    core::VxImage<short> fresh;
-    ASSERT_EQ(resize(scene.image, 5, 6, 3, Align::EDGES, &wrapped, options), core::SUCCESS);
-    ASSERT_EQ(resize(scene.image, 5, 6, 3, Align::EDGES, &fresh, options), core::SUCCESS);
+    const Options options = Cubic();
+    VxImage<short> fresh;
+    ASSERT_EQ(resize(scene.image, 5, 6, 3, Align::EDGES, &wrapped, options), SUCCESS);
+    ASSERT_EQ(resize(scene.image, 5, 6, 3, Align::EDGES, &fresh, options), SUCCESS);
     for (int z = 0; z < 3; ++z)
         for (int y = 0; y < 6; ++y)
             for (int x = 0; x < 5; ++x)

@@ -35,7 +35,7 @@ protected:
         return planes;
     }
 
-    Random random;
+    Seeded random;
     WrappedVolume<T> scene;
 };
 TYPED_TEST_SUITE(Reslice, ElementTypes, ElementTypeNames);
@@ -46,8 +46,8 @@ TYPED_TEST(Reslice, GivesTheModulesBits)
         const Planes planes = this->somePlanes(1 + this->random.below(3));
         const Options options(kInterpolators[this->random.below(3)],
                               kBorders[this->random.below(2)]);
-        core::VxImage<TypeParam> result;
-        ASSERT_EQ(resample::reslice(this->scene.image, planes, &result, options), core::SUCCESS);
+        VxImage<TypeParam> result;
+        ASSERT_EQ(resample::reslice(this->scene.image, planes, &result, options), SUCCESS);
         expectEverySample(this->scene.image, resample::gridOfPlanes(planes).map, result, options);
     }
 }
@@ -71,10 +71,10 @@ TYPED_TEST(Reslice, ProjectsThickSlabs)
          {Projection::MEAN, Projection::MAXIMUM, Projection::MINIMUM}) {
         const Planes planes = this->somePlanes(7);  // more than are filled together
         const Options options(kInterpolators[this->random.below(3)]);
-        core::VxImage<T> result;
+        VxImage<T> result;
         ASSERT_EQ(
             resample::reslice(this->scene.image, planes, &result, options, Slab{3, projection}),
-            core::SUCCESS);
+            SUCCESS);
         ASSERT_EQ(result.getDepth(), 7U);
         const AffineMap map = resample::gridOfPlanes(planes).map;
         for (unsigned int k = 0; k < 7; ++k)
@@ -95,12 +95,12 @@ TYPED_TEST(Reslice, ProjectsThickSlabs)
     }
 }
 
-// Of samples that are equal, and of one that is not a number, the first stays.
+// The first of equal samples stays, and so does one that a NaN is compared with.
 TEST(ResliceSlab, KeepsTheFirstOfWhatIsNeitherGreaterNorLess)
 {
     const float zero = 0.0F;
     const float nan = std::numeric_limits<float>::quiet_NaN();
-    oracle::Volume<float> volume = blankVolume<float>({4, 1, 2});
+    Volume<float> volume = blankVolume<float>({4, 1, 2});
     volume.block = {zero, -zero, nan, 1.0F, -zero, zero, 1.0F, nan};
     const WrappedVolume<float> scene(volume);
     Planes planes;
@@ -108,10 +108,10 @@ TEST(ResliceSlab, KeepsTheFirstOfWhatIsNeitherGreaterNorLess)
     planes.width = 4;
     planes.height = 1;
     for (const Projection projection : {Projection::MAXIMUM, Projection::MINIMUM}) {
-        core::VxImage<float> result;
-        ASSERT_EQ(resample::reslice(scene.image, planes, &result, core::NearestNeighbor(),
-                                    Slab{2, projection}),
-                  core::SUCCESS);
+        VxImage<float> result;
+        ASSERT_EQ(
+            resample::reslice(scene.image, planes, &result, NearestNeighbor(), Slab{2, projection}),
+            SUCCESS);
         for (int x = 0; x < 4; ++x)
             EXPECT_TRUE(bitEqual(result(x, 0, 0, 0), volume.block[static_cast<std::size_t>(x)]));
     }
@@ -125,10 +125,10 @@ TEST(ReslicePlane, NeedsNoStep)
     planes.across = {0, 1, 0};
     planes.down = {0, 0, 1};
     planes.width = planes.height = 3;
-    core::VxImage<short> result;
-    core::VxImage<short> expected;
-    ASSERT_EQ(resample::reslice(scene.image, planes, &result), core::SUCCESS);
-    ASSERT_EQ(core::getYzPlane(1, scene.image, &expected), core::SUCCESS);
+    VxImage<short> result;
+    VxImage<short> expected;
+    ASSERT_EQ(resample::reslice(scene.image, planes, &result), SUCCESS);
+    ASSERT_EQ(core::getYzPlane(1, scene.image, &expected), SUCCESS);
     for (int y = 0; y < 3; ++y)
         for (int x = 0; x < 3; ++x)
             EXPECT_EQ(result(x, y, 0, 0), expected(x, y, 0, 0));
@@ -140,8 +140,8 @@ TEST(ReslicePlane, IsRefusedWhereItsAxesAreParallel)
     Planes planes;
     planes.across = planes.down = {1, 1, 0};
     planes.width = planes.height = 3;
-    core::VxImage<short> result;
-    EXPECT_EQ(resample::reslice(scene.image, planes, &result), core::ERR_INVALID_ARGUMENT);
+    VxImage<short> result;
+    EXPECT_EQ(resample::reslice(scene.image, planes, &result), ERR_INVALID_ARGUMENT);
 }
 
 }  // namespace

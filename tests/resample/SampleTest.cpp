@@ -14,8 +14,7 @@ namespace {
 using resample::kAllChannels;
 using resample::Units;
 
-std::vector<Position> somePositions(Random& random, const oracle::Extents& extents,
-                                    std::size_t count)
+std::vector<Position> somePositions(Random& random, const Extents& extents, std::size_t count)
 {
     std::vector<Position> positions;
     for (std::size_t n = 0; n < count; ++n) {
@@ -39,11 +38,10 @@ protected:
         for (unsigned int n = 0; n < scenes && !::testing::Test::HasFatalFailure(); ++n) {
             const WrappedVolume<T> scene(randomVolume<T>(random));
             const auto positions = somePositions(random, scene.volume.extents, kCount);
-            for (core::Interpolator* const interpolator : kInterpolators)
-                for (core::Border* const border : kBorders)
-                    compare<Result>(scene, positions,
-                                    Options(interpolator, border, insideValue<T>(random)),
-                                    expected);
+            forEachPolicy([&](Interpolator* interpolator, Border* border) {
+                compare<Result>(scene, positions,
+                                Options(interpolator, border, insideValue<T>(random)), expected);
+            });
         }
     }
 
@@ -59,17 +57,18 @@ protected:
         std::vector<Result> results(kCount * channels);
         ASSERT_EQ(resample::sample(scene.image, positions.data(), kCount, units, kAllChannels,
                                    results.data(), options),
-                  core::SUCCESS);
+                  SUCCESS);
         for (std::size_t n = 0; n < results.size(); ++n) {
             const Position& p = positions[n / channels];
             const Position voxels = {p.x / unit.x, p.y / unit.y, p.z / unit.z};
             ASSERT_TRUE(bitEqual(
                 results[n], expected(scene.image, voxels, static_cast<int>(n % channels), options)))
-                << voxels.x << ' ' << voxels.y << ' ' << voxels.z;
+                << describedCall(scene.image, voxels, static_cast<int>(n % channels), options)
+                << (isPhysical ? ", in physical units" : "");
         }
     }
 
-    Random random;
+    Seeded random;
 };
 TYPED_TEST_SUITE(Sample, ElementTypes, ElementTypeNames);
 
@@ -98,8 +97,7 @@ TYPED_TEST(Sample, TakesOneChannel)
     const WrappedVolume<TypeParam> scene(countingVolume<TypeParam>({2, 1, 1}, 3));
     const Position positions[] = {{0.0, 0.0, 0.0}, {1.0, 0.0, 0.0}};
     double results[2] = {};
-    EXPECT_EQ(resample::sample(scene.image, positions, 2, Units::VOXELS, 1, results),
-              core::SUCCESS);
+    EXPECT_EQ(resample::sample(scene.image, positions, 2, Units::VOXELS, 1, results), SUCCESS);
     EXPECT_EQ(results[0], 2.0);
     EXPECT_EQ(results[1], 5.0);
 }
@@ -123,17 +121,16 @@ std::vector<double> delicateReadings(double lowest, double highest)
 }
 
 // Gives the position along x.
-struct Given : core::Interpolator {
+struct Given : Interpolator {
     template <class T, class B>
-    double operator()(const core::VxImage<T>&, double x, double, double, unsigned int, B, T)
+    double operator()(const VxImage<T>&, double x, double, double, unsigned int, B, T)
     {
         return x;
     }
 
-    core::Interpolator::interpolator_t<core::Interpolator, core::Interpolator::Empty>& get()
-        override
+    Interpolator::interpolator_t<Interpolator, Interpolator::Empty>& get() override
     {
-        static core::Interpolator::interpolator_t<Given, core::Interpolator> table;
+        static Interpolator::interpolator_t<Given, Interpolator> table;
         return table;
     }
 };
@@ -151,7 +148,7 @@ TYPED_TEST(SampleRounds, HalvesAwayFromZeroAndSaturatesOrWraps)
     std::vector<Position> positions;
     for (const double reading : readings)
         positions.push_back({reading, 0.0, 0.0});
-    core::VxImage<T> image;
+    VxImage<T> image;
     image.initialize(1, 1, 1, 1);
     forEachInstructionSet([&] {
         for (std::size_t first = 0; first < 16; ++first) {
@@ -160,61 +157,59 @@ TYPED_TEST(SampleRounds, HalvesAwayFromZeroAndSaturatesOrWraps)
             std::vector<T> results(positions.size() - first);
             ASSERT_EQ(resample::sample(image, positions.data() + first, results.size(),
                                        Units::VOXELS, 0, results.data(), options),
-                      core::SUCCESS);
+                      SUCCESS);
             for (std::size_t n = 0; n < results.size(); ++n)
                 ASSERT_TRUE(bitEqual(results[n], element(image, positions[first + n], 0, options)))
-                    << readings[first + n];
+                    << describedCall(image, positions[first + n], 0, options);
         }
     });
 }
 
 TEST(SampleRefuses, WhatItCanNotDo)
 {
-    core::VxImage<short> image;
+    VxImage<short> image;
     const Position position = {0.0, 0.0, 0.0};
     double result = 7.0;
     const auto sampled = [&](int channel) {
         return resample::sample(image, &position, 1, Units::VOXELS, channel, &result);
     };
-    EXPECT_EQ(sampled(0), core::ERR_NULL_POINTER);
+    EXPECT_EQ(sampled(0), ERR_NULL_POINTER);
     image.initialize(2, 2, 2, 2);
-    EXPECT_EQ(sampled(2), core::ERR_INVALID_CHANNEL);
-    EXPECT_EQ(sampled(-2), core::ERR_INVALID_CHANNEL);
-    EXPECT_EQ(resample::sample(image, nullptr, 1, Units::VOXELS, 0, &result),
-              core::ERR_NULL_POINTER);
+    EXPECT_EQ(sampled(2), ERR_INVALID_CHANNEL);
+    EXPECT_EQ(sampled(-2), ERR_INVALID_CHANNEL);
+    EXPECT_EQ(resample::sample(image, nullptr, 1, Units::VOXELS, 0, &result), ERR_NULL_POINTER);
     double* const nowhere = nullptr;
-    EXPECT_EQ(resample::sample(image, &position, 1, Units::VOXELS, 0, nowhere),
-              core::ERR_NULL_POINTER);
+    EXPECT_EQ(resample::sample(image, &position, 1, Units::VOXELS, 0, nowhere), ERR_NULL_POINTER);
     EXPECT_EQ(resample::sample(image, &position, 1, Units::VOXELS, 0, image.getBufferPointer()),
-              core::ERR_INVALID_ARGUMENT);
+              ERR_INVALID_ARGUMENT);
     Position written = {0.0, 0.0, 0.0};
     EXPECT_EQ(resample::sample(image, &written, 1, Units::VOXELS, 0, &written.y),
-              core::ERR_INVALID_ARGUMENT);
+              ERR_INVALID_ARGUMENT);
     EXPECT_EQ(resample::sample(image, &position, 1, Units::VOXELS, 0, &result,
-                               Options(core::Linear(), core::Constant(), 0.5)),
-              core::ERR_INVALID_ARGUMENT);
+                               Options(Linear(), Constant(), 0.5)),
+              ERR_INVALID_ARGUMENT);
     const std::size_t endless = std::numeric_limits<std::size_t>::max() / 2;
     EXPECT_EQ(resample::sample(image, &position, endless, Units::VOXELS, 0, &result),
-              core::ERR_INVALID_ARGUMENT);
+              ERR_INVALID_ARGUMENT);
     EXPECT_EQ(result, 7.0);
 }
 
 TEST(SampleRefuses, PhysicalUnitsOfASourceThatHasNone)
 {
-    core::VxImage<short> image;
+    VxImage<short> image;
     image.initialize(2, 2, 2, 1);
     image.setVoxelSize(1.0, 1.0, std::numeric_limits<double>::quiet_NaN());
     const Position position = {0.0, 0.0, 0.0};
     double result = 7.0;
     EXPECT_EQ(resample::sample(image, &position, 1, Units::PHYSICAL, 0, &result),
-              core::ERR_INVALID_ARGUMENT);
+              ERR_INVALID_ARGUMENT);
     EXPECT_EQ(result, 7.0);
-    EXPECT_EQ(resample::sample(image, &position, 1, Units::VOXELS, 0, &result), core::SUCCESS);
+    EXPECT_EQ(resample::sample(image, &position, 1, Units::VOXELS, 0, &result), SUCCESS);
 }
 
 TEST(SampleCancels, LeavingEachResultFinishedOrAsItWas)
 {
-    core::VxImage<short> image;
+    VxImage<short> image;
     image.initialize(2, 2, 2, 2);
     image.fill(9);
     const std::vector<Position> positions(100000, Position{0.5, 0.5, 0.5});
@@ -237,14 +232,14 @@ TEST(SampleCancels, LeavingEachResultFinishedOrAsItWas)
 
 TEST(SampleTakes, NoPositionsAtAll)
 {
-    core::VxImage<short> image;
+    VxImage<short> image;
     image.initialize(1, 1, 1, 1);
     const std::vector<Position> positions;
     std::vector<double> results;
     EXPECT_EQ(resample::sample(image, positions.data(), 0, Units::VOXELS, 0, results.data()),
-              core::SUCCESS);
+              SUCCESS);
     EXPECT_EQ(resample::sample(image, positions.data(), 0, Units::VOXELS, 0, &image(0, 0, 0, 0)),
-              core::SUCCESS);
+              SUCCESS);
 }
 
 }  // namespace

@@ -62,23 +62,23 @@ protected:
         const AffineMap oblique = {{{0.5, 0.1, 0, 0}, {0, 0.5, 0.1, 0}, {0.1, 0, 0.5, 0}}};
         Options own = options;
         own.border = &periodic;
-        core::VxImage<T> result;
+        VxImage<T> result;
         for (const AffineMap& map : {aligned, oblique})
             for (const Options& each : {options, own})
                 ASSERT_EQ(resample::resample(source, gridOf(map, 90, 80, 6), &result, each),
-                          core::SUCCESS);
+                          SUCCESS);
         resample::Planes planes;
         planes.width = planes.height = 40;
-        core::VxImage<T> slab;
+        VxImage<T> slab;
         ASSERT_EQ(reslice(source, planes, &slab, options, {4, resample::Projection::MEAN}),
-                  core::SUCCESS);
+                  SUCCESS);
         for (const Options& each : {options, own})
             ASSERT_EQ(sample(source, positions.data(), positions.size(), resample::Units::VOXELS,
                              resample::kAllChannels, results.data(), each),
-                      core::SUCCESS);
+                      SUCCESS);
     }
 
-    core::VxImage<T> source;
+    VxImage<T> source;
     std::vector<Position> positions;
     std::vector<T> results;
 };
@@ -91,8 +91,8 @@ TYPED_TEST(Stack, IsEnoughInThreadsThatHave64KiB)
 #endif
     std::size_t most = 0;
     forEachInstructionSet([&] {
-        for (core::Interpolator* const interpolator : kInterpolators)
-            for (core::Border* const border : kBorders)
+        for (Interpolator* const interpolator : kInterpolators)
+            for (Border* const border : kBorders)
                 most = std::max(most, stackOf([&] { this->callAll({interpolator, border}); }));
     });
     EXPECT_LE(most, std::size_t{64} * 1024);

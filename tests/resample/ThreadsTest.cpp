@@ -53,17 +53,16 @@ class Call {
 public:
     explicit Call(unsigned int threads)
     {
-        Random random(53);
+        Seeded random(53);
         source_.initialize(40, 40, 40, 1);
         for (int n = 0; n < 40 * 40 * 40; ++n)
             source_.getBufferPointer()[n] = static_cast<short>(random.between(1, 1000));
         options.threads = 1;
-        EXPECT_TRUE(perform() == core::SUCCESS &&
-                    expected_.initialize(result_, true) == core::SUCCESS);
+        EXPECT_TRUE(perform() == SUCCESS && expected_.initialize(result_, true) == SUCCESS);
         options.threads = threads;
     }
 
-    core::ErrorType perform()
+    ErrorType perform()
     {
         const AffineMap map = {{{0.3, 0.01, 0, 0}, {0, 0.3, 0.01, 0}, {0.01, 0, 0.3, 0}}};
         return resample::resample(source_, gridOf(map, 128, 128, 128), &result_, options);
@@ -72,7 +71,7 @@ public:
     bool isRight()
     {
         result_.fill(0);
-        return perform() == core::SUCCESS &&
+        return perform() == SUCCESS &&
                std::memcmp(result_.getBufferPointer(), expected_.getBufferPointer(),
                            kVoxels * sizeof(short)) == 0;
     }
@@ -86,12 +85,12 @@ public:
         };
     }
 
-    Options options = Options(core::Cubic());
+    Options options = Options(Cubic());
 
 private:
-    core::VxImage<short> source_;
-    core::VxImage<short> expected_;
-    core::VxImage<short> result_;
+    VxImage<short> source_;
+    VxImage<short> expected_;
+    VxImage<short> result_;
 };
 
 // Whether `work` gives true in a process of its own; prints how that ended if not.
@@ -166,26 +165,25 @@ protected:
 
 TEST_F(Growth, IsNoneWithSmallCalls)
 {
-    core::VxImage<short> source;
-    core::VxImage<short> result;
+    VxImage<short> source;
+    VxImage<short> result;
     source.initialize(20, 20, 20, 1);
     const Grid grid = gridOf({{{1, 0.1, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}}}, 20, 20, 20);
     for (const unsigned int threads : {0U, 4U}) {
         Options options;
         options.threads = threads;
-        EXPECT_LE(kilobytes(500, 3000,
-                            [&] {
-                                ASSERT_EQ(resample::resample(source, grid, &result, options),
-                                          core::SUCCESS);
-                            }),
-                  kSlack)
+        EXPECT_LE(
+            kilobytes(
+                500, 3000,
+                [&] { ASSERT_EQ(resample::resample(source, grid, &result, options), SUCCESS); }),
+            kSlack)
             << threads << " threads";
     }
 }
 
 TEST_F(Growth, IsNoneWithPositions)
 {
-    core::VxImage<short> source;
+    VxImage<short> source;
     source.initialize(20, 20, 20, 1);
     const std::vector<Position> positions(10000, {4.5, 5.5, 6.5});
     std::vector<double> results(positions.size());
@@ -193,23 +191,22 @@ TEST_F(Growth, IsNoneWithPositions)
                         [&] {
                             ASSERT_EQ(sample(source, positions.data(), positions.size(),
                                              resample::Units::VOXELS, 0, results.data()),
-                                      core::SUCCESS);
+                                      SUCCESS);
                         }),
               kSlack);
 }
 
 TEST_F(Growth, IsNoneWithThreads)
 {
-    core::VxImage<short> source;
-    core::VxImage<short> result;
+    VxImage<short> source;
+    VxImage<short> result;
     source.initialize(64, 64, 64, 1);
-    Options options = core::Linear();
+    Options options = Linear();
     options.threads = 4;
     const Grid grid = gridOf({{{1, 0.01, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}}}, 64, 64, 32);
     EXPECT_LE(
-        kilobytes(
-            100, 1000,
-            [&] { ASSERT_EQ(resample::resample(source, grid, &result, options), core::SUCCESS); }),
+        kilobytes(100, 1000,
+                  [&] { ASSERT_EQ(resample::resample(source, grid, &result, options), SUCCESS); }),
         kSlack);
 }
 

@@ -29,9 +29,8 @@ Grid largeGrid(const AffineMap& map)
 template <class T>
 WrappedVolume<T> largeVolume(Random& random)
 {
-    oracle::Volume<T> volume = blankVolume<T>({90, 31, 17}, random.between(1, 2));
-    for (T& element : volume.block)
-        element = randomElement<T>(random, true);
+    Volume<T> volume = blankVolume<T>({90, 31, 17}, random.between(1, 2));
+    fillAtRandom(volume, random, true);
     return WrappedVolume<T>(std::move(volume));
 }
 
@@ -41,14 +40,14 @@ protected:
     static void compare(const AffineMap& map, Random& random)
     {
         const WrappedVolume<T> scene = largeVolume<T>(random);
-        for (core::Interpolator* const interpolator : kInterpolators) {
+        for (Interpolator* const interpolator : kInterpolators) {
             Options options(interpolator, kBorders[random.below(2)], insideValue<T>(random));
-            core::VxImage<T> first;
+            VxImage<T> first;
             for (const unsigned int threads : kThreadCounts) {
                 options.threads = threads;
-                core::VxImage<T> result;
+                VxImage<T> result;
                 ASSERT_EQ(resample::resample(scene.image, largeGrid(map), &result, options),
-                          core::SUCCESS);
+                          SUCCESS);
                 if (first.getBufferPointer() == nullptr) {
                     expectEverySample(scene.image, map, result, options);
                     first.initialize(result, true);
@@ -57,7 +56,7 @@ protected:
                 ASSERT_EQ(std::memcmp(first.getBufferPointer(), result.getBufferPointer(),
                                       bytes * sizeof(T)),
                           0)
-                    << threads << " threads";
+                    << described(options) << ", " << described(map);
             }
         }
     }
@@ -66,7 +65,7 @@ TYPED_TEST_SUITE(Threads, ElementTypes, ElementTypeNames);
 
 TYPED_TEST(Threads, GiveTheSameBitsHoweverMany)
 {
-    Random random(31);
+    Seeded random(31);
     AffineMap oblique = obliqueMap(random, {90, 31, 17}, 0.2);
     oblique.rows[0][3] = oblique.rows[1][3] = 5.0;
     this->compare(oblique, random);
@@ -98,24 +97,24 @@ TEST(Rows, AlongTheAxesAreTheSameOnSeveralThreads)
 TEST(Boxes, OfAnObliqueResultLeaveNothingOut)
 {
     // More columns, rows and slices than a box has, none of them a multiple.
-    Random random(37);
+    Seeded random(37);
     const WrappedVolume<short> scene = largeVolume<short>(random);
     AffineMap map = obliqueMap(random, {90, 31, 17}, 0.2);
     map.rows[0][3] = map.rows[1][3] = 5.0;
-    for (core::Interpolator* const interpolator : kInterpolators)
+    for (Interpolator* const interpolator : kInterpolators)
         for (const unsigned int threads : {1U, 3U}) {
             Options options(interpolator, kBorders[random.below(2)]);
             options.threads = threads;
-            core::VxImage<short> result;
+            VxImage<short> result;
             ASSERT_EQ(resample::resample(scene.image, gridOf(map, 277, 35, 37), &result, options),
-                      core::SUCCESS);
+                      SUCCESS);
             expectEverySample(scene.image, map, result, options);
         }
 }
 
 struct Asked {
-    core::VxImage<short> source;
-    core::VxImage<short> destination;
+    VxImage<short> source;
+    VxImage<short> destination;
     Options options;
     Grid grid;
 
@@ -128,7 +127,7 @@ struct Asked {
                                     resample::Align::EDGES);
     }
 
-    core::ErrorType perform() { return resample::resample(source, grid, &destination, options); }
+    ErrorType perform() { return resample::resample(source, grid, &destination, options); }
 
     // Rows that are finished; the others are as they were.
     int finishedRows() const
@@ -156,7 +155,7 @@ TEST_P(Progress, RisesToOne)
         told.push_back(fraction);
         return true;
     };
-    EXPECT_EQ(asked.perform(), core::SUCCESS);
+    EXPECT_EQ(asked.perform(), SUCCESS);
     ASSERT_GT(told.size(), 4U);
     EXPECT_TRUE(std::is_sorted(told.begin(), told.end()));
     EXPECT_GT(told.front(), 0.0);
@@ -214,7 +213,7 @@ TEST_P(Progress, MayRunOutOfMemory)
 {
     Asked asked(GetParam());
     asked.options.progress = [](double) -> bool { throw std::bad_alloc(); };
-    EXPECT_EQ(asked.perform(), core::ERR_ALLOCATION_FAILED);
+    EXPECT_EQ(asked.perform(), ERR_ALLOCATION_FAILED);
 }
 
 // The callback must not wait for a part that waits for the callback.
@@ -223,26 +222,26 @@ TEST_P(Progress, MayWorkOnThreadsItself)
     Asked asked(GetParam());
     asked.options.progress = [](double) {
         Asked nested(2);
-        return nested.perform() == core::SUCCESS;
+        return nested.perform() == SUCCESS;
     };
-    EXPECT_EQ(asked.perform(), core::SUCCESS);
+    EXPECT_EQ(asked.perform(), SUCCESS);
 }
 
 TEST_P(Progress, IsNotCancelledByTheLastCall)
 {
     Asked asked(GetParam());
     asked.options.progress = [](double fraction) { return fraction < 1.0; };
-    EXPECT_EQ(asked.perform(), core::SUCCESS);
+    EXPECT_EQ(asked.perform(), SUCCESS);
 }
 
 INSTANTIATE_TEST_SUITE_P(On, Progress, ::testing::Values(1U, 4U, 4294967295U));
 
 TEST(Policies, WithoutATableThrowAsInTheModule)
 {
-    struct Tableless : core::Border {
-        core::Border::border_t<core::Border, core::Border::Empty>& get() override
+    struct Tableless : Border {
+        Border::border_t<Border, Border::Empty>& get() override
         {
-            static core::Border::border_t<core::Border, core::Border::Empty> table;
+            static Border::border_t<Border, Border::Empty> table;
             return table;
         }
     } border;
@@ -255,32 +254,31 @@ TEST(Policies, WithoutATableThrowAsInTheModule)
 }
 
 // Half of what Linear gives.
-struct Half : core::Interpolator {
+struct Half : Interpolator {
     template <class T, class B>
-    double operator()(const core::VxImage<T>& image, double x, double y, double z, unsigned int c,
+    double operator()(const VxImage<T>& image, double x, double y, double z, unsigned int c,
                       B border, T value)
     {
-        return 0.5 * core::Linear()(image, x, y, z, c, border, value);
+        return 0.5 * Linear()(image, x, y, z, c, border, value);
     }
 
-    core::Interpolator::interpolator_t<core::Interpolator, core::Interpolator::Empty>& get()
-        override
+    Interpolator::interpolator_t<Interpolator, Interpolator::Empty>& get() override
     {
-        static core::Interpolator::interpolator_t<Half, core::Interpolator> table;
+        static Interpolator::interpolator_t<Half, Interpolator> table;
         return table;
     }
 };
 
 // Throws at one place.
-struct Trap : core::Border {
+struct Trap : Border {
     BorderTable& get() override
     {
-        static core::Border::border_t<Trap, core::Border> table;
+        static Border::border_t<Trap, Border> table;
         return table;
     }
 
     template <class T>
-    T fetch(const core::VxImage<T>&, int x, int y, int z, unsigned int, T value, unsigned int,
+    T fetch(const VxImage<T>&, int x, int y, int z, unsigned int, T value, unsigned int,
             unsigned int, unsigned int)
     {
         if (x == 700 && y == 30 && z == 0)
@@ -292,11 +290,11 @@ struct Trap : core::Border {
 TEST(Policies, MayThrowLeavingEachVoxelFinishedOrAsItWas)
 {
     Trap trap;
-    core::VxImage<short> source;
+    VxImage<short> source;
     source.initialize(2, 2, 2, 1);
     for (const unsigned int threads : {1U, 4U}) {
-        core::VxImage<short> result;
-        Options options(core::NearestNeighbor(), &trap, 9);
+        VxImage<short> result;
+        Options options(NearestNeighbor(), &trap, 9);
         options.threads = threads;
         EXPECT_THROW(resample::resample(source, gridOf(AffineMap(), 900, 60, 2), &result, options),
                      std::runtime_error);
@@ -313,11 +311,11 @@ TYPED_TEST_SUITE(OwnPolicy, ElementTypes, ElementTypeNames);
 
 TYPED_TEST(OwnPolicy, RunsThroughTheModule)
 {
-    Random random(41);
+    Seeded random(41);
     PeriodicBorder periodic;
     Half half;
-    const std::array<core::Interpolator*, 4> policies{kInterpolators[0], kInterpolators[1],
-                                                      kInterpolators[2], &half};
+    const std::array<Interpolator*, 4> policies{kInterpolators[0], kInterpolators[1],
+                                                kInterpolators[2], &half};
     for (int n = 0; n < 20; ++n) {
         WrappedVolume<TypeParam> scene(randomVolume<TypeParam>(random));
         const AffineMap map = n % 2 == 0 ? obliqueMap(random, scene.volume.extents)
@@ -326,9 +324,8 @@ TYPED_TEST(OwnPolicy, RunsThroughTheModule)
         options.threads = 2;
         if (options.interpolator == &half && random.below(2) == 0)
             options.border = kBorders[random.below(2)];
-        core::VxImage<TypeParam> result;
-        ASSERT_EQ(resample::resample(scene.image, gridOf(map, 9, 3, 2), &result, options),
-                  core::SUCCESS);
+        VxImage<TypeParam> result;
+        ASSERT_EQ(resample::resample(scene.image, gridOf(map, 9, 3, 2), &result, options), SUCCESS);
         scene.image.setVoxelSize(1.0, 1.0, 1.0);  // for the calls that are compared with
         expectEverySample(scene.image, map, result, options);
     }

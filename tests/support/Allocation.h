@@ -67,7 +67,7 @@ private:
         bool followed;
         int frees;
     };
-    // Of fixed size: a watch must not allocate.
+    // The size is fixed, because a watch must not allocate.
     static constexpr int kCapacity = 256;
 
     const Record& nthCalloc(int nth) const;

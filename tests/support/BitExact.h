@@ -15,6 +15,9 @@
 
 namespace volux::test {
 
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+
 template <class T>
 bool sameBits(T a, T b)
 {

@@ -1,16 +1,33 @@
-// The seven element types for typed suites, their names, and reproducible values of each.
+// The seven element types, their names, and reproducible values of each.
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <cstdint>
-#include <string>
+#include <tuple>
 #include <type_traits>
 
 namespace volux::test {
 
-using ElementTypes =
-    ::testing::Types<unsigned char, short, unsigned short, int, unsigned int, float, double>;
+/// The one list of the element types, as the arguments of any template.
+template <template <class...> class List>
+using OfElementTypes = List<unsigned char, short, unsigned short, int, unsigned int, float, double>;
+
+/// Calls visit(T{}) for each element type.
+template <class Visit>
+void forEachElementType(const Visit& visit)
+{
+    std::apply([&](auto... zeros) { (visit(zeros), ...); }, OfElementTypes<std::tuple>());
+}
+
+/// Calls visit(T{}) with the element type of that number, modulo 7.
+template <class Visit>
+void withElementType(std::uint64_t number, const Visit& visit)
+{
+    std::uint64_t n = number % std::tuple_size_v<OfElementTypes<std::tuple>>;
+    forEachElementType([&](auto zero) {
+        if (n-- == 0)
+            visit(zero);
+    });
+}
 
 template <class T>
 constexpr const char* elementTypeName()
@@ -30,16 +47,6 @@ constexpr const char* elementTypeName()
     else if constexpr (std::is_same_v<T, double>)
         return "Double";
 }
-
-/// Third argument of TYPED_TEST_SUITE: a test reads Storage/Short.DoesThis instead of
-/// Storage/1.DoesThis.
-struct ElementTypeNames {
-    template <class T>
-    static std::string GetName(int)
-    {
-        return elementTypeName<T>();
-    }
-};
 
 constexpr std::uint64_t scrambled(std::uint64_t seed)
 {

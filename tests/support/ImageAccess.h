@@ -3,44 +3,41 @@
 
 #include <cstddef>
 
+#include "Names.h"
 #include "PrivateAccess.h"
-#include "volux/core/VxImage.h"
 
 namespace volux::test {
 
 /// An image whose protected members are public.
 template <class T>
-struct CopyableImage : core::VxImage<T> {
+struct CopyableImage : VxImage<T> {
     CopyableImage() = default;
     CopyableImage(const CopyableImage&) = default;
-    explicit CopyableImage(const core::VxImage<T>& other) : core::VxImage<T>(other) {}
+    explicit CopyableImage(const VxImage<T>& other) : VxImage<T>(other) {}
     CopyableImage& operator=(const CopyableImage&) = default;
     ~CopyableImage() = default;
 
-    core::VxImage<T>& assign(const core::VxImage<T>& other)
-    {
-        return core::VxImage<T>::operator=(other);
-    }
+    VxImage<T>& assign(const VxImage<T>& other) { return VxImage<T>::operator=(other); }
 
-    using core::VxImage<T>::getBufferSizeBytes;
+    using VxImage<T>::getBufferSizeBytes;
 };
 
 namespace member {
 
 template <class T, class Function>
-using Of = Function core::VxImage<T>::*;
+using Of = Function VxImage<T>::*;
 
 template <class T>
 struct AllocateBuffer {
-    using Member = Of<T, core::ErrorType(std::size_t)>;
+    using Member = Of<T, ErrorType(std::size_t)>;
 };
 template <class T>
 struct FreeBuffer {
-    using Member = Of<T, core::ErrorType()>;
+    using Member = Of<T, ErrorType()>;
 };
 template <class T>
 struct CopyFrom {
-    using Member = Of<T, core::ErrorType(const core::VxImage<T>&, bool)>;
+    using Member = Of<T, ErrorType(const VxImage<T>&, bool)>;
 };
 template <class T>
 struct SetDotSequentialStride {
@@ -85,7 +82,7 @@ struct DefaultDimensionWithChannel {
 // for those; hence macros.
 #define VOLUX_TEST_EXPOSE(Tag, T, name)                    \
     member::Tag<T>::Member exposed(const member::Tag<T>&); \
-    template struct Expose<member::Tag<T>, &core::VxImage<T>::name>;
+    template struct Expose<member::Tag<T>, &VxImage<T>::name>;
 
 #define VOLUX_TEST_EXPOSE_MEMBERS(T)                                     \
     VOLUX_TEST_EXPOSE(AllocateBuffer, T, allocateBuffer)                 \
@@ -114,19 +111,19 @@ VOLUX_TEST_EXPOSE_MEMBERS(double)
 
 /// callPrivate<member::FreeBuffer>(image) calls image.freeBuffer().
 template <template <class> class Tag, class T, class... Arguments>
-auto callPrivate(core::VxImage<T>& image, Arguments... arguments)
+auto callPrivate(VxImage<T>& image, Arguments... arguments)
 {
     return (image.*exposed(Tag<T>{}))(arguments...);
 }
 
 template <template <class> class Tag, class T, class... Arguments>
-auto callPrivate(const core::VxImage<T>& image, Arguments... arguments)
+auto callPrivate(const VxImage<T>& image, Arguments... arguments)
 {
     return (image.*exposed(Tag<T>{}))(arguments...);
 }
 
 template <class T>
-core::ErrorType callCopyFrom(core::VxImage<T>& image, const core::VxImage<T>& other, bool copyData)
+ErrorType callCopyFrom(VxImage<T>& image, const VxImage<T>& other, bool copyData)
 {
     return (image.*exposed(member::CopyFrom<T>{}))(other, copyData);
 }

@@ -7,7 +7,7 @@
 #include <type_traits>
 
 #include "BitExact.h"
-#include "volux/core/VxImage.h"
+#include "Names.h"
 
 namespace volux::test {
 
@@ -65,10 +65,10 @@ std::ostream& operator<<(std::ostream& out, const ImageFields<T>& f)
 }
 
 template <class T>
-ImageFields<T> fieldsOf(const core::VxImage<T>& image)
+ImageFields<T> fieldsOf(const VxImage<T>& image)
 {
-    static_assert(std::is_standard_layout_v<core::VxImage<T>>);
-    static_assert(sizeof(ImageFields<T>) == sizeof(core::VxImage<T>));
+    static_assert(std::is_standard_layout_v<VxImage<T>>);
+    static_assert(sizeof(ImageFields<T>) == sizeof(VxImage<T>));
     ImageFields<T> fields;
     std::memcpy(static_cast<void*>(&fields), &image, sizeof fields);
     return fields;
@@ -76,9 +76,22 @@ ImageFields<T> fieldsOf(const core::VxImage<T>& image)
 
 /// Puts an image into a state that its public interface does not reach.
 template <class T>
-void overwriteFields(core::VxImage<T>& image, const ImageFields<T>& fields)
+void overwriteFields(VxImage<T>& image, const ImageFields<T>& fields)
 {
     std::memcpy(static_cast<void*>(&image), &fields, sizeof fields);
+}
+
+/// Gives an image other extents; the strides and the block stay.
+template <class T>
+void overwriteExtents(VxImage<T>& image, unsigned int w, unsigned int h, unsigned int d,
+                      unsigned int c)
+{
+    ImageFields<T> fields = fieldsOf(image);
+    fields.width = w;
+    fields.height = h;
+    fields.depth = d;
+    fields.channels = c;
+    overwriteFields(image, fields);
 }
 
 }  // namespace volux::test

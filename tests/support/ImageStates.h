@@ -8,7 +8,7 @@
 
 #include "BitExact.h"
 #include "ElementTypes.h"
-#include "volux/core/VxImage.h"
+#include "Names.h"
 
 namespace volux::test {
 
@@ -27,7 +27,7 @@ std::vector<T> someValues(std::size_t count, std::uint64_t seed)
 
 /// Gives every element of the image's block a value of its own.
 template <class T>
-void stamp(core::VxImage<T>& image, std::size_t count, std::uint64_t seed)
+void stamp(VxImage<T>& image, std::size_t count, std::uint64_t seed)
 {
     const std::vector<T> values = someValues<T>(count, seed);
     for (std::size_t i = 0; i < count; ++i)
@@ -58,19 +58,9 @@ template <class T>
 
 /// Empty image with the geometry of a block that could not be had: what a failed allocation leaves.
 template <class T>
-void failToInitialize(core::VxImage<T>& image)
+void failToInitialize(VxImage<T>& image)
 {
-    ASSERT_EQ(core::ERR_ALLOCATION_FAILED, image.initialize(kHugeWidth, kHugeHeight, 1, 1));
+    ASSERT_EQ(image.initialize(kHugeWidth, kHugeHeight, 1, 1), ERR_ALLOCATION_FAILED);
 }
-
-inline constexpr const char* kInitializeTwice =
-    R"(Can not initialize twice before terminate., ..\..\src\core\VxImage:78)";
-inline constexpr const char* kCopyIntoReserved =
-    R"(Can not initialize twice before terminate., ..\..\src\core\VxImage:95)";
-inline constexpr const char* kWrapIntoReserved =
-    R"(Can not initializeWithPointer by reserved VxImage, ..\..\src\core\VxImage:114)";
-inline constexpr const char* kResizeWrapping =
-    "Can not resize VxImage that uses external memory.Use initalize with pointer insted., "
-    R"(..\..\src\core\VxImage:411)";
 
 }  // namespace volux::test

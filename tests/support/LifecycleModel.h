@@ -12,7 +12,8 @@
 #include "ImageAccess.h"
 #include "ImageFields.h"
 #include "ImageStates.h"
-#include "volux/core/VxImage.h"
+#include "Names.h"
+#include "ThrowTexts.h"
 
 namespace volux::test {
 
@@ -27,14 +28,14 @@ struct ModelHeap {
 /// What a call does besides changing the image: a code or the text that is thrown, the request to
 /// the heap (no call makes two) and the block given back.
 struct Effect {
-    core::ErrorType code = core::SUCCESS;
+    ErrorType code = SUCCESS;
     const char* thrown = nullptr;
     bool requests = false;
     std::uint64_t requestedBytes = 0;
     bool frees = false;
 };
 
-inline Effect returning(core::ErrorType code)
+inline Effect returning(ErrorType code)
 {
     Effect effect;
     effect.code = code;
@@ -51,7 +52,7 @@ inline Effect throwing(const char* text)
 __extension__ typedef unsigned __int128 WideNumber;
 
 /// Extents from 1 to 2^31 - 1 whose byte count fits 64 bits.
-inline bool validSize(const core::ImageSize& size, std::size_t elementBytes)
+inline bool validSize(const ImageSize& size, std::size_t elementBytes)
 {
     constexpr WideNumber kMost = ~std::uint64_t{0};
     WideNumber bytes = elementBytes;
@@ -71,7 +72,7 @@ public:
     /// The elements of a block; those of a wrapped one are shared with whoever owns it.
     using Values = std::shared_ptr<std::vector<T>>;
 
-    /// What the image's fields have to be; the address of an owned block is not modelled.
+    /// What the image's fields must be; the address of an owned block is not modelled.
     const ImageFields<T>& fields() const { return fields_; }
     const Values& values() const { return values_; }
     bool reserved() const { return values_ != nullptr; }
@@ -83,7 +84,7 @@ public:
                sizeof(T);
     }
 
-    Effect initialize(const core::ImageSize& size, const ModelHeap& heap)
+    Effect initialize(const ImageSize& size, const ModelHeap& heap)
     {
         return reserved() ? throwing(kInitializeTwice) : setImageSize(size, heap);
     }
@@ -93,14 +94,14 @@ public:
         return reserved() ? throwing(kCopyIntoReserved) : copyFrom(other, copyData, heap);
     }
 
-    Effect initializeWithPointer(T* data, const Values& block, const core::ImageSize& size)
+    Effect initializeWithPointer(T* data, const Values& block, const ImageSize& size)
     {
         if (reserved())
             return throwing(kWrapIntoReserved);
         if (data == nullptr)
-            return returning(core::ERR_NULL_POINTER);
+            return returning(ERR_NULL_POINTER);
         if (!validSize(size, sizeof(T)))
-            return returning(core::ERR_INVALID_ARGUMENT);
+            return returning(ERR_INVALID_ARGUMENT);
         fields_.setInterleaved(size.width, size.height, size.depth, size.channels);
         fields_.buffer = data;
         fields_.memoryMode = 1;
@@ -108,12 +109,12 @@ public:
         return {};
     }
 
-    Effect setImageSize(const core::ImageSize& size, const ModelHeap& heap)
+    Effect setImageSize(const ImageSize& size, const ModelHeap& heap)
     {
         if (wraps())
             return throwing(kResizeWrapping);
         if (!validSize(size, sizeof(T)))
-            return returning(core::ERR_INVALID_ARGUMENT);
+            return returning(ERR_INVALID_ARGUMENT);
         fields_.setInterleaved(size.width, size.height, size.depth, size.channels);
         if (fields_.bufferBytes >= sizeBytes())
             return {};
@@ -130,7 +131,7 @@ public:
     Effect setImageData(const T* data, std::uint64_t bytes)
     {
         if (bytes != sizeBytes())
-            return returning(core::ERR_INVALID_ARGUMENT);
+            return returning(ERR_INVALID_ARGUMENT);
         if (bytes != 0)
             std::copy_n(data, bytes / sizeof(T), values_->begin());
         return {};
@@ -147,7 +148,7 @@ public:
     Effect setVoxelSize(double x, double y, double z)
     {
         if (x <= 0.0 || y <= 0.0 || z <= 0.0)
-            return returning(core::ERR_INVALID_ARGUMENT);
+            return returning(ERR_INVALID_ARGUMENT);
         fields_.voxelSizeX = x;
         fields_.voxelSizeY = y;
         fields_.voxelSizeZ = z;
@@ -181,7 +182,7 @@ public:
 private:
     static Effect silent(Effect effect)
     {
-        effect.code = core::SUCCESS;
+        effect.code = SUCCESS;
         return effect;
     }
 
@@ -197,12 +198,12 @@ private:
     Effect allocate(bool frees, const ModelHeap& heap)
     {
         const std::uint64_t bytes = sizeBytes();
-        Effect effect{core::SUCCESS, nullptr, true, bytes, frees};
+        Effect effect{SUCCESS, nullptr, true, bytes, frees};
         if (heap.gives(bytes)) {
             values_ = std::make_shared<std::vector<T>>(bytes / sizeof(T));
             fields_.bufferBytes = bytes;
         } else {
-            effect.code = core::ERR_ALLOCATION_FAILED;
+            effect.code = ERR_ALLOCATION_FAILED;
         }
         return effect;
     }
@@ -226,9 +227,9 @@ private:
     Values values_;
 };
 
-/// The model's fields with the address at which an owned block happens to lie.
+/// The model's fields with the address that an owned block happens to have.
 template <class T>
-ImageFields<T> expectedFields(const core::VxImage<T>& image, const ModelImage<T>& model)
+ImageFields<T> expectedFields(const VxImage<T>& image, const ModelImage<T>& model)
 {
     ImageFields<T> expected = model.fields();
     if (model.reserved() && !model.wraps())
@@ -237,7 +238,7 @@ ImageFields<T> expectedFields(const core::VxImage<T>& image, const ModelImage<T>
 }
 
 template <class T>
-bool agrees(const core::VxImage<T>& image, const ModelImage<T>& model)
+bool agrees(const VxImage<T>& image, const ModelImage<T>& model)
 {
     const T* const elements = image.getBufferPointer();
     if (model.reserved() != (elements != nullptr))

@@ -10,7 +10,7 @@
 
 namespace volux::test {
 
-/// Memory of the caller's for images to wrap, and what it has to hold.
+/// Memory of the caller's for images to wrap, and what it must hold.
 template <class T>
 struct CallersBlock {
     CallersBlock(SlotHeap& heap, std::size_t count, std::uint64_t seed)
@@ -39,7 +39,7 @@ public:
     CopyableImage<T>& image() { return *image_; }
     ModelImage<T>& model() { return model_; }
 
-    void initialize(const core::ImageSize& size, bool refuses)
+    void initialize(const ImageSize& size, bool refuses)
     {
         make(model_.initialize(size, rule(refuses)), refuses, [&] {
             return image_->initialize(size.width, size.height, size.depth, size.channels);
@@ -52,7 +52,7 @@ public:
              [&] { return image_->initialize(*other.image_, copyData); });
     }
 
-    void wrap(const CallersBlock<T>& block, const core::ImageSize& size, bool nowhere, bool refuses)
+    void wrap(const CallersBlock<T>& block, const ImageSize& size, bool nowhere, bool refuses)
     {
         T* const data = nowhere ? nullptr : block.data;
         make(model_.initializeWithPointer(data, block.values, size), refuses, [&] {
@@ -61,7 +61,7 @@ public:
         });
     }
 
-    void setImageSize(const core::ImageSize& size, bool refuses)
+    void setImageSize(const ImageSize& size, bool refuses)
     {
         make(model_.setImageSize(size, rule(refuses)), refuses,
              [&] { return image_->setImageSize(size); });
@@ -83,7 +83,7 @@ public:
         model_.setImageStride(y, z, c, x);
         make({}, false, [&] {
             image_->setImageStride(y, z, c, x);
-            return core::SUCCESS;
+            return SUCCESS;
         });
     }
 
@@ -91,7 +91,7 @@ public:
     {
         make(model_.terminate(), refuses, [&] {
             image_->terminate();
-            return core::SUCCESS;
+            return SUCCESS;
         });
     }
 
@@ -100,8 +100,8 @@ public:
     {
         destroy();
         make(model_.constructFrom(other.model_, rule(refuses)), refuses, [&] {
-            image_.emplace(static_cast<const core::VxImage<T>&>(*other.image_));
-            return core::SUCCESS;
+            image_.emplace(static_cast<const VxImage<T>&>(*other.image_));
+            return SUCCESS;
         });
     }
 
@@ -109,7 +109,7 @@ public:
     {
         make(model_.assign(other.model_, rule(refuses)), refuses, [&] {
             require(&image_->assign(*other.image_) == &*image_, "assignment returns another image");
-            return core::SUCCESS;
+            return SUCCESS;
         });
     }
 
@@ -119,7 +119,7 @@ public:
         make(model_.terminate(), false, [&] {
             image_.reset();
             image_.emplace();
-            return core::SUCCESS;
+            return SUCCESS;
         });
     }
 
@@ -151,7 +151,7 @@ public:
     {
         require(agrees(*image_, model_), "fields or elements differ");
         const ImageFields<T>& f = model_.fields();
-        require(image_->getImageSize() == core::ImageSize(f.width, f.height, f.depth, f.channels) &&
+        require(image_->getImageSize() == ImageSize(f.width, f.height, f.depth, f.channels) &&
                     image_->getBufferSizeBytes() == model_.sizeBytes(),
                 "the image does not answer what its fields hold");
     }

@@ -8,18 +8,37 @@
 #include <typeinfo>
 #include <vector>
 
-#include "volux/core/InterpolationBorderType.h"
-#include "volux/core/InterpolationType.h"
-#include "volux/core/VxImage.h"
+#include "ElementTypes.h"
+#include "Names.h"
 
 namespace volux::test {
 
-using BorderTable = core::Border::border_t<core::Border, core::Border::Empty>;
-using InterpolatorTable =
-    core::Interpolator::interpolator_t<core::Interpolator, core::Interpolator::Empty>;
+using BorderTable = Border::border_t<Border, Border::Empty>;
+using InterpolatorTable = Interpolator::interpolator_t<Interpolator, Interpolator::Empty>;
+
+// Opens the protected get() of a policy.
+template <class Policy>
+struct Open : Policy {
+    using Policy::get;
+};
+
+// Whether deleting a policy through its base destroys it.
+template <class Policy, class Base>
+bool isDestroyedThrough()
+{
+    struct Witness : Policy {
+        explicit Witness(int& count) : count_(count) {}
+        ~Witness() override { ++count_; }
+        int& count_;
+    };
+    int destroyed = 0;
+    const Base* const policy = new Witness(destroyed);
+    delete policy;
+    return destroyed == 1;
+}
 
 // Policies that have no table of their own.
-struct BareBorder : core::Border {
+struct BareBorder : Border {
     BorderTable& get() override
     {
         static BorderTable table;
@@ -27,7 +46,7 @@ struct BareBorder : core::Border {
     }
 };
 
-struct BareInterpolator : core::Interpolator {
+struct BareInterpolator : Interpolator {
     InterpolatorTable& get() override
     {
         static InterpolatorTable table;
@@ -44,9 +63,8 @@ struct FetchTable : BorderTable {
 template <class Owner, class T, class... Types>
 struct FetchTable<Owner, T, Types...> : FetchTable<Owner, Types...> {
     using FetchTable<Owner, Types...>::fetch;
-    T fetch(core::Border& policy, const core::VxImage<T>& image, int x, int y, int z,
-            unsigned int c, T value, unsigned int width, unsigned int height,
-            unsigned int depth) override
+    T fetch(Border& policy, const VxImage<T>& image, int x, int y, int z, unsigned int c, T value,
+            unsigned int width, unsigned int height, unsigned int depth) override
     {
         return static_cast<Owner&>(policy).onFetch(image, x, y, z, c, value, width, height, depth);
     }
@@ -60,18 +78,18 @@ struct InvokeTable : InterpolatorTable {
 template <class Owner, class T, class... Types>
 struct InvokeTable<Owner, T, Types...> : InvokeTable<Owner, Types...> {
     using InvokeTable<Owner, Types...>::invoke;
-    double invoke(core::Interpolator& policy, const core::VxImage<T>& image, double x, double y,
-                  double z, unsigned int c, core::Replication border, T value) override
+    double invoke(Interpolator& policy, const VxImage<T>& image, double x, double y, double z,
+                  unsigned int c, Replication border, T value) override
     {
         return static_cast<Owner&>(policy).onInvoke(image, x, y, z, c, border, value);
     }
-    double invoke(core::Interpolator& policy, const core::VxImage<T>& image, double x, double y,
-                  double z, unsigned int c, core::Constant border, T value) override
+    double invoke(Interpolator& policy, const VxImage<T>& image, double x, double y, double z,
+                  unsigned int c, Constant border, T value) override
     {
         return static_cast<Owner&>(policy).onInvoke(image, x, y, z, c, border, value);
     }
-    double invoke(core::Interpolator& policy, const core::VxImage<T>& image, double x, double y,
-                  double z, unsigned int c, core::Border* border, T value) override
+    double invoke(Interpolator& policy, const VxImage<T>& image, double x, double y, double z,
+                  unsigned int c, Border* border, T value) override
     {
         return static_cast<Owner&>(policy).onInvoke(image, x, y, z, c, border, value);
     }
@@ -92,7 +110,9 @@ struct Index {
 };
 
 // A border that notes what it is asked, and gives what `answer` says.
-struct RecordingBorder : core::Border {
+struct RecordingBorder : Border {
+    template <class... Types>
+    using Table = FetchTable<RecordingBorder, Types...>;
     struct Call {
         Index index;
         unsigned int channel;
@@ -110,15 +130,13 @@ struct RecordingBorder : core::Border {
 
     BorderTable& get() override
     {
-        static FetchTable<RecordingBorder, double, float, int, short, unsigned int, unsigned short,
-                          unsigned char>
-            table;
+        static OfElementTypes<Table> table;
         ++gets;
         return table;
     }
 
     template <class T>
-    T onFetch(const core::VxImage<T>& image, int x, int y, int z, unsigned int c, T value,
+    T onFetch(const VxImage<T>& image, int x, int y, int z, unsigned int c, T value,
               unsigned int width, unsigned int height, unsigned int depth)
     {
         calls.push_back(
@@ -137,8 +155,8 @@ struct RecordingBorder : core::Border {
 
 // Whether each call passed on the arguments of the sampling call and the extents of the image.
 template <class T>
-void expectPassedOn(const RecordingBorder& border, const core::VxImage<T>& image,
-                    unsigned int channel, double value, const Index& extents)
+void expectPassedOn(const RecordingBorder& border, const VxImage<T>& image, unsigned int channel,
+                    double value, const Index& extents)
 {
     for (const RecordingBorder::Call& call : border.calls) {
         EXPECT_EQ(call.channel, channel);
@@ -152,7 +170,9 @@ void expectPassedOn(const RecordingBorder& border, const core::VxImage<T>& image
 }
 
 // An interpolator that notes what it is asked, and always gives `result`.
-struct RecordingInterpolator : core::Interpolator {
+struct RecordingInterpolator : Interpolator {
+    template <class... Types>
+    using Table = InvokeTable<RecordingInterpolator, Types...>;
     struct Call {
         double x;
         double y;
@@ -162,7 +182,7 @@ struct RecordingInterpolator : core::Interpolator {
         const void* image;
         const std::type_info* type;
         const std::type_info* borderKind;
-        const core::Border* border;  // null unless the border is a run-time one
+        const Border* border;  // null unless the border is a run-time one
     };
 
     std::vector<Call> calls;
@@ -171,15 +191,13 @@ struct RecordingInterpolator : core::Interpolator {
 
     InterpolatorTable& get() override
     {
-        static InvokeTable<RecordingInterpolator, double, float, int, short, unsigned int,
-                           unsigned short, unsigned char>
-            table;
+        static OfElementTypes<Table> table;
         ++gets;
         return table;
     }
 
     template <class T, class B>
-    double onInvoke(const core::VxImage<T>& image, double x, double y, double z, unsigned int c,
+    double onInvoke(const VxImage<T>& image, double x, double y, double z, unsigned int c,
                     const B& border, T value)
     {
         calls.push_back({x, y, z, c, static_cast<double>(value), &image, &typeid(T), &typeid(B),
@@ -188,22 +206,22 @@ struct RecordingInterpolator : core::Interpolator {
     }
 
 private:
-    static const core::Border* asRunTimeBorder(core::Border* border) { return border; }
-    static const core::Border* asRunTimeBorder(const core::Constant&) { return nullptr; }
-    static const core::Border* asRunTimeBorder(const core::Replication&) { return nullptr; }
+    static const Border* asRunTimeBorder(Border* border) { return border; }
+    static const Border* asRunTimeBorder(const Constant&) { return nullptr; }
+    static const Border* asRunTimeBorder(const Replication&) { return nullptr; }
 };
 
 // The volume repeats without end. Uses the table that forwards to a member template.
-struct PeriodicBorder : core::Border {
+struct PeriodicBorder : Border {
     BorderTable& get() override
     {
-        static core::Border::border_t<PeriodicBorder, core::Border> table;
+        static Border::border_t<PeriodicBorder, Border> table;
         return table;
     }
 
     template <class T>
-    T fetch(const core::VxImage<T>& image, int x, int y, int z, unsigned int c, T,
-            unsigned int width, unsigned int height, unsigned int depth)
+    T fetch(const VxImage<T>& image, int x, int y, int z, unsigned int c, T, unsigned int width,
+            unsigned int height, unsigned int depth)
     {
         return image(wrapInto(width, x), wrapInto(height, y), wrapInto(depth, z),
                      static_cast<int>(c));

@@ -1,4 +1,4 @@
-// Calls through a border of the user's own, which no static object stands for, and their oracle.
+// Calls through a border of the user's own, which is no static object, and their oracle.
 #pragma once
 
 #include <cstdint>
@@ -26,9 +26,9 @@ void addPeriodic(Spellings<T>& all)
 template <class T, class Family>
 void addPeriodicForEachKernel(Spellings<T>& all)
 {
-    addPeriodic<T, Family, core::NearestNeighbor>(all);
-    addPeriodic<T, Family, core::Linear>(all);
-    addPeriodic<T, Family, core::Cubic>(all);
+    addPeriodic<T, Family, NearestNeighbor>(all);
+    addPeriodic<T, Family, Linear>(all);
+    addPeriodic<T, Family, Cubic>(all);
 }
 
 template <class T>
@@ -47,17 +47,17 @@ struct PeriodicOutside {
     {
         return ((index % period) + period) % period;
     }
-    T operator()(const oracle::Volume<T>& volume, std::int64_t x, std::int64_t y, std::int64_t z,
+    T operator()(const Volume<T>& volume, std::int64_t x, std::int64_t y, std::int64_t z,
                  std::int64_t c) const
     {
-        const oracle::Extents& e = volume.extents;
+        const Extents& e = volume.extents;
         return volume.at(wrapped(x, e.width), wrapped(y, e.height), wrapped(z, e.depth), c);
     }
 };
 
 struct PeriodicOracle {
     template <class T>
-    static double interpolate(const oracle::Volume<T>& volume, const oracle::Request<T>& request)
+    static double interpolate(const Volume<T>& volume, const oracle::Request<T>& request)
     {
         return oracle::interpolateWith(volume, request, PeriodicOutside<T>{});
     }

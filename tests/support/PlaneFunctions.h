@@ -13,18 +13,18 @@ enum class Axis { X, Y, Z };
 
 inline unsigned int extent(const Layout& l, Axis axis)
 {
-    return axis == Axis::X ? l.width : axis == Axis::Y ? l.height : l.depth;
+    return axis == Axis::X ? l.extents.width : axis == Axis::Y ? l.extents.height : l.extents.depth;
 }
 
-/// A plane lies across `across`; its own x axis runs along `planeX`, its y axis along `planeY`.
+/// A plane is normal to `across`; its own x axis runs along `planeX`, its y axis along `planeY`.
 template <class T>
 struct PlaneFunctions {
     const char* name;
     Axis across, planeX, planeY;
-    core::ErrorType (*get)(unsigned int, const core::VxImage<T>&, core::VxImage<T>*);
-    core::ErrorType (*set)(unsigned int, const core::VxImage<T>&, core::VxImage<T>*);
+    ErrorType (*get)(unsigned int, const VxImage<T>&, VxImage<T>*);
+    ErrorType (*set)(unsigned int, const VxImage<T>&, VxImage<T>*);
 
-    /// Names the volume's voxel that voxel (i, j) of plane `index` stands for.
+    /// The volume's voxel that is voxel (i, j) of plane `index`.
     template <class AnyVolume>
     auto& voxel(AnyVolume& volume, unsigned int index, unsigned int i, unsigned int j,
                 unsigned int c) const
@@ -42,28 +42,26 @@ struct PlaneFunctions {
 template <class T>
 struct AllPlaneFunctions {
     PlaneFunctions<T> table[3] = {
-        {"xy", Axis::Z, Axis::X, Axis::Y, core::getXyPlane<T>, core::setXyPlane<T>},
-        {"yz", Axis::X, Axis::Y, Axis::Z, core::getYzPlane<T>, core::setYzPlane<T>},
-        {"zx", Axis::Y, Axis::Z, Axis::X, core::getZxPlane<T>, core::setZxPlane<T>},
+        {"xy", Axis::Z, Axis::X, Axis::Y, getXyPlane<T>, setXyPlane<T>},
+        {"yz", Axis::X, Axis::Y, Axis::Z, getYzPlane<T>, setYzPlane<T>},
+        {"zx", Axis::Y, Axis::Z, Axis::X, getZxPlane<T>, setZxPlane<T>},
     };
     const PlaneFunctions<T>* begin() const { return table; }
     const PlaneFunctions<T>* end() const { return table + 3; }
 };
 
 /// The code that names an axis.
-inline core::ErrorType invalid(Axis axis)
+inline ErrorType invalid(Axis axis)
 {
-    return axis == Axis::X   ? core::ERR_INVALID_X
-           : axis == Axis::Y ? core::ERR_INVALID_Y
-                             : core::ERR_INVALID_Z;
+    return axis == Axis::X ? ERR_INVALID_X : axis == Axis::Y ? ERR_INVALID_Y : ERR_INVALID_Z;
 }
 
 template <class T>
 Volume<T> naiveGetPlane(const PlaneFunctions<T>& plane, const Volume<T>& volume, unsigned int index)
 {
-    const Layout& l = volume.layout;
-    auto result = zeroVolume<T>(plane.planeWidth(l), plane.planeHeight(l), 1, l.channels);
-    forEachVoxel(result.layout, [&](unsigned int i, unsigned int j, unsigned int, unsigned int c) {
+    auto result =
+        blankVolume<T>({plane.planeWidth(volume), plane.planeHeight(volume), 1}, volume.channels);
+    forEachVoxel(result, [&](unsigned int i, unsigned int j, unsigned int, unsigned int c) {
         result.at(i, j, 0, c) = plane.voxel(volume, index, i, j, c);
     });
     return result;
@@ -74,8 +72,8 @@ template <class T>
 void naiveSetPlane(const PlaneFunctions<T>& plane, Volume<T>& volume, const Volume<T>& source,
                    unsigned int index)
 {
-    Layout slice = source.layout;
-    slice.depth = 1;
+    Layout slice = source;
+    slice.extents.depth = 1;
     forEachVoxel(slice, [&](unsigned int i, unsigned int j, unsigned int, unsigned int c) {
         plane.voxel(volume, index, i, j, c) = source.at(i, j, 0, c);
     });

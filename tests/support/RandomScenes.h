@@ -10,7 +10,7 @@
 
 #include "ElementTypes.h"
 #include "Random.h"
-#include "SamplingOracle.h"
+#include "WrappedVolume.h"
 
 namespace volux::test {
 
@@ -50,60 +50,55 @@ T randomElement(Random& random, bool withRareOnes)
     return static_cast<T>(random.below(250));
 }
 
-enum class Layout { Interleaved, Planar, ZFastest, Padded };
-
-template <class T>
-void layOut(oracle::Volume<T>& v, Layout layout, Random& random)
-{
-    const oracle::Extents& e = v.extents;
-    const std::int64_t rowGap = layout == Layout::Padded ? random.below(4) : 0;
-    const std::int64_t sliceGap = layout == Layout::Padded ? random.below(9) : 0;
-    if (layout == Layout::ZFastest) {
-        v.strideZ = v.channels;
-        v.strideY = v.strideZ * e.depth;
-        v.strideX = v.strideY * e.height;
-        v.strideC = 1;
-    } else if (layout == Layout::Planar) {
-        v.strideX = 1;
-        v.strideY = e.width;
-        v.strideZ = e.width * e.height;
-        v.strideC = e.width * e.height * e.depth;
-    } else {
-        v.strideX = v.channels;
-        v.strideY = v.channels * e.width + rowGap;
-        v.strideZ = v.strideY * e.height + sliceGap;
-        v.strideC = 1;
-    }
-}
-
 inline oracle::Position randomSpacing(Random& random)
 {
     constexpr std::array<double, 6> spacings{1.0, 1.0, 0.957, 1.5, 0.3, 49.0};
     return {anyOf(random, spacings), anyOf(random, spacings), anyOf(random, spacings)};
 }
 
+// Interleaved rows and slices with random gaps behind them.
+inline Layout withGaps(const Extents& e, unsigned int channels, Random& random)
+{
+    Layout l = interleaved(e.width, e.height, e.depth, channels);
+    l.name = "gapped";
+    l.strideY += random.below(4);
+    l.strideZ = l.strideY * e.height + random.below(9);
+    return l;
+}
+
+// One of the four ways in which elements are usually arranged.
+inline Layout randomLayout(Random& random, const Extents& e, unsigned int channels)
+{
+    constexpr std::array<MakeLayout, 4> layouts{interleaved, planar, zFastest, nullptr};
+    const MakeLayout make = anyOf(random, layouts);
+    return make == nullptr ? withGaps(e, channels, random)
+                           : make(e.width, e.height, e.depth, channels);
+}
+
+template <class T>
+void fillAtRandom(Volume<T>& volume, Random& random, bool withRareOnes)
+{
+    for (T& element : volume.block)
+        element = randomElement<T>(random, withRareOnes);
+}
+
 // Guards before, behind and in the gaps are random elements as well: whoever reads one is wrong.
 template <class T>
-oracle::Volume<T> randomVolume(Random& random)
+Volume<T> randomVolume(Random& random, const Layout& layout)
 {
-    constexpr std::array<std::int64_t, 8> extents{1, 1, 2, 3, 4, 5, 6, 9};
-    constexpr std::array<std::int64_t, 4> channels{1, 1, 2, 3};
-    constexpr std::array<Layout, 4> layouts{Layout::Interleaved, Layout::Planar, Layout::ZFastest,
-                                            Layout::Padded};
-    oracle::Volume<T> v;
-    v.extents = {anyOf(random, extents), anyOf(random, extents), anyOf(random, extents)};
-    v.channels = anyOf(random, channels);
-    layOut(v, anyOf(random, layouts), random);
-    v.spacing = randomSpacing(random);
-    v.origin = random.below(7);
-    const std::int64_t last = v.strideX * (v.extents.width - 1) +
-                              v.strideY * (v.extents.height - 1) +
-                              v.strideZ * (v.extents.depth - 1) + v.strideC * (v.channels - 1);
-    v.block.resize(static_cast<std::size_t>(v.origin + last + 1 + random.below(7)));
-    const bool withRareOnes = random.below(3) == 0;
-    for (T& element : v.block)
-        element = randomElement<T>(random, withRareOnes);
+    Volume<T> v{layout, {}, random.below(7), randomSpacing(random)};
+    v.block.resize(v.origin + v.addressed() + random.below(7));
+    fillAtRandom(v, random, random.below(3) == 0);
     return v;
+}
+
+template <class T>
+Volume<T> randomVolume(Random& random)
+{
+    constexpr std::array<unsigned int, 8> extents{1, 1, 2, 3, 4, 5, 6, 9};
+    constexpr std::array<unsigned int, 4> channels{1, 1, 2, 3};
+    const Extents e{anyOf(random, extents), anyOf(random, extents), anyOf(random, extents)};
+    return randomVolume<T>(random, randomLayout(random, e, anyOf(random, channels)));
 }
 
 // Zeros of both signs, what is not finite, and the ends of the 32-bit and of the double range.
@@ -125,12 +120,12 @@ inline double nextTo(double value, Random& random)
 }
 
 // A whole number within four voxels of the volume.
-inline double wholeCoordinate(Random& random, std::int64_t extent)
+inline double wholeCoordinate(Random& random, unsigned int extent)
 {
-    return static_cast<double>(random.below(static_cast<unsigned int>(extent) + 8)) - 4.0;
+    return static_cast<double>(random.below(extent + 8)) - 4.0;
 }
 
-inline double randomCoordinate(Random& random, std::int64_t extent)
+inline double randomCoordinate(Random& random, unsigned int extent)
 {
     const double whole = wholeCoordinate(random, extent);
     const double tie = whole + 0.5;
@@ -152,7 +147,7 @@ inline double randomCoordinate(Random& random, std::int64_t extent)
     return whole + fraction(random);
 }
 
-inline oracle::Position randomPosition(Random& random, const oracle::Extents& extents)
+inline oracle::Position randomPosition(Random& random, const Extents& extents)
 {
     return {randomCoordinate(random, extents.width), randomCoordinate(random, extents.height),
             randomCoordinate(random, extents.depth)};

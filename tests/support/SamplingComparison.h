@@ -25,7 +25,7 @@ namespace volux::test {
 // The oracle of the library's own policies.
 struct LibraryOracle {
     template <class T>
-    static double interpolate(const oracle::Volume<T>& volume, const oracle::Request<T>& request)
+    static double interpolate(const Volume<T>& volume, const oracle::Request<T>& request)
     {
         return oracle::interpolate(volume, request);
     }
@@ -50,10 +50,7 @@ struct Place {
 template <class T, class Oracle>
 class Expectation {
 public:
-    Expectation(const oracle::Volume<T>& volume, const Place<T>& place)
-        : volume_(volume), place_(place)
-    {
-    }
+    Expectation(const Volume<T>& volume, const Place<T>& place) : volume_(volume), place_(place) {}
 
     oracle::Request<T> request(const Spelling<T>& spelling) const
     {
@@ -79,7 +76,7 @@ private:
                        [static_cast<std::size_t>(spelling.border)];
     }
 
-    const oracle::Volume<T>& volume_;
+    const Volume<T>& volume_;
     const Place<T>& place_;
     std::array<std::array<std::array<std::optional<double>, 3>, 3>, 2> results_;
 };
@@ -92,7 +89,7 @@ bool choosesAtRunTime(const Spelling<T>& spelling)
            spelling.name.find("pointer") != std::string::npos;
 }
 
-// The spellings of one form, kernel and border, which have to give the same bits.
+// The spellings of one form, kernel and border, which must give the same bits.
 template <class T>
 struct Meaning {
     oracle::Form form;
@@ -125,16 +122,14 @@ std::vector<Meaning<T>> byMeaning(const Spellings<T>& spellings)
 
 // All that is needed to repeat one comparison, in hexadecimal floating point.
 template <class T>
-std::string described(const oracle::Volume<T>& v, const oracle::Request<T>& request,
-                      std::uint64_t seed)
+std::string described(const Volume<T>& v, const oracle::Request<T>& request)
 {
     std::ostringstream text;
     text << std::hexfloat << "at " << request.position.x << ' ' << request.position.y << ' '
          << request.position.z << " channel " << request.channel << " value " << +request.value
-         << "; seed " << seed << ", extents " << v.extents.width << ' ' << v.extents.height << ' '
-         << v.extents.depth << ", strides " << v.strideX << ' ' << v.strideY << ' ' << v.strideZ
-         << ' ' << v.strideC << ", origin " << v.origin << ", spacing " << v.spacing.x << ' '
-         << v.spacing.y << ' ' << v.spacing.z << ", block";
+         << ", " << elementTypeName<T>() << ", " << static_cast<const Layout&>(v) << ", origin "
+         << v.origin << ", spacing " << v.spacing.x << ' ' << v.spacing.y << ' ' << v.spacing.z
+         << ", block";
     for (const T& element : v.block)
         text << ' ' << +element;
     return text.str();
@@ -166,7 +161,7 @@ public:
     const std::vector<Meaning<T>>& meanings() const { return meanings_; }
 
 private:
-    static Place<T> randomPlace(Random& random, const oracle::Volume<T>& volume)
+    static Place<T> randomPlace(Random& random, const Volume<T>& volume)
     {
         const oracle::Position voxel = randomPosition(random, volume.extents);
         const oracle::Position p = random.below(2) == 0 ? voxel : multiply(voxel, volume.spacing);
@@ -207,10 +202,9 @@ private:
         ++meaning.compared;
         if (!sameBits(sampled, expected)) {
             ++meaning.different;
-            onDifference_(
-                "got " + withBits(sampled) + ", expected " + withBits(expected) + " in " +
-                nameOf(spelling) + ' ' +
-                described(visit.scene.volume, visit.expected.request(spelling), visit.seed));
+            onDifference_("got " + withBits(sampled) + ", expected " + withBits(expected) + " in " +
+                          nameOf(spelling) + ", seed " + std::to_string(visit.seed) + ' ' +
+                          described(visit.scene.volume, visit.expected.request(spelling)));
         }
         return sampled;
     }

@@ -1,4 +1,4 @@
-// What sampling has to yield, written a second time from the definitions: one plain step after the
+// What sampling must yield, written a second time from the definitions: one plain step after the
 // other, nothing hoisted, no code shared with the library. Indices live in 64 bits, so that
 // every wrap to 32 bits is spelt out.
 #pragma once
@@ -8,51 +8,13 @@
 #include <cstdint>
 #include <limits>
 #include <type_traits>
-#include <vector>
+
+#include "Volume.h"
 
 namespace volux::test::oracle {
 
 constexpr std::int64_t kIntMin = -2147483648LL;
 constexpr std::int64_t kIntMax = 2147483647LL;
-
-struct Position {
-    double x;
-    double y;
-    double z;
-};
-
-struct Extents {
-    std::int64_t width;
-    std::int64_t height;
-    std::int64_t depth;
-};
-
-// A volume in a block of memory. Voxel (0, 0, 0), channel 0, is element `origin`, which leaves room
-// for guards before and behind the voxels.
-template <class T>
-struct Volume {
-    std::vector<T> block;
-    std::int64_t origin = 0;
-    Extents extents{1, 1, 1};
-    std::int64_t channels = 1;
-    std::int64_t strideX = 1;
-    std::int64_t strideY = 1;
-    std::int64_t strideZ = 1;
-    std::int64_t strideC = 1;
-    Position spacing{1.0, 1.0, 1.0};
-
-    const T& at(std::int64_t x, std::int64_t y, std::int64_t z, std::int64_t c) const
-    {
-        const std::int64_t offset = strideX * x + strideY * y + strideZ * z + strideC * c;
-        return block.at(static_cast<std::size_t>(origin + offset));
-    }
-
-    bool holds(std::int64_t x, std::int64_t y, std::int64_t z) const
-    {
-        return 0 <= x && x < extents.width && 0 <= y && y < extents.height && 0 <= z &&
-               z < extents.depth;
-    }
-};
 
 // Two's complement with 32 bits.
 std::int64_t wrapTo32Bits(std::int64_t number);

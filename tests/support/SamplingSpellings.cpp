@@ -20,16 +20,16 @@ void addBorderless(Spellings<T>& all)
     add("<I>(object)",
         [](const Call<T>& call) { return Family::template spelt<I>(call, Static<I>::object()); });
     add("<Interpolator>(pointer)", [](const Call<T>& call) {
-        core::Interpolator* pointer = &Static<I>::object();
+        Interpolator* pointer = &Static<I>::object();
         return Family::template spelt<typename Family::RunTime>(call, pointer);
     });
     add("<Interpolator*>(pointer)", [](const Call<T>& call) {
-        core::Interpolator* pointer = &Static<I>::object();
-        return Family::template spelt<core::Interpolator*>(call, pointer);
+        Interpolator* pointer = &Static<I>::object();
+        return Family::template spelt<Interpolator*>(call, pointer);
     });
     add("(object)", [](const Call<T>& call) { return Family::deduced(call, Static<I>::object()); });
     add("(pointer)", [](const Call<T>& call) {
-        core::Interpolator* pointer = &Static<I>::object();
+        Interpolator* pointer = &Static<I>::object();
         return Family::deduced(call, pointer);
     });
     add("(&object)",
@@ -49,29 +49,27 @@ void addSpelt(Spellings<T>& all)
                                             call.value);
     });
     add("<I, Border*>(object, pointer)", [](const Call<T>& call) {
-        core::Border* border = &Static<B>::object();
-        return Family::template spelt<I, core::Border*>(call, Static<I>::object(), border,
-                                                        call.value);
+        Border* border = &Static<B>::object();
+        return Family::template spelt<I, Border*>(call, Static<I>::object(), border, call.value);
     });
     add("<Interpolator, B>(pointer, object)", [](const Call<T>& call) {
-        core::Interpolator* pointer = &Static<I>::object();
+        Interpolator* pointer = &Static<I>::object();
         return Family::template spelt<RunTime, B>(call, pointer, Static<B>::object(), call.value);
     });
     add("<Interpolator, Border*>(pointer, pointer)", [](const Call<T>& call) {
-        core::Interpolator* pointer = &Static<I>::object();
-        core::Border* border = &Static<B>::object();
-        return Family::template spelt<RunTime, core::Border*>(call, pointer, border, call.value);
+        Interpolator* pointer = &Static<I>::object();
+        Border* border = &Static<B>::object();
+        return Family::template spelt<RunTime, Border*>(call, pointer, border, call.value);
     });
     add("<Interpolator*, B>(pointer, object)", [](const Call<T>& call) {
-        core::Interpolator* pointer = &Static<I>::object();
-        return Family::template spelt<core::Interpolator*, B>(call, pointer, Static<B>::object(),
-                                                              call.value);
+        Interpolator* pointer = &Static<I>::object();
+        return Family::template spelt<Interpolator*, B>(call, pointer, Static<B>::object(),
+                                                        call.value);
     });
     add("<Interpolator*, Border*>(pointer, pointer)", [](const Call<T>& call) {
-        core::Interpolator* pointer = &Static<I>::object();
-        core::Border* border = &Static<B>::object();
-        return Family::template spelt<core::Interpolator*, core::Border*>(call, pointer, border,
-                                                                          call.value);
+        Interpolator* pointer = &Static<I>::object();
+        Border* border = &Static<B>::object();
+        return Family::template spelt<Interpolator*, Border*>(call, pointer, border, call.value);
     });
 }
 
@@ -86,7 +84,7 @@ void addDeduced(Spellings<T>& all, const std::string& passed)
         return Family::deduced(call, Passed::get(), Static<B>::object(), call.value);
     });
     add("pointer)", [](const Call<T>& call) {
-        core::Border* border = &Static<B>::object();
+        Border* border = &Static<B>::object();
         return Family::deduced(call, Passed::get(), border, call.value);
     });
     add("&object)", [](const Call<T>& call) {
@@ -101,7 +99,7 @@ struct AsObject {
 
 template <class I>
 struct AsPointer {
-    static core::Interpolator* get() { return &Static<I>::object(); }
+    static Interpolator* get() { return &Static<I>::object(); }
 };
 
 template <class I>
@@ -126,9 +124,8 @@ void addKernel(Spellings<T>& all)
     };
     add("operator()<T, B>",
         [](const Call<T>& call) { return callKernel<I, B>(call, Static<B>::object()); });
-    add("operator()<T, Border*>", [](const Call<T>& call) {
-        return callKernel<I, core::Border*>(call, &Static<B>::object());
-    });
+    add("operator()<T, Border*>",
+        [](const Call<T>& call) { return callKernel<I, Border*>(call, &Static<B>::object()); });
 }
 
 template <class T, class I>
@@ -137,14 +134,14 @@ void addInterpolator(Spellings<T>& all)
     addBorderless<T, ValueVoxel, I>(all);
     addBorderless<T, ValueReal, I>(all);
     addBorderless<T, DoubleValueReal, I>(all);
-    addBordered<T, ValueVoxel, I, core::Constant>(all);
-    addBordered<T, ValueReal, I, core::Constant>(all);
-    addBordered<T, DoubleValueReal, I, core::Constant>(all);
-    addBordered<T, ValueVoxel, I, core::Replication>(all);
-    addBordered<T, ValueReal, I, core::Replication>(all);
-    addBordered<T, DoubleValueReal, I, core::Replication>(all);
-    addKernel<T, I, core::Constant>(all);
-    addKernel<T, I, core::Replication>(all);
+    addBordered<T, ValueVoxel, I, Constant>(all);
+    addBordered<T, ValueReal, I, Constant>(all);
+    addBordered<T, DoubleValueReal, I, Constant>(all);
+    addBordered<T, ValueVoxel, I, Replication>(all);
+    addBordered<T, ValueReal, I, Replication>(all);
+    addBordered<T, DoubleValueReal, I, Replication>(all);
+    addKernel<T, I, Constant>(all);
+    addKernel<T, I, Replication>(all);
 }
 
 }  // namespace
@@ -153,9 +150,9 @@ template <class T>
 Spellings<T> allSpellings()
 {
     Spellings<T> all;
-    addInterpolator<T, core::NearestNeighbor>(all);
-    addInterpolator<T, core::Linear>(all);
-    addInterpolator<T, core::Cubic>(all);
+    addInterpolator<T, NearestNeighbor>(all);
+    addInterpolator<T, Linear>(all);
+    addInterpolator<T, Cubic>(all);
     all.push_back({oracle::Form::ValueReal, oracle::Kernel::Linear, oracle::Border::None,
                    "(x, y, z, c)", [](const Call<T>& call) {
                        return static_cast<double>(

@@ -5,15 +5,15 @@
 #include <utility>
 #include <vector>
 
+#include "Names.h"
 #include "SamplingOracle.h"
-#include "volux/core.h"
 
 namespace volux::test {
 
 // The arguments of a call, less the policies.
 template <class T>
 struct Call {
-    const core::VxImage<T>& image;
+    const VxImage<T>& image;
     oracle::Position p;
     int channel;
     T value;
@@ -33,11 +33,11 @@ template <class T>
 std::string nameOf(const Spelling<T>& spelling)
 {
     constexpr const char* forms[] = {"getValueVoxel", "getValueReal", "getDoubleValueReal", ""};
-    constexpr const char* kernels[] = {"NearestNeighbor", "Linear", "Cubic"};
-    constexpr const char* borders[] = {"no border", "Constant", "Replication"};
+    const std::string border = spelling.border == oracle::Border::None
+                                   ? "no border"
+                                   : kBorderNames[static_cast<std::size_t>(spelling.border) - 1];
     return forms[static_cast<int>(spelling.form)] + spelling.name + ", " +
-           kernels[static_cast<int>(spelling.kernel)] + ", " +
-           borders[static_cast<int>(spelling.border)];
+           kKernelNames[static_cast<std::size_t>(spelling.kernel)] + ", " + border;
 }
 
 // The static object of a policy class, and its name in the oracle's terms.
@@ -45,41 +45,41 @@ template <class Policy>
 struct Static;
 
 template <>
-struct Static<core::NearestNeighbor> {
+struct Static<NearestNeighbor> {
     static constexpr oracle::Kernel kind = oracle::Kernel::Nearest;
-    static core::NearestNeighbor& object() { return core::InterpolationType::NEAREST_NEIGHBOR; }
+    static NearestNeighbor& object() { return NEAREST_NEIGHBOR; }
 };
 
 template <>
-struct Static<core::Linear> {
+struct Static<Linear> {
     static constexpr oracle::Kernel kind = oracle::Kernel::Linear;
-    static core::Linear& object() { return core::InterpolationType::LINEAR; }
+    static Linear& object() { return LINEAR; }
 };
 
 template <>
-struct Static<core::Cubic> {
+struct Static<Cubic> {
     static constexpr oracle::Kernel kind = oracle::Kernel::Cubic;
-    static core::Cubic& object() { return core::InterpolationType::CUBIC; }
+    static Cubic& object() { return CUBIC; }
 };
 
 template <>
-struct Static<core::Constant> {
+struct Static<Constant> {
     static constexpr oracle::Border kind = oracle::Border::Constant;
-    static core::Constant& object() { return core::InterpolationBorderType::CONSTANT; }
+    static Constant& object() { return CONSTANT; }
 };
 
 template <>
-struct Static<core::Replication> {
+struct Static<Replication> {
     static constexpr oracle::Border kind = oracle::Border::Replication;
-    static core::Replication& object() { return core::InterpolationBorderType::REPLICATION; }
+    static Replication& object() { return REPLICATION; }
 };
 
 // The three families of members. `RunTime` and `RunTimeBordered` are the template arguments that
 // go with an Interpolator*; they are not spelt alike.
 struct ValueVoxel {
     static constexpr oracle::Form form = oracle::Form::ValueVoxel;
-    using RunTime = core::Interpolator;
-    using RunTimeBordered = core::Interpolator;
+    using RunTime = Interpolator;
+    using RunTimeBordered = Interpolator;
 
     template <class... Policies, class T, class... Arguments>
     static double spelt(const Call<T>& call, Arguments... arguments)
@@ -98,8 +98,8 @@ struct ValueVoxel {
 
 struct ValueReal {
     static constexpr oracle::Form form = oracle::Form::ValueReal;
-    using RunTime = core::Interpolator*;
-    using RunTimeBordered = core::Interpolator*;
+    using RunTime = Interpolator*;
+    using RunTimeBordered = Interpolator*;
 
     template <class... Policies, class T, class... Arguments>
     static double spelt(const Call<T>& call, Arguments... arguments)
@@ -118,8 +118,8 @@ struct ValueReal {
 
 struct DoubleValueReal {
     static constexpr oracle::Form form = oracle::Form::DoubleValueReal;
-    using RunTime = core::Interpolator*;
-    using RunTimeBordered = core::Interpolator;
+    using RunTime = Interpolator*;
+    using RunTimeBordered = Interpolator;
 
     template <class... Policies, class T, class... Arguments>
     static double spelt(const Call<T>& call, Arguments... arguments)

@@ -1,4 +1,4 @@
-// What the module itself gives, one call for each sample, at positions that follow the documented
+// What volux_core gives, one call for each sample, at positions that follow the documented
 // rule. Nothing here calls volux_resample; only what its headers say of a map and of options is
 // used.
 #pragma once
@@ -9,7 +9,7 @@
 #include <limits>
 #include <type_traits>
 
-#include "volux/core.h"
+#include "Names.h"
 #include "volux/resample/AffineMap.h"
 #include "volux/resample/Options.h"
 
@@ -20,14 +20,11 @@ using resample::Options;
 using resample::Overflow;
 using resample::Position;
 
-using Interpolators = std::array<core::Interpolator*, 3>;
-using Borders = std::array<core::Border*, 2>;
+using Interpolators = std::array<Interpolator*, 3>;
+using Borders = std::array<Border*, 2>;
 
-inline const Interpolators kInterpolators{&core::InterpolationType::NEAREST_NEIGHBOR,
-                                          &core::InterpolationType::LINEAR,
-                                          &core::InterpolationType::CUBIC};
-inline const Borders kBorders{&core::InterpolationBorderType::CONSTANT,
-                              &core::InterpolationBorderType::REPLICATION};
+inline const Interpolators kInterpolators{&NEAREST_NEIGHBOR, &LINEAR, &CUBIC};
+inline const Borders kBorders{&CONSTANT, &REPLICATION};
 
 // Each step is stored, so that no compiler fuses a product and a sum.
 inline double stepByStep(const double (&row)[4], double i, double j, double k)
@@ -47,21 +44,28 @@ inline Position positionOf(const AffineMap& map, double i, double j, double k)
             stepByStep(map.rows[2], i, j, k)};
 }
 
-// The module's reading at a position in voxels. The calls by value take voxels whatever the spacing
+/// An element by unsigned indices.
+template <class T>
+T at(const VxImage<T>& image, unsigned int x, unsigned int y, unsigned int z, unsigned int c)
+{
+    return image(static_cast<int>(x), static_cast<int>(y), static_cast<int>(z),
+                 static_cast<int>(c));
+}
+
+// volux_core's reading at a position in voxels. The calls by value take voxels whatever the spacing
 // is; a policy of the test's own is called through an image whose spacing is 1.
 template <class T>
-double reading(const core::VxImage<T>& image, const Position& p, int c, const Options& options)
+double reading(const VxImage<T>& image, const Position& p, int c, const Options& options)
 {
     const auto channel = static_cast<unsigned int>(c);
     const auto value = static_cast<T>(options.outside);
-    core::Border* const border = options.border;
+    Border* const border = options.border;
     if (options.interpolator == kInterpolators[0])
-        return static_cast<double>(
-            core::NearestNeighbor()(image, p.x, p.y, p.z, channel, border, value));
+        return static_cast<double>(NearestNeighbor()(image, p.x, p.y, p.z, channel, border, value));
     if (options.interpolator == kInterpolators[1])
-        return core::Linear()(image, p.x, p.y, p.z, channel, border, value);
+        return Linear()(image, p.x, p.y, p.z, channel, border, value);
     if (options.interpolator == kInterpolators[2])
-        return core::Cubic()(image, p.x, p.y, p.z, channel, border, value);
+        return Cubic()(image, p.x, p.y, p.z, channel, border, value);
     return image.getDoubleValueReal(p.x, p.y, p.z, c, options.interpolator, border, value);
 }
 
@@ -79,9 +83,9 @@ T saturated(double value)
     return static_cast<T>(rounded);
 }
 
-// What becomes of a reading in a destination of type T; wrapping is the module's own rounded form.
+// What becomes of a reading in a destination of type T; wrapping is volux_core's own rounded form.
 template <class T>
-T element(const core::VxImage<T>& image, const Position& p, int c, const Options& options)
+T element(const VxImage<T>& image, const Position& p, int c, const Options& options)
 {
     if constexpr (std::is_floating_point_v<T>)
         return static_cast<T>(reading(image, p, c, options));

@@ -1,4 +1,4 @@
-// A block for images whose elements lie more than 32 bits apart.
+// A block for images whose elements are more than 2^32 apart.
 #pragma once
 
 #include <sys/mman.h>

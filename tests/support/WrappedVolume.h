@@ -1,67 +1,88 @@
-// An image and, beside it, the same voxels in the form that the oracle reads.
+// Volumes, and images of the same voxels beside them.
 #pragma once
 
-#include <cmath>
 #include <cstddef>
-#include <cstdint>
+#include <numeric>
 #include <utility>
 #include <vector>
 
-#include "SamplingOracle.h"
-#include "volux/core/VxImage.h"
+#include "Difference.h"
+#include "ElementTypes.h"
+#include "Names.h"
+#include "Volume.h"
 
 namespace volux::test {
 
-// An image that wraps the block of an oracle's volume: both read the same memory.
+/// Makes an image of the memory from `first` on, laid out so.
+template <class T>
+void wrap(T* first, const Layout& l, VxImage<T>* image)
+{
+    const auto& [w, h, d] = l.extents;
+    require(image->initializeWithPointer(first, w, h, d, l.channels) == SUCCESS,
+            "an image does not wrap a volume");
+    image->setImageStride(l.strideY, l.strideZ, l.strideC, l.strideX);
+}
+
+/// The same of the volume's own block.
+template <class T>
+void wrap(Volume<T>& volume, VxImage<T>* image)
+{
+    wrap(volume.first(), volume, image);
+    image->setVoxelSize(volume.spacing.x, volume.spacing.y, volume.spacing.z);
+}
+
+/// A volume and an image that wraps its block: both read the same memory.
 template <class T>
 struct WrappedVolume {
-    explicit WrappedVolume(oracle::Volume<T> source) : volume(std::move(source))
-    {
-        const auto size = [](std::int64_t n) { return static_cast<unsigned int>(n); };
-        const oracle::Extents& e = volume.extents;
-        image.initializeWithPointer(volume.block.data() + volume.origin, size(e.width),
-                                    size(e.height), size(e.depth), size(volume.channels));
-        image.setImageStride(size(volume.strideY), size(volume.strideZ), size(volume.strideC),
-                             size(volume.strideX));
-        image.setVoxelSize(volume.spacing.x, volume.spacing.y, volume.spacing.z);
-    }
+    explicit WrappedVolume(Volume<T> source) : volume(std::move(source)) { wrap(volume, &image); }
 
-    oracle::Volume<T> volume;
-    core::VxImage<T> image;
+    Volume<T> volume;
+    VxImage<T> image;
 };
 
-// An interleaved volume of zeros.
+/// Zeros.
 template <class T>
-oracle::Volume<T> blankVolume(const oracle::Extents& extents, std::int64_t channels = 1)
+Volume<T> blankVolume(const Layout& layout)
 {
-    oracle::Volume<T> volume;
-    volume.extents = extents;
-    volume.channels = channels;
-    volume.strideX = channels;
-    volume.strideY = extents.width * channels;
-    volume.strideZ = extents.width * extents.height * channels;
-    volume.block.resize(static_cast<std::size_t>(volume.strideZ * extents.depth));
+    return {layout, std::vector<T>(layout.span())};
+}
+
+template <class T>
+Volume<T> blankVolume(const Extents& e, unsigned int channels = 1)
+{
+    return blankVolume<T>(interleaved(e.width, e.height, e.depth, channels));
+}
+
+/// Elements that count up from 1, so that each names its place.
+template <class T>
+Volume<T> countingVolume(const Layout& layout)
+{
+    Volume<T> volume = blankVolume<T>(layout);
+    std::iota(volume.block.begin(), volume.block.end(), T{1});
     return volume;
 }
 
-// An interleaved volume whose elements count up from 1, so that each names its place.
 template <class T>
-oracle::Volume<T> countingVolume(const oracle::Extents& extents, std::int64_t channels = 1)
+Volume<T> countingVolume(const Extents& e, unsigned int channels = 1)
 {
-    oracle::Volume<T> volume = blankVolume<T>(extents, channels);
-    T next{1};
-    for (T& element : volume.block)
-        element = next++;
+    return countingVolume<T>(interleaved(e.width, e.height, e.depth, channels));
+}
+
+/// Elements from the whole range of T, the same every time.
+template <class T>
+Volume<T> variedVolume(const Extents& e, unsigned int channels = 1)
+{
+    Volume<T> volume = blankVolume<T>(e, channels);
+    for (std::size_t n = 0; n < volume.block.size(); ++n)
+        volume.block[n] = someValue<T>(n);
     return volume;
 }
 
-// A row of voxels along x.
+/// A row of voxels along x.
 template <class T>
-oracle::Volume<T> rowVolume(std::vector<T> values)
+Volume<T> rowVolume(std::vector<T> values)
 {
-    oracle::Volume<T> volume = blankVolume<T>({static_cast<std::int64_t>(values.size()), 1, 1});
-    volume.block = std::move(values);
-    return volume;
+    return {interleaved(static_cast<unsigned int>(values.size()), 1, 1, 1), std::move(values)};
 }
 
 }  // namespace volux::test

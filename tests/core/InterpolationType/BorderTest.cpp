@@ -8,27 +8,14 @@
 #include <typeinfo>
 
 #include "support/BitExact.h"
-#include "support/ElementTypes.h"
 #include "support/OwnPolicies.h"
 #include "support/ThrowSite.h"
+#include "support/ThrowTexts.h"
+#include "support/TypedSuites.h"
 #include "support/WrappedVolume.h"
 
 namespace volux::test {
 namespace {
-
-using core::Border;
-using core::Constant;
-using core::Replication;
-using core::VxImage;
-using oracle::Volume;
-
-const char* const kMisuse = "invalid use of Border*, ..\\..\\src\\core\\InterpolationType:31";
-
-// Opens the protected get() of a policy.
-template <class Policy>
-struct Open : Policy {
-    using Policy::get;
-};
 
 template <class T>
 class BorderPolicies : public ::testing::Test {
@@ -102,12 +89,7 @@ TYPED_TEST(BorderPolicies, ReplicationClampsZToTheEdge)
 
 TYPED_TEST(BorderPolicies, ReplicationReadsThroughTheStrides)
 {
-    Volume<TypeParam> planar = countingVolume<TypeParam>({3, 2, 2}, 2);
-    planar.strideX = 1;
-    planar.strideY = 3;
-    planar.strideZ = 6;
-    planar.strideC = 12;
-    WrappedVolume<TypeParam> scene(planar);
+    WrappedVolume<TypeParam> scene(countingVolume<TypeParam>(planar(3, 2, 2, 2)));
     EXPECT_EQ(replicated(scene.image, 9, -1, 5, 1), TypeParam(12 + 6 + 2 + 1));
 }
 
@@ -168,7 +150,7 @@ TYPED_TEST(BorderPolicies, TheBaseTableThrows)
     BareBorder border;
     BorderTable table;
     EXPECT_TRUE(throwsAndPrintsTwice(
-        [&] { table.fetch(border, image, 0, 0, 0, 0U, TypeParam{0}, 0U, 0U, 0U); }, kMisuse));
+        [&] { table.fetch(border, image, 0, 0, 0, 0U, TypeParam{0}, 0U, 0U, 0U); }, kBorderMisuse));
 }
 
 TYPED_TEST(BorderPolicies, ABorderWithoutATableOfItsOwnThrowsAtTheFirstOutsideRead)
@@ -176,11 +158,11 @@ TYPED_TEST(BorderPolicies, ABorderWithoutATableOfItsOwnThrowsAtTheFirstOutsideRe
     WrappedVolume<TypeParam> scene(rowVolume<TypeParam>({1, 2, 3}));
     BareBorder border;
     const auto sampleAt = [&](double x) {
-        return core::NearestNeighbor().template operator()<TypeParam, Border*>(
-            scene.image, x, 0.0, 0.0, 0U, &border, TypeParam{0});
+        return NearestNeighbor().template operator()<TypeParam, Border*>(scene.image, x, 0.0, 0.0,
+                                                                         0U, &border, TypeParam{0});
     };
     EXPECT_EQ(sampleAt(1.0), TypeParam{2});
-    EXPECT_TRUE(throwsAndPrintsTwice([&] { sampleAt(3.0); }, kMisuse));
+    EXPECT_TRUE(throwsAndPrintsTwice([&] { sampleAt(3.0); }, kBorderMisuse));
 }
 
 TEST(BorderPolicy, ConstantKeepsTheSignOfZeroAndNaN)
@@ -218,8 +200,8 @@ TEST(BorderPolicy, AssignmentGivesTheLeftHandObject)
     Constant constant;
     Replication replication;
     BareBorder border;
-    EXPECT_EQ(&(constant = core::InterpolationBorderType::CONSTANT), &constant);
-    EXPECT_EQ(&(replication = core::InterpolationBorderType::REPLICATION), &replication);
+    EXPECT_EQ(&(constant = CONSTANT), &constant);
+    EXPECT_EQ(&(replication = REPLICATION), &replication);
     EXPECT_EQ(&(static_cast<Border&>(border) = constant), &border);
 }
 
@@ -233,15 +215,7 @@ TEST(BorderPolicy, ACopyWorksLikeItsSource)
 
 TEST(BorderPolicy, APolicyIsDestroyedThroughItsBase)
 {
-    struct Witness : Replication {
-        explicit Witness(int& count) : count_(count) {}
-        ~Witness() override { ++count_; }
-        int& count_;
-    };
-    int destroyed = 0;
-    Border* border = new Witness(destroyed);
-    delete border;
-    EXPECT_EQ(destroyed, 1);
+    EXPECT_TRUE((isDestroyedThrough<Replication, Border>()));
 }
 
 }  // namespace

@@ -10,28 +10,16 @@
 #include <stdexcept>
 
 #include "support/BitExact.h"
-#include "support/ElementTypes.h"
+#include "support/KernelCalls.h"
 #include "support/OwnPolicies.h"
-#include "support/WrappedVolume.h"
+#include "support/TypedSuites.h"
 
 namespace volux::test {
 namespace {
 
-using core::Border;
-using core::Constant;
-using core::Cubic;
-using core::Replication;
 using oracle::Position;
 
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-
-template <class T, class B>
-double cubic(const WrappedVolume<T>& scene, const Position& p, B border, T value = T{0},
-             unsigned int c = 0)
-{
-    return Cubic().operator()<T, B>(scene.image, p.x, p.y, p.z, c, border, value);
-}
+constexpr KernelCall<Cubic> cubic{};
 
 // The 64 neighbours of a base, in the order in which they are read.
 std::vector<Index> neighbourhood(const Index& base)
@@ -132,9 +120,9 @@ TEST(CubicKernel, ReadsFourNeighboursOfEachAxisByTheTable)
         RecordingBorder onX;
         RecordingBorder onY;
         RecordingBorder onZ;
-        cubic<short, Border*>(scene, {entry.position, 20, 30}, &onX);
-        cubic<short, Border*>(scene, {20, entry.position, 30}, &onY);
-        cubic<short, Border*>(scene, {20, 30, entry.position}, &onZ);
+        cubic(scene, {entry.position, 20, 30}, &onX);
+        cubic(scene, {20, entry.position, 30}, &onY);
+        cubic(scene, {20, 30, entry.position}, &onZ);
         EXPECT_EQ(onX.indices(), neighbourhood({entry.first + 1, 20, 30})) << entry.rule;
         EXPECT_EQ(onY.indices(), neighbourhood({20, entry.first + 1, 30})) << entry.rule;
         EXPECT_EQ(onZ.indices(), neighbourhood({20, 30, entry.first + 1})) << entry.rule;
@@ -160,9 +148,9 @@ TEST(CubicKernel, BeyondTheLastNeighbourhoodReadsNothingAndGivesNaN)
     WrappedVolume<short> scene(countingVolume<short>({2, 2, 2}));
     RecordingBorder border;
     for (const double v : kWithoutNeighbours) {
-        EXPECT_TRUE(std::isnan(cubic<short, Border*>(scene, {v, 9, 9}, &border))) << v;
-        EXPECT_TRUE(std::isnan(cubic<short, Border*>(scene, {9, v, 9}, &border))) << v;
-        EXPECT_TRUE(std::isnan(cubic<short, Border*>(scene, {9, 9, v}, &border))) << v;
+        EXPECT_TRUE(std::isnan(cubic(scene, {v, 9, 9}, &border))) << v;
+        EXPECT_TRUE(std::isnan(cubic(scene, {9, v, 9}, &border))) << v;
+        EXPECT_TRUE(std::isnan(cubic(scene, {9, 9, v}, &border))) << v;
         EXPECT_TRUE(std::isnan(cubic(scene, {v, 0, 0}, Constant(), short{5}))) << v;
         EXPECT_TRUE(std::isnan(cubic(scene, {0, 0, v}, Replication()))) << v;
     }
@@ -177,13 +165,10 @@ TYPED_TEST_SUITE(CubicTypes, ElementTypes, ElementTypeNames);
 
 TYPED_TEST(CubicTypes, GiveTheVoxelAtAWholePositionWhateverTheBorder)
 {
-    auto volume = blankVolume<TypeParam>({3, 3, 3});
-    for (std::size_t n = 0; n < volume.block.size(); ++n)
-        volume.block[n] = someValue<TypeParam>(n);
-    WrappedVolume<TypeParam> scene(volume);
+    const WrappedVolume<TypeParam> scene(variedVolume<TypeParam>({3, 3, 3}));
     for (int n = 0; n < 27; ++n) {
         const Position p{n % 3 + 0.0, n / 3 % 3 + 0.0, n / 9 + 0.0};
-        const double voxel = static_cast<double>(volume.block[static_cast<std::size_t>(n)]);
+        const double voxel = static_cast<double>(scene.volume.block[static_cast<std::size_t>(n)]);
         EXPECT_TRUE(bitEqual(cubic(scene, p, Constant(), TypeParam{77}), voxel));
         EXPECT_TRUE(bitEqual(cubic(scene, p, Replication()), voxel));
     }
@@ -202,7 +187,7 @@ TYPED_TEST(CubicTypes, HandTheBorderTheArgumentsOfTheCall)
     WrappedVolume<TypeParam> scene(countingVolume<TypeParam>({3, 4, 5}, 2));
     RecordingBorder border;
     border.answer = [](const Index&) { return 6.0; };
-    EXPECT_EQ((cubic<TypeParam, Border*>(scene, {-9.5, 0.5, 0.5}, &border, 9, 1)), 6.0);
+    EXPECT_EQ(cubic(scene, {-9.5, 0.5, 0.5}, &border, 9, 1), 6.0);
     ASSERT_EQ(border.calls.size(), 64U);
     expectPassedOn(border, scene.image, 1, 9.0, {3, 4, 5});
 }
@@ -226,9 +211,9 @@ TEST(CubicKernel, AsksTheBorderForTheOutsideNeighboursAlone)
 {
     WrappedVolume<short> scene(countingVolume<short>({4, 4, 4}));
     RecordingBorder border;
-    cubic<short, Border*>(scene, {1.5, 1.5, 1.5}, &border);
+    cubic(scene, {1.5, 1.5, 1.5}, &border);
     EXPECT_TRUE(border.calls.empty());
-    cubic<short, Border*>(scene, {2.0, 1.5, 1.5}, &border);
+    cubic(scene, {2.0, 1.5, 1.5}, &border);
     ASSERT_EQ(border.calls.size(), 16U);
     EXPECT_EQ(border.gets, 16);
     for (int n = 0; n < 16; ++n)
@@ -240,7 +225,7 @@ TEST(CubicKernel, AtTheLastVoxelTheTwoOutsideNeighboursAreReadWithWeightZero)
     WrappedVolume<int> scene(rowVolume<int>({10, 20, 30}));
     RecordingBorder border;
     border.answer = [](const Index&) { return 1000.0; };
-    EXPECT_EQ((cubic<int, Border*>(scene, {2, 0, 0}, &border)), 30.0);
+    EXPECT_EQ(cubic(scene, {2, 0, 0}, &border), 30.0);
     const std::vector<Index> asked = border.indices();
     EXPECT_EQ(std::count(asked.begin(), asked.end(), Index{3, 0, 0}), 1);
     EXPECT_EQ(std::count(asked.begin(), asked.end(), Index{4, 0, 0}), 1);
@@ -293,13 +278,13 @@ TEST(CubicKernel, AnExceptionOfTheBorderPassesEvenForWeightZero)
             throw std::out_of_range("no such voxel");
         return 0.0;
     };
-    EXPECT_THROW((cubic<int, Border*>(scene, {0, 0, 0}, &border)), std::out_of_range);
+    EXPECT_THROW(cubic(scene, {0, 0, 0}, &border), std::out_of_range);
     EXPECT_EQ(border.calls.size(), 9U) << "two rows of four, and the call that threw";
 }
 
 TEST(CubicKernel, InAnEmptyImageEveryNeighbourIsOutside)
 {
-    core::VxImage<short> empty;
+    VxImage<short> empty;
     EXPECT_EQ((Cubic().operator()<short, Constant>(empty, 0.25, 0, 0, 0U, Constant(), 5)), 5.0);
 }
 

@@ -8,40 +8,16 @@
 #include <typeinfo>
 
 #include "support/BitExact.h"
-#include "support/ElementTypes.h"
 #include "support/OwnPolicies.h"
 #include "support/ThrowSite.h"
+#include "support/ThrowTexts.h"
+#include "support/TypedSuites.h"
 #include "support/WrappedVolume.h"
 
 namespace volux::test {
 namespace {
 
-using core::Border;
-using core::Constant;
-using core::Cubic;
-using core::Interpolator;
-using core::Linear;
-using core::NearestNeighbor;
-using core::Replication;
-using core::VxImage;
-using core::InterpolationBorderType::CONSTANT;
-using core::InterpolationBorderType::REPLICATION;
-using core::InterpolationType::CUBIC;
-using core::InterpolationType::LINEAR;
-using core::InterpolationType::NEAREST_NEIGHBOR;
 using oracle::Position;
-
-const char* const kMisuseByValue =
-    "invalid use of Interpolator*, ..\\..\\src\\core\\InterpolationType:59";
-const char* const kMisuseByPointer =
-    "invalid use of Interpolator*, ..\\..\\src\\core\\InterpolationType:45";
-const char* const kBorderMisuse = "invalid use of Border*, ..\\..\\src\\core\\InterpolationType:31";
-
-// Opens the protected get() of a policy.
-template <class Policy>
-struct Open : Policy {
-    using Policy::get;
-};
 
 template <class Policy>
 class InterpolatorTables : public ::testing::Test {
@@ -84,15 +60,7 @@ TYPED_TEST(InterpolatorTables, HandBackTheLeftHandObjectFromAnAssignment)
 
 TYPED_TEST(InterpolatorTables, AreDestroyedWithTheirPolicyThroughItsBase)
 {
-    struct Witness : TypeParam {
-        explicit Witness(int& count) : count_(count) {}
-        ~Witness() override { ++count_; }
-        int& count_;
-    };
-    int destroyed = 0;
-    Interpolator* policy = new Witness(destroyed);
-    delete policy;
-    EXPECT_EQ(destroyed, 1);
+    EXPECT_TRUE((isDestroyedThrough<TypeParam, Interpolator>()));
 }
 
 // Inside, at an edge, at a tie, and outside on every axis.

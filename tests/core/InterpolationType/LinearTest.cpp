@@ -9,28 +9,16 @@
 #include <stdexcept>
 
 #include "support/BitExact.h"
-#include "support/ElementTypes.h"
+#include "support/KernelCalls.h"
 #include "support/OwnPolicies.h"
-#include "support/WrappedVolume.h"
+#include "support/TypedSuites.h"
 
 namespace volux::test {
 namespace {
 
-using core::Border;
-using core::Constant;
-using core::Linear;
-using core::Replication;
 using oracle::Position;
 
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-
-template <class T, class B>
-double linear(const WrappedVolume<T>& scene, const Position& p, B border, T value = T{0},
-              unsigned int c = 0)
-{
-    return Linear().operator()<T, B>(scene.image, p.x, p.y, p.z, c, border, value);
-}
+constexpr KernelCall<Linear> linear{};
 
 // The eight neighbours of a base corner, in the order in which they are read.
 std::vector<Index> corners(const Index& base)
@@ -79,9 +67,9 @@ TEST(LinearKernel, ReadsTheTwoNeighboursOfEachAxisByTheTable)
         RecordingBorder onX;
         RecordingBorder onY;
         RecordingBorder onZ;
-        linear<short, Border*>(scene, {entry.position, 10, 10}, &onX);
-        linear<short, Border*>(scene, {10, entry.position, 10}, &onY);
-        linear<short, Border*>(scene, {10, 10, entry.position}, &onZ);
+        linear(scene, {entry.position, 10, 10}, &onX);
+        linear(scene, {10, entry.position, 10}, &onY);
+        linear(scene, {10, 10, entry.position}, &onZ);
         ASSERT_EQ(onX.calls.size(), 8U) << entry.rule;
         ASSERT_EQ(onY.calls.size(), 8U) << entry.rule;
         ASSERT_EQ(onZ.calls.size(), 8U) << entry.rule;
@@ -98,7 +86,7 @@ TEST(LinearKernel, ReadsTheEightNeighboursWithXFastest)
 {
     WrappedVolume<short> scene(countingVolume<short>({2, 2, 2}));
     RecordingBorder border;
-    linear<short, Border*>(scene, {20.5, 30.5, 40.5}, &border);
+    linear(scene, {20.5, 30.5, 40.5}, &border);
     EXPECT_EQ(border.indices(), corners({20, 30, 40}));
     EXPECT_EQ(border.gets, 8);
 }
@@ -107,7 +95,7 @@ TEST(LinearKernel, AsksTheBorderForTheOutsideNeighboursAlone)
 {
     WrappedVolume<short> scene(countingVolume<short>({2, 2, 2}));
     RecordingBorder border;
-    linear<short, Border*>(scene, {1.5, 0.5, 0.5}, &border);
+    linear(scene, {1.5, 0.5, 0.5}, &border);
     EXPECT_EQ(border.indices(), (std::vector<Index>{{2, 0, 0}, {2, 1, 0}, {2, 0, 1}, {2, 1, 1}}));
     EXPECT_EQ(border.gets, 4);
 }
@@ -116,7 +104,7 @@ TEST(LinearKernel, ReadsNeighboursOfWeightZero)
 {
     WrappedVolume<short> scene(countingVolume<short>({2, 1, 1}));
     RecordingBorder border;
-    EXPECT_EQ((linear<short, Border*>(scene, {0.0, 0.0, 0.0}, &border)), 1.0);
+    EXPECT_EQ(linear(scene, {0.0, 0.0, 0.0}, &border), 1.0);
     EXPECT_EQ(
         border.indices(),
         (std::vector<Index>{{0, 1, 0}, {1, 1, 0}, {0, 0, 1}, {1, 0, 1}, {0, 1, 1}, {1, 1, 1}}));
@@ -129,14 +117,11 @@ TYPED_TEST_SUITE(LinearTypes, ElementTypes, ElementTypeNames);
 
 TYPED_TEST(LinearTypes, GiveTheVoxelAtAWholePosition)
 {
-    auto volume = blankVolume<TypeParam>({3, 3, 3});
-    for (std::size_t n = 0; n < volume.block.size(); ++n)
-        volume.block[n] = someValue<TypeParam>(n);
-    WrappedVolume<TypeParam> scene(volume);
+    const WrappedVolume<TypeParam> scene(variedVolume<TypeParam>({3, 3, 3}));
     for (int n = 0; n < 27; ++n) {
         const Position p{n % 3 + 0.0, n / 3 % 3 + 0.0, n / 9 + 0.0};
         EXPECT_TRUE(bitEqual(linear(scene, p, Constant()),
-                             static_cast<double>(volume.block[static_cast<std::size_t>(n)])));
+                             static_cast<double>(scene.volume.block[static_cast<std::size_t>(n)])));
     }
 }
 
@@ -162,7 +147,7 @@ TYPED_TEST(LinearTypes, HandTheBorderTheArgumentsOfTheCall)
     WrappedVolume<TypeParam> scene(countingVolume<TypeParam>({3, 4, 5}, 2));
     RecordingBorder border;
     border.answer = [](const Index&) { return 6.0; };
-    EXPECT_EQ((linear<TypeParam, Border*>(scene, {-9.5, 0.5, 0.5}, &border, 9, 1)), 6.0);
+    EXPECT_EQ(linear(scene, {-9.5, 0.5, 0.5}, &border, 9, 1), 6.0);
     ASSERT_EQ(border.calls.size(), 8U);
     expectPassedOn(border, scene.image, 1, 9.0, {3, 4, 5});
 }
@@ -196,7 +181,7 @@ TEST(LinearKernel, AtANegativeWholeNumberTheUpperNeighbourWeighsAll)
     WrappedVolume<int> scene(rowVolume<int>({10, 20}));
     RecordingBorder border;
     border.answer = [](const Index& at) { return at.x == -1 && at.y == 0 && at.z == 0 ? 5 : 1000; };
-    EXPECT_EQ((linear<int, Border*>(scene, {-1.0, 0, 0}, &border)), 5.0);
+    EXPECT_EQ(linear(scene, {-1.0, 0, 0}, &border), 5.0);
     EXPECT_EQ(border.indices(), corners({-2, 0, 0}));
 }
 
@@ -294,7 +279,7 @@ TEST(LinearKernel, ClampsNothing)
     WrappedVolume<int> scene(rowVolume<int>({3}));
     RecordingBorder border;
     border.answer = [](const Index& at) { return at.x == INT_MIN ? 0.0 : 1.0; };
-    EXPECT_EQ((linear<int, Border*>(scene, {2147483649.0, 0, 0}, &border)), 4294967297.0);
+    EXPECT_EQ(linear(scene, {2147483649.0, 0, 0}, &border), 4294967297.0);
 }
 
 TEST(LinearKernel, AnExceptionOfTheBorderPassesEvenForWeightZero)
@@ -306,7 +291,7 @@ TEST(LinearKernel, AnExceptionOfTheBorderPassesEvenForWeightZero)
             throw std::out_of_range("no such voxel");
         return 0.0;
     };
-    EXPECT_THROW((linear<int, Border*>(scene, {0, 0, 0}, &border)), std::out_of_range);
+    EXPECT_THROW(linear(scene, {0, 0, 0}, &border), std::out_of_range);
     EXPECT_EQ(border.calls.size(), 3U) << "the call that threw was the last";
 }
 

@@ -8,28 +8,18 @@
 #include <limits>
 
 #include "support/BitExact.h"
-#include "support/ElementTypes.h"
+#include "support/KernelCalls.h"
 #include "support/OwnPolicies.h"
-#include "support/WrappedVolume.h"
+#include "support/TypedSuites.h"
 
 namespace volux::test {
 namespace {
 
-using core::Border;
-using core::Constant;
-using core::NearestNeighbor;
-using core::Replication;
 using oracle::Position;
 
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kDenormal = 0x1p-1074;
 
-template <class T, class B>
-T nearest(const WrappedVolume<T>& scene, const Position& p, B border, T value = T{0},
-          unsigned int c = 0)
-{
-    return NearestNeighbor().operator()<T, B>(scene.image, p.x, p.y, p.z, c, border, value);
-}
+constexpr KernelCall<NearestNeighbor> nearest{};
 
 struct RoundingCase {
     double position;
@@ -84,7 +74,7 @@ void expectIndex(const RoundingCase& entry, const Position& p, const Index& expe
 {
     WrappedVolume<short> scene(countingVolume<short>({4, 4, 4}));
     RecordingBorder border;
-    const short voxel = nearest<short, Border*>(scene, p, &border);
+    const short voxel = nearest(scene, p, &border);
     if (scene.volume.holds(expected.x, expected.y, expected.z)) {
         EXPECT_TRUE(border.calls.empty()) << entry.rule;
         EXPECT_EQ(voxel, scene.volume.at(expected.x, expected.y, expected.z, 0)) << entry.rule;
@@ -176,12 +166,7 @@ TYPED_TEST(NearestNeighborTypes, GiveTheElementUnchanged)
 
 TYPED_TEST(NearestNeighborTypes, ReadTheChannelAskedForThroughTheStrides)
 {
-    auto planar = countingVolume<TypeParam>({3, 2, 2}, 2);
-    planar.strideX = 1;
-    planar.strideY = 3;
-    planar.strideZ = 6;
-    planar.strideC = 12;
-    WrappedVolume<TypeParam> scene(planar);
+    WrappedVolume<TypeParam> scene(countingVolume<TypeParam>(planar(3, 2, 2, 2)));
     EXPECT_EQ(nearest(scene, {2, 1, 0}, Constant(), TypeParam{0}, 1), TypeParam(12 + 3 + 2 + 1));
     EXPECT_EQ(nearest(scene, {9, 1, 0}, Replication(), TypeParam{0}, 1), TypeParam(12 + 3 + 2 + 1));
 }
@@ -199,7 +184,7 @@ TYPED_TEST(NearestNeighborTypes, AskTheBorderOncePerOutsidePosition)
     WrappedVolume<TypeParam> scene(countingVolume<TypeParam>({3, 4, 5}, 2));
     RecordingBorder border;
     border.answer = [](const Index&) { return 42.0; };
-    EXPECT_EQ((nearest<TypeParam, Border*>(scene, {-7.0, 2.0, 6.0}, &border, 9, 1)), TypeParam{42});
+    EXPECT_EQ(nearest(scene, {-7.0, 2.0, 6.0}, &border, 9, 1), TypeParam{42});
     ASSERT_EQ(border.calls.size(), 1U);
     EXPECT_EQ(border.gets, 1);
     EXPECT_EQ(border.calls[0].index, (Index{-7, 2, 6}));
@@ -210,14 +195,14 @@ TEST(NearestNeighborKernel, AsksNoBorderInside)
 {
     WrappedVolume<short> scene(countingVolume<short>({3, 3, 3}));
     RecordingBorder border;
-    EXPECT_EQ((nearest<short, Border*>(scene, {2.0, 1.0, 0.0}, &border)), 6);
+    EXPECT_EQ(nearest(scene, {2.0, 1.0, 0.0}, &border), 6);
     EXPECT_EQ(border.gets, 0);
     EXPECT_TRUE(border.calls.empty());
 }
 
 TEST(NearestNeighborKernel, InAnEmptyImageEveryPositionIsOutside)
 {
-    core::VxImage<short> empty;
+    VxImage<short> empty;
     RecordingBorder border;
     NearestNeighbor kernel;
     EXPECT_EQ((kernel.operator()<short, Constant>(empty, 0, 0, 0, 0U, Constant(), 5)), 5);

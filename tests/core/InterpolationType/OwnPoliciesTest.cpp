@@ -7,24 +7,12 @@
 #include <typeinfo>
 
 #include "support/BitExact.h"
-#include "support/ElementTypes.h"
 #include "support/OwnPolicies.h"
+#include "support/TypedSuites.h"
 #include "support/WrappedVolume.h"
 
 namespace volux::test {
 namespace {
-
-using core::Border;
-using core::Constant;
-using core::Interpolator;
-using core::Linear;
-using core::Replication;
-using core::VxImage;
-using core::InterpolationBorderType::CONSTANT;
-using core::InterpolationBorderType::REPLICATION;
-using core::InterpolationType::CUBIC;
-using core::InterpolationType::LINEAR;
-using core::InterpolationType::NEAREST_NEIGHBOR;
 
 template <class T>
 class OwnPolicies : public ::testing::Test {
@@ -210,7 +198,7 @@ TYPED_TEST(OwnPolicies, AnInterpolatorWithTheForwardingTableIsReached)
     EXPECT_EQ(image.getValueVoxel(1, 2, 3, 1, &distance, &this->border, nine), TypeParam{16});
 }
 
-// The value of the call, as the element type: the table has to convert it.
+// The value of the call, as the element type: the table must convert it.
 struct ValueItself : Interpolator {
     InterpolatorTable& get() override
     {

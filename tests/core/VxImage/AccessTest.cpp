@@ -10,17 +10,15 @@
 
 #include "support/BitExact.h"
 #include "support/ContainerOracle.h"
-#include "support/ElementTypes.h"
 #include "support/ImageAccess.h"
 #include "support/ImageFields.h"
 #include "support/ImageStates.h"
-#include "support/Random.h"
+#include "support/Seeded.h"
 #include "support/SparseBlock.h"
+#include "support/TypedSuites.h"
 
-namespace volux::core {
+namespace volux::test {
 namespace {
-
-using namespace test;
 
 /// An image of 4 x 3 x 2 voxels with 2 channels that wraps a padded block between guards.
 template <class T>
@@ -32,17 +30,6 @@ protected:
     {
         return volume.at(static_cast<unsigned int>(x), static_cast<unsigned int>(y),
                          static_cast<unsigned int>(z), static_cast<unsigned int>(c));
-    }
-
-    /// The image's fields, but with other extents.
-    void setExtents(unsigned int w, unsigned int h, unsigned int d, unsigned int c)
-    {
-        ImageFields<T> fields = fieldsOf(image);
-        fields.width = w;
-        fields.height = h;
-        fields.depth = d;
-        fields.channels = c;
-        overwriteFields(image, fields);
     }
 
     bool isInside(unsigned int x, unsigned int y, unsigned int z) const
@@ -99,8 +86,8 @@ TYPED_TEST(Access, ReadsEveryVoxelThroughTheStrides)
 TYPED_TEST(Access, TheOperatorRefersToTheElement)
 {
     const VxImage<TypeParam>& constant = this->image;
-    EXPECT_EQ(&this->volume.at(3, 2, 1, 1), &this->image(3, 2, 1, 1));
-    EXPECT_EQ(&this->volume.at(3, 2, 1, 1), &constant(3, 2, 1, 1));
+    EXPECT_EQ(&this->image(3, 2, 1, 1), &this->volume.at(3, 2, 1, 1));
+    EXPECT_EQ(&constant(3, 2, 1, 1), &this->volume.at(3, 2, 1, 1));
     this->image(1, 2, 1, 0) = someValue<TypeParam>(99);
     EXPECT_TRUE(bitEqual(this->stored(1, 2, 1, 0), someValue<TypeParam>(99)));
 }
@@ -136,8 +123,8 @@ TYPED_TEST(Access, OutsideReadsZero)
 TYPED_TEST(Access, OutsideWritesNothing)
 {
     for (const Position& p : kOutside) {
-        EXPECT_EQ(ERR_INVALID_ARGUMENT,
-                  this->image.setValueVoxel(p.x, p.y, p.z, p.c, someValue<TypeParam>(99)));
+        EXPECT_EQ(this->image.setValueVoxel(p.x, p.y, p.z, p.c, someValue<TypeParam>(99)),
+                  ERR_INVALID_ARGUMENT);
     }
     EXPECT_TRUE(sameBlock(this->volume, this->untouched));
 }
@@ -160,7 +147,7 @@ TYPED_TEST(Access, WritesExactlyOneElement)
         const auto value = someValue<TypeParam>(seed++);
         expected.at(static_cast<unsigned int>(p.x), static_cast<unsigned int>(p.y),
                     static_cast<unsigned int>(p.z), static_cast<unsigned int>(p.c)) = value;
-        ASSERT_EQ(SUCCESS, this->image.setValueVoxel(p.x, p.y, p.z, p.c, value));
+        ASSERT_EQ(this->image.setValueVoxel(p.x, p.y, p.z, p.c, value), SUCCESS);
         ASSERT_TRUE(sameBlock(this->volume, expected)) << p;
     });
 }
@@ -171,18 +158,18 @@ TYPED_TEST(Access, AnEmptyImageHasNoVoxel)
     EXPECT_TRUE(bitEqual(empty.getValueVoxel(0, 0), TypeParam{}));
     EXPECT_TRUE(bitEqual(empty.getValueVoxel(0, 0, 0), TypeParam{}));
     EXPECT_TRUE(bitEqual(empty.getValueVoxel(0, 0, 0, 0), TypeParam{}));
-    EXPECT_EQ(ERR_INVALID_ARGUMENT, empty.setValueVoxel(0, 0, 0, 0, TypeParam{1}));
+    EXPECT_EQ(empty.setValueVoxel(0, 0, 0, 0, TypeParam{1}), ERR_INVALID_ARGUMENT);
     EXPECT_FALSE(empty.hasVoxel(0, 0, 0, 0));
     EXPECT_FALSE(callPrivate<member::IsInside>(empty, 0U, 0U, 0U));
 }
 
 TYPED_TEST(Access, WithoutChannelsOnlyTheFormsWithAChannelFail)
 {
-    this->setExtents(4, 3, 2, 0);
+    overwriteExtents(this->image, 4, 3, 2, 0);
     EXPECT_TRUE(bitEqual(this->image.getValueVoxel(1, 2), this->stored(1, 2, 0, 0)));
     EXPECT_TRUE(bitEqual(this->image.getValueVoxel(1, 2, 1), this->stored(1, 2, 1, 0)));
     EXPECT_TRUE(bitEqual(this->image.getValueVoxel(1, 2, 1, 0), TypeParam{}));
-    EXPECT_EQ(ERR_INVALID_ARGUMENT, this->image.setValueVoxel(1, 2, 1, 0, TypeParam{1}));
+    EXPECT_EQ(this->image.setValueVoxel(1, 2, 1, 0, TypeParam{1}), ERR_INVALID_ARGUMENT);
     EXPECT_TRUE(this->isInside(1, 2, 1));
     EXPECT_FALSE(this->isInside(1, 2, 1, 0));
     EXPECT_FALSE(this->image.hasVoxel(1, 2, 1, 0));
@@ -190,7 +177,7 @@ TYPED_TEST(Access, WithoutChannelsOnlyTheFormsWithAChannelFail)
 
 TYPED_TEST(Access, WithoutDepthTwoCoordinatesReadZero)
 {
-    this->setExtents(4, 3, 0, 2);
+    overwriteExtents(this->image, 4, 3, 0, 2);
     EXPECT_TRUE(bitEqual(this->image.getValueVoxel(1, 2), TypeParam{}));
     EXPECT_TRUE(bitEqual(this->image.getValueVoxel(1, 2, 0), TypeParam{}));
 }
@@ -208,7 +195,7 @@ TYPED_TEST(Access, ThreeCoordinatesAreInsideWhateverTheChannels)
 
 TYPED_TEST(Access, TheLargestExtentsAreTestedToTheirLastIndex)
 {
-    this->setExtents(INT_MAX, INT_MAX, INT_MAX, INT_MAX);
+    overwriteExtents(this->image, INT_MAX, INT_MAX, INT_MAX, INT_MAX);
     constexpr int kLast = INT_MAX - 1;
     EXPECT_TRUE(this->image.hasVoxel(kLast, kLast, kLast, kLast));
     EXPECT_FALSE(this->image.hasVoxel(INT_MAX, 0, 0, 0));
@@ -220,7 +207,7 @@ TYPED_TEST(Access, TheLargestExtentsAreTestedToTheirLastIndex)
 
 TYPED_TEST(Access, HasVoxelComparesSignedAndIsInsideUnsigned)
 {
-    this->setExtents(2147483648U, 4294967295U, 4294967295U, 4294967295U);
+    overwriteExtents(this->image, 2147483648U, 4294967295U, 4294967295U, 4294967295U);
     EXPECT_FALSE(this->image.hasVoxel(0, 0, 0, 0));
     EXPECT_TRUE(this->isInside(0, 0, 0, 0));
     EXPECT_TRUE(this->isInside(2147483647U, 2147483648U, 4294967294U));
@@ -230,28 +217,28 @@ TYPED_TEST(Access, HasVoxelComparesSignedAndIsInsideUnsigned)
 TYPED_TEST(Access, HasVoxelComparesEachExtentAsASignedNumber)
 {
     constexpr unsigned int kNegative = 2147483648U;
-    this->setExtents(kNegative, 3, 2, 2);
+    overwriteExtents(this->image, kNegative, 3, 2, 2);
     EXPECT_FALSE(this->image.hasVoxel(0, 0, 0, 0));
-    this->setExtents(4, kNegative, 2, 2);
+    overwriteExtents(this->image, 4, kNegative, 2, 2);
     EXPECT_FALSE(this->image.hasVoxel(0, 0, 0, 0));
-    this->setExtents(4, 3, kNegative, 2);
+    overwriteExtents(this->image, 4, 3, kNegative, 2);
     EXPECT_FALSE(this->image.hasVoxel(0, 0, 0, 0));
-    this->setExtents(4, 3, 2, kNegative);
+    overwriteExtents(this->image, 4, 3, 2, kNegative);
     EXPECT_FALSE(this->image.hasVoxel(0, 0, 0, 0));
 }
 
 TYPED_TEST(Access, HasVoxelAgreesWithIsInsideOnTheSameBits)
 {
-    Random random(5);
+    Seeded random(5);
     const auto coordinate = [&] {
         return static_cast<int>(static_cast<unsigned int>(random.bits() >> random.below(64)));
     };
-    this->setExtents(100, 70000, 3, INT_MAX);
+    overwriteExtents(this->image, 100, 70000, 3, INT_MAX);
     for (int i = 0; i < 20000; ++i) {
         const Position p{coordinate(), coordinate(), coordinate() % 4, coordinate()};
-        ASSERT_EQ(this->isInside(static_cast<unsigned int>(p.x), static_cast<unsigned int>(p.y),
-                                 static_cast<unsigned int>(p.z), static_cast<unsigned int>(p.c)),
-                  this->image.hasVoxel(p.x, p.y, p.z, p.c))
+        ASSERT_EQ(this->image.hasVoxel(p.x, p.y, p.z, p.c),
+                  this->isInside(static_cast<unsigned int>(p.x), static_cast<unsigned int>(p.y),
+                                 static_cast<unsigned int>(p.z), static_cast<unsigned int>(p.c)))
             << p;
     }
 }
@@ -259,18 +246,17 @@ TYPED_TEST(Access, HasVoxelAgreesWithIsInsideOnTheSameBits)
 template <class T>
 class FloatingAccess : public ::testing::Test {
 };
-using FloatingTypes = ::testing::Types<float, double>;
-TYPED_TEST_SUITE(FloatingAccess, FloatingTypes, ElementTypeNames);
+TYPED_TEST_SUITE(FloatingAccess, RealTypes, ElementTypeNames);
 
 TYPED_TEST(FloatingAccess, StoresEveryKindOfValueAsGiven)
 {
     using Limits = std::numeric_limits<TypeParam>;
     VxImage<TypeParam> image;
-    ASSERT_EQ(SUCCESS, image.initialize(2, 1, 1, 1));
+    ASSERT_EQ(image.initialize(2, 1, 1, 1), SUCCESS);
     const TypeParam values[] = {-TypeParam{0}, Limits::quiet_NaN(), -Limits::infinity(),
                                 Limits::denorm_min(), Limits::max()};
     for (const TypeParam value : values) {
-        ASSERT_EQ(SUCCESS, image.setValueVoxel(1, 0, 0, 0, value));
+        ASSERT_EQ(image.setValueVoxel(1, 0, 0, 0, value), SUCCESS);
         EXPECT_TRUE(bitEqual(image.getValueVoxel(1, 0, 0, 0), value));
     }
 }
@@ -289,41 +275,41 @@ protected:
 
 TEST_F(AccessBeyond32Bits, AddressesElementsBy64Bits)
 {
-    ASSERT_EQ(SUCCESS, image.initializeWithPointer(block.bytes(), 2, 65537, 2, 2));
+    ASSERT_EQ(image.initializeWithPointer(block.bytes(), 2, 65537, 2, 2), SUCCESS);
     image.setImageStride(65536, 4294967295U, 7, 1);
-    ASSERT_EQ(SUCCESS, image.setValueVoxel(0, 65536, 0, 0, 1));
-    EXPECT_EQ(1, block.bytes()[std::size_t{1} << 32U]);
-    ASSERT_EQ(SUCCESS, image.setValueVoxel(1, 1, 1, 1, 2));
-    EXPECT_EQ(2, block.bytes()[std::size_t{4294967295U} + 65536 + 1 + 7]);
-    EXPECT_EQ(2, image(1, 1, 1, 1));
-    EXPECT_EQ(0, block.bytes()[0]);
+    ASSERT_EQ(image.setValueVoxel(0, 65536, 0, 0, 1), SUCCESS);
+    EXPECT_EQ(block.bytes()[std::size_t{1} << 32U], 1);
+    ASSERT_EQ(image.setValueVoxel(1, 1, 1, 1, 2), SUCCESS);
+    EXPECT_EQ(block.bytes()[std::size_t{4294967295U} + 65536 + 1 + 7], 2);
+    EXPECT_EQ(image(1, 1, 1, 1), 2);
+    EXPECT_EQ(block.bytes()[0], 0);
 }
 
 TEST_F(AccessBeyond32Bits, StepsOverASliceThat32BitsDoNotCount)
 {
-    ASSERT_EQ(SUCCESS, image.initializeWithPointer(block.bytes(), 65536, 65537, 2, 1));
-    ASSERT_EQ(SUCCESS, image.setValueVoxel(0, 0, 1, 0, 3));
-    EXPECT_EQ(3, block.bytes()[std::size_t{65536} * 65537]);
-    EXPECT_EQ(0, block.bytes()[65536]);
+    ASSERT_EQ(image.initializeWithPointer(block.bytes(), 65536, 65537, 2, 1), SUCCESS);
+    ASSERT_EQ(image.setValueVoxel(0, 0, 1, 0, 3), SUCCESS);
+    EXPECT_EQ(block.bytes()[std::size_t{65536} * 65537], 3);
+    EXPECT_EQ(block.bytes()[65536], 0);
 }
 
 TEST_F(AccessBeyond32Bits, StepsByTheLargestStrideAlongEveryAxis)
 {
     constexpr unsigned int kLargest = std::numeric_limits<unsigned int>::max();
-    ASSERT_EQ(SUCCESS, image.initializeWithPointer(block.bytes(), 2, 2, 2, 2));
+    ASSERT_EQ(image.initializeWithPointer(block.bytes(), 2, 2, 2, 2), SUCCESS);
     image.setImageStride(0, 0, 0, kLargest);
-    ASSERT_EQ(SUCCESS, image.setValueVoxel(1, 0, 0, 0, 1));
-    EXPECT_EQ(1, block.bytes()[kLargest]);
+    ASSERT_EQ(image.setValueVoxel(1, 0, 0, 0, 1), SUCCESS);
+    EXPECT_EQ(block.bytes()[kLargest], 1);
     image.setImageStride(kLargest, 0, 0, 0);
-    ASSERT_EQ(SUCCESS, image.setValueVoxel(0, 1, 0, 0, 2));
-    EXPECT_EQ(2, block.bytes()[kLargest]);
+    ASSERT_EQ(image.setValueVoxel(0, 1, 0, 0, 2), SUCCESS);
+    EXPECT_EQ(block.bytes()[kLargest], 2);
     image.setImageStride(0, kLargest, 0, 0);
-    ASSERT_EQ(SUCCESS, image.setValueVoxel(0, 0, 1, 0, 3));
-    EXPECT_EQ(3, block.bytes()[kLargest]);
+    ASSERT_EQ(image.setValueVoxel(0, 0, 1, 0, 3), SUCCESS);
+    EXPECT_EQ(block.bytes()[kLargest], 3);
     image.setImageStride(0, 0, kLargest, 0);
-    ASSERT_EQ(SUCCESS, image.setValueVoxel(0, 0, 0, 1, 4));
-    EXPECT_EQ(4, block.bytes()[kLargest]);
+    ASSERT_EQ(image.setValueVoxel(0, 0, 0, 1, 4), SUCCESS);
+    EXPECT_EQ(block.bytes()[kLargest], 4);
 }
 
 }  // namespace
-}  // namespace volux::core
+}  // namespace volux::test

@@ -8,15 +8,13 @@
 #include <vector>
 
 #include "support/ContainerOracle.h"
-#include "support/ElementTypes.h"
 #include "support/ImageFields.h"
 #include "support/PlaneFunctions.h"
 #include "support/Random.h"
+#include "support/TypedSuites.h"
 
-namespace volux::core {
+namespace volux::test {
 namespace {
-
-using namespace test;
 
 constexpr int kRounds = 400;
 
@@ -67,13 +65,13 @@ TYPED_TEST(ContainerDifferential, FillsAsTheModelDoes)
         wrap(volume, &image);
         if (whole) {
             naiveFill(expected, value);
-            ASSERT_EQ(SUCCESS, image.fill(value));
+            ASSERT_EQ(image.fill(value), SUCCESS);
         } else {
             naiveFillChannel(expected, channel, value);
-            ASSERT_EQ(channel < volume.layout.channels ? SUCCESS : ERR_INVALID_CHANNEL,
-                      image.fill(channel, value));
+            ASSERT_EQ(image.fill(channel, value),
+                      channel < volume.channels ? SUCCESS : ERR_INVALID_CHANNEL);
         }
-        ASSERT_TRUE(sameBlock(volume, expected)) << volume.layout.name;
+        ASSERT_TRUE(sameBlock(volume, expected)) << volume.name;
     });
 }
 
@@ -89,14 +87,14 @@ TYPED_TEST(ContainerDifferential, CropsAsTheModelDoes)
         auto volume = this->anyVolume(random, random.between(1, 4));
         const auto before = volume;
         Rect box;
-        someRange(random, volume.layout.width, &box.xStart, &box.xEnd);
-        someRange(random, volume.layout.height, &box.yStart, &box.yEnd);
-        someRange(random, volume.layout.depth, &box.zStart, &box.zEnd);
+        someRange(random, volume.extents.width, &box.xStart, &box.xEnd);
+        someRange(random, volume.extents.height, &box.yStart, &box.yEnd);
+        someRange(random, volume.extents.depth, &box.zStart, &box.zEnd);
         VxImage<TypeParam> image;
         VxImage<TypeParam> out;
         wrap(volume, &image);
-        ASSERT_EQ(SUCCESS, image.crop(box, &out));
-        ASSERT_TRUE(holds(out, naiveCrop(volume, box))) << volume.layout.name;
+        ASSERT_EQ(image.crop(box, &out), SUCCESS);
+        ASSERT_TRUE(holds(out, naiveCrop(volume, box))) << volume.name;
         ASSERT_TRUE(sameBlock(volume, before));
     });
 }
@@ -107,10 +105,10 @@ TYPED_TEST(ContainerDifferential, DrawsAsTheModelDoes)
         const unsigned int channels = random.between(1, 4);
         auto to = this->anyVolume(random, channels);
         auto from = this->anyVolume(random, channels);
-        const unsigned int x = random.below(to.layout.width + 1);
-        const unsigned int y = random.below(to.layout.height + 1);
-        const unsigned int z = random.below(to.layout.depth + 1);
-        const bool inside = x < to.layout.width && y < to.layout.height && z < to.layout.depth;
+        const unsigned int x = random.below(to.extents.width + 1);
+        const unsigned int y = random.below(to.extents.height + 1);
+        const unsigned int z = random.below(to.extents.depth + 1);
+        const bool inside = x < to.extents.width && y < to.extents.height && z < to.extents.depth;
         auto expected = to;
         if (inside)
             naiveDraw(expected, from, x, y, z);
@@ -118,8 +116,8 @@ TYPED_TEST(ContainerDifferential, DrawsAsTheModelDoes)
         VxImage<TypeParam> source;
         wrap(to, &target);
         wrap(from, &source);
-        ASSERT_EQ(inside ? SUCCESS : ERR_INVALID_ARGUMENT, target.draw(source, x, y, z));
-        ASSERT_TRUE(sameBlock(to, expected)) << from.layout.name << " into " << to.layout.name;
+        ASSERT_EQ(target.draw(source, x, y, z), inside ? SUCCESS : ERR_INVALID_ARGUMENT);
+        ASSERT_TRUE(sameBlock(to, expected)) << from.name << " into " << to.name;
     });
 }
 
@@ -132,10 +130,10 @@ TYPED_TEST(ContainerDifferential, TakesPlanesAsTheModelDoes)
         wrap(volume, &image);
         VxImage<TypeParam> plane;  // reused, so that blocks are kept and replaced
         for (const auto& f : AllPlaneFunctions<TypeParam>{}) {
-            const unsigned int index = random.below(extent(volume.layout, f.across));
-            ASSERT_EQ(SUCCESS, f.get(index, image, &plane));
+            const unsigned int index = random.below(extent(volume, f.across));
+            ASSERT_EQ(f.get(index, image, &plane), SUCCESS);
             ASSERT_TRUE(holds(plane, naiveGetPlane(f, volume, index)))
-                << f.name << " of " << volume.layout.name;
+                << f.name << " of " << volume.name;
         }
         ASSERT_TRUE(sameBlock(volume, before));
     });
@@ -149,19 +147,19 @@ TYPED_TEST(ContainerDifferential, PutsPlanesBackAsTheModelDoes)
         VxImage<TypeParam> image;
         wrap(volume, &image);
         for (const auto& f : AllPlaneFunctions<TypeParam>{}) {
-            const unsigned int index = random.below(extent(volume.layout, f.across));
+            const unsigned int index = random.below(extent(volume, f.across));
             const MakeLayout makeLayout = kLayouts[random.below(std::size(kLayouts))];
-            auto source = someVolume<TypeParam>(
-                makeLayout(f.planeWidth(volume.layout), f.planeHeight(volume.layout),
-                           random.between(1, 3), channels),
-                random.bits());
+            auto source =
+                someVolume<TypeParam>(makeLayout(f.planeWidth(volume), f.planeHeight(volume),
+                                                 random.between(1, 3), channels),
+                                      random.bits());
             VxImage<TypeParam> plane;
             wrap(source, &plane);
             auto expected = volume;
             naiveSetPlane(f, expected, source, index);
-            ASSERT_EQ(SUCCESS, f.set(index, plane, &image));
+            ASSERT_EQ(f.set(index, plane, &image), SUCCESS);
             ASSERT_TRUE(sameBlock(volume, expected))
-                << f.name << " from " << source.layout.name << " into " << volume.layout.name;
+                << f.name << " from " << source.name << " into " << volume.name;
         }
     });
 }
@@ -171,20 +169,23 @@ TYPED_TEST(ContainerDifferential, ReadsAndWritesVoxelsAsTheModelDoes)
     this->repeat(6000, [&](Random& random) {
         auto volume = this->anyVolume(random, random.between(1, 4));
         auto expected = volume;
-        const Layout& l = volume.layout;
+        const Layout& l = volume;
         VxImage<TypeParam> image;
         wrap(volume, &image);
         for (int i = 0; i < 20; ++i) {
-            const unsigned int x = random.below(l.width + 1), y = random.below(l.height + 1);
-            const unsigned int z = random.below(l.depth + 1), c = random.below(l.channels + 1);
+            const unsigned int x = random.below(l.extents.width + 1),
+                               y = random.below(l.extents.height + 1);
+            const unsigned int z = random.below(l.extents.depth + 1),
+                               c = random.below(l.channels + 1);
             const int at[] = {static_cast<int>(x), static_cast<int>(y), static_cast<int>(z),
                               static_cast<int>(c)};
-            const bool inside = x < l.width && y < l.height && z < l.depth && c < l.channels;
+            const bool inside = x < l.extents.width && y < l.extents.height &&
+                                z < l.extents.depth && c < l.channels;
             const TypeParam stored = inside ? expected.at(x, y, z, c) : TypeParam{};
             ASSERT_TRUE(bitEqual(image.getValueVoxel(at[0], at[1], at[2], at[3]), stored));
             const auto value = someValue<TypeParam>(random.bits());
-            ASSERT_EQ(inside ? SUCCESS : ERR_INVALID_ARGUMENT,
-                      image.setValueVoxel(at[0], at[1], at[2], at[3], value));
+            ASSERT_EQ(image.setValueVoxel(at[0], at[1], at[2], at[3], value),
+                      inside ? SUCCESS : ERR_INVALID_ARGUMENT);
             if (inside)
                 expected.at(x, y, z, c) = value;
         }
@@ -204,7 +205,7 @@ TYPED_TEST(ContainerDifferential, ResizesAsTheModelDoes)
             const std::size_t count = std::size_t{w} * h * d * c;
             if (count > block.size())
                 block.assign(count, TypeParam{});
-            ASSERT_EQ(SUCCESS, image.setImageSize(w, h, d, c));
+            ASSERT_EQ(image.setImageSize(w, h, d, c), SUCCESS);
             ASSERT_TRUE(sameElements(image.getBufferPointer(), block.data(), block.size()));
             const std::size_t written = random.below(static_cast<unsigned int>(block.size()));
             block[written] = someValue<TypeParam>(random.bits());
@@ -213,7 +214,7 @@ TYPED_TEST(ContainerDifferential, ResizesAsTheModelDoes)
             expected.setInterleaved(w, h, d, c);
             expected.buffer = image.getBufferPointer();
             expected.bufferBytes = block.size() * sizeof(TypeParam);
-            ASSERT_EQ(expected, fieldsOf(image));
+            ASSERT_EQ(fieldsOf(image), expected);
         }
     });
 }
@@ -243,7 +244,7 @@ TEST_F(ContainerBeyond16Bits, FillsEveryVoxel)
     forEachLongVolume([](Volume<T>& volume, VxImage<T>& image) {
         auto expected = volume;
         naiveFill(expected, T{77});
-        ASSERT_EQ(SUCCESS, image.fill(77));
+        ASSERT_EQ(image.fill(77), SUCCESS);
         EXPECT_TRUE(sameBlock(volume, expected));
     });
 }
@@ -252,9 +253,9 @@ TEST_F(ContainerBeyond16Bits, FillsTheLastChannel)
 {
     forEachLongVolume([](Volume<T>& volume, VxImage<T>& image) {
         auto expected = volume;
-        const unsigned int channel = volume.layout.channels - 1;
+        const unsigned int channel = volume.channels - 1;
         naiveFillChannel(expected, channel, T{77});
-        ASSERT_EQ(SUCCESS, image.fill(channel, 77));
+        ASSERT_EQ(image.fill(channel, 77), SUCCESS);
         EXPECT_TRUE(sameBlock(volume, expected));
     });
 }
@@ -262,11 +263,13 @@ TEST_F(ContainerBeyond16Bits, FillsTheLastChannel)
 TEST_F(ContainerBeyond16Bits, CropsTheFarEnd)
 {
     forEachLongVolume([](Volume<T>& volume, VxImage<T>& image) {
-        const Layout& l = volume.layout;
-        const Rect end(l.width / 2, l.width, l.height / 2, l.height, l.depth / 2, l.depth);
-        for (const Rect& box : {end, Rect(0, l.width, 0, l.height, 0, l.depth)}) {
+        const Layout& l = volume;
+        const Rect end(l.extents.width / 2, l.extents.width, l.extents.height / 2, l.extents.height,
+                       l.extents.depth / 2, l.extents.depth);
+        for (const Rect& box :
+             {end, Rect(0, l.extents.width, 0, l.extents.height, 0, l.extents.depth)}) {
             VxImage<T> out;
-            ASSERT_EQ(SUCCESS, image.crop(box, &out));
+            ASSERT_EQ(image.crop(box, &out), SUCCESS);
             EXPECT_TRUE(holds(out, naiveCrop(volume, box)));
         }
     });
@@ -275,13 +278,15 @@ TEST_F(ContainerBeyond16Bits, CropsTheFarEnd)
 TEST_F(ContainerBeyond16Bits, DrawsAtTheFarEnd)
 {
     forEachLongVolume([](Volume<T>& volume, VxImage<T>& image) {
-        const Layout& l = volume.layout;
+        const Layout& l = volume;
         auto from = someVolume<T>(interleaved(1, 1, 1, l.channels), 8001);
         VxImage<T> source;
         wrap(from, &source);
         auto expected = volume;
-        naiveDraw(expected, from, l.width - 1, l.height - 1, l.depth - 1);
-        ASSERT_EQ(SUCCESS, image.draw(source, l.width - 1, l.height - 1, l.depth - 1));
+        naiveDraw(expected, from, l.extents.width - 1, l.extents.height - 1, l.extents.depth - 1);
+        ASSERT_EQ(
+            image.draw(source, l.extents.width - 1, l.extents.height - 1, l.extents.depth - 1),
+            SUCCESS);
         EXPECT_TRUE(sameBlock(volume, expected));
     });
 }
@@ -290,9 +295,9 @@ TEST_F(ContainerBeyond16Bits, TakesTheLastPlaneWhole)
 {
     forEachLongVolume([](Volume<T>& volume, VxImage<T>& image) {
         for (const auto& f : AllPlaneFunctions<T>{}) {
-            const unsigned int index = extent(volume.layout, f.across) - 1;
+            const unsigned int index = extent(volume, f.across) - 1;
             VxImage<T> plane;
-            ASSERT_EQ(SUCCESS, f.get(index, image, &plane));
+            ASSERT_EQ(f.get(index, image, &plane), SUCCESS);
             EXPECT_TRUE(holds(plane, naiveGetPlane(f, volume, index))) << f.name;
         }
     });
@@ -301,7 +306,7 @@ TEST_F(ContainerBeyond16Bits, TakesTheLastPlaneWhole)
 TEST_F(ContainerBeyond16Bits, PutsTheLastPlaneBackWhole)
 {
     forEachLongVolume([](Volume<T>& volume, VxImage<T>& image) {
-        const Layout& l = volume.layout;
+        const Layout& l = volume;
         for (const auto& f : AllPlaneFunctions<T>{}) {
             const unsigned int index = extent(l, f.across) - 1;
             auto from =
@@ -310,11 +315,11 @@ TEST_F(ContainerBeyond16Bits, PutsTheLastPlaneBackWhole)
             wrap(from, &plane);
             auto expected = volume;
             naiveSetPlane(f, expected, from, index);
-            ASSERT_EQ(SUCCESS, f.set(index, plane, &image));
+            ASSERT_EQ(f.set(index, plane, &image), SUCCESS);
             EXPECT_TRUE(sameBlock(volume, expected)) << f.name;
         }
     });
 }
 
 }  // namespace
-}  // namespace volux::core
+}  // namespace volux::test

@@ -14,16 +14,6 @@
 namespace volux::test {
 namespace {
 
-using core::VxImage;
-using core::InterpolationBorderType::CONSTANT;
-using core::InterpolationBorderType::REPLICATION;
-using core::InterpolationType::CUBIC;
-using core::InterpolationType::LINEAR;
-using core::InterpolationType::NEAREST_NEIGHBOR;
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-
 // What becomes of a kernel's result in the forms that truncate and in those that round.
 template <class T>
 struct Conversion {

@@ -6,24 +6,23 @@
 #include <cstdlib>
 #include <vector>
 
-#include "support/ElementTypes.h"
 #include "support/ImageAccess.h"
 #include "support/ImageFields.h"
 #include "support/ImageStates.h"
 #include "support/ThrowSite.h"
+#include "support/ThrowTexts.h"
+#include "support/TypedSuites.h"
 
-namespace volux::core {
+namespace volux::test {
 namespace {
-
-using namespace test;
 
 template <class T>
 class Copying : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        ASSERT_EQ(SUCCESS, source.initialize(4, 3, 2, 2));
-        ASSERT_EQ(SUCCESS, source.setVoxelSize(0.5, 2.0, 3.0));
+        ASSERT_EQ(source.initialize(4, 3, 2, 2), SUCCESS);
+        ASSERT_EQ(source.setVoxelSize(0.5, 2.0, 3.0), SUCCESS);
         source.setImageStride(4, 12, 24, 1);
         stamp(source, 48, 1);
     }
@@ -55,23 +54,23 @@ TYPED_TEST_SUITE(Copying, ElementTypes, ElementTypeNames);
 TYPED_TEST(Copying, InitializeCopiesGeometryAndValues)
 {
     VxImage<TypeParam> copy;
-    ASSERT_EQ(SUCCESS, copy.initialize(this->source, true));
+    ASSERT_EQ(copy.initialize(this->source, true), SUCCESS);
     EXPECT_TRUE(this->isDeepCopy(copy));
 }
 
 TYPED_TEST(Copying, InitializeWithoutDataCopiesGeometryOverZeros)
 {
     VxImage<TypeParam> copy;
-    ASSERT_EQ(SUCCESS, copy.initialize(this->source, false));
-    EXPECT_EQ(this->expectedIn(copy), fieldsOf(copy));
+    ASSERT_EQ(copy.initialize(this->source, false), SUCCESS);
+    EXPECT_EQ(fieldsOf(copy), this->expectedIn(copy));
     EXPECT_TRUE(isZeroed(copy.getBufferPointer(), 48));
 }
 
 TYPED_TEST(Copying, ACopyReplacesTheSpacingSetBefore)
 {
     VxImage<TypeParam> copy;
-    ASSERT_EQ(SUCCESS, copy.setVoxelSize(7.0, 8.0, 9.0));
-    ASSERT_EQ(SUCCESS, copy.initialize(this->source, true));
+    ASSERT_EQ(copy.setVoxelSize(7.0, 8.0, 9.0), SUCCESS);
+    ASSERT_EQ(copy.initialize(this->source, true), SUCCESS);
     EXPECT_TRUE(this->isDeepCopy(copy));
 }
 
@@ -79,16 +78,16 @@ TYPED_TEST(Copying, TheSourceStaysAsItIs)
 {
     const auto before = fieldsOf(this->source);
     VxImage<TypeParam> copy;
-    ASSERT_EQ(SUCCESS, copy.initialize(this->source, true));
-    ASSERT_EQ(SUCCESS, copy.fill(TypeParam{}));
-    EXPECT_EQ(before, fieldsOf(this->source));
+    ASSERT_EQ(copy.initialize(this->source, true), SUCCESS);
+    ASSERT_EQ(copy.fill(TypeParam{}), SUCCESS);
+    EXPECT_EQ(fieldsOf(this->source), before);
     EXPECT_TRUE(isStamped(this->source.getBufferPointer(), 48, 1));
 }
 
 TYPED_TEST(Copying, ACopyOutlivesItsSource)
 {
     VxImage<TypeParam> copy;
-    ASSERT_EQ(SUCCESS, copy.initialize(this->source, true));
+    ASSERT_EQ(copy.initialize(this->source, true), SUCCESS);
     this->source.terminate();
     EXPECT_TRUE(isStamped(copy.getBufferPointer(), 48, 1));
 }
@@ -97,9 +96,9 @@ TYPED_TEST(Copying, ACopyOfAWrappingImageOwnsItsBlock)
 {
     std::vector<TypeParam> block = someValues<TypeParam>(48, 1);
     this->source.terminate();
-    ASSERT_EQ(SUCCESS, this->source.initializeWithPointer(block.data(), 4, 3, 2, 2));
+    ASSERT_EQ(this->source.initializeWithPointer(block.data(), 4, 3, 2, 2), SUCCESS);
     VxImage<TypeParam> copy;
-    ASSERT_EQ(SUCCESS, copy.initialize(this->source, true));
+    ASSERT_EQ(copy.initialize(this->source, true), SUCCESS);
     EXPECT_TRUE(this->isDeepCopy(copy));
     const CopyableImage<TypeParam> constructed(this->source);
     EXPECT_TRUE(this->isDeepCopy(constructed));
@@ -111,21 +110,21 @@ TYPED_TEST(Copying, OnlyTheFirstRunOfAPaddedLayoutIsCopied)
 {
     std::vector<TypeParam> block = someValues<TypeParam>(200, 1);
     VxImage<TypeParam> padded;
-    ASSERT_EQ(SUCCESS, padded.initializeWithPointer(block.data(), 4, 3, 2, 1));
+    ASSERT_EQ(padded.initializeWithPointer(block.data(), 4, 3, 2, 1), SUCCESS);
     padded.setImageStride(20, 80, 1, 2);
     VxImage<TypeParam> copy;
-    ASSERT_EQ(SUCCESS, copy.initialize(padded, true));
-    EXPECT_EQ(80U, fieldsOf(copy).strideZ);
-    EXPECT_EQ(24 * sizeof(TypeParam), fieldsOf(copy).bufferBytes);
+    ASSERT_EQ(copy.initialize(padded, true), SUCCESS);
+    EXPECT_EQ(fieldsOf(copy).strideZ, 80U);
+    EXPECT_EQ(fieldsOf(copy).bufferBytes, 24 * sizeof(TypeParam));
     EXPECT_TRUE(isStamped(copy.getBufferPointer(), 24, 1));
 }
 
 TYPED_TEST(Copying, AfterShrinkingOnlyTheExtentsAreCopied)
 {
-    ASSERT_EQ(SUCCESS, this->source.setImageSize(3, 1, 1, 1));
+    ASSERT_EQ(this->source.setImageSize(3, 1, 1, 1), SUCCESS);
     VxImage<TypeParam> copy;
-    ASSERT_EQ(SUCCESS, copy.initialize(this->source, true));
-    EXPECT_EQ(3 * sizeof(TypeParam), fieldsOf(copy).bufferBytes);
+    ASSERT_EQ(copy.initialize(this->source, true), SUCCESS);
+    EXPECT_EQ(fieldsOf(copy).bufferBytes, 3 * sizeof(TypeParam));
     EXPECT_TRUE(isStamped(copy.getBufferPointer(), 3, 1));
 }
 
@@ -138,20 +137,20 @@ TYPED_TEST(Copying, ConstructionCopiesDeeply)
 TYPED_TEST(Copying, AssignmentToAnEmptyImageCopiesDeeply)
 {
     CopyableImage<TypeParam> copy;
-    EXPECT_EQ(&copy, &(copy = this->source));
+    EXPECT_EQ(&(copy = this->source), &copy);
     EXPECT_TRUE(this->isDeepCopy(copy));
 }
 
 TYPED_TEST(Copying, AssignmentReturnsTheImage)
 {
     CopyableImage<TypeParam> copy;
-    EXPECT_EQ(static_cast<VxImage<TypeParam>*>(&copy), &copy.assign(this->source));
+    EXPECT_EQ(&copy.assign(this->source), static_cast<VxImage<TypeParam>*>(&copy));
 }
 
 TYPED_TEST(Copying, AssignmentReplacesAnOwnedBlock)
 {
     CopyableImage<TypeParam> copy;
-    ASSERT_EQ(SUCCESS, copy.initialize(9, 9, 9, 9));
+    ASSERT_EQ(copy.initialize(9, 9, 9, 9), SUCCESS);
     copy = this->source;
     EXPECT_TRUE(this->isDeepCopy(copy));
 }
@@ -160,11 +159,11 @@ TYPED_TEST(Copying, AssignmentMakesAWrappingImageOwningAndLeavesTheBlockAlone)
 {
     std::vector<TypeParam> block = someValues<TypeParam>(48, 500);
     CopyableImage<TypeParam> copy;
-    ASSERT_EQ(SUCCESS, copy.initializeWithPointer(block.data(), 2, 2, 2, 2));
+    ASSERT_EQ(copy.initializeWithPointer(block.data(), 2, 2, 2, 2), SUCCESS);
     copy = this->source;
     EXPECT_TRUE(this->isDeepCopy(copy));
     EXPECT_TRUE(isStamped(block.data(), 48, 500));
-    EXPECT_EQ(SUCCESS, copy.setImageSize(1, 1, 1, 1));
+    EXPECT_EQ(copy.setImageSize(1, 1, 1, 1), SUCCESS);
 }
 
 TYPED_TEST(Copying, AssigningAnImageToItselfZeroesIt)
@@ -173,7 +172,7 @@ TYPED_TEST(Copying, AssigningAnImageToItselfZeroesIt)
     const CopyableImage<TypeParam>& same = this->source;
     this->source = same;
     expected.buffer = this->source.getBufferPointer();
-    EXPECT_EQ(expected, fieldsOf(this->source));
+    EXPECT_EQ(fieldsOf(this->source), expected);
     EXPECT_TRUE(isZeroed(this->source.getBufferPointer(), 48));
 }
 
@@ -181,15 +180,15 @@ TYPED_TEST(Copying, AssigningAWrappingImageToItselfGivesOwnedZeros)
 {
     std::vector<TypeParam> block = someValues<TypeParam>(48, 500);
     CopyableImage<TypeParam> image;
-    ASSERT_EQ(SUCCESS, image.initializeWithPointer(block.data(), 4, 3, 2, 2));
+    ASSERT_EQ(image.initializeWithPointer(block.data(), 4, 3, 2, 2), SUCCESS);
     ImageFields<TypeParam> expected = fieldsOf(image);
     const CopyableImage<TypeParam>& same = image;
     image = same;
     expected.buffer = image.getBufferPointer();
     expected.memoryMode = 0;
     expected.bufferBytes = 48 * sizeof(TypeParam);
-    EXPECT_EQ(expected, fieldsOf(image));
-    EXPECT_NE(block.data(), image.getBufferPointer());
+    EXPECT_EQ(fieldsOf(image), expected);
+    EXPECT_NE(image.getBufferPointer(), block.data());
     EXPECT_TRUE(isZeroed(image.getBufferPointer(), 48));
     EXPECT_TRUE(isStamped(block.data(), 48, 500));
 }
@@ -210,10 +209,10 @@ TYPED_TEST(Copying, ACopyOfAnEmptyImageHoldsABlockOfNoBytes)
     CopyableImage<TypeParam> copy(empty);
     ImageFields<TypeParam> expected;
     expected.buffer = copy.getBufferPointer();
-    EXPECT_EQ(expected, fieldsOf(copy));
+    EXPECT_EQ(fieldsOf(copy), expected);
     if (!heapGivesABlockOfNoBytes())
         GTEST_SKIP() << "this heap gives null for no bytes";
-    EXPECT_NE(nullptr, copy.getBufferPointer());
+    EXPECT_NE(copy.getBufferPointer(), nullptr);
     EXPECT_TRUE(throwsAndPrintsTwice([&] { copy.initialize(1, 1, 1, 1); }, kInitializeTwice));
 }
 
@@ -222,8 +221,8 @@ TYPED_TEST(Copying, InitializingFromAnEmptyImageAsksForABlockOfNoBytes)
     const VxImage<TypeParam> empty;
     VxImage<TypeParam> copy;
     const bool given = heapGivesABlockOfNoBytes();
-    EXPECT_EQ(given ? SUCCESS : ERR_ALLOCATION_FAILED, copy.initialize(empty, true));
-    EXPECT_EQ(given, copy.getBufferPointer() != nullptr);
+    EXPECT_EQ(copy.initialize(empty, true), given ? SUCCESS : ERR_ALLOCATION_FAILED);
+    EXPECT_EQ(copy.getBufferPointer() != nullptr, given);
 }
 
 TYPED_TEST(Copying, AssigningAnEmptyImageEmptiesTheGeometry)
@@ -233,28 +232,28 @@ TYPED_TEST(Copying, AssigningAnEmptyImageEmptiesTheGeometry)
     ImageFields<TypeParam> expected;
     expected.buffer = this->source.getBufferPointer();
     expected.bufferBytes = heapGivesABlockOfNoBytes() ? 0 : 48 * sizeof(TypeParam);
-    EXPECT_EQ(expected, fieldsOf(this->source));
+    EXPECT_EQ(fieldsOf(this->source), expected);
 }
 
 TYPED_TEST(Copying, CopyFromMakesAWrappingImageOwning)
 {
     std::vector<TypeParam> block = someValues<TypeParam>(48, 500);
     VxImage<TypeParam> image;
-    ASSERT_EQ(SUCCESS, image.initializeWithPointer(block.data(), 1, 1, 1, 1));
-    EXPECT_EQ(SUCCESS, callCopyFrom<TypeParam>(image, this->source, true));
+    ASSERT_EQ(image.initializeWithPointer(block.data(), 1, 1, 1, 1), SUCCESS);
+    EXPECT_EQ(callCopyFrom<TypeParam>(image, this->source, true), SUCCESS);
     EXPECT_TRUE(this->isDeepCopy(image));
     EXPECT_TRUE(isStamped(block.data(), 48, 500));
 }
 
 TYPED_TEST(Copying, GeometryWithoutABufferIsCopiedOverZeros)
 {
-    ASSERT_EQ(ERR_ALLOCATION_FAILED, this->source.setImageSize(kHugeWidth, kHugeHeight, 1, 1));
-    ASSERT_EQ(SUCCESS, this->source.setImageSize(4, 3, 2, 2));
-    ASSERT_EQ(nullptr, this->source.getBufferPointer());
+    ASSERT_EQ(this->source.setImageSize(kHugeWidth, kHugeHeight, 1, 1), ERR_ALLOCATION_FAILED);
+    ASSERT_EQ(this->source.setImageSize(4, 3, 2, 2), SUCCESS);
+    ASSERT_EQ(this->source.getBufferPointer(), nullptr);
     VxImage<TypeParam> copy;
-    ASSERT_EQ(SUCCESS, copy.initialize(this->source, false));
+    ASSERT_EQ(copy.initialize(this->source, false), SUCCESS);
     EXPECT_TRUE(isZeroed(copy.getBufferPointer(), 48));
 }
 
 }  // namespace
-}  // namespace volux::core
+}  // namespace volux::test

@@ -7,18 +7,16 @@
 
 #include "support/BitExact.h"
 #include "support/ContainerOracle.h"
-#include "support/ElementTypes.h"
 #include "support/ImageFields.h"
 #include "support/ImageStates.h"
 #include "support/ThrowSite.h"
+#include "support/ThrowTexts.h"
+#include "support/TypedSuites.h"
 
-namespace volux::core {
+namespace volux::test {
 namespace {
 
-using namespace test;
-
 constexpr unsigned int kMax = std::numeric_limits<unsigned int>::max();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 /// Crops from a volume of 4 x 4 x 4 voxels.
 template <class T>
@@ -35,8 +33,8 @@ TYPED_TEST_SUITE(Crop, ElementTypes, ElementTypeNames);
 
 TYPED_TEST(Crop, CopiesTheBox)
 {
-    ASSERT_EQ(SUCCESS, this->image.crop(Rect(1, 2, 0, 0, 0, 0), &this->out));
-    EXPECT_TRUE(ImageSize(2, 1, 1, 1) == this->out.getImageSize());
+    ASSERT_EQ(this->image.crop(Rect(1, 2, 0, 0, 0, 0), &this->out), SUCCESS);
+    EXPECT_TRUE(this->out.getImageSize() == ImageSize(2, 1, 1, 1));
     EXPECT_TRUE(bitEqual(this->out(0, 0, 0, 0), this->volume.at(1, 0, 0, 0)));
     EXPECT_TRUE(bitEqual(this->out(1, 0, 0, 0), this->volume.at(2, 0, 0, 0)));
 }
@@ -61,7 +59,7 @@ TYPED_TEST(Crop, ClipsTheEndsOfTheBoxByTheTable)
 {
     for (const BoxCase& entry : kBoxes) {
         VxImage<TypeParam> result;
-        ASSERT_EQ(SUCCESS, this->image.crop(entry.box, &result)) << entry.rule;
+        ASSERT_EQ(this->image.crop(entry.box, &result), SUCCESS) << entry.rule;
         EXPECT_TRUE(holds(result, naiveCrop(this->volume, entry.box))) << entry.rule;
     }
     EXPECT_TRUE(sameBlock(this->volume, this->untouched));
@@ -74,20 +72,20 @@ TYPED_TEST(Crop, GivesAnOwningInterleavedImageWhateverTheSource)
         VxImage<TypeParam> from;
         wrap(source, &from);
         VxImage<TypeParam> result;
-        ASSERT_EQ(SUCCESS, from.crop(Rect(1, 2, 0, 2, 1, 1), &result));
+        ASSERT_EQ(from.crop(Rect(1, 2, 0, 2, 1, 1), &result), SUCCESS);
         ImageFields<TypeParam> expected;
         expected.setInterleaved(2, 3, 1, 3);
         expected.buffer = result.getBufferPointer();
         expected.bufferBytes = 18 * sizeof(TypeParam);
-        EXPECT_EQ(expected, fieldsOf(result)) << source.layout.name;
+        EXPECT_EQ(fieldsOf(result), expected) << source.name;
         EXPECT_TRUE(holds(result, naiveCrop(source, Rect(1, 2, 0, 2, 1, 1))));
     }
 }
 
 TYPED_TEST(Crop, WithoutAnOutputIsAnInvalidArgument)
 {
-    EXPECT_EQ(ERR_INVALID_ARGUMENT, this->image.crop(Rect(0, 1, 0, 1, 0, 1), nullptr));
-    EXPECT_EQ(ERR_INVALID_ARGUMENT, this->image.crop(Rect(1, 0, 1, 0, 1, 0), nullptr));
+    EXPECT_EQ(this->image.crop(Rect(0, 1, 0, 1, 0, 1), nullptr), ERR_INVALID_ARGUMENT);
+    EXPECT_EQ(this->image.crop(Rect(1, 0, 1, 0, 1, 0), nullptr), ERR_INVALID_ARGUMENT);
 }
 
 const Rect kEmptyBoxes[] = {
@@ -99,29 +97,29 @@ const Rect kEmptyBoxes[] = {
 
 TYPED_TEST(Crop, OfAnEmptyRangeLeavesTheOutputUntouched)
 {
-    ASSERT_EQ(SUCCESS, this->out.setVoxelSize(7.0, 8.0, 9.0));
+    ASSERT_EQ(this->out.setVoxelSize(7.0, 8.0, 9.0), SUCCESS);
     const auto before = fieldsOf(this->out);
     for (const Rect& box : kEmptyBoxes)
-        EXPECT_EQ(ERR_INVALID_ARGUMENT, this->image.crop(box, &this->out));
-    EXPECT_EQ(before, fieldsOf(this->out));
+        EXPECT_EQ(this->image.crop(box, &this->out), ERR_INVALID_ARGUMENT);
+    EXPECT_EQ(fieldsOf(this->out), before);
 }
 
 TYPED_TEST(Crop, OfAnEmptyRangeFailsBeforeAReservedOutputThrows)
 {
-    ASSERT_EQ(SUCCESS, this->out.initialize(1, 1, 1, 1));
+    ASSERT_EQ(this->out.initialize(1, 1, 1, 1), SUCCESS);
     const auto before = fieldsOf(this->out);
     for (const Rect& box : kEmptyBoxes)
-        EXPECT_EQ(ERR_INVALID_ARGUMENT, this->image.crop(box, &this->out));
-    EXPECT_EQ(before, fieldsOf(this->out));
+        EXPECT_EQ(this->image.crop(box, &this->out), ERR_INVALID_ARGUMENT);
+    EXPECT_EQ(fieldsOf(this->out), before);
 }
 
 TYPED_TEST(Crop, IntoAnImageThatHoldsABufferThrowsFromLine78)
 {
-    ASSERT_EQ(SUCCESS, this->out.initialize(1, 1, 1, 1));
+    ASSERT_EQ(this->out.initialize(1, 1, 1, 1), SUCCESS);
     const auto before = fieldsOf(this->out);
     EXPECT_TRUE(throwsAndPrintsTwice([&] { this->image.crop(Rect(0, 1, 0, 1, 0, 1), &this->out); },
                                      kInitializeTwice));
-    EXPECT_EQ(before, fieldsOf(this->out));
+    EXPECT_EQ(fieldsOf(this->out), before);
 }
 
 TYPED_TEST(Crop, IntoItselfThrowsFromLine78)
@@ -133,7 +131,7 @@ TYPED_TEST(Crop, IntoItselfThrowsFromLine78)
 
 TYPED_TEST(Crop, OutsideTheVolumeThrowsWhenTheOutputIsReserved)
 {
-    ASSERT_EQ(SUCCESS, this->out.initialize(1, 1, 1, 1));
+    ASSERT_EQ(this->out.initialize(1, 1, 1, 1), SUCCESS);
     EXPECT_TRUE(throwsAndPrintsTwice([&] { this->image.crop(Rect(4, 9, 0, 1, 0, 1), &this->out); },
                                      kInitializeTwice));
 }
@@ -150,8 +148,8 @@ const BoxCase kOutsideBoxes[] = {
 TYPED_TEST(Crop, OutsideTheVolumeIsRefusedBySize)
 {
     for (const BoxCase& entry : kOutsideBoxes) {
-        EXPECT_EQ(ERR_INVALID_ARGUMENT, this->image.crop(entry.box, &this->out)) << entry.rule;
-        EXPECT_EQ(ImageFields<TypeParam>{}, fieldsOf(this->out)) << entry.rule;
+        EXPECT_EQ(this->image.crop(entry.box, &this->out), ERR_INVALID_ARGUMENT) << entry.rule;
+        EXPECT_EQ(fieldsOf(this->out), ImageFields<TypeParam>{}) << entry.rule;
     }
 }
 
@@ -172,7 +170,7 @@ TYPED_TEST(Crop, BeginningSoFarOutsideThatTheSizeWrapsCopiesNothing)
 {
     for (const WrappedCase& entry : kWrapped) {
         VxImage<TypeParam> result;
-        ASSERT_EQ(SUCCESS, this->image.crop(entry.box, &result));
+        ASSERT_EQ(this->image.crop(entry.box, &result), SUCCESS);
         const ImageSize& s = entry.size;
         EXPECT_TRUE(s == result.getImageSize());
         EXPECT_TRUE(isZeroed(result.getBufferPointer(), std::size_t{s.width} * s.height * s.depth));
@@ -183,18 +181,18 @@ TYPED_TEST(Crop, ThatCanNotBeAllocatedReturnsTheCodeOfInitialize)
 {
     VxImage<TypeParam> huge;
     failToInitialize(huge);
-    ASSERT_EQ(SUCCESS, huge.setVoxelSize(2.0, 3.0, 4.0));
-    EXPECT_EQ(ERR_ALLOCATION_FAILED, huge.crop(Rect(0, kMax, 0, kMax, 0, 0), &this->out));
+    ASSERT_EQ(huge.setVoxelSize(2.0, 3.0, 4.0), SUCCESS);
+    EXPECT_EQ(huge.crop(Rect(0, kMax, 0, kMax, 0, 0), &this->out), ERR_ALLOCATION_FAILED);
     ImageFields<TypeParam> expected;
     expected.setInterleaved(kHugeWidth, kHugeHeight, 1, 1);
-    EXPECT_EQ(expected, fieldsOf(this->out)) << "the spacing, too, is as it was";
+    EXPECT_EQ(fieldsOf(this->out), expected) << "the spacing, too, is as it was";
 }
 
 TYPED_TEST(Crop, OfAnEmptyImageIsRefusedForWantOfChannels)
 {
     VxImage<TypeParam> empty;
-    EXPECT_EQ(ERR_INVALID_ARGUMENT, empty.crop(Rect(), &this->out));
-    EXPECT_EQ(ImageFields<TypeParam>{}, fieldsOf(this->out));
+    EXPECT_EQ(empty.crop(Rect(), &this->out), ERR_INVALID_ARGUMENT);
+    EXPECT_EQ(fieldsOf(this->out), ImageFields<TypeParam>{});
 }
 
 TYPED_TEST(Crop, AZeroExtentDoesNotClip)
@@ -202,7 +200,7 @@ TYPED_TEST(Crop, AZeroExtentDoesNotClip)
     ImageFields<TypeParam> fields = fieldsOf(this->image);
     fields.width = 0;
     overwriteFields(this->image, fields);
-    ASSERT_EQ(SUCCESS, this->image.crop(Rect(1, 2, 0, 3, 0, 3), &this->out));
+    ASSERT_EQ(this->image.crop(Rect(1, 2, 0, 3, 0, 3), &this->out), SUCCESS);
     EXPECT_TRUE(holds(this->out, naiveCrop(this->volume, Rect(1, 2, 0, 3, 0, 3))));
 }
 
@@ -218,7 +216,7 @@ TYPED_TEST(Crop, ABeginFrom2To31OnCountsBackwards)
         shifted.*extent = 0;
         overwriteFields(this->image, shifted);
         VxImage<TypeParam> box;
-        EXPECT_EQ(SUCCESS, this->image.crop(backwards, &box));
+        EXPECT_EQ(this->image.crop(backwards, &box), SUCCESS);
         EXPECT_TRUE(holds(box, naiveCrop(this->volume, same)));
     };
     using Fields = ImageFields<TypeParam>;
@@ -233,9 +231,9 @@ TYPED_TEST(Crop, ABeginFrom2To31OnCountsBackwards)
 
 TYPED_TEST(Crop, CopiesTheSpacing)
 {
-    ASSERT_EQ(SUCCESS, this->image.setVoxelSize(0.5, 0.5, 2.0));
-    ASSERT_EQ(SUCCESS, this->image.crop(Rect(0, 1, 0, 1, 0, 1), &this->out));
-    EXPECT_TRUE(VoxelSize(0.5, 0.5, 2.0) == this->out.getVoxelSize());
+    ASSERT_EQ(this->image.setVoxelSize(0.5, 0.5, 2.0), SUCCESS);
+    ASSERT_EQ(this->image.crop(Rect(0, 1, 0, 1, 0, 1), &this->out), SUCCESS);
+    EXPECT_TRUE(this->out.getVoxelSize() == VoxelSize(0.5, 0.5, 2.0));
 }
 
 struct SpacingCase {
@@ -258,8 +256,8 @@ TYPED_TEST(Crop, CopiesAllOfTheSpacingOrNone)
         fields.voxelSizeZ = entry.z;
         overwriteFields(this->image, fields);
         VxImage<TypeParam> result;
-        ASSERT_EQ(SUCCESS, result.setVoxelSize(7.0, 8.0, 9.0));
-        ASSERT_EQ(SUCCESS, this->image.crop(Rect(0, 1, 0, 1, 0, 1), &result));
+        ASSERT_EQ(result.setVoxelSize(7.0, 8.0, 9.0), SUCCESS);
+        ASSERT_EQ(this->image.crop(Rect(0, 1, 0, 1, 0, 1), &result), SUCCESS);
         const VoxelSize spacing = result.getVoxelSize();
         EXPECT_TRUE(bitEqual(spacing.x, entry.copied ? entry.x : 7.0));
         EXPECT_TRUE(bitEqual(spacing.y, entry.copied ? entry.y : 8.0));
@@ -270,11 +268,11 @@ TYPED_TEST(Crop, CopiesAllOfTheSpacingOrNone)
 TYPED_TEST(Crop, LeavesTheSourceAsItIs)
 {
     const auto before = fieldsOf(this->image);
-    ASSERT_EQ(SUCCESS, this->image.crop(Rect(0, 1, 0, 1, 0, 1), &this->out));
-    ASSERT_EQ(SUCCESS, this->out.fill(TypeParam{}));
-    EXPECT_EQ(before, fieldsOf(this->image));
+    ASSERT_EQ(this->image.crop(Rect(0, 1, 0, 1, 0, 1), &this->out), SUCCESS);
+    ASSERT_EQ(this->out.fill(TypeParam{}), SUCCESS);
+    EXPECT_EQ(fieldsOf(this->image), before);
     EXPECT_TRUE(sameBlock(this->volume, this->untouched));
 }
 
 }  // namespace
-}  // namespace volux::core
+}  // namespace volux::test

@@ -7,14 +7,12 @@
 
 #include "support/BitExact.h"
 #include "support/ContainerOracle.h"
-#include "support/ElementTypes.h"
 #include "support/ImageFields.h"
 #include "support/ImageStates.h"
+#include "support/TypedSuites.h"
 
-namespace volux::core {
+namespace volux::test {
 namespace {
-
-using namespace test;
 
 constexpr unsigned int kMax = std::numeric_limits<unsigned int>::max();
 
@@ -28,17 +26,6 @@ protected:
         wrap(sourceVolume, &source);
     }
 
-    void setExtents(VxImage<T>& image, unsigned int w, unsigned int h, unsigned int d,
-                    unsigned int c)
-    {
-        ImageFields<T> fields = fieldsOf(image);
-        fields.width = w;
-        fields.height = h;
-        fields.depth = d;
-        fields.channels = c;
-        overwriteFields(image, fields);
-    }
-
     Volume<T> targetVolume = someVolume<T>(padded(5, 4, 3, 2), 1);
     Volume<T> sourceVolume = someVolume<T>(planar(3, 2, 2, 2), 2);
     const Volume<T> targetBefore = targetVolume;
@@ -50,14 +37,14 @@ TYPED_TEST_SUITE(Draw, ElementTypes, ElementTypeNames);
 
 TYPED_TEST(Draw, PastesAtEveryPositionClippedAtTheFarEnds)
 {
-    forEachVoxel(this->targetVolume.layout, [&](unsigned int x, unsigned int y, unsigned int z,
-                                                unsigned int) {
-        Volume<TypeParam> expected = this->targetBefore;
-        naiveDraw(expected, this->sourceVolume, x, y, z);
-        this->targetVolume.block = this->targetBefore.block;
-        ASSERT_EQ(SUCCESS, this->target.draw(this->source, x, y, z));
-        ASSERT_TRUE(sameBlock(this->targetVolume, expected)) << x << ' ' << y << ' ' << z;
-    });
+    forEachVoxel(
+        this->targetVolume, [&](unsigned int x, unsigned int y, unsigned int z, unsigned int) {
+            Volume<TypeParam> expected = this->targetBefore;
+            naiveDraw(expected, this->sourceVolume, x, y, z);
+            this->targetVolume.block = this->targetBefore.block;
+            ASSERT_EQ(this->target.draw(this->source, x, y, z), SUCCESS);
+            ASSERT_TRUE(sameBlock(this->targetVolume, expected)) << x << ' ' << y << ' ' << z;
+        });
     EXPECT_TRUE(sameBlock(this->sourceVolume, this->sourceBefore));
 }
 
@@ -68,7 +55,7 @@ TYPED_TEST(Draw, OfALargerSourcePastesWhatFits)
     wrap(large, &from);
     Volume<TypeParam> expected = this->targetBefore;
     naiveDraw(expected, large, 1, 0, 2);
-    ASSERT_EQ(SUCCESS, this->target.draw(from, 1, 0, 2));
+    ASSERT_EQ(this->target.draw(from, 1, 0, 2), SUCCESS);
     EXPECT_TRUE(sameBlock(this->targetVolume, expected));
 }
 
@@ -76,10 +63,10 @@ TYPED_TEST(Draw, NearTheFarCornerWritesOnlyTheCorner)
 {
     VxImage<TypeParam> to;
     VxImage<TypeParam> from;
-    ASSERT_EQ(SUCCESS, to.initialize(10, 10, 10, 1));
-    ASSERT_EQ(SUCCESS, from.initialize(10, 10, 10, 1));
+    ASSERT_EQ(to.initialize(10, 10, 10, 1), SUCCESS);
+    ASSERT_EQ(from.initialize(10, 10, 10, 1), SUCCESS);
     stamp(from, 1000, 1);
-    ASSERT_EQ(SUCCESS, to.draw(from, 8, 8, 8));
+    ASSERT_EQ(to.draw(from, 8, 8, 8), SUCCESS);
     for (int i = 0; i < 1000; ++i) {
         const int x = i % 10, y = i / 10 % 10, z = i / 100;
         const bool corner = x >= 8 && y >= 8 && z >= 8;
@@ -89,12 +76,12 @@ TYPED_TEST(Draw, NearTheFarCornerWritesOnlyTheCorner)
 
 TYPED_TEST(Draw, LeavesTheFieldsOfBothImages)
 {
-    ASSERT_EQ(SUCCESS, this->source.setVoxelSize(7.0, 8.0, 9.0));
+    ASSERT_EQ(this->source.setVoxelSize(7.0, 8.0, 9.0), SUCCESS);
     const auto targetFields = fieldsOf(this->target);
     const auto sourceFields = fieldsOf(this->source);
-    ASSERT_EQ(SUCCESS, this->target.draw(this->source, 1, 1, 1));
-    EXPECT_EQ(targetFields, fieldsOf(this->target));
-    EXPECT_EQ(sourceFields, fieldsOf(this->source));
+    ASSERT_EQ(this->target.draw(this->source, 1, 1, 1), SUCCESS);
+    EXPECT_EQ(fieldsOf(this->target), targetFields);
+    EXPECT_EQ(fieldsOf(this->source), sourceFields);
 }
 
 struct PositionCase {
@@ -110,7 +97,7 @@ constexpr PositionCase kOutside[] = {
 TYPED_TEST(Draw, OutsideIsRefusedAndWritesNothing)
 {
     for (const PositionCase& p : kOutside)
-        EXPECT_EQ(ERR_INVALID_ARGUMENT, this->target.draw(this->source, p.x, p.y, p.z))
+        EXPECT_EQ(this->target.draw(this->source, p.x, p.y, p.z), ERR_INVALID_ARGUMENT)
             << p.x << ' ' << p.y << ' ' << p.z;
     EXPECT_TRUE(sameBlock(this->targetVolume, this->targetBefore));
     EXPECT_TRUE(sameBlock(this->sourceVolume, this->sourceBefore));
@@ -120,11 +107,11 @@ TYPED_TEST(Draw, OfOtherChannelsIsRefusedWhateverThePosition)
 {
     VxImage<TypeParam> one;
     VxImage<TypeParam> three;
-    ASSERT_EQ(SUCCESS, one.initialize(2, 2, 2, 1));
-    ASSERT_EQ(SUCCESS, three.initialize(2, 2, 2, 3));
-    EXPECT_EQ(ERR_INVALID_CHANNEL, one.draw(three, 0, 0, 0));
-    EXPECT_EQ(ERR_INVALID_CHANNEL, three.draw(one, 0, 0, 0));
-    EXPECT_EQ(ERR_INVALID_CHANNEL, one.draw(three, 2, kMax, 9));
+    ASSERT_EQ(one.initialize(2, 2, 2, 1), SUCCESS);
+    ASSERT_EQ(three.initialize(2, 2, 2, 3), SUCCESS);
+    EXPECT_EQ(one.draw(three, 0, 0, 0), ERR_INVALID_CHANNEL);
+    EXPECT_EQ(three.draw(one, 0, 0, 0), ERR_INVALID_CHANNEL);
+    EXPECT_EQ(one.draw(three, 2, kMax, 9), ERR_INVALID_CHANNEL);
     EXPECT_TRUE(isZeroed(one.getBufferPointer(), 8));
 }
 
@@ -132,40 +119,40 @@ TYPED_TEST(Draw, WithAnEmptyImageFailsByTheChannelsThenByThePosition)
 {
     VxImage<TypeParam> empty;
     VxImage<TypeParam> other;
-    EXPECT_EQ(ERR_INVALID_CHANNEL, this->target.draw(empty, 0, 0, 0));
-    EXPECT_EQ(ERR_INVALID_CHANNEL, empty.draw(this->source, 0, 0, 0));
-    EXPECT_EQ(ERR_INVALID_ARGUMENT, empty.draw(other, 0, 0, 0));
+    EXPECT_EQ(this->target.draw(empty, 0, 0, 0), ERR_INVALID_CHANNEL);
+    EXPECT_EQ(empty.draw(this->source, 0, 0, 0), ERR_INVALID_CHANNEL);
+    EXPECT_EQ(empty.draw(other, 0, 0, 0), ERR_INVALID_ARGUMENT);
 }
 
 TYPED_TEST(Draw, WithoutChannelsIsRefused)
 {
-    this->setExtents(this->target, 5, 4, 3, 0);
-    this->setExtents(this->source, 3, 2, 2, 0);
-    EXPECT_EQ(ERR_INVALID_ARGUMENT, this->target.draw(this->source, 0, 0, 0));
+    overwriteExtents(this->target, 5, 4, 3, 0);
+    overwriteExtents(this->source, 3, 2, 2, 0);
+    EXPECT_EQ(this->target.draw(this->source, 0, 0, 0), ERR_INVALID_ARGUMENT);
     EXPECT_TRUE(sameBlock(this->targetVolume, this->targetBefore));
 }
 
 TYPED_TEST(Draw, ExtentsAreComparedWithThePositionAsSignedNumbers)
 {
-    this->setExtents(this->target, 2147483648U, 4, 3, 2);
-    EXPECT_EQ(ERR_INVALID_ARGUMENT, this->target.draw(this->source, 0, 0, 0));
+    overwriteExtents(this->target, 2147483648U, 4, 3, 2);
+    EXPECT_EQ(this->target.draw(this->source, 0, 0, 0), ERR_INVALID_ARGUMENT);
     EXPECT_TRUE(sameBlock(this->targetVolume, this->targetBefore));
 }
 
 TYPED_TEST(Draw, OfASourceWithoutDepthWritesNothing)
 {
-    this->setExtents(this->source, 3, 2, 0, 2);
-    EXPECT_EQ(SUCCESS, this->target.draw(this->source, 1, 1, 1));
-    EXPECT_EQ(SUCCESS, this->target.draw(this->source, 1, 1, 2));
+    overwriteExtents(this->source, 3, 2, 0, 2);
+    EXPECT_EQ(this->target.draw(this->source, 1, 1, 1), SUCCESS);
+    EXPECT_EQ(this->target.draw(this->source, 1, 1, 2), SUCCESS);
     EXPECT_TRUE(sameBlock(this->targetVolume, this->targetBefore));
 }
 
 TYPED_TEST(Draw, OfASourceWithoutWidthOrHeightWritesNothing)
 {
-    this->setExtents(this->source, 0, 2, 2, 2);
-    EXPECT_EQ(SUCCESS, this->target.draw(this->source, 1, 1, 1));
-    this->setExtents(this->source, 3, 0, 2, 2);
-    EXPECT_EQ(SUCCESS, this->target.draw(this->source, 1, 1, 1));
+    overwriteExtents(this->source, 0, 2, 2, 2);
+    EXPECT_EQ(this->target.draw(this->source, 1, 1, 1), SUCCESS);
+    overwriteExtents(this->source, 3, 0, 2, 2);
+    EXPECT_EQ(this->target.draw(this->source, 1, 1, 1), SUCCESS);
     EXPECT_TRUE(sameBlock(this->targetVolume, this->targetBefore));
 }
 
@@ -176,17 +163,17 @@ TYPED_TEST(Draw, OfASourceWithoutDepthAtTheOriginReadsThroughItsStrides)
     Volume<TypeParam> large = someVolume<TypeParam>(padded(5, 4, 3, 2), 4);
     VxImage<TypeParam> from;
     wrap(large, &from);
-    this->setExtents(from, 5, 4, 0, 2);
+    overwriteExtents(from, 5, 4, 0, 2);
     Volume<TypeParam> expected = this->targetBefore;
     naiveDraw(expected, large, 0, 0, 0);
-    EXPECT_EQ(SUCCESS, this->target.draw(from, 0, 0, 0));
+    EXPECT_EQ(this->target.draw(from, 0, 0, 0), SUCCESS);
     EXPECT_TRUE(sameBlock(this->targetVolume, expected));
 }
 
 TYPED_TEST(Draw, OfASourceSoLargeThatTheEndWrapsWritesNothing)
 {
-    this->setExtents(this->source, kMax, kMax, kMax, 2);
-    EXPECT_EQ(SUCCESS, this->target.draw(this->source, 2, 2, 2));
+    overwriteExtents(this->source, kMax, kMax, kMax, 2);
+    EXPECT_EQ(this->target.draw(this->source, 2, 2, 2), SUCCESS);
     EXPECT_TRUE(sameBlock(this->targetVolume, this->targetBefore));
 }
 
@@ -198,17 +185,17 @@ TYPED_TEST(Draw, WritesSharedElementsInTheOrderZYXChannel)
         wrap(to, &image);
         Volume<TypeParam> expected = to;
         naiveDraw(expected, this->sourceVolume, 1, 1, 1);
-        ASSERT_EQ(SUCCESS, image.draw(this->source, 1, 1, 1));
-        EXPECT_TRUE(sameBlock(to, expected)) << to.layout.name;
+        ASSERT_EQ(image.draw(this->source, 1, 1, 1), SUCCESS);
+        EXPECT_TRUE(sameBlock(to, expected)) << to.name;
     }
 }
 
 TYPED_TEST(Draw, UndoesACrop)
 {
     VxImage<TypeParam> piece;
-    ASSERT_EQ(SUCCESS, this->target.crop(Rect(1, 3, 2, 3, 0, 1), &piece));
-    ASSERT_EQ(SUCCESS, this->target.fill(TypeParam{}));
-    ASSERT_EQ(SUCCESS, this->target.draw(piece, 1, 2, 0));
+    ASSERT_EQ(this->target.crop(Rect(1, 3, 2, 3, 0, 1), &piece), SUCCESS);
+    ASSERT_EQ(this->target.fill(TypeParam{}), SUCCESS);
+    ASSERT_EQ(this->target.draw(piece, 1, 2, 0), SUCCESS);
     Volume<TypeParam> expected = this->targetBefore;
     naiveFill(expected, TypeParam{});
     naiveDraw(expected, naiveCrop(this->targetBefore, Rect(1, 3, 2, 3, 0, 1)), 1, 2, 0);
@@ -216,4 +203,4 @@ TYPED_TEST(Draw, UndoesACrop)
 }
 
 }  // namespace
-}  // namespace volux::core
+}  // namespace volux::test

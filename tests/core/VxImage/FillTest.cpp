@@ -14,13 +14,11 @@
 
 #include "support/BitExact.h"
 #include "support/ContainerOracle.h"
-#include "support/ElementTypes.h"
 #include "support/ImageFields.h"
+#include "support/TypedSuites.h"
 
-namespace volux::core {
+namespace volux::test {
 namespace {
-
-using namespace test;
 
 template <class T>
 class Fill : public ::testing::Test {
@@ -37,8 +35,8 @@ TYPED_TEST(Fill, SetsEveryValueAndNothingElseInEveryLayout)
         naiveFill(expected, this->value);
         VxImage<TypeParam> image;
         wrap(volume, &image);
-        EXPECT_EQ(SUCCESS, image.fill(this->value));
-        EXPECT_TRUE(sameBlock(volume, expected)) << volume.layout.name;
+        EXPECT_EQ(image.fill(this->value), SUCCESS);
+        EXPECT_TRUE(sameBlock(volume, expected)) << volume.name;
     }
 }
 
@@ -51,8 +49,8 @@ TYPED_TEST(Fill, OfAChannelSetsThatChannelAndNothingElseInEveryLayout)
             naiveFillChannel(expected, channel, this->value);
             VxImage<TypeParam> image;
             wrap(volume, &image);
-            EXPECT_EQ(SUCCESS, image.fill(channel, this->value));
-            EXPECT_TRUE(sameBlock(volume, expected)) << volume.layout.name << ' ' << channel;
+            EXPECT_EQ(image.fill(channel, this->value), SUCCESS);
+            EXPECT_TRUE(sameBlock(volume, expected)) << volume.name << ' ' << channel;
         }
     }
 }
@@ -60,8 +58,8 @@ TYPED_TEST(Fill, OfAChannelSetsThatChannelAndNothingElseInEveryLayout)
 TYPED_TEST(Fill, OfAChannelLeavesTheOthersInAnOwningImage)
 {
     VxImage<TypeParam> image;
-    ASSERT_EQ(SUCCESS, image.initialize(2, 2, 2, 3));
-    ASSERT_EQ(SUCCESS, image.fill(1, this->value));
+    ASSERT_EQ(image.initialize(2, 2, 2, 3), SUCCESS);
+    ASSERT_EQ(image.fill(1, this->value), SUCCESS);
     for (int i = 0; i < 24; ++i)
         EXPECT_TRUE(bitEqual(image.getBufferPointer()[i], i % 3 == 1 ? this->value : TypeParam{}));
 }
@@ -73,21 +71,21 @@ TYPED_TEST(Fill, OfAMissingChannelChangesNothing)
     VxImage<TypeParam> image;
     wrap(volume, &image);
     for (const unsigned int channel : {3U, 4U, 2147483648U, 4294967295U})
-        EXPECT_EQ(ERR_INVALID_CHANNEL, image.fill(channel, this->value)) << channel;
+        EXPECT_EQ(image.fill(channel, this->value), ERR_INVALID_CHANNEL) << channel;
     EXPECT_TRUE(sameBlock(volume, before));
 }
 
 TYPED_TEST(Fill, OfAnEmptyImageSucceedsAndTouchesNothing)
 {
     VxImage<TypeParam> image;
-    EXPECT_EQ(SUCCESS, image.fill(this->value));
-    EXPECT_EQ(ImageFields<TypeParam>{}, fieldsOf(image));
+    EXPECT_EQ(image.fill(this->value), SUCCESS);
+    EXPECT_EQ(fieldsOf(image), ImageFields<TypeParam>{});
 }
 
 TYPED_TEST(Fill, OfAChannelOfAnEmptyImageFails)
 {
     VxImage<TypeParam> image;
-    EXPECT_EQ(ERR_INVALID_CHANNEL, image.fill(0, this->value));
+    EXPECT_EQ(image.fill(0, this->value), ERR_INVALID_CHANNEL);
 }
 
 TYPED_TEST(Fill, WithAZeroExtentNeedsNoBuffer)
@@ -98,9 +96,9 @@ TYPED_TEST(Fill, WithAZeroExtentNeedsNoBuffer)
         fields.setInterleaved(e[0], e[1], e[2], e[3]);
         VxImage<TypeParam> image;
         overwriteFields(image, fields);
-        EXPECT_EQ(SUCCESS, image.fill(this->value));
-        EXPECT_EQ(e[3] == 0 ? ERR_INVALID_CHANNEL : SUCCESS, image.fill(0, this->value));
-        EXPECT_EQ(fields, fieldsOf(image));
+        EXPECT_EQ(image.fill(this->value), SUCCESS);
+        EXPECT_EQ(image.fill(0, this->value), e[3] == 0 ? ERR_INVALID_CHANNEL : SUCCESS);
+        EXPECT_EQ(fieldsOf(image), fields);
     }
 }
 
@@ -115,7 +113,7 @@ TYPED_TEST(Fill, WithAZeroExtentWritesNothing)
         ImageFields<TypeParam> fields = fieldsOf(image);
         fields.setInterleaved(e[0], e[1], e[2], e[3]);
         overwriteFields(image, fields);
-        EXPECT_EQ(SUCCESS, image.fill(this->value));
+        EXPECT_EQ(image.fill(this->value), SUCCESS);
         EXPECT_TRUE(sameBlock(volume, before));
     }
 }
@@ -123,11 +121,11 @@ TYPED_TEST(Fill, WithAZeroExtentWritesNothing)
 TEST(FillOfFloats, StoresNaNAndNegativeZeroAsGiven)
 {
     VxImage<float> image;
-    ASSERT_EQ(SUCCESS, image.initialize(2, 1, 1, 1));
+    ASSERT_EQ(image.initialize(2, 1, 1, 1), SUCCESS);
     for (const float value : {-0.0F, std::numeric_limits<float>::quiet_NaN()}) {
-        ASSERT_EQ(SUCCESS, image.fill(value));
+        ASSERT_EQ(image.fill(value), SUCCESS);
         EXPECT_TRUE(bitEqual(image(1, 0, 0, 0), value));
-        ASSERT_EQ(SUCCESS, image.fill(0, -value));
+        ASSERT_EQ(image.fill(0, -value), SUCCESS);
         EXPECT_TRUE(bitEqual(image(0, 0, 0, 0), -value));
     }
 }
@@ -137,10 +135,10 @@ TEST(FillWithoutEnd, OfMoreVoxelsThanASigned64BitNumberCountsHasBegun)
 {
     void* const shared = mmap(nullptr, sizeof(unsigned char), PROT_READ | PROT_WRITE,
                               MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-    ASSERT_NE(MAP_FAILED, shared);
+    ASSERT_NE(shared, MAP_FAILED);
     auto* const voxel = static_cast<volatile unsigned char*>(shared);
     const pid_t filling = fork();
-    ASSERT_NE(-1, filling);
+    ASSERT_NE(filling, -1);
     if (filling == 0) {
         VxImage<unsigned char> image;
         image.initializeWithPointer(static_cast<unsigned char*>(shared), INT_MAX, INT_MAX, 2, 2);
@@ -150,11 +148,11 @@ TEST(FillWithoutEnd, OfMoreVoxelsThanASigned64BitNumberCountsHasBegun)
     }
     while (*voxel != 7 && waitpid(filling, nullptr, WNOHANG) == 0)
         std::this_thread::yield();
-    EXPECT_EQ(7, *voxel);
+    EXPECT_EQ(*voxel, 7);
     kill(filling, SIGKILL);
     waitpid(filling, nullptr, 0);
     munmap(shared, sizeof(unsigned char));
 }
 
 }  // namespace
-}  // namespace volux::core
+}  // namespace volux::test

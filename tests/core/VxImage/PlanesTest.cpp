@@ -7,16 +7,15 @@
 
 #include "support/BitExact.h"
 #include "support/ContainerOracle.h"
-#include "support/ElementTypes.h"
 #include "support/ImageFields.h"
 #include "support/ImageStates.h"
 #include "support/PlaneFunctions.h"
 #include "support/ThrowSite.h"
+#include "support/ThrowTexts.h"
+#include "support/TypedSuites.h"
 
-namespace volux::core {
+namespace volux::test {
 namespace {
-
-using namespace test;
 
 /// A volume of 4 x 3 x 5 voxels with 2 channels, in a padded layout between guards.
 template <class T>
@@ -39,11 +38,11 @@ protected:
 template <class T>
 void copyPlaneWithin(const PlaneFunctions<T>& plane, Volume<T>& volume, unsigned int index)
 {
-    const Layout& l = volume.layout;
+    const Layout& l = volume;
     const bool xOutermost = plane.across == Axis::Y;
-    for (unsigned int n = 0; n < l.width * l.height; ++n) {
-        const unsigned int i = xOutermost ? n / l.height : n % l.width;
-        const unsigned int j = xOutermost ? n % l.height : n / l.width;
+    for (unsigned int n = 0; n < l.extents.width * l.extents.height; ++n) {
+        const unsigned int i = xOutermost ? n / l.extents.height : n % l.extents.width;
+        const unsigned int j = xOutermost ? n % l.extents.height : n / l.extents.width;
         for (unsigned int c = 0; c < l.channels; ++c) {
             volume.at(i, j, 0, c) = plane.voxel(volume, index, i, j, c);
         }
@@ -55,8 +54,8 @@ TYPED_TEST_SUITE(Planes, ElementTypes, ElementTypeNames);
 TYPED_TEST(Planes, AnXyPlaneRunsAlongXAndY)
 {
     VxImage<TypeParam> plane;
-    ASSERT_EQ(SUCCESS, getXyPlane(2, this->volume, &plane));
-    ASSERT_TRUE(ImageSize(4, 3, 1, 2) == plane.getImageSize());
+    ASSERT_EQ(getXyPlane(2, this->volume, &plane), SUCCESS);
+    ASSERT_TRUE(plane.getImageSize() == ImageSize(4, 3, 1, 2));
     for (int i = 0; i < 4 * 3 * 2; ++i) {
         const int x = i % 4, y = i / 4 % 3, c = i / 12;
         EXPECT_TRUE(bitEqual(plane(x, y, 0, c), this->volume(x, y, 2, c)));
@@ -66,8 +65,8 @@ TYPED_TEST(Planes, AnXyPlaneRunsAlongXAndY)
 TYPED_TEST(Planes, AYzPlaneRunsAlongYAndZ)
 {
     VxImage<TypeParam> plane;
-    ASSERT_EQ(SUCCESS, getYzPlane(1, this->volume, &plane));
-    ASSERT_TRUE(ImageSize(3, 5, 1, 2) == plane.getImageSize());
+    ASSERT_EQ(getYzPlane(1, this->volume, &plane), SUCCESS);
+    ASSERT_TRUE(plane.getImageSize() == ImageSize(3, 5, 1, 2));
     for (int i = 0; i < 3 * 5 * 2; ++i) {
         const int y = i % 3, z = i / 3 % 5, c = i / 15;
         EXPECT_TRUE(bitEqual(plane(y, z, 0, c), this->volume(1, y, z, c)));
@@ -77,8 +76,8 @@ TYPED_TEST(Planes, AYzPlaneRunsAlongYAndZ)
 TYPED_TEST(Planes, AZxPlaneRunsAlongZAndX)
 {
     VxImage<TypeParam> plane;
-    ASSERT_EQ(SUCCESS, getZxPlane(0, this->volume, &plane));
-    ASSERT_TRUE(ImageSize(5, 4, 1, 2) == plane.getImageSize());
+    ASSERT_EQ(getZxPlane(0, this->volume, &plane), SUCCESS);
+    ASSERT_TRUE(plane.getImageSize() == ImageSize(5, 4, 1, 2));
     for (int i = 0; i < 5 * 4 * 2; ++i) {
         const int z = i % 5, x = i / 5 % 4, c = i / 20;
         EXPECT_TRUE(bitEqual(plane(z, x, 0, c), this->volume(x, 0, z, c)));
@@ -88,9 +87,9 @@ TYPED_TEST(Planes, AZxPlaneRunsAlongZAndX)
 TYPED_TEST(Planes, EveryIndexGivesItsSlice)
 {
     for (const auto& f : this->functions) {
-        for (unsigned int index = 0; index < extent(this->data.layout, f.across); ++index) {
+        for (unsigned int index = 0; index < extent(this->data, f.across); ++index) {
             VxImage<TypeParam> plane;
-            ASSERT_EQ(SUCCESS, f.get(index, this->volume, &plane)) << f.name;
+            ASSERT_EQ(f.get(index, this->volume, &plane), SUCCESS) << f.name;
             EXPECT_TRUE(holds(plane, naiveGetPlane(f, this->data, index))) << f.name << index;
         }
     }
@@ -100,11 +99,11 @@ TYPED_TEST(Planes, EveryIndexGivesItsSlice)
 TYPED_TEST(Planes, AnIndexBeyondTheVolumeNamesItsAxisAndLeavesThePlane)
 {
     for (const auto& f : this->functions) {
-        const unsigned int end = extent(this->data.layout, f.across);
+        const unsigned int end = extent(this->data, f.across);
         for (const unsigned int index : {end, end + 1, 2147483648U, 4294967295U}) {
             VxImage<TypeParam> plane;
-            EXPECT_EQ(invalid(f.across), f.get(index, this->volume, &plane)) << f.name << index;
-            EXPECT_EQ(ImageFields<TypeParam>{}, fieldsOf(plane)) << f.name;
+            EXPECT_EQ(f.get(index, this->volume, &plane), invalid(f.across)) << f.name << index;
+            EXPECT_EQ(fieldsOf(plane), ImageFields<TypeParam>{}) << f.name;
         }
     }
 }
@@ -113,8 +112,8 @@ TYPED_TEST(Planes, ANullPointerIsNamedBeforeTheIndex)
 {
     for (const auto& f : this->functions) {
         for (const unsigned int index : {0U, 99U}) {
-            EXPECT_EQ(ERR_NULL_POINTER, f.get(index, this->volume, nullptr)) << f.name;
-            EXPECT_EQ(ERR_NULL_POINTER, f.set(index, this->volume, nullptr)) << f.name;
+            EXPECT_EQ(f.get(index, this->volume, nullptr), ERR_NULL_POINTER) << f.name;
+            EXPECT_EQ(f.set(index, this->volume, nullptr), ERR_NULL_POINTER) << f.name;
         }
     }
 }
@@ -129,7 +128,7 @@ TYPED_TEST(Planes, IntoAWrappingImageThrowFromLine411)
         const auto fields = fieldsOf(wrapping);
         EXPECT_TRUE(
             throwsAndPrintsTwice([&] { f.get(0, this->volume, &wrapping); }, kResizeWrapping));
-        EXPECT_EQ(fields, fieldsOf(wrapping)) << f.name;
+        EXPECT_EQ(fieldsOf(wrapping), fields) << f.name;
         EXPECT_TRUE(sameBlock(block, before)) << f.name;
     }
 }
@@ -139,21 +138,21 @@ TYPED_TEST(Planes, ABadIndexIsNamedBeforeAWrappingImageThrows)
     for (const auto& f : this->functions) {
         TypeParam voxel{};
         VxImage<TypeParam> wrapping;
-        ASSERT_EQ(SUCCESS, wrapping.initializeWithPointer(&voxel, 1, 1, 1, 1));
-        EXPECT_EQ(invalid(f.across), f.get(99, this->volume, &wrapping)) << f.name;
+        ASSERT_EQ(wrapping.initializeWithPointer(&voxel, 1, 1, 1, 1), SUCCESS);
+        EXPECT_EQ(f.get(99, this->volume, &wrapping), invalid(f.across)) << f.name;
     }
 }
 
 TYPED_TEST(Planes, NeitherReadNorWriteASpacing)
 {
-    ASSERT_EQ(SUCCESS, this->volume.setVoxelSize(2.0, 3.0, 4.0));
+    ASSERT_EQ(this->volume.setVoxelSize(2.0, 3.0, 4.0), SUCCESS);
     for (const auto& f : this->functions) {
         VxImage<TypeParam> plane;
-        ASSERT_EQ(SUCCESS, plane.setVoxelSize(7.0, 8.0, 9.0));
-        ASSERT_EQ(SUCCESS, f.get(0, this->volume, &plane));
-        EXPECT_TRUE(VoxelSize(7.0, 8.0, 9.0) == plane.getVoxelSize()) << f.name;
-        ASSERT_EQ(SUCCESS, f.set(1, plane, &this->volume));
-        EXPECT_TRUE(VoxelSize(2.0, 3.0, 4.0) == this->volume.getVoxelSize()) << f.name;
+        ASSERT_EQ(plane.setVoxelSize(7.0, 8.0, 9.0), SUCCESS);
+        ASSERT_EQ(f.get(0, this->volume, &plane), SUCCESS);
+        EXPECT_TRUE(plane.getVoxelSize() == VoxelSize(7.0, 8.0, 9.0)) << f.name;
+        ASSERT_EQ(f.set(1, plane, &this->volume), SUCCESS);
+        EXPECT_TRUE(this->volume.getVoxelSize() == VoxelSize(2.0, 3.0, 4.0)) << f.name;
     }
 }
 
@@ -161,16 +160,16 @@ TYPED_TEST(Planes, ALargerBlockIsKeptAndLaidOutAnew)
 {
     for (const auto& f : this->functions) {
         VxImage<TypeParam> plane;
-        ASSERT_EQ(SUCCESS, plane.initialize(10, 10, 10, 1));
+        ASSERT_EQ(plane.initialize(10, 10, 10, 1), SUCCESS);
         plane.setImageStride(1, 2, 3, 4);
         stamp(plane, 1000, 50);
         ImageFields<TypeParam> expected = fieldsOf(plane);
         const auto slice = naiveGetPlane(f, this->data, 1);
-        expected.setInterleaved(slice.layout.width, slice.layout.height, 1, 2);
-        ASSERT_EQ(SUCCESS, f.get(1, this->volume, &plane));
-        EXPECT_EQ(expected, fieldsOf(plane)) << f.name;
+        expected.setInterleaved(slice.extents.width, slice.extents.height, 1, 2);
+        ASSERT_EQ(f.get(1, this->volume, &plane), SUCCESS);
+        EXPECT_EQ(fieldsOf(plane), expected) << f.name;
         EXPECT_TRUE(holds(plane, slice)) << f.name;
-        const std::size_t used = slice.layout.span();
+        const std::size_t used = slice.span();
         EXPECT_TRUE(isStamped(plane.getBufferPointer() + used, 1000 - used, 50 + used)) << f.name;
     }
 }
@@ -178,20 +177,19 @@ TYPED_TEST(Planes, ALargerBlockIsKeptAndLaidOutAnew)
 TYPED_TEST(Planes, OutOfAVolumeIntoItselfReadTheNewStrides)
 {
     const Volume<TypeParam> block = someVolume<TypeParam>(interleaved(4, 4, 4, 2), 5);
-    const auto bytes = block.layout.span() * sizeof(TypeParam);
+    const auto bytes = block.span() * sizeof(TypeParam);
     const Layout size = interleaved(3, 2, 4, 2);
     for (const auto& f : this->functions) {
         VxImage<TypeParam> image;
-        ASSERT_EQ(SUCCESS, image.initialize(4, 4, 4, 2));
-        ASSERT_EQ(SUCCESS, image.setImageData(block.block.data() + kGuard, bytes));
-        ASSERT_EQ(SUCCESS, image.setImageSize(size.width, size.height, size.depth, size.channels));
+        ASSERT_EQ(image.initialize(4, 4, 4, 2), SUCCESS);
+        ASSERT_EQ(image.setImageData(block.first(), bytes), SUCCESS);
+        ASSERT_EQ(image.setImageSize(3, 2, 4, 2), SUCCESS);
         Volume<TypeParam> expected = block;
-        expected.layout = interleaved(f.planeWidth(size), f.planeHeight(size), 1, 2);
+        static_cast<Layout&>(expected) = interleaved(f.planeWidth(size), f.planeHeight(size), 1, 2);
         copyPlaneWithin(f, expected, 1);
-        ASSERT_EQ(SUCCESS, f.get(1, image, &image));
+        ASSERT_EQ(f.get(1, image, &image), SUCCESS);
         const TypeParam* const first = image.getBufferPointer();
-        EXPECT_TRUE(std::equal(first, first + block.layout.span(), expected.block.data() + kGuard))
-            << f.name;
+        EXPECT_TRUE(std::equal(first, first + block.span(), expected.first())) << f.name;
     }
 }
 
@@ -199,8 +197,8 @@ TYPED_TEST(Planes, ASmallerBlockIsReplaced)
 {
     for (const auto& f : this->functions) {
         VxImage<TypeParam> plane;
-        ASSERT_EQ(SUCCESS, plane.initialize(1, 1, 1, 1));
-        ASSERT_EQ(SUCCESS, f.get(1, this->volume, &plane));
+        ASSERT_EQ(plane.initialize(1, 1, 1, 1), SUCCESS);
+        ASSERT_EQ(f.get(1, this->volume, &plane), SUCCESS);
         EXPECT_TRUE(holds(plane, naiveGetPlane(f, this->data, 1))) << f.name;
     }
 }
@@ -209,14 +207,14 @@ TYPED_TEST(Planes, OfAPlaneArePlanesAgain)
 {
     for (const auto& first : this->functions) {
         VxImage<TypeParam> plane;
-        ASSERT_EQ(SUCCESS, first.get(1, this->volume, &plane));
+        ASSERT_EQ(first.get(1, this->volume, &plane), SUCCESS);
         const auto expected = naiveGetPlane(first, this->data, 1);
         for (const auto& second : this->functions) {
             VxImage<TypeParam> line;
-            ASSERT_EQ(SUCCESS, second.get(0, plane, &line));
+            ASSERT_EQ(second.get(0, plane, &line), SUCCESS);
             EXPECT_TRUE(holds(line, naiveGetPlane(second, expected, 0)));
-            EXPECT_EQ(second.across == Axis::Z ? invalid(Axis::Z) : SUCCESS,
-                      second.get(1, plane, &line));
+            EXPECT_EQ(second.get(1, plane, &line),
+                      second.across == Axis::Z ? invalid(Axis::Z) : SUCCESS);
         }
     }
 }
@@ -238,11 +236,11 @@ TYPED_TEST(Planes, OfAVolumeWithoutExtentCopyNothingAndSucceed)
             VxImage<TypeParam> flat;
             makeFlat(flat, e[0], e[1], e[2], e[3]);
             VxImage<TypeParam> plane;
-            ASSERT_EQ(SUCCESS, plane.initialize(2, 2, 2, 2));
+            ASSERT_EQ(plane.initialize(2, 2, 2, 2), SUCCESS);
             const auto before = fieldsOf(plane);
             const unsigned int along = e[static_cast<int>(f.across)];
-            EXPECT_EQ(along == 0 ? invalid(f.across) : SUCCESS, f.get(0, flat, &plane)) << f.name;
-            EXPECT_EQ(before, fieldsOf(plane)) << f.name;
+            EXPECT_EQ(f.get(0, flat, &plane), along == 0 ? invalid(f.across) : SUCCESS) << f.name;
+            EXPECT_EQ(fieldsOf(plane), before) << f.name;
             EXPECT_TRUE(isZeroed(plane.getBufferPointer(), 16));
         }
     }
@@ -252,7 +250,7 @@ TYPED_TEST(Planes, OfAVolumeWithoutExtentStillThrowIntoAWrappingImage)
 {
     TypeParam voxel{};
     VxImage<TypeParam> wrapping;
-    ASSERT_EQ(SUCCESS, wrapping.initializeWithPointer(&voxel, 1, 1, 1, 1));
+    ASSERT_EQ(wrapping.initializeWithPointer(&voxel, 1, 1, 1, 1), SUCCESS);
     VxImage<TypeParam> flat;
     makeFlat(flat, 4, 0, 5, 2);
     EXPECT_TRUE(throwsAndPrintsTwice([&] { getXyPlane(0, flat, &wrapping); }, kResizeWrapping));
@@ -263,15 +261,15 @@ TYPED_TEST(Planes, OfAnEmptyVolumeFailByTheIndex)
     const VxImage<TypeParam> empty;
     for (const auto& f : this->functions) {
         VxImage<TypeParam> other;
-        EXPECT_EQ(invalid(f.across), f.get(0, empty, &other)) << f.name;
-        EXPECT_EQ(invalid(f.across), f.set(0, empty, &other)) << f.name;
+        EXPECT_EQ(f.get(0, empty, &other), invalid(f.across)) << f.name;
+        EXPECT_EQ(f.set(0, empty, &other), invalid(f.across)) << f.name;
     }
 }
 
 TYPED_TEST(Planes, SettingWritesTheSliceAndNothingElse)
 {
     for (const auto& f : this->functions) {
-        const Layout& l = this->data.layout;
+        const Layout& l = this->data;
         for (unsigned int index = 0; index < extent(l, f.across); ++index) {
             auto source = this->somePlane(f.planeWidth(l), f.planeHeight(l), 2, 70 + index);
             VxImage<TypeParam> plane;
@@ -279,9 +277,9 @@ TYPED_TEST(Planes, SettingWritesTheSliceAndNothingElse)
             Volume<TypeParam> expected = this->data;
             naiveSetPlane(f, expected, source, index);
             const auto fields = fieldsOf(this->volume);
-            ASSERT_EQ(SUCCESS, f.set(index, plane, &this->volume)) << f.name;
+            ASSERT_EQ(f.set(index, plane, &this->volume), SUCCESS) << f.name;
             EXPECT_TRUE(sameBlock(this->data, expected)) << f.name << index;
-            EXPECT_EQ(fields, fieldsOf(this->volume)) << f.name;
+            EXPECT_EQ(fieldsOf(this->volume), fields) << f.name;
         }
     }
 }
@@ -289,14 +287,14 @@ TYPED_TEST(Planes, SettingWritesTheSliceAndNothingElse)
 TYPED_TEST(Planes, SettingReadsOnlyTheFirstSliceOfAThickPlane)
 {
     for (const auto& f : this->functions) {
-        const Layout& l = this->data.layout;
+        const Layout& l = this->data;
         auto source = someVolume<TypeParam>(padded(f.planeWidth(l), f.planeHeight(l), 3, 2), 9);
         const auto before = source;
         VxImage<TypeParam> plane;
         wrap(source, &plane);
         Volume<TypeParam> expected = this->data;
         naiveSetPlane(f, expected, source, 2);
-        ASSERT_EQ(SUCCESS, f.set(2, plane, &this->volume)) << f.name;
+        ASSERT_EQ(f.set(2, plane, &this->volume), SUCCESS) << f.name;
         EXPECT_TRUE(sameBlock(this->data, expected)) << f.name;
         EXPECT_TRUE(sameBlock(source, before)) << f.name;
     }
@@ -304,7 +302,7 @@ TYPED_TEST(Planes, SettingReadsOnlyTheFirstSliceOfAThickPlane)
 
 TYPED_TEST(Planes, SettingNamesTheFirstAxisThatDoesNotFit)
 {
-    const Layout& l = this->data.layout;
+    const Layout& l = this->data;
     for (const auto& f : this->functions) {
         for (unsigned int wrong = 1; wrong < 16; ++wrong) {
             const bool badIndex = (wrong & 8U) != 0;
@@ -312,15 +310,16 @@ TYPED_TEST(Planes, SettingNamesTheFirstAxisThatDoesNotFit)
             const bool badHeight = (wrong & 2U) != 0;
             const bool badChannels = (wrong & 1U) != 0;
             VxImage<TypeParam> plane;
-            ASSERT_EQ(SUCCESS, plane.initialize(f.planeWidth(l) + (badWidth ? 1 : 0),
-                                                f.planeHeight(l) + (badHeight ? 1 : 0), 1,
-                                                2 + (badChannels ? 1 : 0)));
+            ASSERT_EQ(plane.initialize(f.planeWidth(l) + (badWidth ? 1 : 0),
+                                       f.planeHeight(l) + (badHeight ? 1 : 0), 1,
+                                       2 + (badChannels ? 1 : 0)),
+                      SUCCESS);
             const unsigned int index = badIndex ? extent(l, f.across) : 0;
             const ErrorType expected = badIndex    ? invalid(f.across)
                                        : badWidth  ? invalid(f.planeX)
                                        : badHeight ? invalid(f.planeY)
                                                    : ERR_INVALID_CHANNEL;
-            EXPECT_EQ(expected, f.set(index, plane, &this->volume)) << f.name << ' ' << wrong;
+            EXPECT_EQ(f.set(index, plane, &this->volume), expected) << f.name << ' ' << wrong;
         }
     }
     EXPECT_TRUE(sameBlock(this->data, this->untouched));
@@ -328,17 +327,17 @@ TYPED_TEST(Planes, SettingNamesTheFirstAxisThatDoesNotFit)
 
 TYPED_TEST(Planes, SettingRefusesASmallerPlaneToo)
 {
-    const Layout& l = this->data.layout;
+    const Layout& l = this->data;
     for (const auto& f : this->functions) {
         VxImage<TypeParam> narrow;
         VxImage<TypeParam> low;
         VxImage<TypeParam> grey;
-        ASSERT_EQ(SUCCESS, narrow.initialize(f.planeWidth(l) - 1, f.planeHeight(l), 1, 2));
-        ASSERT_EQ(SUCCESS, low.initialize(f.planeWidth(l), f.planeHeight(l) - 1, 1, 2));
-        ASSERT_EQ(SUCCESS, grey.initialize(f.planeWidth(l), f.planeHeight(l), 1, 1));
-        EXPECT_EQ(invalid(f.planeX), f.set(0, narrow, &this->volume)) << f.name;
-        EXPECT_EQ(invalid(f.planeY), f.set(0, low, &this->volume)) << f.name;
-        EXPECT_EQ(ERR_INVALID_CHANNEL, f.set(0, grey, &this->volume)) << f.name;
+        ASSERT_EQ(narrow.initialize(f.planeWidth(l) - 1, f.planeHeight(l), 1, 2), SUCCESS);
+        ASSERT_EQ(low.initialize(f.planeWidth(l), f.planeHeight(l) - 1, 1, 2), SUCCESS);
+        ASSERT_EQ(grey.initialize(f.planeWidth(l), f.planeHeight(l), 1, 1), SUCCESS);
+        EXPECT_EQ(f.set(0, narrow, &this->volume), invalid(f.planeX)) << f.name;
+        EXPECT_EQ(f.set(0, low, &this->volume), invalid(f.planeY)) << f.name;
+        EXPECT_EQ(f.set(0, grey, &this->volume), ERR_INVALID_CHANNEL) << f.name;
     }
     EXPECT_TRUE(sameBlock(this->data, this->untouched));
 }
@@ -347,11 +346,11 @@ TYPED_TEST(Planes, SettingWithABadIndexWritesNothing)
 {
     for (const auto& f : this->functions) {
         VxImage<TypeParam> plane;
-        ASSERT_EQ(SUCCESS, f.get(0, this->volume, &plane));
-        ASSERT_EQ(SUCCESS, plane.fill(someValue<TypeParam>(1234)));
-        const unsigned int end = extent(this->data.layout, f.across);
+        ASSERT_EQ(f.get(0, this->volume, &plane), SUCCESS);
+        ASSERT_EQ(plane.fill(someValue<TypeParam>(1234)), SUCCESS);
+        const unsigned int end = extent(this->data, f.across);
         for (const unsigned int index : {end, 2147483648U, 4294967295U})
-            EXPECT_EQ(invalid(f.across), f.set(index, plane, &this->volume)) << f.name << index;
+            EXPECT_EQ(f.set(index, plane, &this->volume), invalid(f.across)) << f.name << index;
     }
     EXPECT_TRUE(sameBlock(this->data, this->untouched));
 }
@@ -363,13 +362,13 @@ TYPED_TEST(Planes, SettingASharedSliceWritesPlaneYThenPlaneXThenChannel)
             Volume<TypeParam> to = someVolume<TypeParam>(makeLayout(4, 3, 5, 2), 8);
             VxImage<TypeParam> image;
             wrap(to, &image);
-            auto source = this->somePlane(f.planeWidth(to.layout), f.planeHeight(to.layout), 2, 6);
+            auto source = this->somePlane(f.planeWidth(to), f.planeHeight(to), 2, 6);
             VxImage<TypeParam> plane;
             wrap(source, &plane);
             Volume<TypeParam> expected = to;
             naiveSetPlane(f, expected, source, 1);
-            ASSERT_EQ(SUCCESS, f.set(1, plane, &image));
-            EXPECT_TRUE(sameBlock(to, expected)) << to.layout.name << ' ' << f.name;
+            ASSERT_EQ(f.set(1, plane, &image), SUCCESS);
+            EXPECT_TRUE(sameBlock(to, expected)) << to.name << ' ' << f.name;
         }
     }
 }
@@ -378,17 +377,17 @@ TYPED_TEST(Planes, WhatWasTakenOutCanBePutBack)
 {
     for (const auto& f : this->functions) {
         VxImage<TypeParam> plane;
-        ASSERT_EQ(SUCCESS, f.get(1, this->volume, &plane));
+        ASSERT_EQ(f.get(1, this->volume, &plane), SUCCESS);
         Volume<TypeParam> emptied = this->untouched;
         naiveFill(emptied, TypeParam{});
         VxImage<TypeParam> to;
         wrap(emptied, &to);
-        ASSERT_EQ(SUCCESS, f.set(1, plane, &to));
+        ASSERT_EQ(f.set(1, plane, &to), SUCCESS);
         VxImage<TypeParam> again;
-        ASSERT_EQ(SUCCESS, f.get(1, to, &again));
+        ASSERT_EQ(f.get(1, to, &again), SUCCESS);
         EXPECT_TRUE(holds(again, naiveGetPlane(f, this->untouched, 1))) << f.name;
     }
 }
 
 }  // namespace
-}  // namespace volux::core
+}  // namespace volux::test

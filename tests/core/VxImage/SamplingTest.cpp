@@ -6,24 +6,13 @@
 #include <limits>
 
 #include "support/BitExact.h"
-#include "support/ElementTypes.h"
 #include "support/ImageFields.h"
 #include "support/OwnPolicies.h"
+#include "support/TypedSuites.h"
 #include "support/WrappedVolume.h"
 
 namespace volux::test {
-
 namespace {
-
-using core::VxImage;
-using core::InterpolationBorderType::CONSTANT;
-using core::InterpolationBorderType::REPLICATION;
-using core::InterpolationType::CUBIC;
-using core::InterpolationType::LINEAR;
-using core::InterpolationType::NEAREST_NEIGHBOR;
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 template <class T>
 class Sampling : public ::testing::Test {
@@ -146,12 +135,7 @@ TYPED_TEST(Sampling, TheFormWithoutPoliciesIsLinearWithZeroOutside)
 
 TYPED_TEST(Sampling, TheChannelIsChosenThroughItsStride)
 {
-    auto planar = countingVolume<TypeParam>({3, 2, 2}, 2);
-    planar.strideX = 1;
-    planar.strideY = 3;
-    planar.strideZ = 6;
-    planar.strideC = 12;
-    const WrappedVolume<TypeParam> planes(planar);
+    const WrappedVolume<TypeParam> planes(countingVolume<TypeParam>(planar(3, 2, 2, 2)));
     EXPECT_EQ(planes.image.getDoubleValueReal(0.5, 0, 0, 1, LINEAR), 13.5);
     EXPECT_EQ(planes.image.getValueVoxel(2, 1, 1, 1, &CUBIC), TypeParam{24});
 }

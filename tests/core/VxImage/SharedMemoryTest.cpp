@@ -1,4 +1,4 @@
-// Images that lie in the same memory, or whose own voxels do: there the order of writing decides.
+// Images that overlap, or whose own voxels do: there the order of writing decides.
 #include "volux/core/VxImage.h"
 
 #include <gtest/gtest.h>
@@ -10,42 +10,40 @@
 #include <vector>
 
 #include "support/ContainerOracle.h"
-#include "support/ElementTypes.h"
 #include "support/PlaneFunctions.h"
 #include "support/Random.h"
 #include "support/SparseBlock.h"
+#include "support/TypedSuites.h"
 
-namespace volux::core {
+namespace volux::test {
 namespace {
 
-using namespace test;
-
-/// All voxels of a row are one element, and slices lie apart.
+/// All voxels of a row are one element, and slices are apart.
 Layout standing(unsigned int w, unsigned int h, unsigned int d, unsigned int c)
 {
-    return {"standing", w, h, d, c, 0, c, c * (h + w), 1};
+    return {"standing", {w, h, d}, c, 0, c, c * (h + w), 1};
 }
 
 /// Each row and slice begins inside the one before.
 Layout overlapping(unsigned int w, unsigned int h, unsigned int d, unsigned int c)
 {
-    return {"overlapping", w, h, d, c, c, w * c - 1, w * c - 1, 1};
+    return {"overlapping", {w, h, d}, c, c, w * c - 1, w * c - 1, 1};
 }
 
 /// x and y, or x and z, have changed places.
 Layout columns(unsigned int w, unsigned int h, unsigned int d, unsigned int c)
 {
-    return {"columns", w, h, d, c, h * c, c, w * h * c, 1};
+    return {"columns", {w, h, d}, c, h * c, c, w * h * c, 1};
 }
 Layout depths(unsigned int w, unsigned int h, unsigned int d, unsigned int c)
 {
-    return {"depths", w, h, d, c, d * h * c, d * c, c, 1};
+    return {"depths", {w, h, d}, c, d * h * c, d * c, c, 1};
 }
 
 /// As columns, but so close together that they share elements.
 Layout closeColumns(unsigned int w, unsigned int h, unsigned int d, unsigned int c)
 {
-    return {"close columns", w, h, d, c, h * c - 1, c, w * h * c, 1};
+    return {"close columns", {w, h, d}, c, h * c - 1, c, w * h * c, 1};
 }
 
 constexpr MakeLayout kOrders[] = {interleaved, planar,    padded,      transposed,
@@ -66,8 +64,8 @@ public:
         for (std::size_t i = 0; i < block_.size(); ++i)
             block_[i] = someValue<T>(seed * 1000003 + i);
         expected_ = block_;
-        place(fromLayout_, from_, &source_);
-        place(toLayout_, to_, &target_);
+        wrap(block_.data() + from_, from, &source_);
+        wrap(block_.data() + to_, to, &target_);
     }
 
     /// Expects an element of the second volume to become one of the first, as they are by now.
@@ -84,13 +82,6 @@ public:
     }
 
 private:
-    void place(const Layout& l, std::size_t first, VxImage<T>* image)
-    {
-        ASSERT_EQ(SUCCESS, image->initializeWithPointer(block_.data() + first, l.width, l.height,
-                                                        l.depth, l.channels));
-        image->setImageStride(l.strideY, l.strideZ, l.strideC, l.strideX);
-    }
-
     Layout fromLayout_, toLayout_;
     std::size_t from_, to_;
     std::vector<T> block_;
@@ -106,7 +97,8 @@ template <class T>
 {
     OneBlock<T> block(from, to, offset, 31);
     forEachVoxel(from, [&](unsigned int x, unsigned int y, unsigned int z, unsigned int c) {
-        if (at[0] + x < to.width && at[1] + y < to.height && at[2] + z < to.depth)
+        if (at[0] + x < to.extents.width && at[1] + y < to.extents.height &&
+            at[2] + z < to.extents.depth)
             block.expect(to.element(at[0] + x, at[1] + y, at[2] + z, c), from.element(x, y, z, c));
     });
     const ErrorType code = block.target().draw(block.source(), at[0], at[1], at[2]);
@@ -171,8 +163,8 @@ TYPED_TEST(SharedMemory, AnImageDrawnOntoItselfIsReadAsItIsWritten)
             naiveDraw(expected, expected, at[0], at[1], at[2]);
             VxImage<TypeParam> image;
             wrap(volume, &image);
-            ASSERT_EQ(SUCCESS, image.draw(image, at[0], at[1], at[2]));
-            ASSERT_TRUE(sameBlock(volume, expected)) << volume.layout.name << ' ' << at[0];
+            ASSERT_EQ(image.draw(image, at[0], at[1], at[2]), SUCCESS);
+            ASSERT_TRUE(sameBlock(volume, expected)) << volume.name << ' ' << at[0];
         }
     }
 }
@@ -190,9 +182,9 @@ TYPED_TEST(SharedMemory, ZxPlanesOfEverySizeAreTransposed)
                 VxImage<TypeParam> image;
                 wrap(volume, &image);
                 VxImage<TypeParam> plane;
-                ASSERT_EQ(SUCCESS, getZxPlane(1, image, &plane));
+                ASSERT_EQ(getZxPlane(1, image, &plane), SUCCESS);
                 ASSERT_TRUE(holds(plane, naiveGetPlane(this->zx, volume, 1)))
-                    << volume.layout.name << ' ' << w << ' ' << d;
+                    << volume.name << ' ' << w << ' ' << d;
             }
 }
 
@@ -226,17 +218,17 @@ TYPED_TEST(SharedMemory, ZxPlanesIntoTheBlockThatTheVolumeWrapsAreTakenInOrder)
     const Layout slice = interleaved(18, 17, 1, 1);
     for (std::size_t first = 0; first < slice.span() + 20; ++first) {
         VxImage<TypeParam> plane;
-        ASSERT_EQ(SUCCESS, plane.initialize(kRoom, 1, 1, 1));
+        ASSERT_EQ(plane.initialize(kRoom, 1, 1, 1), SUCCESS);
         TypeParam* const block = plane.getBufferPointer();
         std::vector<TypeParam> expected(kRoom);
         for (std::size_t i = 0; i < kRoom; ++i)
             block[i] = expected[i] = someValue<TypeParam>(i);
         VxImage<TypeParam> image;
-        ASSERT_EQ(SUCCESS, image.initializeWithPointer(block + first, 17, 2, 18, 1));
+        ASSERT_EQ(image.initializeWithPointer(block + first, 17, 2, 18, 1), SUCCESS);
         for (unsigned int z = 0; z < 18; ++z)  // the plane's x is the outer loop here
             for (unsigned int x = 0; x < 17; ++x)
                 expected[slice.element(z, x, 0, 0)] = expected[first + volume.element(x, 1, z, 0)];
-        ASSERT_EQ(SUCCESS, getZxPlane(1, image, &plane));
+        ASSERT_EQ(getZxPlane(1, image, &plane), SUCCESS);
         ASSERT_TRUE(sameElements(block, expected.data(), kRoom)) << first;
     }
 }
@@ -267,7 +259,8 @@ TYPED_TEST(SharedMemory, RandomVolumesAreCopiedInOrder)
         const auto offset = static_cast<std::ptrdiff_t>(random.below(2000)) - 1000;
         ASSERT_TRUE(drawsInOrder<TypeParam>(
             from, to, offset,
-            {random.below(to.width), random.below(to.height), random.below(to.depth)}))
+            {random.below(to.extents.width), random.below(to.extents.height),
+             random.below(to.extents.depth)}))
             << seed;
         for (const auto& f : AllPlaneFunctions<TypeParam>{}) {
             const auto makeLayout = kOrders[random.below(std::size(kOrders))];
@@ -287,7 +280,7 @@ TYPED_TEST(SharedMemory, LongRunsAreFilledToTheirEndAndNoFurther)
         naiveFill(expected, someValue<TypeParam>(4));
         VxImage<TypeParam> image;
         wrap(volume, &image);
-        ASSERT_EQ(SUCCESS, image.fill(someValue<TypeParam>(4)));
+        ASSERT_EQ(image.fill(someValue<TypeParam>(4)), SUCCESS);
         ASSERT_TRUE(sameBlock(volume, expected)) << width;
     }
 }
@@ -301,14 +294,14 @@ TYPED_TEST(SharedMemory, PlanesOfSeveralChannelsKeepThemTogether)
             wrap(volume, &image);
             for (const auto& f : AllPlaneFunctions<TypeParam>{}) {
                 VxImage<TypeParam> plane;
-                ASSERT_EQ(SUCCESS, f.get(2, image, &plane));
-                ASSERT_TRUE(holds(plane, naiveGetPlane(f, volume, 2))) << volume.layout.name;
+                ASSERT_EQ(f.get(2, image, &plane), SUCCESS);
+                ASSERT_TRUE(holds(plane, naiveGetPlane(f, volume, 2))) << volume.name;
             }
         }
     }
 }
 
-/// Two voxels along one axis, or two channels, that lie as far apart as a stride can say.
+/// Two voxels along one axis, or two channels, that are as far apart as a stride can say.
 class FarApart : public ::testing::TestWithParam<unsigned int> {
 protected:
     static constexpr unsigned int kLargest = 0xFFFFFFFFU;
@@ -319,10 +312,11 @@ protected:
             GTEST_SKIP() << "no 4 GiB of address space";
         const auto extent = [](unsigned int axis) { return GetParam() == axis ? 2U : 1U; };
         const auto stride = [](unsigned int axis) { return GetParam() == axis ? kLargest : 0U; };
-        ASSERT_EQ(SUCCESS, image.initializeWithPointer(block.bytes(), extent(0), extent(1),
-                                                       extent(2), extent(3)));
+        ASSERT_EQ(
+            image.initializeWithPointer(block.bytes(), extent(0), extent(1), extent(2), extent(3)),
+            SUCCESS);
         image.setImageStride(stride(1), stride(2), stride(3), stride(0));
-        ASSERT_EQ(SUCCESS, dense.initialize(extent(0), extent(1), extent(2), extent(3)));
+        ASSERT_EQ(dense.initialize(extent(0), extent(1), extent(2), extent(3)), SUCCESS);
         dense.getBufferPointer()[0] = 3;
         dense.getBufferPointer()[1] = 4;
     }
@@ -336,42 +330,42 @@ INSTANTIATE_TEST_SUITE_P(AlongEachAxis, FarApart, ::testing::Values(0U, 1U, 2U, 
 
 TEST_P(FarApart, VoxelsAreFilled)
 {
-    ASSERT_EQ(SUCCESS, image.fill(7));
-    EXPECT_EQ(7, block.bytes()[0]);
-    EXPECT_EQ(7, block.bytes()[kLargest]);
+    ASSERT_EQ(image.fill(7), SUCCESS);
+    EXPECT_EQ(block.bytes()[0], 7);
+    EXPECT_EQ(block.bytes()[kLargest], 7);
 }
 
 TEST_P(FarApart, TheLastChannelIsFilled)
 {
-    ASSERT_EQ(SUCCESS, image.fill(image.getChannels() - 1, 8));
-    EXPECT_EQ(GetParam() == 3 ? 0 : 8, block.bytes()[0]);
-    EXPECT_EQ(8, block.bytes()[kLargest]);
+    ASSERT_EQ(image.fill(image.getChannels() - 1, 8), SUCCESS);
+    EXPECT_EQ(block.bytes()[0], GetParam() == 3 ? 0 : 8);
+    EXPECT_EQ(block.bytes()[kLargest], 8);
 }
 
 TEST_P(FarApart, VoxelsAreDrawnAndCropped)
 {
-    ASSERT_EQ(SUCCESS, image.draw(dense, 0, 0, 0));
-    EXPECT_EQ(3, block.bytes()[0]);
-    EXPECT_EQ(4, block.bytes()[kLargest]);
+    ASSERT_EQ(image.draw(dense, 0, 0, 0), SUCCESS);
+    EXPECT_EQ(block.bytes()[0], 3);
+    EXPECT_EQ(block.bytes()[kLargest], 4);
     VxImage<unsigned char> out;
-    ASSERT_EQ(SUCCESS, image.crop({0, 1, 0, 1, 0, 1}, &out));
-    EXPECT_EQ(3, out.getBufferPointer()[0]);
-    EXPECT_EQ(4, out.getBufferPointer()[1]);
+    ASSERT_EQ(image.crop({0, 1, 0, 1, 0, 1}, &out), SUCCESS);
+    EXPECT_EQ(out.getBufferPointer()[0], 3);
+    EXPECT_EQ(out.getBufferPointer()[1], 4);
 }
 
 TEST_P(FarApart, PlanesAreTakenAndPutBack)
 {
-    ASSERT_EQ(SUCCESS, image.draw(dense, 0, 0, 0));
+    ASSERT_EQ(image.draw(dense, 0, 0, 0), SUCCESS);
     for (const PlaneFunctions<unsigned char>& f : AllPlaneFunctions<unsigned char>{}.table) {
         const unsigned int last = static_cast<unsigned int>(f.across) == GetParam() ? 1 : 0;
         VxImage<unsigned char> plane;
-        ASSERT_EQ(SUCCESS, f.get(last, image, &plane)) << f.name;
+        ASSERT_EQ(f.get(last, image, &plane), SUCCESS) << f.name;
         unsigned char* const taken = plane.getBufferPointer();
         const std::size_t end = plane.getWidth() * plane.getHeight() * plane.getChannels() - 1;
-        EXPECT_EQ(4, taken[end]) << f.name;
+        EXPECT_EQ(taken[end], 4) << f.name;
         taken[end] = 9;
-        ASSERT_EQ(SUCCESS, f.set(last, plane, &image)) << f.name;
-        EXPECT_EQ(9, block.bytes()[kLargest]) << f.name;
+        ASSERT_EQ(f.set(last, plane, &image), SUCCESS) << f.name;
+        EXPECT_EQ(block.bytes()[kLargest], 9) << f.name;
         block.bytes()[kLargest] = 4;
     }
 }
@@ -384,21 +378,21 @@ TEST(FarApartRows, OfAZxPlaneAreTransposed)
     if (!block.exists())
         GTEST_SKIP() << "no 34 GiB of address space";
     VxImage<unsigned char> image;
-    ASSERT_EQ(SUCCESS, image.initializeWithPointer(block.bytes(), kSide, 1, kSide, 1));
+    ASSERT_EQ(image.initializeWithPointer(block.bytes(), kSide, 1, kSide, 1), SUCCESS);
     image.setImageStride(0, kStride, 1, 1);
     VxImage<unsigned char> plane;
-    ASSERT_EQ(SUCCESS, plane.initialize(kSide, kSide, 1, 1));
+    ASSERT_EQ(plane.initialize(kSide, kSide, 1, 1), SUCCESS);
     const auto value = [](int x, int z) { return static_cast<unsigned char>(x + kSide * z % 251); };
     for (int z = 0; z < kSide; ++z)
         for (int x = 0; x < kSide; ++x)
             plane(z, x, 0, 0) = value(x, z);
-    ASSERT_EQ(SUCCESS, setZxPlane(0, plane, &image));
-    EXPECT_EQ(value(16, 16), block.bytes()[std::size_t{kStride} * 16 + 16]);
+    ASSERT_EQ(setZxPlane(0, plane, &image), SUCCESS);
+    EXPECT_EQ(block.bytes()[std::size_t{kStride} * 16 + 16], value(16, 16));
     VxImage<unsigned char> taken;
-    ASSERT_EQ(SUCCESS, getZxPlane(0, image, &taken));
+    ASSERT_EQ(getZxPlane(0, image, &taken), SUCCESS);
     EXPECT_TRUE(std::equal(plane.getBufferPointer(), plane.getBufferPointer() + kSide * kSide,
                            taken.getBufferPointer()));
 }
 
 }  // namespace
-}  // namespace volux::core
+}  // namespace volux::test

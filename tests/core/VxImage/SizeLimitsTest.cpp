@@ -6,16 +6,14 @@
 #include <cstdint>
 #include <type_traits>
 
-#include "support/ElementTypes.h"
 #include "support/ImageAccess.h"
 #include "support/ImageFields.h"
 #include "support/ImageStates.h"
-#include "support/Random.h"
+#include "support/Seeded.h"
+#include "support/TypedSuites.h"
 
-namespace volux::core {
+namespace volux::test {
 namespace {
-
-using namespace test;
 
 constexpr unsigned int kMaxExtent = 2147483647;
 
@@ -44,10 +42,10 @@ constexpr ExtentCase kExtents[] = {
 TYPED_TEST(SizeLimits, EachExtentIsFrom1ToTheLargestInt)
 {
     for (const ExtentCase& entry : kExtents) {
-        EXPECT_EQ(entry.valid, this->isValid(entry.extent, 1, 1, 1)) << entry.extent;
-        EXPECT_EQ(entry.valid, this->isValid(1, entry.extent, 1, 1)) << entry.extent;
-        EXPECT_EQ(entry.valid, this->isValid(1, 1, entry.extent, 1)) << entry.extent;
-        EXPECT_EQ(entry.valid, this->isValid(1, 1, 1, entry.extent)) << entry.extent;
+        EXPECT_EQ(this->isValid(entry.extent, 1, 1, 1), entry.valid) << entry.extent;
+        EXPECT_EQ(this->isValid(1, entry.extent, 1, 1), entry.valid) << entry.extent;
+        EXPECT_EQ(this->isValid(1, 1, entry.extent, 1), entry.valid) << entry.extent;
+        EXPECT_EQ(this->isValid(1, 1, 1, entry.extent), entry.valid) << entry.extent;
     }
 }
 
@@ -110,7 +108,7 @@ bool fits64Bits(unsigned int w, unsigned int h, unsigned int d, unsigned int c,
 
 TYPED_TEST(SizeLimits, AgreesWithWideArithmetic)
 {
-    Random random(71);
+    Seeded random(71);
     const auto extent = [&] {
         return 1 + static_cast<unsigned int>((random.bits() & kMaxExtent) % kMaxExtent >>
                                              random.below(31));
@@ -120,7 +118,7 @@ TYPED_TEST(SizeLimits, AgreesWithWideArithmetic)
         const unsigned int w = extent(), h = extent(), d = extent(), c = extent();
         const bool expected = fits64Bits(w, h, d, c, sizeof(TypeParam));
         valid += expected ? 1 : 0;
-        ASSERT_EQ(expected, this->isValid(w, h, d, c)) << w << ' ' << h << ' ' << d << ' ' << c;
+        ASSERT_EQ(this->isValid(w, h, d, c), expected) << w << ' ' << h << ' ' << d << ' ' << c;
     }
     EXPECT_GT(valid, 1000);
     EXPECT_LT(valid, 19000);
@@ -129,7 +127,7 @@ TYPED_TEST(SizeLimits, AgreesWithWideArithmetic)
 TYPED_TEST(SizeLimits, TestingASizeChangesNothing)
 {
     EXPECT_TRUE(this->isValid(4, 3, 2, 1));
-    EXPECT_EQ(ImageFields<TypeParam>{}, fieldsOf(this->image));
+    EXPECT_EQ(fieldsOf(this->image), ImageFields<TypeParam>{});
 }
 
 struct BadSize {
@@ -148,12 +146,12 @@ TYPED_TEST(SizeLimits, AnEmptyImageStaysEmptyWhenTheSizeIsInvalid)
 {
     TypeParam data{};
     for (const BadSize& s : kBadSizes) {
-        EXPECT_EQ(ERR_INVALID_ARGUMENT, this->image.initialize(s.w, s.h, s.d, s.c));
-        EXPECT_EQ(ERR_INVALID_ARGUMENT, this->image.setImageSize(s.w, s.h, s.d, s.c));
-        EXPECT_EQ(ERR_INVALID_ARGUMENT, this->image.setImageSize(ImageSize(s.w, s.h, s.d, s.c)));
-        EXPECT_EQ(ERR_INVALID_ARGUMENT,
-                  this->image.initializeWithPointer(&data, s.w, s.h, s.d, s.c));
-        EXPECT_EQ(ImageFields<TypeParam>{}, fieldsOf(this->image));
+        EXPECT_EQ(this->image.initialize(s.w, s.h, s.d, s.c), ERR_INVALID_ARGUMENT);
+        EXPECT_EQ(this->image.setImageSize(s.w, s.h, s.d, s.c), ERR_INVALID_ARGUMENT);
+        EXPECT_EQ(this->image.setImageSize(ImageSize(s.w, s.h, s.d, s.c)), ERR_INVALID_ARGUMENT);
+        EXPECT_EQ(this->image.initializeWithPointer(&data, s.w, s.h, s.d, s.c),
+                  ERR_INVALID_ARGUMENT);
+        EXPECT_EQ(fieldsOf(this->image), ImageFields<TypeParam>{});
     }
 }
 
@@ -161,8 +159,8 @@ TYPED_TEST(SizeLimits, TheSameExtentsCanFitOneElementSizeAndNotAnother)
 {
     const ErrorType expected =
         sizeof(TypeParam) <= 2 ? ERR_ALLOCATION_FAILED : ERR_INVALID_ARGUMENT;
-    EXPECT_EQ(expected, this->image.initialize(kMaxExtent, kMaxExtent, 2, 1));
+    EXPECT_EQ(this->image.initialize(kMaxExtent, kMaxExtent, 2, 1), expected);
 }
 
 }  // namespace
-}  // namespace volux::core
+}  // namespace volux::test

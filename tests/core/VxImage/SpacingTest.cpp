@@ -6,22 +6,18 @@
 #include <limits>
 
 #include "support/BitExact.h"
-#include "support/ElementTypes.h"
 #include "support/ImageFields.h"
+#include "support/TypedSuites.h"
 
-namespace volux::core {
+namespace volux::test {
 namespace {
 
-using namespace test;
-
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kTiny = std::numeric_limits<double>::denorm_min();
 
 template <class T>
 class Spacing : public ::testing::Test {
 protected:
-    void SetUp() override { ASSERT_EQ(SUCCESS, image.setVoxelSize(0.5, 2.0, 3.0)); }
+    void SetUp() override { ASSERT_EQ(image.setVoxelSize(0.5, 2.0, 3.0), SUCCESS); }
 
     ::testing::AssertionResult is(double x, double y, double z)
     {
@@ -49,16 +45,16 @@ TYPED_TEST(Spacing, AtOrBelowZeroIsRefusedAndChangesNothing)
 {
     const auto before = fieldsOf(this->image);
     for (const SpacingCase& entry : kRefused) {
-        EXPECT_EQ(ERR_INVALID_ARGUMENT, this->image.setVoxelSize(entry.x, entry.y, entry.z));
-        EXPECT_EQ(ERR_INVALID_ARGUMENT,
-                  this->image.setVoxelSize(VoxelSize(entry.x, entry.y, entry.z)));
-        EXPECT_EQ(before, fieldsOf(this->image)) << entry.x << ' ' << entry.y << ' ' << entry.z;
+        EXPECT_EQ(this->image.setVoxelSize(entry.x, entry.y, entry.z), ERR_INVALID_ARGUMENT);
+        EXPECT_EQ(this->image.setVoxelSize(VoxelSize(entry.x, entry.y, entry.z)),
+                  ERR_INVALID_ARGUMENT);
+        EXPECT_EQ(fieldsOf(this->image), before) << entry.x << ' ' << entry.y << ' ' << entry.z;
     }
 }
 
 TYPED_TEST(Spacing, ADefaultVoxelSizeIsRefused)
 {
-    EXPECT_EQ(ERR_INVALID_ARGUMENT, this->image.setVoxelSize(VoxelSize()));
+    EXPECT_EQ(this->image.setVoxelSize(VoxelSize()), ERR_INVALID_ARGUMENT);
     EXPECT_TRUE(this->is(0.5, 2.0, 3.0));
 }
 
@@ -70,23 +66,23 @@ constexpr SpacingCase kTaken[] = {
 TYPED_TEST(Spacing, WhatDoesNotCompareAtOrBelowZeroIsTaken)
 {
     for (const SpacingCase& entry : kTaken) {
-        EXPECT_EQ(SUCCESS, this->image.setVoxelSize(entry.x, entry.y, entry.z));
+        EXPECT_EQ(this->image.setVoxelSize(entry.x, entry.y, entry.z), SUCCESS);
         EXPECT_TRUE(this->is(entry.x, entry.y, entry.z));
-        ASSERT_EQ(SUCCESS, this->image.setVoxelSize(9.0, 9.0, 9.0));
-        EXPECT_EQ(SUCCESS, this->image.setVoxelSize(VoxelSize(entry.x, entry.y, entry.z)));
+        ASSERT_EQ(this->image.setVoxelSize(9.0, 9.0, 9.0), SUCCESS);
+        EXPECT_EQ(this->image.setVoxelSize(VoxelSize(entry.x, entry.y, entry.z)), SUCCESS);
         EXPECT_TRUE(this->is(entry.x, entry.y, entry.z));
     }
 }
 
 TYPED_TEST(Spacing, SettingItTouchesNothingElse)
 {
-    ASSERT_EQ(SUCCESS, this->image.initialize(2, 2, 2, 2));
+    ASSERT_EQ(this->image.initialize(2, 2, 2, 2), SUCCESS);
     ImageFields<TypeParam> expected = fieldsOf(this->image);
-    ASSERT_EQ(SUCCESS, this->image.setVoxelSize(7.0, 8.0, 9.0));
+    ASSERT_EQ(this->image.setVoxelSize(7.0, 8.0, 9.0), SUCCESS);
     expected.voxelSizeX = 7.0;
     expected.voxelSizeY = 8.0;
     expected.voxelSizeZ = 9.0;
-    EXPECT_EQ(expected, fieldsOf(this->image));
+    EXPECT_EQ(fieldsOf(this->image), expected);
 }
 
 TYPED_TEST(Spacing, IsWrittenThroughThreePointers)
@@ -94,7 +90,7 @@ TYPED_TEST(Spacing, IsWrittenThroughThreePointers)
     double x = -1.0;
     double y = -1.0;
     double z = -1.0;
-    EXPECT_EQ(SUCCESS, this->image.getVoxelSize(&x, &y, &z));
+    EXPECT_EQ(this->image.getVoxelSize(&x, &y, &z), SUCCESS);
     EXPECT_TRUE(bitEqual(x, 0.5));
     EXPECT_TRUE(bitEqual(y, 2.0));
     EXPECT_TRUE(bitEqual(z, 3.0));
@@ -104,7 +100,7 @@ TYPED_TEST(Spacing, IsWrittenThroughTwoPointers)
 {
     double x = -1.0;
     double y = -1.0;
-    EXPECT_EQ(SUCCESS, this->image.getVoxelSize(&x, &y));
+    EXPECT_EQ(this->image.getVoxelSize(&x, &y), SUCCESS);
     EXPECT_TRUE(bitEqual(x, 0.5));
     EXPECT_TRUE(bitEqual(y, 2.0));
 }
@@ -116,7 +112,7 @@ TYPED_TEST(Spacing, ANullAmongThreePointersWritesNothing)
         const auto pointer = [&](unsigned int i) {
             return (given >> i & 1U) != 0 ? &values[i] : nullptr;
         };
-        EXPECT_EQ(ERR_NULL_POINTER, this->image.getVoxelSize(pointer(0), pointer(1), pointer(2)));
+        EXPECT_EQ(this->image.getVoxelSize(pointer(0), pointer(1), pointer(2)), ERR_NULL_POINTER);
         EXPECT_TRUE(values[0] == -1.0 && values[1] == -2.0 && values[2] == -3.0) << given;
     }
 }
@@ -124,11 +120,11 @@ TYPED_TEST(Spacing, ANullAmongThreePointersWritesNothing)
 TYPED_TEST(Spacing, ANullAmongTwoPointersWritesNothing)
 {
     double value = -1.0;
-    EXPECT_EQ(ERR_NULL_POINTER, this->image.getVoxelSize(&value, nullptr));
-    EXPECT_EQ(ERR_NULL_POINTER, this->image.getVoxelSize(nullptr, &value));
-    EXPECT_EQ(ERR_NULL_POINTER, this->image.getVoxelSize(nullptr, nullptr));
+    EXPECT_EQ(this->image.getVoxelSize(&value, nullptr), ERR_NULL_POINTER);
+    EXPECT_EQ(this->image.getVoxelSize(nullptr, &value), ERR_NULL_POINTER);
+    EXPECT_EQ(this->image.getVoxelSize(nullptr, nullptr), ERR_NULL_POINTER);
     EXPECT_TRUE(bitEqual(value, -1.0));
 }
 
 }  // namespace
-}  // namespace volux::core
+}  // namespace volux::test

@@ -6,26 +6,13 @@
 #include <cstddef>
 
 #include "support/BitExact.h"
-#include "support/ElementTypes.h"
 #include "support/SamplingSpellings.h"
+#include "support/TypedSuites.h"
 #include "support/WrappedVolume.h"
 
 namespace volux::test {
 namespace {
 
-using core::Border;
-using core::Constant;
-using core::Cubic;
-using core::Interpolator;
-using core::Linear;
-using core::NearestNeighbor;
-using core::Replication;
-using core::VxImage;
-using core::InterpolationBorderType::CONSTANT;
-using core::InterpolationBorderType::REPLICATION;
-using core::InterpolationType::CUBIC;
-using core::InterpolationType::LINEAR;
-using core::InterpolationType::NEAREST_NEIGHBOR;
 using oracle::Position;
 
 // A small volume with a spacing, and a point near its edge where no two policies agree.
@@ -162,13 +149,11 @@ const Position kPositions[] = {
 template <class T>
 class EverySpelling : public ::testing::Test {
 protected:
-    EverySpelling() : scene(source()) { scene.image.setVoxelSize(0.5, 2.0, 0.7); }
+    EverySpelling() : scene(source()) {}
 
-    static oracle::Volume<T> source()
+    static Volume<T> source()
     {
-        oracle::Volume<T> volume = blankVolume<T>({3, 4, 3}, 2);
-        for (std::size_t n = 0; n < volume.block.size(); ++n)
-            volume.block[n] = someValue<T>(n);
+        Volume<T> volume = variedVolume<T>({3, 4, 3}, 2);
         volume.spacing = {0.5, 2.0, 0.7};
         return volume;
     }
@@ -190,7 +175,7 @@ TYPED_TEST(EverySpelling, GivesTheBitsOfTheOracle)
         for (const Position& p : kPositions) {
             const double sampled = spelling.sample({this->scene.image, p, 1, value});
             EXPECT_TRUE(bitEqual(sampled, this->expected(spelling, p, value)))
-                << nameOf(spelling) << " at " << p.x << ' ' << p.y << ' ' << p.z;
+                << nameOf(spelling) << " at " << std::hexfloat << p.x << ' ' << p.y << ' ' << p.z;
         }
     }
 }

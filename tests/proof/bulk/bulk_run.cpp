@@ -1,4 +1,4 @@
-// Compares calls on large random volumes with one call of the module for each sample, for so many
+// Compares calls on large random volumes with one call of volux_core for each sample, for so many
 // seconds. Every call draws its map, kernel, border, instruction set and number of threads.
 // Usage: bulk_run SECONDS SEED
 // Prints the number of volumes, then a line for each operation, element type, kernel and border:
@@ -22,8 +22,6 @@ using Clock = std::chrono::steady_clock;
 
 constexpr int kCallsPerVolume = 24;
 constexpr int kDifferencesPrinted = 5;
-constexpr std::array<const char*, 3> kKernelNames{"NearestNeighbor", "Linear", "Cubic"};
-constexpr std::array<const char*, 2> kBorderNames{"Constant", "Replication"};
 
 struct Count {
     unsigned long long compared = 0;
@@ -32,37 +30,11 @@ struct Count {
 
 std::map<std::string, Count> counts;
 
-// Kept until the next one is chosen.
-std::string chooseInstructionSet(Random& random)
-{
-    std::vector<std::int64_t> all;
-    hwy::SetSupportedTargetsForTest(0);
-    for (std::int64_t left = hwy::SupportedTargets() & HWY_TARGETS; left != 0; left &= left - 1)
-        all.push_back(left & -left);
-    const std::int64_t chosen = all[random.below(static_cast<unsigned int>(all.size()))];
-    hwy::SetSupportedTargetsForTest(chosen);
-    hwy::GetChosenTarget().Update(hwy::SupportedTargets());
-    return hwy::TargetName(chosen);
-}
-
 template <class T>
-oracle::Volume<T> largeVolume(Random& random)
+Volume<T> largeVolume(Random& random)
 {
-    constexpr std::array<Layout, 4> layouts{Layout::Interleaved, Layout::Planar, Layout::ZFastest,
-                                            Layout::Padded};
-    oracle::Volume<T> v;
-    v.extents = {random.between(20, 150), random.between(20, 150), random.between(10, 60)};
-    v.channels = random.between(1, 2);
-    layOut(v, anyOf(random, layouts), random);
-    v.spacing = randomSpacing(random);
-    const std::int64_t last = v.strideX * (v.extents.width - 1) +
-                              v.strideY * (v.extents.height - 1) +
-                              v.strideZ * (v.extents.depth - 1) + v.strideC * (v.channels - 1);
-    v.block.resize(static_cast<std::size_t>(last + 1));
-    const bool withRareOnes = random.below(3) == 0;
-    for (T& element : v.block)
-        element = randomElement<T>(random, withRareOnes);
-    return v;
+    const Extents e{random.between(20, 150), random.between(20, 150), random.between(10, 60)};
+    return randomVolume<T>(random, randomLayout(random, e, random.between(1, 2)));
 }
 
 Options someOptions(Random& random, unsigned int& kernel, unsigned int& border)
@@ -76,7 +48,7 @@ Options someOptions(Random& random, unsigned int& kernel, unsigned int& border)
     return options;
 }
 
-AffineMap someMap(Random& random, const oracle::Extents& extents, std::string& name)
+AffineMap someMap(Random& random, const Extents& extents, std::string& name)
 {
     switch (random.below(8)) {
         case 0:
@@ -97,10 +69,9 @@ AffineMap someMap(Random& random, const oracle::Extents& extents, std::string& n
 }
 
 template <class T>
-class Volume {
+class Calls {
 public:
-    explicit Volume(std::uint64_t seed)
-        : seed_(seed), random_(seed), scene_(largeVolume<T>(random_))
+    explicit Calls(std::uint64_t seed) : seed_(seed), random_(seed), scene_(largeVolume<T>(random_))
     {
     }
 
@@ -159,7 +130,8 @@ private:
         unsigned int kernel = 0;
         unsigned int border = 0;
         options_ = someOptions(random_, kernel, border);
-        instructions_ = chooseInstructionSet(random_);
+        instructions_ =
+            chooseInstructionSet([&](unsigned int count) { return random_.below(count); });
         kind_ = operation + '\t' + elementTypeName<T>() + '\t' + kKernelNames[kernel] + '\t' +
                 kBorderNames[border];
         count_ = &counts[kind_];
@@ -170,7 +142,8 @@ private:
         ++count_->compared;
         const T expected = element(scene_.image, p, c, options_);
         if (!sameBits(result, expected))
-            differs(withBits(result) + ", not " + withBits(expected));
+            differs(withBits(result) + ", not " + withBits(expected) + ", " +
+                    describedCall(scene_.image, p, c, options_));
     }
 
     void differs(const std::string& how)
@@ -178,9 +151,8 @@ private:
         static int printed = 0;
         ++count_->different;
         if (++printed <= kDifferencesPrinted)
-            std::fprintf(stderr, "seed %llu, %s, %s, %u threads: %s\n",
-                         static_cast<unsigned long long>(seed_), kind_.c_str(),
-                         instructions_.c_str(), options_.threads, how.c_str());
+            std::fprintf(stderr, "seed %llu, %s, %s: %s\n", static_cast<unsigned long long>(seed_),
+                         kind_.c_str(), instructions_.c_str(), how.c_str());
     }
 
     const std::uint64_t seed_;
@@ -195,22 +167,7 @@ private:
 // The seed chooses the element type as well, so that it alone repeats a volume.
 void compareVolume(std::uint64_t seed)
 {
-    switch (seed % 7) {
-        case 0:
-            return Volume<unsigned char>(seed).compareCalls();
-        case 1:
-            return Volume<short>(seed).compareCalls();
-        case 2:
-            return Volume<unsigned short>(seed).compareCalls();
-        case 3:
-            return Volume<int>(seed).compareCalls();
-        case 4:
-            return Volume<unsigned int>(seed).compareCalls();
-        case 5:
-            return Volume<float>(seed).compareCalls();
-        default:
-            return Volume<double>(seed).compareCalls();
-    }
+    withElementType(seed, [&](auto zero) { Calls<decltype(zero)>(seed).compareCalls(); });
 }
 
 void run(double seconds, std::uint64_t seed)

@@ -1,5 +1,6 @@
-// Makes results of more than 2^31 elements, and compares samples of them with the module's.
-// Prints a line for each: the kernel, the elements, the samples compared and those that differed.
+// Makes results of more than 2^31 elements, and compares samples of them with those of volux_core.
+// Prints a line for each: the kernel, the elements, the samples compared and those that differed;
+// the first of those on the standard error.
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
@@ -14,7 +15,7 @@ constexpr unsigned int kExtent = 1300;
 constexpr std::size_t kElements = std::size_t{kExtent} * kExtent * kExtent;
 constexpr unsigned int kCompared = 2'000'000;
 
-using Image = core::VxImage<unsigned char>;
+using Image = VxImage<unsigned char>;
 
 // Marks in every page of a thousandth of the rows: the other pages are never there.
 void mark(Image& image)
@@ -43,9 +44,12 @@ unsigned int differences(const Image& source, const AffineMap& map, const Image&
         const unsigned int i = someIndex(random);
         const unsigned int j = someIndex(random);
         const unsigned int k = someIndex(random);
-        const unsigned char got =
-            result(static_cast<int>(i), static_cast<int>(j), static_cast<int>(k), 0);
-        different += got == element(source, positionOf(map, i, j, k), 0, options) ? 0U : 1U;
+        const Position p = positionOf(map, i, j, k);
+        if (at(result, i, j, k, 0) == element(source, p, 0, options))
+            continue;
+        if (different++ == 0)
+            std::fprintf(stderr, "voxel %u %u %u, %s\n", i, j, k,
+                         describedCall(source, p, 0, options).c_str());
     }
     return different;
 }
@@ -58,7 +62,7 @@ bool compare(const char* name, const Image& source, const AffineMap& map, const 
     Image result;
     result.initializeWithPointer(block.bytes(), kExtent, kExtent, kExtent, 1);
     if (resample::resample(source, gridOf(map, kExtent, kExtent, kExtent), &result, options) !=
-        core::SUCCESS)
+        SUCCESS)
         return false;
     std::printf("%s\t%zu\t%u\t%u\n", name, kElements, kCompared,
                 differences(source, map, result, options));
@@ -74,8 +78,8 @@ bool compareAll()
     source.initializeWithPointer(block.bytes(), kExtent, kExtent, kExtent, 1);
     mark(source);
     const AffineMap shifted = {{{1, 0, 0, 0.25}, {0, 1, 0, -0.5}, {0, 0, 1, 0.75}}};
-    return compare("NearestNeighbor, the identity", source, AffineMap(), core::NearestNeighbor()) &&
-           compare("Linear, moved by fractions", source, shifted, core::Linear());
+    return compare("NearestNeighbor, the identity", source, AffineMap(), NearestNeighbor()) &&
+           compare("Linear, moved by fractions", source, shifted, Linear());
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
-// Compares the module's samples with those of CImg<double> at random positions.
+// Compares the samples of volux_core with those of CImg<double> at random positions.
 // Usage: cimg_outsider POSITIONS SEED
 // Prints a line for each comparison: what, positions, largest difference as a part of the largest
-// voxel, tolerance.
+// voxel, tolerance. Where the tolerance is passed, the standard error has the place.
 #define cimg_display 0
 #define cimg_verbosity 0
 #include <CImg.h>
@@ -24,12 +24,10 @@ struct Scene {
     explicit Scene(Random& random)
         : wrapped(plainVolume(random)),
           outside(randomVoxel(random)),
-          outsider(wrapped.volume.block.data(), size(wrapped.volume.extents.width),
-                   size(wrapped.volume.extents.height), size(wrapped.volume.extents.depth))
+          outsider(wrapped.volume.block.data(), wrapped.volume.extents.width,
+                   wrapped.volume.extents.height, wrapped.volume.extents.depth)
     {
     }
-
-    static unsigned int size(std::int64_t extent) { return static_cast<unsigned int>(extent); }
 
     WrappedVolume<double> wrapped;
     double outside;
@@ -54,14 +52,14 @@ float ofAnyFraction(double coordinate)
     return static_cast<float>(coordinate);
 }
 
-bool anywhere(float, std::int64_t)
+bool anywhere(float, unsigned int)
 {
     return true;
 }
 
 // CImg moves the position to the edge where the library moves each neighbour. For a cubic that is
 // the same unless the position is within one voxel outside.
-bool notJustOutside(float coordinate, std::int64_t extent)
+bool notJustOutside(float coordinate, unsigned int extent)
 {
     const float last = static_cast<float>(extent - 1);
     return coordinate <= -1.0F || (coordinate >= 0.0F && coordinate <= last) ||
@@ -72,7 +70,7 @@ struct Method {
     const char* name;
     double (*module)(const core::VxImage<double>&, const Position&, double outside);
     double (*outsider)(const Outsider&, const FloatPosition&, double outside);
-    bool (*comparable)(float coordinate, std::int64_t extent);
+    bool (*comparable)(float coordinate, unsigned int extent);
     double toleranceEightBits;
     double toleranceAnyFraction;
 };
@@ -100,7 +98,7 @@ const Method kMethods[] = {
      notJustOutside, 0x1p-41, 0x1p-18},
 };
 
-bool isComparable(const Method& method, const FloatPosition& p, const oracle::Extents& extents)
+bool isComparable(const Method& method, const FloatPosition& p, const Extents& extents)
 {
     return method.comparable(p.x, extents.width) && method.comparable(p.y, extents.height) &&
            method.comparable(p.z, extents.depth);
@@ -113,16 +111,29 @@ double difference(const Method& method, const Scene& scene, const FloatPosition&
     return std::fabs(module - outsider) / kLargestVoxel;
 }
 
+// All that repeats a comparison beyond the tolerance.
+void printPlace(const Method& method, const Scene& scene, const FloatPosition& p,
+                std::uint64_t seed)
+{
+    const Extents& e = scene.wrapped.volume.extents;
+    std::fprintf(stderr, "%s: %a from volux_core at %a %a %a, extents %u %u %u, seed %llu\n",
+                 method.name, difference(method, scene, p), static_cast<double>(p.x),
+                 static_cast<double>(p.y), static_cast<double>(p.z), e.width, e.height, e.depth,
+                 static_cast<unsigned long long>(seed));
+}
+
 void compare(const Method& method, float (*rounded)(double), unsigned int positions,
              std::uint64_t seed)
 {
     constexpr unsigned int kPositionsPerScene = 1000;
+    const bool exact = rounded == ofEightBits;
+    const double tolerance = exact ? method.toleranceEightBits : method.toleranceAnyFraction;
     Random random(seed);
     unsigned int compared = 0;
     double largest = 0.0;
     while (compared < positions) {
         const Scene scene(random);
-        const oracle::Extents& extents = scene.wrapped.volume.extents;
+        const Extents& extents = scene.wrapped.volume.extents;
         for (unsigned int n = 0; n < kPositionsPerScene; ++n) {
             const Position near = nearPosition(random, extents);
             const FloatPosition p{rounded(near.x), rounded(near.y), rounded(near.z)};
@@ -130,14 +141,15 @@ void compare(const Method& method, float (*rounded)(double), unsigned int positi
                 continue;
             ++compared;
             const double found = difference(method, scene, p);
-            if (!(found <= largest || std::isnan(largest)))  // a NaN is taken, and kept
-                largest = found;
+            if (found <= largest || std::isnan(largest))  // a NaN is taken, and kept
+                continue;
+            largest = found;
+            if (!(largest <= tolerance))
+                printPlace(method, scene, p, seed);
         }
     }
-    const bool exact = rounded == ofEightBits;
     std::printf("%s, %s\t%u\t%.17g\t%.17g\n", method.name,
-                exact ? "fractions of 8 bits" : "any float", compared, largest,
-                exact ? method.toleranceEightBits : method.toleranceAnyFraction);
+                exact ? "fractions of 8 bits" : "any float", compared, largest, tolerance);
 }
 
 }  // namespace

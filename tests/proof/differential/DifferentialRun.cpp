@@ -46,18 +46,17 @@ struct Comparisons {
 };
 
 // The seed chooses the element type as well, so that it alone repeats a scene.
+template <class... Types>
+using ComparisonsOf = std::tuple<Comparisons<Types>...>;
+
 struct ForEachType {
-    std::tuple<Comparisons<unsigned char>, Comparisons<short>, Comparisons<unsigned short>,
-               Comparisons<int>, Comparisons<unsigned int>, Comparisons<float>, Comparisons<double>>
-        all;
+    OfElementTypes<ComparisonsOf> all;
 
-    void compareScene(std::uint64_t seed) { compareScene(seed, std::make_index_sequence<7>()); }
-
-private:
-    template <std::size_t... types>
-    void compareScene(std::uint64_t seed, std::index_sequence<types...>)
+    void compareScene(std::uint64_t seed)
     {
-        ((seed % 7 == types ? std::get<types>(all).compareScene(seed) : void()), ...);
+        withElementType(seed, [&](auto zero) {
+            std::get<Comparisons<decltype(zero)>>(all).compareScene(seed);
+        });
     }
 };
 
@@ -66,12 +65,11 @@ void print(const char* policies, const std::vector<Meaning<T>>& meanings)
 {
     constexpr const char* forms[] = {"getValueVoxel", "getValueReal", "getDoubleValueReal",
                                      "operator()"};
-    constexpr const char* kernels[] = {"NearestNeighbor", "Linear", "Cubic"};
-    constexpr const char* borders[] = {"none", "Constant", "Replication"};
+    constexpr const char* borders[] = {"none", kBorderNames[0], kBorderNames[1]};
     for (const Meaning<T>& m : meanings)
         std::printf(
             "%s\t%s\t%s\t%s\t%s\t%llu\t%llu\t%llu\t%llu\n", policies, elementTypeName<T>(),
-            forms[static_cast<int>(m.form)], kernels[static_cast<int>(m.kernel)],
+            forms[static_cast<int>(m.form)], kKernelNames[static_cast<std::size_t>(m.kernel)],
             borders[static_cast<int>(m.border)], static_cast<unsigned long long>(m.compared),
             static_cast<unsigned long long>(m.different), static_cast<unsigned long long>(m.pairs),
             static_cast<unsigned long long>(m.differentPairs));

@@ -1,4 +1,4 @@
-// The volumes and positions on which other libraries sample beside the module.
+// The volumes and positions on which other libraries sample beside volux_core.
 #pragma once
 
 #include <cstdint>
@@ -18,9 +18,9 @@ inline double randomVoxel(Random& random)
 }
 
 // One channel, x fastest, voxels of either sign.
-inline oracle::Volume<double> plainVolume(Random& random)
+inline Volume<double> plainVolume(Random& random)
 {
-    oracle::Volume<double> volume =
+    Volume<double> volume =
         blankVolume<double>({random.between(1, 9), random.between(1, 9), random.between(1, 9)});
     for (double& voxel : volume.block)
         voxel = randomVoxel(random);
@@ -28,7 +28,7 @@ inline oracle::Volume<double> plainVolume(Random& random)
 }
 
 // Within five voxels of the volume: beyond, all libraries only repeat themselves.
-inline double nearCoordinate(Random& random, std::int64_t extent)
+inline double nearCoordinate(Random& random, unsigned int extent)
 {
     for (;;) {
         const double coordinate = randomCoordinate(random, extent);
@@ -37,13 +37,13 @@ inline double nearCoordinate(Random& random, std::int64_t extent)
     }
 }
 
-inline oracle::Position nearPosition(Random& random, const oracle::Extents& extents)
+inline oracle::Position nearPosition(Random& random, const Extents& extents)
 {
     return {nearCoordinate(random, extents.width), nearCoordinate(random, extents.height),
             nearCoordinate(random, extents.depth)};
 }
 
-// What the module samples at one position with any kernel and border.
+// What volux_core samples at one position with any kernel and border.
 template <class I, class B>
 double sampled(const core::VxImage<double>& image, const oracle::Position& p, double outside)
 {

@@ -1,4 +1,4 @@
-// Writes random volumes, positions and the module's samples there, for compare_scipy to read.
+// Writes random volumes, positions and the samples of volux_core, for compare_scipy to read.
 // Usage: scipy_samples POSITIONS SEED > FILE
 // A volume is a record of doubles: width, height, depth, the number of positions, the outside
 // value, the voxels with x fastest, x y z of each position, and for each kernel and border its
@@ -37,7 +37,7 @@ void writeSamples(const core::VxImage<double>& image,
 void writeVolume(Random& random)
 {
     const WrappedVolume<double> scene(plainVolume(random));
-    const oracle::Extents& e = scene.volume.extents;
+    const Extents& e = scene.volume.extents;
     const double outside = randomVoxel(random);
     write({static_cast<double>(e.width), static_cast<double>(e.height),
            static_cast<double>(e.depth), kPositionsPerVolume, outside});

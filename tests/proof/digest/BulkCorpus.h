@@ -1,5 +1,5 @@
 // The calls on whole volumes that digests are taken of, and the stream of their results. `Calls`
-// answers them: volux_resample, or one call of the module for each sample. Like the volumes, not
+// answers them: volux_resample, or one call of volux_core for each sample. Like the volumes, not
 // one number of it may change, and every product that is added to is exact.
 #pragma once
 
@@ -34,7 +34,7 @@ inline double step(Generator& random)
     return (random.fraction() - 0.5) * 3.0;
 }
 
-inline double start(Generator& random, std::int64_t extent)
+inline double start(Generator& random, unsigned int extent)
 {
     return wholeCoordinate(random, extent, 2) + random.fraction();
 }
@@ -42,7 +42,7 @@ inline double start(Generator& random, std::int64_t extent)
 inline AffineMap obliqueMap(Generator& random, const Extents& extents)
 {
     AffineMap map;
-    const std::array<std::int64_t, 3> extent{extents.width, extents.height, extents.depth};
+    const std::array<unsigned int, 3> extent{extents.width, extents.height, extents.depth};
     for (std::size_t row = 0; row < 3; ++row) {
         for (std::size_t column = 0; column < 3; ++column)
             map.rows[row][column] = step(random);
@@ -57,14 +57,14 @@ inline AffineMap axisMap(Generator& random, const Extents& extents)
     constexpr std::array<double, 8> steps{1.0, -1.0, 0.5, 2.0, 0.37, -0.83, 1.6, 0.125};
     constexpr std::array<double, 5> starts{0.0, -0.5, 1.25, -2.0, 0.4};
     AffineMap map;
-    const std::array<std::int64_t, 3> extent{extents.width, extents.height, extents.depth};
+    const std::array<unsigned int, 3> extent{extents.width, extents.height, extents.depth};
     for (std::size_t row = 0; row < 3; ++row) {
         for (std::size_t column = 0; column < 3; ++column)
             map.rows[row][column] = random.below(2) == 0 ? 0.0 : -0.0;
         map.rows[row][row] = random.anyOf(steps);
         const double first = random.anyOf(starts);
         const bool isBackward = map.rows[row][row] < 0.0;
-        map.rows[row][3] = isBackward ? static_cast<double>(extent[row]) - first : first;
+        map.rows[row][3] = isBackward ? extent[row] - first : first;
     }
     return map;
 }
@@ -181,8 +181,6 @@ private:
     template <class Ask>
     void withEachPolicy(const std::string& operation, const Ask& ask)
     {
-        constexpr std::array<const char*, 3> kernels{"NearestNeighbor", "Linear", "Cubic"};
-        constexpr std::array<const char*, 2> borders{"Constant", "Replication"};
         const bool isWrapping = random_.below(3) == 0;
         for (std::size_t kernel = 0; kernel < 3; ++kernel)
             for (std::size_t border = 0; border < 2; ++border) {
@@ -190,7 +188,8 @@ private:
                                 static_cast<double>(value_));
                 if (isWrapping)
                     options.overflow = resample::Overflow::WRAP;
-                ask(options, streams_[operation + ", " + kernels[kernel] + ", " + borders[border]]);
+                ask(options, streams_[operation + ", " + test::kKernelNames[kernel] + ", " +
+                                      test::kBorderNames[border]]);
             }
     }
 
@@ -234,7 +233,7 @@ private:
             std::array<Projection, 3>{Projection::MEAN, Projection::MAXIMUM, Projection::MINIMUM});
         const Slab slab = {1 + random_.below(4), projection};
         withEachPolicy("reslice", [&](Options options, Stream& stream) {
-            options.overflow = resample::Overflow::SATURATE;  // of a mean the module knows nothing
+            options.overflow = resample::Overflow::SATURATE;  // volux_core has no mean to wrap
             Destination<T> to = destination(planes.width, planes.height, planes.count, false);
             calls_.reslice(wrapped_.image, planes, to.image, options, slab);
             to.appendTo(stream);
@@ -319,13 +318,7 @@ void digestBulk(unsigned int rounds, const Calls& calls)
 template <class Calls>
 bool digestBulk(unsigned int rounds, const Calls& calls)
 {
-    digestBulk<unsigned char>(rounds, calls);
-    digestBulk<short>(rounds, calls);
-    digestBulk<unsigned short>(rounds, calls);
-    digestBulk<int>(rounds, calls);
-    digestBulk<unsigned int>(rounds, calls);
-    digestBulk<float>(rounds, calls);
-    digestBulk<double>(rounds, calls);
+    test::forEachElementType([&](auto zero) { digestBulk<decltype(zero)>(rounds, calls); });
     return std::fflush(stdout) == 0;
 }
 

@@ -1,5 +1,5 @@
 // The volumes and the positions that the digests are taken of, the same with every compiler and
-// processor. They stand apart from the scenes that the tests draw: digests of two releases can be
+// processor. They are apart from the scenes that the tests draw: digests of two releases can be
 // compared only as long as not one voxel of this corpus changes. A compiler is free to fuse
 // products and sums here: every product that is added to is exact.
 #pragma once
@@ -11,13 +11,15 @@
 #include <limits>
 #include <type_traits>
 
-#include "support/SamplingOracle.h"
+#include "support/ElementTypes.h"
+#include "support/Volume.h"
 
 namespace volux::digest {
 
-using test::oracle::Extents;
+using test::Extents;
+using test::Layout;
+using test::Volume;
 using test::oracle::Position;
-using test::oracle::Volume;
 
 constexpr unsigned int kScenes = 12;  // each of the four layouts with one, two and three channels
 
@@ -82,24 +84,14 @@ T element(Generator& random)
     return kind < 50 ? wideElement<T>(random) : static_cast<T>(random.below(250));
 }
 
-template <class T>
-void layOut(Volume<T>& v, unsigned int layout)
+inline Layout layoutOf(unsigned int kind, const Extents& e, unsigned int channels)
 {
-    const Extents& e = v.extents;
-    const std::int64_t gap = layout == 3 ? 5 : 0;
-    v.strideX = v.channels;
-    v.strideY = v.channels * e.width + gap;
-    v.strideZ = v.strideY * e.height + gap;
-    if (layout == 1) {  // planar
-        v.strideX = 1;
-        v.strideY = e.width;
-        v.strideZ = e.width * e.height;
-        v.strideC = e.width * e.height * e.depth;
-    } else if (layout == 2) {  // z fastest
-        v.strideZ = v.channels;
-        v.strideY = v.strideZ * e.depth;
-        v.strideX = v.strideY * e.height;
-    }
+    constexpr std::array<test::MakeLayout, 3> dense{test::interleaved, test::planar,
+                                                    test::zFastest};
+    if (kind < dense.size())
+        return dense[kind](e.width, e.height, e.depth, channels);
+    const unsigned int row = channels * e.width + 5;
+    return {"gapped", e, channels, channels, row, row * e.height + 5, 1};
 }
 
 inline Position spacing(Generator& random)
@@ -112,17 +104,11 @@ inline Position spacing(Generator& random)
 template <class T>
 Volume<T> volume(unsigned int scene, Generator& random)
 {
-    constexpr std::array<std::int64_t, 8> extents{1, 2, 3, 5, 6, 7, 9, 12};
-    Volume<T> v;
-    v.extents = {random.anyOf(extents), random.anyOf(extents), random.anyOf(extents)};
-    v.channels = 1 + scene / 4;
-    layOut(v, scene % 4);
-    v.spacing = spacing(random);
+    constexpr std::array<unsigned int, 8> extents{1, 2, 3, 5, 6, 7, 9, 12};
+    const Extents e{random.anyOf(extents), random.anyOf(extents), random.anyOf(extents)};
+    Volume<T> v{layoutOf(scene % 4, e, 1 + scene / 4), {}, 0, spacing(random)};
     v.origin = random.below(7);
-    const Extents& e = v.extents;
-    const std::int64_t last = v.strideX * (e.width - 1) + v.strideY * (e.height - 1) +
-                              v.strideZ * (e.depth - 1) + v.strideC * (v.channels - 1);
-    v.block.resize(static_cast<std::size_t>(v.origin + last + 8));
+    v.block.resize(v.origin + v.addressed() + 7);
     const bool isMask =
         scene % 3 == 1;  // of zeros and ones: many of its sums are just below a half
     for (T& value : v.block)
@@ -143,20 +129,20 @@ T outsideValue(unsigned int scene, Generator& random)
 }
 
 // A whole number in the volume or at most so many voxels outside.
-inline double wholeCoordinate(Generator& random, std::int64_t extent, unsigned int outside)
+inline double wholeCoordinate(Generator& random, unsigned int extent, unsigned int outside)
 {
-    const unsigned int places = static_cast<unsigned int>(extent) + 2 * outside;
+    const unsigned int places = extent + 2 * outside;
     return static_cast<double>(random.below(places)) - static_cast<double>(outside);
 }
 
-inline double ordinaryCoordinate(Generator& random, std::int64_t extent)
+inline double ordinaryCoordinate(Generator& random, unsigned int extent)
 {
     const double whole = wholeCoordinate(random, extent, 1);
     return whole + random.fraction();
 }
 
 // Edges, ties and negative whole numbers, or one unit in the last place to either side of one.
-inline double edgeCoordinate(Generator& random, std::int64_t extent)
+inline double edgeCoordinate(Generator& random, unsigned int extent)
 {
     constexpr double infinity = std::numeric_limits<double>::infinity();
     const double whole = wholeCoordinate(random, extent, 3);
@@ -183,11 +169,11 @@ inline double farCoordinate(Generator& random)
     return random.anyOf(far);
 }
 
-// Four fifths of the positions are ordinary. Along one axis the others lie at an edge or far away,
+// Four fifths of the positions are ordinary. Along one axis the others are at an edge or far away,
 // and along the other two they are ordinary, at an edge or at a whole number.
 inline Position position(Generator& random, const Extents& extents)
 {
-    const std::array<std::int64_t, 3> extent{extents.width, extents.height, extents.depth};
+    const std::array<unsigned int, 3> extent{extents.width, extents.height, extents.depth};
     const bool isDelicate = random.below(5) == 0;
     const bool isFar = random.below(4) == 0;
     const unsigned int chosen = random.below(3);

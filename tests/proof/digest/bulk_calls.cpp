@@ -1,8 +1,6 @@
 // Answers the corpus on whole volumes by volux_resample, with an instruction set and a number of
 // threads. "all" as an instruction set is whatever Highway chooses; without arguments, the
 // instruction sets are named that the library is compiled for and this processor has.
-#include <hwy/targets.h>
-
 #include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
@@ -10,6 +8,7 @@
 #include <vector>
 
 #include "BulkCorpus.h"
+#include "support/InstructionSets.h"
 
 namespace volux::digest {
 namespace {
@@ -64,20 +63,11 @@ private:
     const unsigned int threads_;
 };
 
-std::vector<std::int64_t> instructionSets()
-{
-    std::vector<std::int64_t> all;
-    for (std::int64_t left = hwy::SupportedTargets() & HWY_TARGETS; left != 0; left &= left - 1)
-        all.push_back(left & -left);
-    return all;
-}
-
 bool force(const std::string& name)
 {
-    for (const std::int64_t target : instructionSets())
+    for (const std::int64_t target : test::instructionSets())
         if (name == hwy::TargetName(target)) {
-            hwy::SetSupportedTargetsForTest(target);
-            hwy::GetChosenTarget().Update(hwy::SupportedTargets());
+            test::useInstructionSet(target);
             return true;
         }
     return name == "all";
@@ -101,7 +91,7 @@ int main(int count, char** arguments)
     if (count == 4)
         return volux::digest::answer(std::atoi(arguments[1]), arguments[2],
                                      std::atoi(arguments[3]));
-    for (const std::int64_t target : volux::digest::instructionSets())
+    for (const std::int64_t target : volux::test::instructionSets())
         std::puts(hwy::TargetName(target));
     return EXIT_SUCCESS;
 }

@@ -36,7 +36,7 @@ void sample(const Scene<T>& scene, const Family<T>& family, Stream& stream)
     for (std::size_t i = 0; i < scene.positions.size(); ++i) {
         const Position p = family.isPhysical() ? inPhysicalUnits(scene.positions[i], volume.spacing)
                                                : scene.positions[i];
-        const int channel = static_cast<int>(static_cast<std::int64_t>(i) % volume.channels);
+        const int channel = static_cast<int>(i % volume.channels);
         const Call<T> call{scene.wrapped.image, p, channel, scene.value};
         append(stream, family.spellings[i % family.spellings.size()](call));
     }
@@ -101,19 +101,13 @@ void digest(unsigned int positions)
 
 int main(int count, char** arguments)
 {
-    using volux::digest::digest;
     const int positions = count == 2 ? std::atoi(arguments[1]) : 0;
     if (positions < 1) {
         std::fputs("usage: digest_sampler POSITIONS\n", stderr);
         return EXIT_FAILURE;
     }
-    const auto each = static_cast<unsigned int>(positions);
-    digest<unsigned char>(each);
-    digest<short>(each);
-    digest<unsigned short>(each);
-    digest<int>(each);
-    digest<unsigned int>(each);
-    digest<float>(each);
-    digest<double>(each);
+    volux::test::forEachElementType([&](auto zero) {
+        volux::digest::digest<decltype(zero)>(static_cast<unsigned int>(positions));
+    });
     return std::fflush(stdout) == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -1,4 +1,4 @@
-// Answers the corpus on whole volumes without volux_resample: by one call of the module for each
+// Answers the corpus on whole volumes without volux_resample: by one call of volux_core for each
 // sample, at the position that the documentation gives.
 #include <cstdio>
 #include <cstdlib>

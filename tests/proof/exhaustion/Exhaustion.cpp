@@ -1,7 +1,8 @@
 // Takes every float there is, or every Nth, through the index rules, the conversions and the cubic
 // kernel, and compares with the oracle.
 // Usage: exhaustion EVERY FIRST THREADS
-// Prints a line for each: what it is, floats compared, floats that differed.
+// Prints a line for each: what it is, floats compared, floats that differed; the first of those on
+// the standard error.
 #include <algorithm>
 #include <array>
 #include <atomic>
@@ -28,15 +29,19 @@ namespace {
 struct Tally {
     std::uint64_t compared = 0;
     std::uint64_t different = 0;
+    double example = 0.0;  // the first that differed
 
-    void add(bool same)
+    void add(bool same, double v)
     {
         ++compared;
-        different += same ? 0 : 1;
+        if (!same && different++ == 0)
+            example = v;
     }
 
     void add(const Tally& other)
     {
+        if (different == 0)
+            example = other.example;
         compared += other.compared;
         different += other.different;
     }
@@ -49,7 +54,7 @@ const std::array<double, 64> kVoxels = [] {
     return voxels;
 }();
 
-// What stands at an index: by its last two bits on each axis, so that any four in a row differ.
+// The voxel at an index: by its last two bits on each axis, so that any four in a row differ.
 double voxelAt(std::int64_t x, std::int64_t y, std::int64_t z)
 {
     return kVoxels[static_cast<std::size_t>((x & 3) | (y & 3) << 2 | (z & 3) << 4)];
@@ -151,12 +156,12 @@ public:
         const Watcher::Axis one{oracle::nearestIndex(v), 1};
         border_.expect(one, one, one);
         sampled(core::NearestNeighbor(), empty_, border_, v, v, v);
-        nearest.add(border_.sawAll());
+        nearest.add(border_.sawAll(), v);
 
         const Watcher::Axis two{oracle::lowerIndex(v), 2};
         border_.expect(two, two, two);
         sampled(core::Linear(), empty_, border_, v, v, v);
-        linear.add(border_.sawAll());
+        linear.add(border_.sawAll(), v);
     }
 
 private:
@@ -185,8 +190,8 @@ public:
         const oracle::CubicAxis x = oracle::cubicAxis(v);
         border_.expect(outside(x), {0, 4}, {0, 4});
         const double sum = sampled(core::Cubic(), image_, border_, v, kY, kZ);
-        base.add(border_.sawAll());
-        result.add(sameBits(sum, oracle::cubic(voxelAt, x, y_, z_)));
+        base.add(border_.sawAll(), v);
+        result.add(sameBits(sum, oracle::cubic(voxelAt, x, y_, z_)), v);
     }
 
 private:
@@ -220,14 +225,18 @@ struct Conversion {
     {
         giver.result = v;
         truncated.add(
-            sameBits(image_.getValueVoxel(0.0, 0.0, 0.0, 0, &giver), oracle::truncateTo<T>(v)));
+            sameBits(image_.getValueVoxel(0.0, 0.0, 0.0, 0, &giver), oracle::truncateTo<T>(v)), v);
         rounded.add(sameBits(image_.getValueVoxel(0.0, 0.0, 0.0, 0, &giver, core::Constant(), T{0}),
-                             oracle::roundTo<T>(v)));
+                             oracle::roundTo<T>(v)),
+                    v);
     }
 
 private:
     core::VxImage<T> image_;
 };
+
+template <class... Types>
+using Conversions = std::tuple<Conversion<Types>...>;
 
 double floatOf(std::uint32_t bits)
 {
@@ -268,9 +277,7 @@ private:
 
     Indices indices_;
     CubicAlongX cubic_;
-    std::tuple<Conversion<unsigned char>, Conversion<short>, Conversion<unsigned short>,
-               Conversion<int>, Conversion<unsigned int>, Conversion<float>, Conversion<double>>
-        conversions_;
+    OfElementTypes<Conversions> conversions_;
     Giver giver_;
 };
 
@@ -325,9 +332,12 @@ int main(int argc, char** argv)
     volux::test::Floats floats(std::strtoull(argv[1], nullptr, 10),
                                std::strtoull(argv[2], nullptr, 10));
     const auto threads = static_cast<unsigned int>(std::strtoul(argv[3], nullptr, 10));
-    for (const auto& [what, tally] : volux::test::resultsOf(floats, threads))
+    for (const auto& [what, tally] : volux::test::resultsOf(floats, threads)) {
+        if (tally.different != 0)
+            std::fprintf(stderr, "%s: differs at %a\n", what.c_str(), tally.example);
         std::printf("%s\t%llu\t%llu\n", what.c_str(),
                     static_cast<unsigned long long>(tally.compared),
                     static_cast<unsigned long long>(tally.different));
+    }
     return 0;
 }

@@ -1,4 +1,4 @@
-// Drives the module for the sanitizer of uninitialised memory: whatever an operation gives must
+// Drives volux_core for the sanitizer of uninitialised memory: whatever an operation gives must
 // come from what was written. Test frameworks do not qualify, because the standard library, which
 // is not instrumented, writes much of their memory.
 #include <sanitizer/msan_interface.h>
@@ -9,14 +9,10 @@
 #include <memory>
 
 #include "support/ElementTypes.h"
-#include "volux/core.h"
+#include "support/Names.h"
 
 namespace volux::test {
 namespace {
-
-using core::Border;
-using core::Interpolator;
-using core::VxImage;
 
 unsigned long inspected = 0;
 
@@ -89,11 +85,10 @@ void sampleAt(const VxImage<T>& image, double x, double y, double z, I kernel)
     inspect(image.getValueVoxel(x, y, z, 1, kernel));
     inspect(image.getValueReal(x, y, z, 1, kernel));
     inspect(image.getDoubleValueReal(x, y, z, 1, kernel));
-    sampleBordered(image, x, y, z, kernel, core::Constant());
-    sampleBordered(image, x, y, z, kernel, core::Replication());
-    sampleBordered<T, I, Border*>(image, x, y, z, kernel, &core::InterpolationBorderType::CONSTANT);
-    sampleBordered<T, I, Border*>(image, x, y, z, kernel,
-                                  &core::InterpolationBorderType::REPLICATION);
+    sampleBordered(image, x, y, z, kernel, Constant());
+    sampleBordered(image, x, y, z, kernel, Replication());
+    sampleBordered<T, I, Border*>(image, x, y, z, kernel, &CONSTANT);
+    sampleBordered<T, I, Border*>(image, x, y, z, kernel, &REPLICATION);
 }
 
 // Well inside, at edges and ties, outside, and where nothing is finite.
@@ -102,14 +97,13 @@ void sample(const VxImage<T>& image)
 {
     const double coordinates[] = {-1e300, -7.5, -1.0, -0.0, 0.5,  1.25,
                                   2.0,    3.5,  4.0,  5.75, 1e10, std::nan("")};
-    using namespace core::InterpolationType;
     for (const double x : coordinates)
         for (const double y : coordinates)
             for (const double z : coordinates) {
                 inspect(image.getValueReal(x, y, z, 1));
-                sampleAt(image, x, y, z, core::NearestNeighbor());
-                sampleAt(image, x, y, z, core::Linear());
-                sampleAt(image, x, y, z, core::Cubic());
+                sampleAt(image, x, y, z, NearestNeighbor());
+                sampleAt(image, x, y, z, Linear());
+                sampleAt(image, x, y, z, Cubic());
                 for (Interpolator* kernel :
                      {static_cast<Interpolator*>(&NEAREST_NEIGHBOR),
                       static_cast<Interpolator*>(&LINEAR), static_cast<Interpolator*>(&CUBIC)})
@@ -158,22 +152,22 @@ template <class T>
 void move(VxImage<T>& image)
 {
     VxImage<T> part;
-    inspect(image.crop(core::Rect(1, 9, 0, 1, 2, 3), &part));
+    inspect(image.crop(Rect(1, 9, 0, 1, 2, 3), &part));
     inspectAll(part);
     VxImage<T> xy;
     VxImage<T> yz;
     VxImage<T> zx;
-    inspect(core::getXyPlane(1, image, &xy));
-    inspect(core::getYzPlane(2, image, &yz));
-    inspect(core::getZxPlane(0, image, &zx));
+    inspect(getXyPlane(1, image, &xy));
+    inspect(getYzPlane(2, image, &yz));
+    inspect(getZxPlane(0, image, &zx));
     for (VxImage<T>* plane : {&xy, &yz, &zx})
         inspectAll(*plane);
     VxImage<T> target;
     target.initialize(4, 3, 5, 2);
     inspect(target.draw(part, 2, 1, 4));
-    inspect(core::setXyPlane(0, xy, &target));
-    inspect(core::setYzPlane(1, yz, &target));
-    inspect(core::setZxPlane(2, zx, &target));
+    inspect(setXyPlane(0, xy, &target));
+    inspect(setYzPlane(1, yz, &target));
+    inspect(setZxPlane(2, zx, &target));
     inspect(target.fill(1, T{3}));
     inspectAll(target);
     copy(target);
@@ -194,14 +188,7 @@ void exercise()
 
 int main()
 {
-    using volux::test::exercise;
-    exercise<unsigned char>();
-    exercise<short>();
-    exercise<unsigned short>();
-    exercise<int>();
-    exercise<unsigned int>();
-    exercise<float>();
-    exercise<double>();
+    volux::test::forEachElementType([](auto zero) { volux::test::exercise<decltype(zero)>(); });
     std::printf("%lu values inspected\n", volux::test::inspected);
     return EXIT_SUCCESS;
 }

@@ -221,12 +221,12 @@ int runNamed(const std::string& type, int longest, int share, int shares)
 {
     if (longest < 1 || longest > kMostCalls || share < 0 || share >= shares)
         return 2;
-    const auto run = [&](auto zero, const char* name) {
-        return type == name && runAll<decltype(zero)>(longest, share, shares);
-    };
-    const bool known = run(static_cast<unsigned char>(0), "uchar") || run(short{0}, "short") ||
-                       run(static_cast<unsigned short>(0), "ushort") || run(0, "int") ||
-                       run(0U, "uint") || run(0.0F, "float") || run(0.0, "double");
+    constexpr const char* names[] = {"uchar", "short", "ushort", "int", "uint", "float", "double"};
+    const char* const* name = names;
+    bool known = false;
+    forEachElementType([&](auto zero) {
+        known |= type == *name++ && runAll<decltype(zero)>(longest, share, shares);
+    });
     return known ? 0 : 2;
 }
 
