@@ -1,27 +1,27 @@
 set(VOLUX_RESAMPLE_TESTS
-    resample/AffineMapTest.cpp
-    resample/EveryWayTest.cpp
-    resample/ExecutorTest.cpp
-    resample/GridTest.cpp
-    resample/GuardTest.cpp
-    resample/LargeTest.cpp
-    resample/PoliciesWithoutRtti.cpp
-    resample/PoliciesWithoutRttiTest.cpp
-    resample/ProcessorsTest.cpp
-    resample/RefusalsTest.cpp
-    resample/RegionTest.cpp
-    resample/ResampleTest.cpp
-    resample/ResizeTest.cpp
-    resample/ResliceTest.cpp
-    resample/SampleTest.cpp
-    resample/StackTest.cpp
-    resample/ThreadsTest.cpp
-    resample/WorkTest.cpp
+    resample/calls/AffineMapTest.cpp
+    resample/calls/GridTest.cpp
+    resample/calls/PoliciesWithoutRtti.cpp
+    resample/calls/PoliciesWithoutRttiTest.cpp
+    resample/calls/RefusalsTest.cpp
+    resample/calls/RegionTest.cpp
+    resample/calls/ResampleTest.cpp
+    resample/calls/ResizeTest.cpp
+    resample/calls/ResliceTest.cpp
+    resample/calls/SampleTest.cpp
+    resample/rows/ExecutorTest.cpp
+    resample/rows/ProcessorsTest.cpp
+    resample/rows/StackTest.cpp
+    resample/rows/ThreadsTest.cpp
+    resample/rows/WorkTest.cpp
+    resample/vectors/EveryWayTest.cpp
+    resample/vectors/GuardTest.cpp
+    resample/vectors/LargeTest.cpp
     support/Allocation.cpp
     ${PROJECT_SOURCE_DIR}/src/resample/rows/Processors.cpp
 )
 # The undefined-behaviour sanitizer reads the type of every object whose virtual function is called.
 if(NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize")
-    set_property(SOURCE resample/PoliciesWithoutRtti.cpp APPEND PROPERTY COMPILE_OPTIONS
+    set_property(SOURCE resample/calls/PoliciesWithoutRtti.cpp APPEND PROPERTY COMPILE_OPTIONS
         $<$<CXX_COMPILER_ID:GNU,Clang,AppleClang>:-fno-rtti>)
 endif()

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <limits>
 
-#include "Expected.h"
+#include "resample/Expected.h"
 
 namespace volux::test {
 namespace {

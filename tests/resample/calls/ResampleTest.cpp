@@ -4,7 +4,7 @@
 
 #include <array>
 
-#include "Expected.h"
+#include "resample/Expected.h"
 
 namespace volux::test {
 namespace {

@@ -3,7 +3,7 @@
 #include <cmath>
 #include <vector>
 
-#include "Expected.h"
+#include "resample/Expected.h"
 #include "volux/resample/Resample.h"
 
 namespace volux::test {

@@ -14,7 +14,7 @@
 #include <thread>
 #include <vector>
 
-#include "Expected.h"
+#include "resample/Expected.h"
 #include "support/Allocation.h"
 #include "volux/resample/Resample.h"
 

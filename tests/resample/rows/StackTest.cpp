@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "Expected.h"
+#include "resample/Expected.h"
 #include "support/Allocation.h"
 #include "support/OwnPolicies.h"
 #include "volux/resample/Resample.h"

@@ -1,8 +1,8 @@
-#include "PoliciesWithoutRtti.h"
+#include "resample/calls/PoliciesWithoutRtti.h"
 
 #include <gtest/gtest.h>
 
-#include "Expected.h"
+#include "resample/Expected.h"
 
 namespace volux::test {
 namespace {

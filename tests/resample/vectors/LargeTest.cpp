@@ -4,7 +4,7 @@
 
 #include <cstddef>
 
-#include "Expected.h"
+#include "resample/Expected.h"
 #include "support/SparseBlock.h"
 
 namespace volux::test {

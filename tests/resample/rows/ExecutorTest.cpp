@@ -15,7 +15,7 @@
 #include <utility>
 #include <vector>
 
-#include "Expected.h"
+#include "resample/Expected.h"
 #include "volux/resample/Resample.h"
 
 namespace volux::test {

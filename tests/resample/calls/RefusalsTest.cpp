@@ -4,7 +4,7 @@
 #include <limits>
 #include <vector>
 
-#include "Expected.h"
+#include "resample/Expected.h"
 #include "support/ImageFields.h"
 #include "volux/resample/Resample.h"
 

@@ -10,7 +10,7 @@
 #include <string>
 #include <thread>
 
-#include "Expected.h"
+#include "resample/Expected.h"
 #include "resample/rows/Processors.h"
 
 namespace volux::test {

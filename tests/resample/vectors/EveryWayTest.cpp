@@ -4,7 +4,7 @@
 #include <array>
 #include <cstring>
 
-#include "Expected.h"
+#include "resample/Expected.h"
 #include "volux/resample/Resample.h"
 
 namespace volux::test {

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "Expected.h"
+#include "resample/Expected.h"
 #include "support/GuardedPages.h"
 
 namespace volux::test {

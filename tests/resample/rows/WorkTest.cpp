@@ -10,7 +10,7 @@
 #include <thread>
 #include <vector>
 
-#include "Expected.h"
+#include "resample/Expected.h"
 #include "support/CapturedStderr.h"
 #include "support/OwnPolicies.h"
 #include "volux/resample/Resample.h"

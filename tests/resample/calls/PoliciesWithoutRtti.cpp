@@ -1,4 +1,4 @@
-#include "PoliciesWithoutRtti.h"
+#include "resample/calls/PoliciesWithoutRtti.h"
 
 namespace volux::test {
 namespace {
