@@ -49,8 +49,8 @@ def page():
 
 def readme():
     """Returns README with its table as the record has it."""
-    found = record.kept("times")
-    lines = [] if found is None else times.summary(found)[:-1]
+    single, whole = record.kept("times"), record.kept("bulk")
+    lines = [] if None in (single, whole) else times.summary(single, whole, bulk.SETS[0])[:-1]
     return MARKED.sub(lambda marks: marks[1] + "\n".join([*lines, ""]) + marks[2],
                       README.read_text(encoding="utf-8"))
 

@@ -262,14 +262,18 @@ def agreement(record, title="Agreement with volux_core"):
             *table(["library", "voxels", "kernel", "largest difference", "tolerance"], rows)]
 
 
-def summary(record):
-    """A few rows for whoever has not opened the page yet."""
+def summary(single, whole, whole_ours):
+    """A few rows for whoever has not opened the page yet: single calls beside whole volumes, where
+    `whole_ours` names this library's column."""
     rows = []
     for kernel in ("nearest", "linear", "cubic"):
-        times = record["times"][f"A/short/{kernel}/constant"]
-        rows.append([kernel, *(shown(statistics.median(times[name])) if name in times else ""
-                               for name in (OURS, *ALIKE))])
-    return table(["`short`, oblique, ns a sample", OURS, *ALIKE], rows)
+        for record, ours, calls in ((single, OURS, "single calls"),
+                                    (whole, whole_ours, "whole volume")):
+            times = record["times"][f"A/short/{kernel}/constant"]
+            rows.append([f"{kernel}, {calls}",
+                         *(shown(statistics.median(times[name])) if name in times else ""
+                           for name in (ours, *ALIKE))])
+    return table(["`short`, oblique, ns a sample", "here", *ALIKE], rows)
 
 
 def beside(record):

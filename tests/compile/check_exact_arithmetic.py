@@ -64,7 +64,7 @@ class ExactArithmetic(unittest.TestCase):
         for flag in ("-ffast-math", "-Ofast", "-ffinite-math-only"):
             with self.subTest(flag):
                 result = run(COMPILER, "-std=c++17", "-fsyntax-only", flag, f"-I{FOLDER}/include",
-                             f"{FOLDER}/src/core/InterpolationType/Kernels.cpp")
+                             f"-I{FOLDER}/src", f"{FOLDER}/src/core/InterpolationType/Kernels.cpp")
                 self.assertNotEqual(result.returncode, 0)
                 self.assertIn(REASON, result.stderr)
 
