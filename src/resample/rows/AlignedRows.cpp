@@ -116,6 +116,7 @@ AlignedRows::AlignedRows(const Task& task, Overflow overflow) : task_(task), ove
     if (task.source.reading.kernel != Kernel::NEAREST) {
         return;
     }
+    convert({to.type, overflow}, &task.source.reading.outside.value, 1, constant_);
     const Channel channel = task.source.channel(0);
     isRun_ = channel.x.stride == to.elementBytes && to.strideX == to.elementBytes;
     for (unsigned int n = 0; n < to.width; ++n) {
@@ -198,7 +199,7 @@ void AlignedRows::copyRow(const unsigned char* from, unsigned char* to) const
     }
     exact::withElementType(image.type, [&](auto element) {
         typename decltype(element)::Type constant;
-        convert({image.type, overflow_}, &task_.source.reading.outside.value, 1, &constant);
+        std::memcpy(&constant, constant_, sizeof constant);
         copyElements(from, columns_, constant, image.strideX, to);
     });
 }

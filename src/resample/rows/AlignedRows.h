@@ -33,7 +33,8 @@ private:
     std::vector<double> y_;
     std::vector<double> z_;
     std::vector<std::int64_t> columns_;  // nearest: where each column is read, or kOutside
-    bool isRun_ = false;                 // nearest: the columns lie side by side
+    alignas(double) unsigned char constant_[sizeof(double)];  // nearest: what Constant stores
+    bool isRun_ = false;  // nearest: the columns lie side by side
 };
 
 }  // namespace volux::resample::detail
