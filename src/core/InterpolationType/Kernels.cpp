@@ -1,7 +1,5 @@
 // Instantiates the kernels; nothing else.
-#include "Cubic.ipp"
-#include "Linear.ipp"
-#include "NearestNeighbor.ipp"
+#include "Kernels.ipp"
 
 namespace volux::core {
 

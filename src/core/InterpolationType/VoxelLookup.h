@@ -4,6 +4,7 @@
 #include <type_traits>
 
 #include "RunTime.h"
+#include "exact/Index.h"
 #include "volux/core/VxImage.h"
 
 namespace volux::core::detail {
@@ -36,14 +37,13 @@ T readOutside(B& border, const VxImage<T>& image, int x, int y, int z, unsigned 
     }
 }
 
-// Channel c of voxel (x, y, z), or what the border reads there. A negative index is huge as an
-// unsigned number and fails the same comparison; the channel is not tested.
+// Channel c of voxel (x, y, z), or what the border reads there. The channel is not tested.
 template <class T, class B>
 T voxelOrBorder(const VxImage<T>& image, int x, int y, int z, unsigned int c, B& border, T value)
 {
-    const bool inside = static_cast<unsigned int>(x) < image.getWidth() &&
-                        static_cast<unsigned int>(y) < image.getHeight() &&
-                        static_cast<unsigned int>(z) < image.getDepth();
+    const bool inside = exact::isInside(x, image.getWidth()) &&
+                        exact::isInside(y, image.getHeight()) &&
+                        exact::isInside(z, image.getDepth());
     return inside ? image(x, y, z, static_cast<int>(c))
                   : readOutside(border, image, x, y, z, c, value);
 }

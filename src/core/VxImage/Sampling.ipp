@@ -3,8 +3,7 @@
 
 #include <type_traits>
 
-#include "../InterpolationType/Linear.ipp"
-#include "../InterpolationType/NearestNeighbor.ipp"
+#include "../InterpolationType/Kernels.ipp"
 #include "../InterpolationType/RunTime.h"
 #include "exact/Conversion.h"
 #include "volux/core/VxImage.h"
