@@ -17,7 +17,7 @@ template <class Function>
 decltype(auto) withElementType(core::DataType type, const Function& function)
 {
     switch (type) {
-#define VOLUX_CASE(T)               \
+#define VOLUX_CASE(T)            \
     case core::detail::tagOf<T>: \
         return function(Element<T>());
         VOLUX_FOR_EACH_ELEMENT_TYPE(VOLUX_CASE)
