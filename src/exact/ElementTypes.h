@@ -17,8 +17,8 @@ template <class Function>
 decltype(auto) withElementType(core::DataType type, const Function& function)
 {
     switch (type) {
-#define VOLUX_CASE(T)            \
-    case core::detail::tagOf<T>: \
+#define VOLUX_CASE(T)              \
+    case core::detail::tagOf<T>(): \
         return function(Element<T>());
         VOLUX_FOR_EACH_ELEMENT_TYPE(VOLUX_CASE)
 #undef VOLUX_CASE

@@ -23,13 +23,16 @@ enum DataType : int {
 namespace detail {
 
 template <class T>
-inline constexpr DataType tagOf = std::is_same_v<T, short>            ? DT_SHORT
-                                  : std::is_same_v<T, int>            ? DT_INT
-                                  : std::is_same_v<T, unsigned char>  ? DT_UCHAR
-                                  : std::is_same_v<T, unsigned short> ? DT_USHORT
-                                  : std::is_same_v<T, unsigned int>   ? DT_UINT
-                                  : std::is_same_v<T, float>          ? DT_FLOAT
-                                                                      : DT_DOUBLE;
+constexpr DataType tagOf()
+{
+    return std::is_same_v<T, short>            ? DT_SHORT
+           : std::is_same_v<T, int>            ? DT_INT
+           : std::is_same_v<T, unsigned char>  ? DT_UCHAR
+           : std::is_same_v<T, unsigned short> ? DT_USHORT
+           : std::is_same_v<T, unsigned int>   ? DT_UINT
+           : std::is_same_v<T, float>          ? DT_FLOAT
+                                               : DT_DOUBLE;
+}
 
 }  // namespace detail
 }  // namespace volux::core

@@ -163,7 +163,7 @@ public:
     ImageSize getImageSize() { return ImageSize(width, height, depth, channels); }
 
     /// The tag of T, in every state of the image.
-    DataType getDataType() { return detail::tagOf<T>; }
+    DataType getDataType() { return detail::tagOf<T>(); }
 
     /// The first element, or null. Writing through the pointer modifies the image.
     T* getBufferPointer() { return buffer; }

@@ -157,7 +157,7 @@ ErrorType sample(const VxImage<T>& image, const Position* positions, std::size_t
     const detail::Places places = {positions, count, units,
                                    const_cast<VxImage<T>&>(image).getVoxelSize()};
     const detail::Results to = {
-        core::detail::tagOf<Result>, sizeof(Result), reinterpret_cast<unsigned char*>(results),
+        core::detail::tagOf<Result>(), sizeof(Result), reinterpret_cast<unsigned char*>(results),
         isAll ? 0U : static_cast<unsigned int>(channel), isAll ? image.getChannels() : 1U};
     result = detail::checkPlaces(source.image, places, to);
     if (result != SUCCESS) {

@@ -43,7 +43,7 @@ UntypedImage untyped(const core::VxImage<T>& image)
 {
     constexpr std::int64_t kBytes = sizeof(T);
     const core::detail::Layout<T> layout(image);
-    return {core::detail::tagOf<T>,
+    return {core::detail::tagOf<T>(),
             kBytes,
             reinterpret_cast<unsigned char*>(layout.data),
             image.getWidth(),
