@@ -34,7 +34,8 @@ using Progress = std::function<bool(double)>;
 
 /// Runs work on threads of the host's own: calls `part(n)` once for each n below `parts`, in any
 /// order, on any threads, several at once or not, and returns when all these calls have returned.
-/// `part` is gone then. It throws nothing.
+/// `part` is gone then. It throws nothing. The executor synchronises: `part` must see what happened
+/// before the executor was called, and the caller what `part` did.
 ///
 /// A call of `part` does what is next of the work, in its order, whatever n is; further calls do
 /// nothing. Were there fewer than `parts`, as when the host's own tasks have been cancelled, the

@@ -19,9 +19,9 @@ namespace {
 constexpr double kWorthAThread = 200'000.0;  // nanoseconds
 constexpr double kMostThreads = 1024.0;
 
-// Called by many threads at once. Each part begins by changing an atomic that the caller has
-// written last, and ends by changing one that the caller reads first: what either has done is seen
-// by the other, whatever runs the parts.
+// Called by many threads at once. What the caller did before is visible to them, and what they did
+// is visible to the caller, because threads are made and joined in between or an executor
+// synchronises.
 class Parts {
 public:
     Parts(const Job& job, const Options& options,
@@ -32,17 +32,16 @@ public:
           options_(options),
           work_(work)
     {
-        next_.store(0);  // written, not initialised: see above
     }
 
     std::size_t count() const { return count_; }
     bool areLeft() const { return !stopped_ && next_ < count_; }
 
-    // Parts are begun in their order, so that threads read what lies close together.
+    // Parts are begun in their order, so that threads read neighbouring memory.
     void doNext()
     {
-        const std::size_t part = stopped_ ? count_ : next_++;
-        if (part < count_) {
+        const std::size_t part = next_++;
+        if (part < count_ && !stopped_) {
             finished_ += perform(part * most_);
         }
     }
@@ -115,7 +114,7 @@ private:
     const std::size_t count_;
     const Options& options_;
     const std::function<void(std::size_t, std::size_t)>& work_;
-    std::atomic<std::size_t> next_;
+    std::atomic<std::size_t> next_{0};
     std::atomic<std::size_t> finished_{0};
     std::atomic<bool> stopped_{false};
     std::mutex telling_;
