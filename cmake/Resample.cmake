@@ -25,9 +25,11 @@ volux_add_library(resample
     src/resample/vectors/Elements.cpp
     src/resample/vectors/Lines.cpp
 )
+# Its interface has changed since 1.1.0, so programs that were linked with that must not load it.
+set_target_properties(volux_resample PROPERTIES VERSION 2.0.0 SOVERSION 2)
 target_link_libraries(volux_resample PUBLIC volux::core PRIVATE hwy::hwy Threads::Threads)
 # A vector whose length is unknown to the compiler is no member and no element of an array. PUBLIC, as
-# the tests of each instruction set have to know of the same ones.
+# the tests of each instruction set must know of the same ones.
 target_compile_definitions(volux_resample PUBLIC
     "$<BUILD_INTERFACE:HWY_DISABLED_TARGETS=(HWY_SVE|HWY_SVE2|HWY_SVE_256|HWY_SVE2_128)>")
 if(BUILD_SHARED_LIBS AND CMAKE_SYSTEM_NAME STREQUAL "Linux")
