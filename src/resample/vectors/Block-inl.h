@@ -13,8 +13,8 @@
 #include <algorithm>
 
 #include "Block.h"
-#include "Neighbours-inl.h"
 #include "OneSample.h"
+#include "RowReader-inl.h"
 #include "exact/ElementTypes.h"
 
 HWY_BEFORE_NAMESPACE();

@@ -39,6 +39,8 @@ struct Axis {
     {
         return exact::clamped(index, static_cast<unsigned int>(extent));
     }
+    // The nearest index that the brick holds.
+    int within(int index) const { return index < first ? first : index > last ? last : index; }
     // From the brick's first voxel to one that the brick holds.
     std::int64_t bytes(int index) const { return stride * (std::int64_t{index} - first); }
     std::int64_t span() const { return bytes(last); }
@@ -62,11 +64,13 @@ double elementAt(const unsigned char* bytes)
 }
 
 // Vectors read eight bytes at once: of one row, because what is between rows need not be readable,
-// and of a source whose bytes a double counts exactly.
+// and of a source whose bytes a double counts exactly. The first byte must be the lowest.
 constexpr std::size_t kWordBytes = sizeof(std::uint64_t);
 inline bool haveWords(const Channel& channel, std::int64_t elementBytes)
 {
-    return channel.x.span() + elementBytes >= static_cast<std::int64_t>(kWordBytes) &&
+    constexpr bool kLowestFirst = __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__;
+    return kLowestFirst &&
+           channel.x.span() + elementBytes >= static_cast<std::int64_t>(kWordBytes) &&
            channel.span <= std::int64_t{1} << 50U;
 }
 

@@ -14,7 +14,7 @@
 #include <algorithm>
 
 #include "Lines.h"
-#include "Neighbours-inl.h"
+#include "RowReader-inl.h"
 #include "exact/ElementTypes.h"
 #include "exact/Rules.h"
 
@@ -133,8 +133,7 @@ private:
         for (int k = 0; k < kReach; ++k) {
             const int z = zs_.first + k;
             isInside[k] = !lines_.outside.isConstant || (ys.holds(y) && zs.holds(z));
-            begins[k] = ys.bytes(std::clamp(y, ys.first, ys.last)) +
-                        zs.bytes(std::clamp(z, zs.first, zs.last));
+            begins[k] = ys.bytes(ys.within(y)) + zs.bytes(zs.within(z));
         }
         forEachVector([&](std::size_t n) {
             const Real first = firstNeighbour<K>(load(lines_.x + n));

@@ -1,10 +1,10 @@
 // Where the neighbours of a vector of samples are, and how a row of them is read, for the
 // instruction set that Highway is compiling.
-#if defined(VOLUX_RESAMPLE_NEIGHBOURS) == defined(HWY_TARGET_TOGGLE)
-#ifdef VOLUX_RESAMPLE_NEIGHBOURS
-#undef VOLUX_RESAMPLE_NEIGHBOURS
+#if defined(VOLUX_RESAMPLE_ROW_READER) == defined(HWY_TARGET_TOGGLE)
+#ifdef VOLUX_RESAMPLE_ROW_READER
+#undef VOLUX_RESAMPLE_ROW_READER
 #else
-#define VOLUX_RESAMPLE_NEIGHBOURS
+#define VOLUX_RESAMPLE_ROW_READER
 #endif
 
 #include <hwy/highway.h>
