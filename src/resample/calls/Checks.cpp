@@ -21,14 +21,14 @@ bool isExtent(std::uint64_t extent)
 }
 
 // Whether no two voxels overlap: each stride is at least the span of the smaller ones.
-bool areApart(const UntypedImage& raster)
+bool hasItsOwnVoxels(const UntypedImage& image)
 {
-    std::pair<std::int64_t, std::int64_t> axes[] = {{raster.strideX, raster.width},
-                                                    {raster.strideY, raster.height},
-                                                    {raster.strideZ, raster.depth},
-                                                    {raster.strideC, raster.channels}};
+    std::pair<std::int64_t, std::int64_t> axes[] = {{image.strideX, image.width},
+                                                    {image.strideY, image.height},
+                                                    {image.strideZ, image.depth},
+                                                    {image.strideC, image.channels}};
     std::sort(std::begin(axes), std::end(axes));
-    std::int64_t span = raster.elementBytes;
+    std::int64_t span = image.elementBytes;
     for (const auto& [stride, extent] : axes) {
         if (extent > 1 && stride < span) {
             return false;
@@ -39,6 +39,18 @@ bool areApart(const UntypedImage& raster)
 }
 
 }  // namespace
+
+bool areApart(const Memory& a, const Memory& b)
+{
+    const std::less<const void*> before;
+    return a.first == a.end || b.first == b.end || !before(a.first, b.end) ||
+           !before(b.first, a.end);
+}
+
+Memory memoryOf(const UntypedImage& image)
+{
+    return {image.data, image.end()};
+}
 
 bool isSpacing(const core::VoxelSize& spacing)
 {
@@ -79,10 +91,8 @@ ErrorType checkBox(const core::Rect& box, const Grid& grid)
 
 ErrorType checkOverlap(const UntypedImage& source, const UntypedImage& destination)
 {
-    const std::less<const unsigned char*> before;
-    const bool apart =
-        !before(source.data, destination.end()) || !before(destination.data, source.end());
-    return apart && areApart(destination) ? core::SUCCESS : core::ERR_INVALID_ARGUMENT;
+    const bool apart = areApart(memoryOf(source), memoryOf(destination));
+    return apart && hasItsOwnVoxels(destination) ? core::SUCCESS : core::ERR_INVALID_ARGUMENT;
 }
 
 }  // namespace volux::resample::detail

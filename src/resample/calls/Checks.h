@@ -4,10 +4,29 @@
 #include "resample/rows/UntypedImage.h"
 #include "volux/core/ErrorType.h"
 #include "volux/core/Geometry.h"
+#include "volux/core/VxImage.h"
 #include "volux/resample/Grid.h"
 #include "volux/resample/Resample.h"
 
 namespace volux::resample::detail {
+
+// The bytes from `first` to before `end`.
+struct Memory {
+    const void* first;
+    const void* end;
+};
+
+bool areApart(const Memory& a, const Memory& b);
+
+// From the first to the last element, gaps included.
+Memory memoryOf(const UntypedImage& image);
+
+// The getter is not const, but only reads.
+template <class T>
+core::VoxelSize spacingOf(const core::VxImage<T>& image)
+{
+    return const_cast<core::VxImage<T>&>(image).getVoxelSize();
+}
 
 // Finite and above 0.
 bool isSpacing(const core::VoxelSize& spacing);

@@ -21,13 +21,7 @@ namespace detail {
 
 namespace {
 
-// The getters are not const, but only read.
-template <class T>
-core::VoxelSize spacingOf(const VxImage<T>& image)
-{
-    return const_cast<VxImage<T>&>(image).getVoxelSize();
-}
-
+// The getter is not const, but only reads.
 template <class T>
 core::ImageSize sizeOf(const VxImage<T>& image)
 {

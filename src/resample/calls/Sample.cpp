@@ -92,15 +92,6 @@ ErrorType samplePlaces(const Source& source, const Places& places, const Results
     }
 }
 
-bool areApart(const void* a, std::size_t aBytes, const void* b, std::size_t bBytes)
-{
-    const std::less<const unsigned char*> before;
-    const auto* const first = static_cast<const unsigned char*>(a);
-    const auto* const second = static_cast<const unsigned char*>(b);
-    return aBytes == 0 || bBytes == 0 || !before(first, second + bBytes) ||
-           !before(second, first + aBytes);
-}
-
 ErrorType checkPlaces(const UntypedImage& source, const Places& places, const Results& results)
 {
     if (places.units == Units::PHYSICAL && !isSpacing(places.spacing)) {
@@ -112,10 +103,9 @@ ErrorType checkPlaces(const UntypedImage& source, const Places& places, const Re
         return core::ERR_INVALID_ARGUMENT;
     }
     const std::size_t bytes = places.count * perPlace;
-    const bool apart =
-        areApart(source.data, static_cast<std::size_t>(source.end() - source.data), results.data,
-                 bytes) &&
-        areApart(places.positions, places.count * sizeof(Position), results.data, bytes);
+    const Memory written = {results.data, results.data + bytes};
+    const Memory read = {places.positions, places.positions + places.count};
+    const bool apart = areApart(memoryOf(source), written) && areApart(read, written);
     return apart ? SUCCESS : core::ERR_INVALID_ARGUMENT;
 }
 
@@ -153,9 +143,7 @@ ErrorType sample(const VxImage<T>& image, const Position* positions, std::size_t
     if (!isAll && (channel < 0 || static_cast<unsigned int>(channel) >= image.getChannels())) {
         return core::ERR_INVALID_CHANNEL;
     }
-    // The getter is not const, and only reads.
-    const detail::Places places = {positions, count, units,
-                                   const_cast<VxImage<T>&>(image).getVoxelSize()};
+    const detail::Places places = {positions, count, units, detail::spacingOf(image)};
     const detail::Results to = {
         core::detail::tagOf<Result>(), sizeof(Result), reinterpret_cast<unsigned char*>(results),
         isAll ? 0U : static_cast<unsigned int>(channel), isAll ? image.getChannels() : 1U};

@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::int64_t kOutside = -1;
 
-// Of the three tables together: nothing of the size of a volume, also of a thin one.
+// Bounds the three tables together, so that none is as large as a volume, even a thin one.
 constexpr std::uint64_t kLongestTables = 1U << 20U;
 
 bool runsAlongAxes(const AffineMap& map)

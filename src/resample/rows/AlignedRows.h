@@ -34,7 +34,7 @@ private:
     std::vector<double> z_;
     std::vector<std::int64_t> columns_;  // nearest: where each column is read, or kOutside
     alignas(double) unsigned char constant_[sizeof(double)];  // nearest: what Constant stores
-    bool isRun_ = false;  // nearest: the columns lie side by side
+    bool isRun_ = false;                                      // nearest: the columns are contiguous
 };
 
 }  // namespace volux::resample::detail

@@ -19,8 +19,8 @@ namespace {
 
 constexpr double kNoQuota = std::numeric_limits<double>::infinity();
 
-// Of one group: processor time over the time in which it may be spent. "max", -1 and no file at
-// all are no quota.
+// The quota of one group: processor time over the time in which it may be spent. "max", -1 and no
+// file at all are no quota.
 double quotaOfVersion2(const std::string& group)
 {
     double quota = 0.0;

@@ -41,19 +41,23 @@ struct UntypedImage {
 template <class T>
 UntypedImage untyped(const core::VxImage<T>& image)
 {
-    constexpr std::int64_t kBytes = sizeof(T);
+    constexpr std::uint64_t kBytes = sizeof(T);
+    // Wraps for an image whose allocation has failed, whose strides nobody uses.
+    const auto bytes = [](std::int64_t stride) {
+        return static_cast<std::int64_t>(kBytes * static_cast<std::uint64_t>(stride));
+    };
     const core::detail::Layout<T> layout(image);
     return {core::detail::tagOf<T>(),
-            kBytes,
+            sizeof(T),
             reinterpret_cast<unsigned char*>(layout.data),
             image.getWidth(),
             image.getHeight(),
             image.getDepth(),
             image.getChannels(),
-            kBytes * layout.strideX,
-            kBytes * layout.strideY,
-            kBytes * layout.strideZ,
-            kBytes * layout.strideC};
+            bytes(layout.strideX),
+            bytes(layout.strideY),
+            bytes(layout.strideZ),
+            bytes(layout.strideC)};
 }
 
 }  // namespace volux::resample::detail
