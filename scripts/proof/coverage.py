@@ -23,7 +23,7 @@ EXCLUDED_FUNCTIONS = [
 
 # Function, which condition of its decision (and so which branch), reason.
 EXCLUDED_CONDITIONS = [
-    ("detail::truncateInRange<int>", 3,
+    ("exact::truncateInRange<int>", 3,
      "a number that equals the lowest `int` is also above the lowest less one; only in 64 bits, "
      "where this condition is covered, do the two round to one number"),
     ("detail::fused", 1,

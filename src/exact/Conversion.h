@@ -44,8 +44,8 @@ T roundTo(Value value)
     }
 }
 
-// The same for an integer T, except that the nearest value that T holds stands for what it does not
-// hold, and 0 for NaN.
+// The same for an integer T, except that what T does not hold becomes the nearest value that it
+// holds, and NaN becomes 0.
 template <class T>
 T saturateTo(double value)
 {

@@ -3,11 +3,11 @@
 
 namespace volux::exact {
 
-enum class Kernel { NEAREST, LINEAR, CUBIC };
+enum class Kernel { NEAREST = 1, LINEAR = 2, CUBIC = 4 };
 
 constexpr int reach(Kernel kernel)
 {
-    return kernel == Kernel::NEAREST ? 1 : kernel == Kernel::LINEAR ? 2 : 4;
+    return static_cast<int>(kernel);
 }
 
 }  // namespace volux::exact

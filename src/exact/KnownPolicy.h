@@ -1,4 +1,4 @@
-// Which of the library's own policies an address stands for; both libraries ask here.
+// Which of the library's own policies an address leads to; both libraries ask here.
 #pragma once
 
 #include <typeinfo>

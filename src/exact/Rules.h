@@ -85,8 +85,12 @@ struct Place {
     // voxel.
     bool isEmpty() const
     {
-        const auto wraps = [](int first) { return wrappingAdd(first, reach(K) - 1) < first; };
-        return K == Kernel::CUBIC && (wraps(x.first) || wraps(y.first) || wraps(z.first));
+        if constexpr (K != Kernel::CUBIC) {
+            return false;
+        } else {
+            const auto wraps = [](int first) { return wrappingAdd(first, reach(K) - 1) < first; };
+            return wraps(x.first) || wraps(y.first) || wraps(z.first);
+        }
     }
 
     // What the kernel gives. `rows(j, k)` gives a row of neighbours: a function of i that gives
