@@ -1,4 +1,4 @@
-# Every result of the module is promised to the last bit, so its sources are compiled for exactly the
+# Every result of the libraries is promised to the last bit, so its sources are compiled for exactly the
 # arithmetic that they spell.
 
 # Flags that let a compiler, or the start-up code that a linker adds, change results. g++ 12 and newer
@@ -25,14 +25,14 @@ function(volux_refuse_inexact_flags target)
     volux_flags_of(${target} flags)
     if(flags MATCHES "(^|[ ;:>,])(${VOLUX_INEXACT_FLAGS})($|[ ;<>,$])")
         message(FATAL_ERROR "volux_core promises every result to the last bit; ${CMAKE_MATCH_2} "
-                            "changes them. Build the module without it; a caller may use it.")
+                            "changes them. Build the library without it; a caller may use it.")
     endif()
 endfunction()
 
 function(volux_exact_arithmetic target)
     volux_refuse_inexact_flags(${target})
     # A fused multiply-add rounds once where the kernels round twice. On the sources, not on the
-    # target, so that it stands behind whatever a parent project says.
+    # target, so that it follows whatever a parent project says.
     get_target_property(sources ${target} SOURCES)
     set_property(SOURCE ${sources} APPEND PROPERTY COMPILE_OPTIONS
         $<$<CXX_COMPILER_ID:GNU,Clang,AppleClang>:-ffp-contract=off>

@@ -1,5 +1,5 @@
-// Calls that the module does not serve. check_refusals.py compiles each case alone and looks for
-// its sentence; case 0 is none of them and has to compile.
+// Calls that volux_core does not serve. check_refusals.py compiles each case alone and looks for
+// its sentence; case 0 is none of them and must compile.
 #include "volux/core.h"
 
 using namespace volux::core;

@@ -1,5 +1,5 @@
-"""Builds the module with flags that change results: each has to stop the build with the reason, and
-contraction, which is merely overruled, has to leave no fused instruction.
+"""Builds volux_core with flags that change results: each must stop the build with the reason, and
+contraction, which is merely overruled, must leave no fused instruction.
 
 Usage: check_exact_arithmetic.py COMPILER CMAKE SOURCE_FOLDER
 """

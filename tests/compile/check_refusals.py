@@ -1,4 +1,4 @@
-"""Compiles each case of a source alone: it has to fail with its sentence, and before any linking.
+"""Compiles each case of a source alone: it must fail with its sentence, and before any linking.
 
 Usage: check_refusals.py COMPILER INCLUDE_FOLDER SOURCE
 """

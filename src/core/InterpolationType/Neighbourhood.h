@@ -60,8 +60,8 @@ public:
     {
     }
 
-    // Neighbours (0, j, k) to (N - 1, j, k), one after another: in the image itself if they stand
-    // there like that, else in `gathered`.
+    // Neighbours (0, j, k) to (N - 1, j, k), one after another: in the image itself if they are
+    // contiguous there, else in `gathered`.
     const T* row(int j, int k, T (&gathered)[N]) const
     {
         if constexpr (Steps<N, B>::kClamped) {

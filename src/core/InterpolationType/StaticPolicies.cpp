@@ -1,6 +1,6 @@
 // The five policy objects.
 //
-// They are constant-initialised and no code runs for them when the module is loaded. A compiler
+// They are constant-initialised and no code runs for them when volux_core is loaded. A compiler
 // would still register their destructors then, empty as they are, because they are virtual; the
 // build files give this source, and no other, the option that ends that: -fno-use-cxa-atexit (g++),
 // which needs optimisation to leave no empty initialiser behind, or -fno-c++-static-destructors

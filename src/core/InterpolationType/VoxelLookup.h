@@ -9,7 +9,7 @@
 
 namespace volux::core::detail {
 
-// Out of line: few voxels lie outside, and what clamping or a table needs would burden the reads
+// Out of line: few voxels are outside, and what clamping or a table needs would burden the reads
 // inside.
 template <class T, class B>
 [[gnu::noinline]] T askBorder(B& border, const VxImage<T>& image, int x, int y, int z,

@@ -8,13 +8,13 @@ set_property(SOURCE src/core/InterpolationType/StaticPolicies.cpp APPEND PROPERT
     $<$<CXX_COMPILER_ID:Clang,AppleClang>:-fno-c++-static-destructors>)
 
 # The exported set has the run-time type information of the policies, and the kernels look at it. On
-# the sources, so that it stands behind whatever a parent project says.
+# the sources, so that it follows whatever a parent project says.
 get_target_property(sources volux_core SOURCES)
 set_property(SOURCE ${sources} APPEND PROPERTY COMPILE_OPTIONS
     $<$<CXX_COMPILER_ID:GNU,Clang,AppleClang>:-frtti>)
 
 target_compile_options(volux_core PRIVATE
-    # A unique symbol would keep the module loaded for ever.
+    # A unique symbol would keep the library loaded for ever.
     $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>
     # Both constructors and both destructors of every class are exported, equal or not.
     "$<$<CXX_COMPILER_ID:Clang>:SHELL:-Xclang -mno-constructor-aliases>")
