@@ -113,7 +113,7 @@ inline bool isComparable(const Position& p, int extent)
     return isPlain(p.x) && isPlain(p.y) && isPlain(p.z);
 }
 
-/// The largest difference between a result and the module at kCompared positions.
+/// The largest difference between a result and volux_core at kCompared positions.
 template <class T, Kernel K, class Target, class Result>
 double largestDifference(const Source<T>& source, const Target& target, const Result* result,
                          double tolerance)
@@ -131,7 +131,7 @@ double largestDifference(const Source<T>& source, const Target& target, const Re
         const double difference = std::abs(static_cast<double>(result[n]) - ours);
         if (!(difference <= tolerance)) {
             throw std::runtime_error("it gives " + std::to_string(result[n]) +
-                                     " where the module gives " + std::to_string(ours));
+                                     " where volux_core gives " + std::to_string(ours));
         }
         largest = std::max(largest, difference);
         ++compared;
@@ -212,7 +212,7 @@ void addBulk(const std::string& library)
 template <class T, class Target>
 using Written = std::conditional_t<std::is_same_v<Target, Grid>, T, double>;
 
-/// How far a result may be from the module's reading: a short is rounded, a float has 24 bits, and
+/// How far a result may be from volux_core's reading: a short is rounded, a float has 24 bits, and
 /// a library has a tolerance of its own.
 template <class Result>
 constexpr double tolerance(double own)

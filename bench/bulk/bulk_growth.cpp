@@ -10,7 +10,7 @@ namespace {
 
 using Image = core::VxImage<short>;
 
-// Of a large volume some slices in its middle are enough.
+// Some slices in the middle of a large volume are enough.
 constexpr unsigned int kMostSamples = 1U << 24U;
 
 /// A cube, made when it is first asked for.
@@ -48,7 +48,7 @@ Grid oblique(const Size& size)
     return slices(whole, size.firstSlice(), size.depth);
 }
 
-// Its voxels lie between those of the source, on every axis.
+// Its voxels are between those of the source, on every axis.
 Grid shifted(const Size& size)
 {
     Grid grid;

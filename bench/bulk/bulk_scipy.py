@@ -1,6 +1,6 @@
 #!/usr/bin/python3
-"""scipy.ndimage in bulk, driven as the C++ programs of the bench are. Order 3 is a B-spline, another
-kernel; its coefficients are computed before."""
+"""scipy.ndimage in bulk, driven as the C++ programs of the bench are. Order 3 is a B-spline,
+another kernel; its coefficients are computed before."""
 import json
 import math
 import sys
@@ -63,8 +63,8 @@ def upsampling():
 
 def random_positions():
     bits = scattered(numpy.arange(0, 4_000_000, 4, dtype=numpy.uint64))
-    return numpy.stack([((bits >> numpy.uint64(shift)) & numpy.uint64(0x1FFFFF)) * (256 * 2.0**-21) - 0.5
-                        for shift in (42, 21, 0)])
+    parts = [(bits >> numpy.uint64(shift)) & numpy.uint64(0x1FFFFF) for shift in (42, 21, 0)]
+    return numpy.stack([part * (256 * 2.0**-21) - 0.5 for part in parts])
 
 
 TARGETS = {
@@ -105,7 +105,7 @@ def position(target, place):
 
 
 def reading(cube, order, where):
-    """What the module reads at a position well inside."""
+    """What volux_core reads at a position well inside."""
     if order == 0:
         return float(cube[tuple(numpy.floor(where + 0.5).astype(int))])
     first = numpy.floor(where).astype(int)
@@ -116,7 +116,7 @@ def reading(cube, order, where):
 
 
 def largest_difference(target, cube, order, result):
-    """From the module's kernel, two voxels inside and away from ties."""
+    """From volux_core's kernel, two voxels inside and away from ties."""
     largest = 0.0
     for place in scattered(numpy.arange(COMPARED, dtype=numpy.uint64)) % numpy.uint64(result.size):
         where = position(target, int(place))
@@ -142,10 +142,11 @@ def measure(name):
     said = {"name": name, "items_per_second": result.size * passes / spent * 1e9}
     if order != 3:
         # A short is rounded, and a float has 24 bits.
-        said["tolerance"] = {"i2": 0.5 + 1e-9, "f4": 1300 * 2.0**-24, "f8": 1e-9}[result.dtype.str[1:]]
+        tolerances = {"i2": 0.5 + 1e-9, "f4": 1300 * 2.0**-24, "f8": 1e-9}
+        said["tolerance"] = tolerances[result.dtype.str[1:]]
         said["difference"] = largest_difference(target, cube, order, result)
         if said["difference"] > said["tolerance"]:
-            said["error_message"] = f"it is {said['difference']} off what the module gives"
+            said["error_message"] = f"it is {said['difference']} off what volux_core gives"
     return said
 
 

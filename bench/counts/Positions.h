@@ -50,8 +50,8 @@ inline Position inside(Uniform& uniform, const core::ImageSize& size)
             uniform.between(1, size.depth - 2.0)};
 }
 
-/// Beyond one of the six faces, by less than half a voxel: the nearest neighbour lies outside, of
-/// the other kernels' neighbours some do and some do not.
+/// Beyond one of the six faces, by less than half a voxel: the nearest neighbour is outside, and so
+/// are some of the other kernels' neighbours.
 inline Position beyondFace(Uniform& uniform, const core::ImageSize& size)
 {
     Position position = inside(uniform, size);

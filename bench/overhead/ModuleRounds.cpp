@@ -1,4 +1,4 @@
-// Loads and unloads the module, as often as the command line says. Prints a line for each round:
+// Loads and unloads volux_core, as often as the command line says. Prints a line for each round:
 // the nanoseconds of loading and those of unloading. Usage: module_rounds ROUNDS
 #include <dlfcn.h>
 
@@ -26,7 +26,7 @@ void loadAndUnload()
         fail(dlerror());
     const double unloaded = processorTime();
     if (dlopen(VOLUX_MODULE, RTLD_NOW | RTLD_NOLOAD) != nullptr)
-        fail("the module stays loaded");
+        fail("volux_core stays loaded");
     std::printf("%.0f %.0f\n", loaded - start, unloaded - loaded);
 }
 

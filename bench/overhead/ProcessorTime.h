@@ -1,4 +1,4 @@
-// A clock that stands still while other processes run.
+// A clock that stops while other processes run.
 #pragma once
 
 #include <ctime>

@@ -7,7 +7,7 @@
 
 namespace volux::bench {
 
-// Rounds half up as the module does, without a call.
+// Rounds half up as volux_core does, without a call.
 int nearestVoxel(double position)
 {
     const double raised = position + 0.5;

@@ -1,5 +1,5 @@
 // The cases of a library that samples: every workload, element type, kernel and border, each
-// checked against the module before it is timed.
+// checked against volux_core before it is timed.
 #pragma once
 
 #include <volux/core.h>
@@ -47,7 +47,7 @@ using Interpolator =
 template <Outside O>
 using Border = std::conditional_t<O == Outside::kConstant, core::Constant, core::Replication>;
 
-/// The module's own image around the voxels.
+/// volux_core's own image around the voxels.
 template <class T>
 class Wrapped {
 public:
@@ -78,7 +78,7 @@ inline double comparedPlace(std::uint64_t counter, int extent)
     return bits % 16 == 1 ? part + extent + 3 + voxel % 3 : part + 2 + voxel;
 }
 
-/// The largest difference between a sampler and the module at kCompared positions.
+/// The largest difference between a sampler and volux_core at kCompared positions.
 template <class T, Kernel K, Outside O, class Sampler>
 double largestDifference(const Sampler& sampler, const Source<T>& source)
 {
@@ -94,7 +94,7 @@ double largestDifference(const Sampler& sampler, const Source<T>& source)
             std::ostringstream text;
             text.precision(17);
             text << "at (" << point.x << ", " << point.y << ", " << point.z << ") it gives "
-                 << theirs << " where the module gives " << ours;
+                 << theirs << " where volux_core gives " << ours;
             throw std::runtime_error(text.str());
         }
         largest = std::max(largest, std::abs(theirs - ours));

@@ -1,4 +1,4 @@
-// VTK: vtkImageInterpolator, whose cubic is the module's kernel; its own kernels are those of the
+// VTK: vtkImageInterpolator, whose cubic is volux_core's kernel; its own kernels are those of the
 // installed library.
 #pragma once
 

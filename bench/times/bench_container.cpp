@@ -174,7 +174,7 @@ void addXyPlanes()
     });
 }
 
-/// How the elements of a kind of plane lie in the volume: (i, j) of plane p is at
+/// Where the elements of a kind of plane are in the volume: (i, j) of plane p is at
 /// plane * p + column * i + row * j.
 struct Layout {
     Step plane, column, row;

@@ -36,7 +36,7 @@ GIVEN = {name: plane.copy() for name, plane in GOT.items()}
 
 
 def plane(volume, kind, index):
-    """A view of a plane, in the order of rows that the module gives."""
+    """A view of a plane, in the order of rows that volux_core gives."""
     if kind == "xy":
         return volume[index]
     return volume[:, :, index] if kind == "yz" else volume[:, index].T

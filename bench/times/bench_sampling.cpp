@@ -1,4 +1,4 @@
-// The module: one call per position, both policies chosen at compile time and made before the loop.
+// volux_core: one call per position, both policies chosen at compile time and made before the loop.
 #include <type_traits>
 
 #include "Sampling.h"

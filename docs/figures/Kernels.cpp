@@ -15,7 +15,7 @@ using Row = VxImage<double>;
 constexpr double kVoxelWidth = 48;
 constexpr double kValueHeight = 1.5;
 
-/// A plot of one row: where its voxel 0 of value 0 lies on the page.
+/// A plot of one row: where its voxel 0 of value 0 is on the page.
 struct Plot {
     Point origin;
 

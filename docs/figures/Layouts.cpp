@@ -1,4 +1,4 @@
-// One image of 3 x 2 x 1 voxels with two channels in three layouts: where each element lies, by the
+// One image of 3 x 2 x 1 voxels with two channels in three layouts: where each element is, by the
 // address that the image gives for it.
 
 #include "Figures.h"

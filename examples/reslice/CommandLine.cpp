@@ -12,10 +12,10 @@ const char* const kUsage =
     "       reslice [--output DIR] --synthetic [--ct]\n"
     "                                            the same of a head computed on the spot\n"
     "       reslice --help\n"
-    "Writes PNG and GIF files into DIR, which is demo-output if not given. Of a series of volumes\n"
-    "the first is shown; intensities are the stored values times the file's slope, plus its\n"
+    "Writes PNG and GIF files into DIR, which is demo-output if not given. Shows the first\n"
+    "of a series of volumes; intensities are the stored values times the file's slope, plus its\n"
     "intercept, unless the slope is 0 or either of them is not finite; the patient's right is\n"
-    "on the left, where the file tells how it lies.\n"
+    "on the left, where the file tells its orientation.\n"
     "Exit status: 0 done, 1 a file could not be read or written, 2 wrong usage.\n";
 
 Request parseCommandLine(int count, const char* const* arguments)

@@ -57,7 +57,7 @@ void requireSuffix(const GzipFile& file)
     if (!plain && !endsIn(file.path(), ".nii.gz"))
         cannotRead(file.path(), "the name of a NIfTI-1 file ends in .nii or .nii.gz");
     if (plain && file.isCompressed())
-        cannotRead(file.path(), "it is compressed, so its name has to end in .nii.gz");
+        cannotRead(file.path(), "it is compressed, so its name must end in .nii.gz");
 }
 
 void requireExtents(const nifti_1_header& header, const std::string& path)

@@ -195,7 +195,7 @@ class UnsoundVolumes(Demo):
                 self.refuse(contents, 'ends in .nii or .nii.gz', name=name)
 
     def test_compressed_file_with_the_name_of_a_plain_one(self):
-        self.refuse(compressed(nifti()), 'compressed', 'has to end in .nii.gz')
+        self.refuse(compressed(nifti()), 'compressed', 'must end in .nii.gz')
 
     def test_unsound_projects(self):
         whole = inv3()
@@ -296,7 +296,7 @@ class Surroundings(Demo):
         self.assertEqual(os.listdir(self.output), ['planes.png'])
 
     def test_full_disk(self):
-        """A limit on the size of files stands in for it: the write fails in the same way."""
+        """A limit on the size of files replaces it: the write fails in the same way."""
         volume = self.file('head.nii', nifti())
         run = self.run_demo('--output', self.output, volume, preexec_fn=lambda: resource.setrlimit(
             resource.RLIMIT_FSIZE, (3000, 3000)))

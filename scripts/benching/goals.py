@@ -1,4 +1,4 @@
-"""What the times are to reach: the only place where goals stand."""
+"""What the times must reach: the only place that has goals."""
 import collections
 import fnmatch
 
@@ -8,7 +8,7 @@ from evidence.commands import Failure
 # compared with them.
 Goal = collections.namedtuple("Goal", "what rows against most aim ours", defaults=["volux_core"])
 
-ALIKE = ("CImg", "ITK", "VTK")  # in the rows where their kernel is the module's
+ALIKE = ("CImg", "ITK", "VTK")  # in the rows where their kernel is volux_core's
 SAME_TRICUBIC = ("CImg", "VTK")
 PLAIN = ("raw", "memset", "memcpy", "numpy")
 

@@ -1,4 +1,4 @@
-"""What the module costs beside the work that it does: policies, loading, parsing, size."""
+"""What volux_core costs beside the work that it does: policies, loading, parsing, size."""
 import os
 import statistics
 import tempfile
@@ -145,7 +145,7 @@ def tables(record):
         *markdown.table(["compiler", "`<volux/core.h>`", "`<string>`, `<exception>`", "ratio"],
                        [[compiler, case["core"], case["standard"], shown(case["ratio"])]
                         for compiler, case in record["parsing"].items()]),
-        "Bytes of the module:", "",
+        "Bytes of volux_core:", "",
         *markdown.table(["text", "data", "bss", "file", "file, stripped"],
                        [[f"{sizes[name]:,}" for name in ("text", "data", "bss", "file",
                                                          "stripped")]])]

@@ -13,7 +13,7 @@ from . import builds
 
 PYTHON = "/usr/bin/python3"  # Debian's, which has Debian's packages
 
-# Programs that take turns. target: what builds them; folder: where they stand in bench; script: the
+# Programs that take turns. target: what builds them; folder: where they are in bench; script: the
 # one in Python; needs: what it imports; packages: groups of scripts/packages; peers: what each is
 # called in the names of the cases, and its package.
 Suite = collections.namedtuple("Suite", "target folder script needs packages peers")

@@ -13,7 +13,7 @@ from .goals import ALIKE, GOALS, goals_of
 TITLE = "Times"
 OURS = "volux_core"
 LOOP = "loop"
-# Rounds that a program lives for: where its memory happens to lie is drawn anew with it.
+# Rounds that a program lives for: where its memory happens to be is drawn anew with it.
 LIFE = 4
 VISITS = 3
 ORDER = (OURS, "CImg", "ITK", "VTK", "memset", "memcpy", "raw", "numpy")
@@ -202,7 +202,7 @@ RATIO_HEADS = ["against", "ratio (quartiles)", "at most", "holds", "aim", "holds
 
 
 def row_lines(row, times, competitors, goals=tuple(GOALS)):
-    """A line for each goal of a row; the times stand in the first."""
+    """A line for each goal of a row; the first has the times."""
     figures = [shown(statistics.median(times[name])) if name in times else ""
                for name in competitors]
     heads = row.split("/")[1:] + figures
@@ -279,7 +279,7 @@ def summary(single, whole, whole_ours):
 def beside(record):
     """Who was measured, and how often."""
     peers = "; ".join(f"{peer} {version}" for peer, version in record["peers"].items())
-    lines = [f"{record['rounds']} rounds. Beside the module: {peers or 'nobody'}."]
+    lines = [f"{record['rounds']} rounds. Beside volux_core: {peers or 'nobody'}."]
     if record["skipped"]:
         lines += [f"Skipped, since it was not installed: {', '.join(record['skipped'])}."]
     return [*lines, ""]

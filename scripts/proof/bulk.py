@@ -1,4 +1,4 @@
-"""Whole volumes at once against the module's single calls."""
+"""Whole volumes at once against volux_core's single calls."""
 import collections
 import secrets
 

@@ -1,4 +1,4 @@
-"""Which lines, branches, conditions and instantiations of the module the unit tests reach."""
+"""Which lines, branches, conditions and instantiations of volux_core the unit tests reach."""
 import collections
 import json
 import re
@@ -69,7 +69,7 @@ class Coverage:
 
 
 def in_repository(file):
-    """The name of a file of the module within the repository, or None."""
+    """The name of a file of volux_core within the repository, or None."""
     relative = file.removeprefix(f"{commands.ROOT}/")
     return relative if relative.startswith(("include/", "src/")) else None
 

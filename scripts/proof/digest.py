@@ -177,7 +177,7 @@ def verdict(outcome, committed):
     text = "; ".join(f"differs in {len(names)} of {len(outcome.found[run])} families of {run}"
                      for run, names in differing.items() if names) or "equal"
     if outcome.passed(committed):
-        return text + (", as it has to" if outcome.row.fused else "")
+        return text + (", as it must" if outcome.row.fused else "")
     return f"**{text}**"
 
 

@@ -41,7 +41,7 @@ class Row:
     runner: tuple = ()
     corpora: tuple = WHOLE
     fused: bool = False
-    bulk: bool = False  # volux_resample answers instead of the module
+    bulk: bool = False  # volux_resample answers instead of volux_core
     linker: str = ""  # another compiler, whose libraries and linker this one uses
 
     @property

@@ -1,4 +1,4 @@
-"""A mutant, and the copies of the module's sources that mutants are put into and built in."""
+"""A mutant, and the copies of volux_core's sources that mutants are put into and built in."""
 import dataclasses
 import filecmp
 import functools
@@ -15,7 +15,7 @@ from evidence.commands import LIBRARY, ROOT, Failure
 from .builds import BUILD
 
 FOLDER = BUILD / "mutants"
-KINDS = {  # how the module is built
+KINDS = {  # how volux_core is built
     "plain": "-O0",
     "portable": "-O0 -DVOLUX_CORE_PORTABLE",
     "optimised": "-O2",
@@ -33,7 +33,7 @@ class Mutant:
     kind: str
     start: int
     end: int
-    text: str  # what stands in place of source[start:end]
+    text: str  # what replaces source[start:end]
     source: str = dataclasses.field(repr=False)
 
     @property
@@ -104,7 +104,7 @@ def call(command, timeout=300, **options):
 
 
 class Tree:
-    """A copy of the module's sources and the builds of it; one worker's, or the untouched one."""
+    """A copy of volux_core's sources and the builds of it; one worker's, or the untouched one."""
 
     def __init__(self, name):
         self.folder = FOLDER / name
@@ -134,7 +134,7 @@ class Tree:
         (self.source / mutant.file).write_text(mutant.mutated, encoding="utf-8")
 
     def module(self, kind):
-        """Builds the module; gives the file, or None and what the compiler said."""
+        """Builds volux_core; gives the file, or None and what the compiler said."""
         build = self.folder / kind
         if not (build / "build.ninja").exists():
             status, said = call([
@@ -143,7 +143,7 @@ class Tree:
                 "-DVOLUX_DEVELOPER_MODE=OFF", "-DVOLUX_RESAMPLE=OFF",
                 f"-DCMAKE_CXX_FLAGS={KINDS[kind]}"])
             if status != 0:
-                raise Failure(f"cmake cannot configure the module for mutants: {said[-300:]}")
+                raise Failure(f"cmake cannot configure volux_core for mutants: {said[-300:]}")
         status, said = call(["ninja", "-C", build, "-j1", "volux_core"], env=english())
         return (build / LIBRARY, "") if status == 0 else (None, said)
 
@@ -154,7 +154,7 @@ def english():
 
 @functools.lru_cache(maxsize=1)
 def base():
-    """The module without a mistake in it."""
+    """volux_core without a mistake in it."""
     return Tree("base")
 
 
@@ -165,7 +165,7 @@ def base_module(kind):
     with _base_lock:
         library, said = base().module(kind)
         if library is None:
-            raise Failure(f"the module does not build without a mutant either: {said[-300:]}")
+            raise Failure(f"volux_core does not build without a mutant either: {said[-300:]}")
         return library
 
 

@@ -1,4 +1,4 @@
-"""Tries a mutant: builds the module with it and runs the suite against it."""
+"""Tries a mutant: builds volux_core with it and runs the suite against it."""
 import filecmp
 import re
 from pathlib import Path
@@ -105,7 +105,7 @@ class Trial:
         return next(filter(None, (check_of(name, self.tree, library) for name in names)), None)
 
     def by_portable(self, _):
-        """What stands there for other processors."""
+        """What other processors compile there."""
         if not self.has_portable_part:
             return None
         library, _ = self.tree.module("portable")
@@ -136,7 +136,7 @@ class Trial:
         return None
 
     def same_code(self):
-        """Optimised, the module is the same, and so is every program that includes a header."""
+        """Optimised, volux_core is the same, and so is every program that includes a header."""
         if self.same_module is None:
             self.same_module = self.has_same_module()
         return self.same_module and self.same_tests

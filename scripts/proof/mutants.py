@@ -1,4 +1,4 @@
-"""Mutation: the suite has to notice each small mistake that is put into the module."""
+"""Mutation: the suite must notice each small mistake that is put into volux_core."""
 import collections
 import fcntl
 import fnmatch
@@ -51,7 +51,7 @@ def all_mutants():
     known = read(KEPT)
     files = [str(path.relative_to(ROOT)) for folder in ("src", "include")
              for path in sorted((ROOT / folder).rglob("*")) if path.is_file()]
-    files = [file for file in files if "/resample" not in file]  # the proof is the module's
+    files = [file for file in files if "/resample" not in file]  # the proof is volux_core's
     return [mutant for file in files for mutant in drawn(file, known)]
 
 

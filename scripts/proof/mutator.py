@@ -228,7 +228,7 @@ class Mutator:
                 self.exchange("order", i, end, end + 1, self.pairs[end + 2])
 
     def conditions(self, i):
-        """A condition negated; two that stand in a row exchanged; the arms of ?: exchanged."""
+        """A condition negated; two in a row exchanged; the arms of ?: exchanged."""
         if self.texts[i] == "if" and i in self.code:
             opened = i + 1 if self.texts[i + 1] == "(" else i + 2
             closed = self.pairs[opened]

@@ -1,4 +1,4 @@
-"""The module under every sanitizer, valgrind and the static checkers."""
+"""`volux_core` under every sanitizer, valgrind and the static checkers."""
 import dataclasses
 import os
 import re
@@ -20,8 +20,8 @@ FRAMES = " -fno-omit-frame-pointer"
 UNDEFINED = "undefined,float-cast-overflow"
 INTEGER = UNDEFINED + ",integer,implicit-conversion,nullability,local-bounds"
 SUITES = (*suite.PROGRAMS, "resample_tests")
-WITH_RESAMPLE = ["-DVOLUX_RESAMPLE=ON"]
-# Of volux_resample: those that ask for everything with everything, or for gigabytes, many times.
+RESAMPLE_ON = ["-DVOLUX_RESAMPLE=ON"]
+# Tests of volux_resample that ask for everything with everything, or for gigabytes, many times.
 LONG_RESAMPLE_TESTS = "EveryWay/*:Threads/*:Large/*"
 # Tests that watch calloc and free, which valgrind keeps for itself, or that ask for more than there
 # can be, which it reports; long ones, whose calls the other tests make as well; and those with
@@ -47,7 +47,7 @@ class Outcome:
 
 def build_and_run(name, compiler, flags, programs):
     """The unit tests under a sanitizer. Gives the number of those that passed, and the findings."""
-    tests = suite.build(f"sanitizers-{name}", compiler, flags, WITH_RESAMPLE, programs)
+    tests = suite.build(f"sanitizers-{name}", compiler, flags, RESAMPLE_ON, programs)
     return run_tests(tests, None, name, programs)
 
 

@@ -14,7 +14,7 @@ COVERAGE = ("-O0 -fprofile-instr-generate -fprofile-update=atomic -fcoverage-map
 
 
 def build(name, compiler, flags, arguments=(), programs=PROGRAMS):
-    """Builds the test programs and the module beside them; gives the folder."""
+    """Builds the test programs and volux_core beside them; gives the folder."""
     return builds.build(name, compiler, flags, kind="None", targets=programs,
                         arguments=["-DVOLUX_DEVELOPER_MODE=ON", "-DVOLUX_PROGRAMS=", *arguments])
 
@@ -26,7 +26,7 @@ def covered_tests():
 
 
 def build_module(name, compiler, flags):
-    """Builds the module alone; gives the folder."""
+    """Builds volux_core alone; gives the folder."""
     return builds.build(name, compiler, flags, kind="None", arguments=["-DVOLUX_PROGRAMS="])
 
 
@@ -39,7 +39,7 @@ def save_log(name, text):
 
 
 def run(folder, program, module=None, log="proof-tests", wrapper=(), words=(), **environment):
-    """Runs a test program with the module of another folder, if one is named. Gives the number of
+    """Runs a test program with another folder's volux_core, if one is named. Gives the number of
     tests that passed, or None if there were none or not all did, and the log."""
     environment = {**os.environ, "LLVM_PROFILE_FILE": os.devnull, **environment,
                    "LD_LIBRARY_PATH": str(module or folder)}

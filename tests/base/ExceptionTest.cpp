@@ -165,7 +165,7 @@ TEST(Exception, AddsOneStringToItsBase)
     EXPECT_EQ(sizeof(Exception), sizeof(std::exception) + sizeof(std::string));
 }
 
-/// Stands in for std::cerr's own buffer while it lives, and restores the stream's state.
+/// Replaces std::cerr's own buffer while it lives, and restores the stream's state.
 class ReplacedBuffer {
 public:
     explicit ReplacedBuffer(std::streambuf* buffer) : previous_(std::cerr.rdbuf(buffer)) {}

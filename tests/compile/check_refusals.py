@@ -12,7 +12,8 @@ CASE = re.compile(r"^#(?:if|elif) CASE == (\d+)\s+// (.+)$", re.MULTILINE)
 
 def compile_case(number):
     command = [compiler, "-std=c++17", "-fsyntax-only", f"-I{include}", f"-DCASE={number}", source]
-    return subprocess.run(command, capture_output=True, text=True, env={"LC_ALL": "C", "PATH": "/usr/bin:/bin"})
+    return subprocess.run(command, capture_output=True, text=True,
+                          env={"LC_ALL": "C", "PATH": "/usr/bin:/bin"})
 
 
 def fault(number, sentence):

@@ -1,4 +1,4 @@
-"""Each check of scripts/prove finds the faults that are planted for it. Nothing is built or proved."""
+"""Each check of scripts/prove finds the faults that are planted for it. Nothing is built."""
 import argparse
 import subprocess
 import sys

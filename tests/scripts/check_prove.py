@@ -1,4 +1,4 @@
-"""What scripts/prove says and refuses, and that its page marks what no longer stands. Nothing is
+"""What scripts/prove says and refuses, and that its page marks what is out of date. Nothing is
 built or proved.
 """
 import contextlib

@@ -49,18 +49,18 @@ protected:
 };
 TYPED_TEST_SUITE(Resample, ElementTypes, ElementTypeNames);
 
-TYPED_TEST(Resample, GivesTheModulesBitsOnObliqueMaps)
+TYPED_TEST(Resample, GivesVoluxCoresBitsOnObliqueMaps)
 {
     forEachInstructionSet([] { TestFixture::compareScenes(obliqueAsItIs, 1, 150); });
 }
 
-TYPED_TEST(Resample, GivesTheModulesBitsOnMapsAlongTheAxes)
+TYPED_TEST(Resample, GivesVoluxCoresBitsOnMapsAlongTheAxes)
 {
     forEachInstructionSet([] { TestFixture::compareScenes(axisMap, 2, 150); });
 }
 
 // The neighbours of a vector are contiguous, from before the first voxel to behind the last.
-TYPED_TEST(Resample, GivesTheModulesBitsOnShortStepsAlongTheAxes)
+TYPED_TEST(Resample, GivesVoluxCoresBitsOnShortStepsAlongTheAxes)
 {
     forEachInstructionSet([] {
         Seeded random(5);
@@ -75,12 +75,12 @@ TYPED_TEST(Resample, GivesTheModulesBitsOnShortStepsAlongTheAxes)
     });
 }
 
-TYPED_TEST(Resample, GivesTheModulesBitsAtTiesAndWholePositions)
+TYPED_TEST(Resample, GivesVoluxCoresBitsAtTiesAndWholePositions)
 {
     forEachInstructionSet([] { TestFixture::compareScenes(halfMap, 3, 150); });
 }
 
-TYPED_TEST(Resample, GivesTheModulesBitsWhereNoIndexReaches)
+TYPED_TEST(Resample, GivesVoluxCoresBitsWhereNoIndexReaches)
 {
     forEachInstructionSet([] { TestFixture::compareScenes(hugeMap, 4, 100); });
 }
@@ -107,7 +107,7 @@ AffineMap zeroMap(Random& random)
     return map;
 }
 
-TYPED_TEST(SignedZeros, AreThoseOfTheModule)
+TYPED_TEST(SignedZeros, AreThoseOfVoluxCore)
 {
     using T = TypeParam;
     forEachInstructionSet([] {

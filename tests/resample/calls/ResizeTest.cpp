@@ -44,13 +44,15 @@ TYPED_TEST(Resize, ToTheSameSizeCopiesEveryByte)
                           SUCCESS);
                 for (std::size_t n = 0; n < this->scene.volume.block.size(); ++n) {
                     const TypeParam voxel = this->scene.volume.block[n];
-                    ASSERT_TRUE(bitEqual(bySize.getBufferPointer()[n], voxel));
-                    ASSERT_TRUE(bitEqual(bySpacing.getBufferPointer()[n], voxel));
+                    ASSERT_TRUE(bitEqual(bySize.getBufferPointer()[n], voxel))
+                        << n << ", " << described(options);
+                    ASSERT_TRUE(bitEqual(bySpacing.getBufferPointer()[n], voxel))
+                        << n << ", " << described(options);
                 }
             }
 }
 
-TYPED_TEST(Resize, GivesTheModulesBitsToSizesAndSpacings)
+TYPED_TEST(Resize, GivesVoluxCoresBitsToSizesAndSpacings)
 {
     for (int n = 0; n < 20; ++n) {
         const Align align = this->random.below(2) == 0 ? Align::EDGES : Align::CENTRES;

@@ -72,7 +72,7 @@ protected:
 };
 TYPED_TEST_SUITE(Sample, ElementTypes, ElementTypeNames);
 
-TYPED_TEST(Sample, GivesTheModulesReadingsAtAnyPosition)
+TYPED_TEST(Sample, GivesVoluxCoresReadingsAtAnyPosition)
 {
     forEachInstructionSet([this] {
         this->template compareScenes<double>(

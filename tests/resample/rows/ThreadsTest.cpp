@@ -48,10 +48,12 @@ namespace {
 
 constexpr std::size_t kVoxels = std::size_t{128} * 128 * 128;
 
-// An oblique result that is worth many threads, and the one that one thread gives.
+// An oblique result that is worth many threads, and the one that one thread gives. Every failure
+// names it while it lives.
 class Call {
 public:
     explicit Call(unsigned int threads)
+        : trace_(__FILE__, __LINE__, "a call with " + std::to_string(threads) + " threads")
     {
         Seeded random(53);
         source_.initialize(40, 40, 40, 1);
@@ -88,6 +90,7 @@ public:
     Options options = Options(Cubic());
 
 private:
+    ::testing::ScopedTrace trace_;
     VxImage<short> source_;
     VxImage<short> expected_;
     VxImage<short> result_;
@@ -243,7 +246,7 @@ TEST(Refused, ThreadsAreDoneWithout)
             EXPECT_TRUE(holdsInAChild([&] {
                 return becomeNobodyWith(processes) && call.isRight();
             })) << processes
-                << " processes, " << threads << " threads";
+                << " processes";
         }
 }
 

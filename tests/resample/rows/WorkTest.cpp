@@ -76,21 +76,22 @@ TYPED_TEST(Threads, GiveTheSameBitsHoweverMany)
 // Larger than what the test above can compare with single calls: each kernel is worth five threads.
 TEST(Rows, AlongTheAxesAreTheSameOnSeveralThreads)
 {
-    Random random(59);
+    Seeded random(59);
     const WrappedVolume<short> scene = largeVolume<short>(random);
     const AffineMap map = {{{0.4, 0, 0, -1}, {0, 0.15, 0, -1}, {0, 0, 0.25, -1}}};
-    for (core::Interpolator* const interpolator : kInterpolators) {
+    for (Interpolator* const interpolator : kInterpolators) {
         Options options(interpolator, kBorders[random.below(2)]);
-        core::VxImage<short> alone;
-        core::VxImage<short> shared;
+        VxImage<short> alone;
+        VxImage<short> shared;
         options.threads = 1;
         ASSERT_EQ(resample::resample(scene.image, gridOf(map, 200, 200, 64), &alone, options),
-                  core::SUCCESS);
+                  SUCCESS);
         options.threads = 5;
         ASSERT_EQ(resample::resample(scene.image, gridOf(map, 200, 200, 64), &shared, options),
-                  core::SUCCESS);
+                  SUCCESS);
         const std::size_t bytes = std::size_t{200} * 200 * 64 * alone.getChannels() * sizeof(short);
-        EXPECT_EQ(std::memcmp(alone.getBufferPointer(), shared.getBufferPointer(), bytes), 0);
+        EXPECT_EQ(std::memcmp(alone.getBufferPointer(), shared.getBufferPointer(), bytes), 0)
+            << described(options) << ", " << described(map);
     }
 }
 
@@ -236,15 +237,9 @@ TEST_P(Progress, IsNotCancelledByTheLastCall)
 
 INSTANTIATE_TEST_SUITE_P(On, Progress, ::testing::Values(1U, 4U, 4294967295U));
 
-TEST(Policies, WithoutATableThrowAsInTheModule)
+TEST(Policies, WithoutATableThrowAsInVoluxCore)
 {
-    struct Tableless : Border {
-        Border::border_t<Border, Border::Empty>& get() override
-        {
-            static Border::border_t<Border, Border::Empty> table;
-            return table;
-        }
-    } border;
+    BareBorder border;
     const CapturedStderr silence;
     for (const unsigned int threads : {1U, 4U}) {
         Asked asked(threads);
@@ -309,7 +304,7 @@ class OwnPolicy : public ::testing::Test {
 };
 TYPED_TEST_SUITE(OwnPolicy, ElementTypes, ElementTypeNames);
 
-TYPED_TEST(OwnPolicy, RunsThroughTheModule)
+TYPED_TEST(OwnPolicy, RunsThroughVoluxCore)
 {
     Seeded random(41);
     PeriodicBorder periodic;

@@ -42,7 +42,7 @@ protected:
 };
 TYPED_TEST_SUITE(EveryWay, ElementTypes, ElementTypeNames);
 
-TYPED_TEST(EveryWay, GivesTheModulesBits)
+TYPED_TEST(EveryWay, GivesVoluxCoresBits)
 {
     for (const MakeLayout makeLayout : kLayouts) {
         Seeded random(81);
