@@ -81,16 +81,12 @@ struct Place {
 
     Place(double atX, double atY, double atZ) : x(atX), y(atY), z(atZ) {}
 
-    // Near the ends of the 32-bit range the neighbourhood of Cubic wraps, and then it holds no
+    // For Cubic: near the ends of the 32-bit range its neighbourhood wraps, and then it holds no
     // voxel.
     bool isEmpty() const
     {
-        if constexpr (K != Kernel::CUBIC) {
-            return false;
-        } else {
-            const auto wraps = [](int first) { return wrappingAdd(first, reach(K) - 1) < first; };
-            return wraps(x.first) || wraps(y.first) || wraps(z.first);
-        }
+        const auto wraps = [](int first) { return wrappingAdd(first, reach(K) - 1) < first; };
+        return wraps(x.first) || wraps(y.first) || wraps(z.first);
     }
 
     // What the kernel gives. `rows(j, k)` gives a row of neighbours: a function of i that gives

@@ -118,8 +118,10 @@ template <exact::Kernel K, class T, class B>
 {
     constexpr int kReach = exact::reach(K);
     const exact::Place<K> at(x, y, z);
-    if (at.isEmpty()) {
-        return std::numeric_limits<double>::quiet_NaN();
+    if constexpr (K == exact::Kernel::CUBIC) {
+        if (at.isEmpty()) {
+            return std::numeric_limits<double>::quiet_NaN();
+        }
     }
     const Neighbourhood<kReach, T, B> around(image, at.x.first, at.y.first, at.z.first, c, border,
                                              value);

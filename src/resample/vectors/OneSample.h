@@ -48,8 +48,10 @@ template <class T, Kernel K>
 double readWeighted(const Channel& channel, const Outside& outside, double x, double y, double z)
 {
     const exact::Place<K> at(x, y, z);
-    if (at.isEmpty()) {
-        return std::numeric_limits<double>::quiet_NaN();
+    if constexpr (K == Kernel::CUBIC) {
+        if (at.isEmpty()) {
+            return std::numeric_limits<double>::quiet_NaN();
+        }
     }
     const AxisReads<K> columns(channel.x, outside, at.x.first);
     const AxisReads<K> rows(channel.y, outside, at.y.first);
