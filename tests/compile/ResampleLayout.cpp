@@ -1,4 +1,5 @@
-// Programs are compiled with these sizes: a change of one needs another SOVERSION of volux_resample.
+// Programs are compiled with these sizes: a change of one needs another SOVERSION of
+// volux_resample.
 #include "volux/resample.h"
 
 namespace volux::resample {
