@@ -4,6 +4,7 @@ import filecmp
 import functools
 import hashlib
 import os
+import re
 import shutil
 import signal
 import subprocess
@@ -57,11 +58,20 @@ class Mutant:
 
     @property
     def id(self):
-        """The same for as long as the paragraph around it is the same, in whatever file."""
+        """The same for as long as the code of the paragraph around it, a function as a rule, is the
+        same, in whatever file and under whatever comments.
+        """
         first, paragraph = self.paragraph
-        whole = (self.kind, paragraph, self.source[:first].count(paragraph),
-                 self.start - first, self.end - first, self.text)
+        code = code_of(paragraph)
+        whole = (self.kind, code, code_of(self.source[:first]).count(code),
+                 len(code_of(self.source[first:self.start])),
+                 len(code_of(self.source[first:self.end])), self.text)
         return hashlib.sha256(repr(whole).encode()).hexdigest()[:10]
+
+
+def code_of(source):
+    """Returns source without its comments and line ends."""
+    return " ".join(re.sub(r"//.*", "", source).split())
 
 
 class Stopped(Exception):
