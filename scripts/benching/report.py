@@ -18,6 +18,7 @@ MEASUREMENTS = {
 PAGE = ROOT / "docs" / "performance.md"
 README = ROOT / "README.md"
 TEMPLATES = Path(__file__).parent / "templates"
+OLDER = "Some of these figures were measured on sources that have changed since."
 MARKED = re.compile(r"(<!-- scripts/bench report -->\n).*?(<!-- end -->\n)", re.DOTALL)
 
 
@@ -47,10 +48,19 @@ def page():
     return markdown.filled(TEMPLATES / "page.md", sections=markdown.page(lines))
 
 
+def is_older(name, found):
+    """Returns whether a record is of other sources than today's."""
+    return found.get(record.KEY, {}).get("sources") != record.sources_today(name)
+
+
 def readme():
     """Returns README with its table as the record has it."""
-    single, whole = record.kept("times"), record.kept("bulk")
-    lines = [] if None in (single, whole) else times.summary(single, whole, bulk.SETS[0])[:-1]
+    found = {name: record.kept(name) for name in ("times", "bulk")}
+    lines = []
+    if None not in found.values():
+        lines = times.summary(found["times"], found["bulk"], bulk.SETS[0])[:-1]
+        if any(is_older(name, kept) for name, kept in found.items()):
+            lines += ["", OLDER]
     return MARKED.sub(lambda marks: marks[1] + "\n".join([*lines, ""]) + marks[2],
                       README.read_text(encoding="utf-8"))
 

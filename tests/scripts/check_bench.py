@@ -7,7 +7,7 @@ from pathlib import Path
 ROOT = Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "scripts"))
 
-from benching import bulk, goals, programs, report, times  # noqa: E402  (the path comes first)
+from benching import bulk, goals, programs, record, report, times  # noqa: E402  (the path comes first)
 from evidence import markdown  # noqa: E402
 from evidence.commands import BadUse, Failure  # noqa: E402
 
@@ -25,6 +25,10 @@ class Page(unittest.TestCase):
     def test_is_what_the_records_say(self):
         self.assertTrue(markdown.are_current(report.texts()),
                         "scripts/bench report writes docs/performance.md anew")
+
+    def test_takes_a_record_of_other_sources_for_an_older_one(self):
+        for sources, is_older in ((record.sources_today("bulk"), False), ("0" * 12, True)):
+            self.assertEqual(report.is_older("bulk", {record.KEY: {"sources": sources}}), is_older)
 
 
 class BadUseTest(unittest.TestCase):
