@@ -11,6 +11,7 @@
 #include "support/BitExact.h"
 #include "support/Described.h"
 #include "support/InstructionSets.h"
+#include "support/LastWords.h"
 #include "support/RandomScenes.h"
 #include "support/Seeded.h"
 #include "support/SingleCalls.h"
@@ -48,6 +49,7 @@ void forEachInstructionSet(const Test& test)
         useInstructionSet(target);
         {
             const ::testing::ScopedTrace trace(__FILE__, __LINE__, hwy::TargetName(target));
+            const LastWords words(hwy::TargetName(target));
             test();
         }
         useInstructionSet(0);
@@ -85,6 +87,7 @@ void expectEveryPolicy(const VxImage<T>& source, const Grid& grid, double outsid
 {
     forEachPolicy([&](Interpolator* interpolator, Border* border) {
         const Options options(interpolator, border, outsideValue);
+        const LastWords call(described(options) + ", " + described(grid.map));
         VxImage<T> result;
         ASSERT_EQ(resample::resample(source, grid, &result, options), SUCCESS)
             << described(options) << ", " << described(grid.map);

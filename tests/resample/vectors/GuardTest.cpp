@@ -7,6 +7,7 @@
 
 #include "resample/Expected.h"
 #include "support/GuardedPages.h"
+#include "support/LastWords.h"
 
 namespace volux::test {
 namespace {
@@ -45,6 +46,7 @@ private:
     {
         VxImage<T> source;
         wrap(first, layout, &source);
+        const LastWords words("seed 101, source: " + ::testing::PrintToString(fieldsOf(source)));
         for (const AffineMap& map :
              {obliqueMap(random, layout.extents), axisMap(random, layout.extents)})
             expectEveryPolicy(source, gridOf(map, 9, 3, 2), 3);
