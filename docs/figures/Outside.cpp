@@ -20,9 +20,8 @@ constexpr unsigned int kRows = 40;
 constexpr double kPixel = 6;  // on the page
 
 /// Rings around the middle, and a rim that differs from voxel to voxel.
-VxImage<unsigned char> picture()
+void fillPicture(VxImage<unsigned char>& image)
 {
-    VxImage<unsigned char> image;
     image.initialize(kWidth, kHeight, 1, 1);
     for (int y = 0; y < kHeight; ++y) {
         for (int x = 0; x < kWidth; ++x) {
@@ -34,7 +33,6 @@ VxImage<unsigned char> picture()
                                                                          : rim);
         }
     }
-    return image;
 }
 
 /// Half a voxel apart, turned by the angle of a triangle whose sides are 7, 24 and 25.
@@ -89,8 +87,9 @@ void drawView(Svg& svg, Point corner)
 
 void drawPanel(Svg& svg, Point corner, const std::string& name, const Options& options)
 {
-    VxImage<unsigned char> result;
-    resample(picture(), turnedGrid(), &result, options);
+    VxImage<unsigned char> picture, result;
+    fillPicture(picture);
+    resample(picture, turnedGrid(), &result, options);
     svg.text({corner.x, corner.y - 10}, "start", name, kInk, " font-weight=\"bold\"");
     drawPixels(svg, corner, result);
     drawView(svg, corner);
@@ -102,7 +101,7 @@ constexpr double kLast = 6;
 
 Point onPage(double position, double value)
 {
-    return {80 + (position - kFirst) * 70, 560 - value * 0.45};
+    return {80 + (position - kFirst) * 70, 500 - value * 0.45};
 }
 
 /// What a grid reads of four voxels at positions 1/64 apart.
@@ -128,31 +127,31 @@ void drawProfile(Svg& svg, const Options& extending, const Options& ending)
     svg.line(onPage(kFirst, 0), onPage(kLast, 0), kFaint);
     for (const double edge : {-0.5, 3.5}) {
         svg.line(onPage(edge, 0), onPage(edge, 230), kOrange, " stroke-dasharray=\"3 4\"");
-        svg.text({onPage(edge, 0).x, 578}, "middle", edge < 0 ? "-0.5" : "n - 0.5", kOrange);
+        svg.text({onPage(edge, 0).x, 518}, "middle", edge < 0 ? "-0.5" : "n - 0.5", kOrange);
     }
     svg.curve(profile(extending), kFaint);
     svg.curve(profile(ending), kBlue);
     for (int x = 0; x < 4; ++x) {
         svg.dot(onPage(x, kRow[x]), 4, kInk, kInk);
-        svg.text({onPage(x, 0).x, 578}, "middle", std::to_string(x));
+        svg.text({onPage(x, 0).x, 518}, "middle", std::to_string(x));
     }
     const double first = onPage(kLast, 0).x;
     svg.text({first + 8, onPage(0, kRow[3]).y + 5}, "start", "edgeExtends", kGrey);
     svg.text({first + 8, onPage(0, 0).y + 5}, "start", "outside", kBlue);
 }
 
-Svg outside()
+Svg ends()
 {
     Options extending;
     extending.edgeExtends = true;
     const Options ending;
-    Svg svg(816, 596);
-    drawPanel(svg, {60, 40}, "edgeExtends: the rim is smeared to the end of the grid", extending);
-    drawPanel(svg, {424, 40}, "the default: the edge ends half a voxel beyond the rim", ending);
+    Svg svg(816, 536);
+    drawPanel(svg, {60, 40}, "edgeExtends: the rim is smeared", extending);
+    drawPanel(svg, {424, 40}, "the default: outside is 0", ending);
     svg.box({60, 296, 14, 10}, "none", kOrange, " stroke-width=\"2\"");
     svg.text({82, 306}, "start",
              "the field of view of 16 x 12 voxels, on a grid of 56 x 40 that is turned");
-    svg.text({60, 420}, "start", "read along four voxels, n = 4", kInk, " font-weight=\"bold\"");
+    svg.text({60, 360}, "start", "read along four voxels, n = 4", kInk, " font-weight=\"bold\"");
     drawProfile(svg, extending, ending);
     return svg;
 }
@@ -165,7 +164,7 @@ int main(int count, char** arguments)
 {
     if (count != 2)
         return std::fputs("Usage: draw_outside FILE\n", stderr), 2;
-    if (figures::outside().save(arguments[1]))
+    if (figures::ends().save(arguments[1]))
         return 0;
     std::fprintf(stderr, "%s: cannot be written\n", arguments[1]);
     return 1;
