@@ -1,5 +1,6 @@
-// Calls on whole volumes against one call of volux_core for each sample: any map, grid, layout and
-// options, with the source between two forbidden pages and nothing but the result written.
+// Calls on whole volumes against one call of volux_core for each sample, and the value outside
+// where the edge of a grid has ended: any map, grid, layout and options, with the source between
+// two forbidden pages and nothing but the result written.
 #include <array>
 #include <vector>
 
@@ -64,6 +65,7 @@ Options someOptions(Input& input)
     Options options(test::kInterpolators[input.below(3)], test::kBorders[input.below(2)], outside);
     options.overflow = input.flag() ? test::Overflow::WRAP : test::Overflow::SATURATE;
     options.threads = 1 + input.below(2);
+    options.edgeExtends = input.flag();
     return options;
 }
 
@@ -159,7 +161,7 @@ void resampleGrid(core::VxImage<T>& image, Input& input)
                         test::positionOf(grid.map, box.xStart + i, box.yStart + j, box.zStart + k);
                     const int channel = static_cast<int>(c);
                     requireSame(test::at(result, i, j, k, c),
-                                test::element(image, p, channel, options), image, p, channel,
+                                test::gridElement(image, p, channel, options), image, p, channel,
                                 options);
                 }
 }

@@ -62,6 +62,7 @@ void measure(benchmark::State& state, Image& source, const Grid& grid, resample:
              unsigned int threads)
 {
     options.threads = threads;
+    options.edgeExtends = true;  // every position is read
     Image result;
     const auto run = [&] {
         if (resample::resample(source, grid, &result, options) != core::SUCCESS) {

@@ -23,6 +23,7 @@ public:
         : source_(source), target_(target), options_(Interpolator<K>(), Border<O>(), kOutsideValue)
     {
         options_.threads = 1;
+        options_.edgeExtends = true;  // every position is read
         result_.resize(count(target));
         if constexpr (std::is_same_v<Target, Grid>) {
             image_.initializeWithPointer(result_.data(), target.width, target.height, target.depth,

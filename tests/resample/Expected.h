@@ -1,5 +1,5 @@
-// What volux_core gives, one call for each sample: what every operation of volux_resample is
-// compared with, bit for bit.
+// What volux_core gives, one call for each sample, and where a grid reads the value outside
+// instead: what every operation of volux_resample is compared with, bit for bit.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -23,7 +23,7 @@ namespace volux::test {
 
 using resample::Grid;
 
-// Compares each element with volux_core's, up to the first that differs.
+// Compares each element with the expected one, up to the first that differs.
 template <class T>
 void expectEverySample(const VxImage<T>& source, const AffineMap& map, const VxImage<T>& result,
                        const Options& options)
@@ -35,7 +35,7 @@ void expectEverySample(const VxImage<T>& source, const AffineMap& map, const VxI
                     const Position p = map(i, j, k);
                     const int channel = static_cast<int>(c);
                     ASSERT_TRUE(
-                        bitEqual(at(result, i, j, k, c), element(source, p, channel, options)))
+                        bitEqual(at(result, i, j, k, c), gridElement(source, p, channel, options)))
                         << "voxel " << i << ' ' << j << ' ' << k << ", "
                         << describedCall(source, p, channel, options) << ", " << described(map);
                 }
@@ -81,17 +81,25 @@ inline Grid gridOf(const AffineMap& map, unsigned int width, unsigned int height
     return grid;
 }
 
-// Resamples with each kernel and border.
+template <class T>
+void expectGrid(const VxImage<T>& source, const Grid& grid, const Options& options)
+{
+    const LastWords call(described(options) + ", " + described(grid.map));
+    VxImage<T> result;
+    ASSERT_EQ(resample::resample(source, grid, &result, options), SUCCESS)
+        << described(options) << ", " << described(grid.map);
+    expectEverySample(source, grid.map, result, options);
+}
+
+// Resamples with each kernel and border, whose edge ends and extends.
 template <class T>
 void expectEveryPolicy(const VxImage<T>& source, const Grid& grid, double outsideValue)
 {
     forEachPolicy([&](Interpolator* interpolator, Border* border) {
-        const Options options(interpolator, border, outsideValue);
-        const LastWords call(described(options) + ", " + described(grid.map));
-        VxImage<T> result;
-        ASSERT_EQ(resample::resample(source, grid, &result, options), SUCCESS)
-            << described(options) << ", " << described(grid.map);
-        expectEverySample(source, grid.map, result, options);
+        Options options(interpolator, border, outsideValue);
+        expectGrid(source, grid, options);
+        options.edgeExtends = true;
+        expectGrid(source, grid, options);
     });
 }
 

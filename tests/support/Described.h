@@ -22,7 +22,8 @@ inline std::string described(const Options& options)
     std::ostringstream text;
     text << (kernel < 3 ? kKernelNames.at(static_cast<std::size_t>(kernel)) : "own kernel") << ", "
          << (border < 2 ? kBorderNames.at(static_cast<std::size_t>(border)) : "own border")
-         << std::hexfloat << ", outside value " << options.outside << ", "
+         << (options.edgeExtends ? " that extends" : "") << std::hexfloat << ", outside value "
+         << options.outside << ", "
          << (options.overflow == Overflow::WRAP ? "wrapping, " : "saturating, ") << options.threads
          << " threads";
     return text.str();

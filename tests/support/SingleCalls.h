@@ -3,6 +3,7 @@
 // used.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstddef>
@@ -94,6 +95,36 @@ T element(const VxImage<T>& image, const Position& p, int c, const Options& opti
     else
         return image.getValueVoxel(p.x, p.y, p.z, c, options.interpolator, options.border,
                                    static_cast<T>(options.outside));
+}
+
+// Whether a sample of a grid is the value outside, and no call of volux_core: where the edge of
+// Replication has ended. A policy of the test's own has no such edge.
+template <class T>
+bool isOutOfView(const VxImage<T>& image, const Position& p, const Options& options)
+{
+    const bool isKernel = std::find(kInterpolators.begin(), kInterpolators.end(),
+                                    options.interpolator) != kInterpolators.end();
+    if (!isKernel || options.border != kBorders[1] || options.edgeExtends)
+        return false;
+    const auto isInView = [](double x, unsigned int n) { return -0.5 <= x && x < n - 0.5; };
+    return !(isInView(p.x, image.getWidth()) && isInView(p.y, image.getHeight()) &&
+             isInView(p.z, image.getDepth()));
+}
+
+// The reading of a voxel of a grid.
+template <class T>
+double gridReading(const VxImage<T>& image, const Position& p, int c, const Options& options)
+{
+    return isOutOfView(image, p, options) ? static_cast<double>(static_cast<T>(options.outside))
+                                          : reading(image, p, c, options);
+}
+
+// What becomes of it.
+template <class T>
+T gridElement(const VxImage<T>& image, const Position& p, int c, const Options& options)
+{
+    return isOutOfView(image, p, options) ? static_cast<T>(options.outside)
+                                          : element(image, p, c, options);
 }
 
 }  // namespace volux::test

@@ -92,14 +92,30 @@ core::Border* borderOf(B border)
 /// `Cubic()`, `Options(Linear(), Constant(), -1000)`, `Options(&mine, &border)`. One that is passed
 /// by its address must live as long as the call, and several threads use it at once.
 ///
-/// Two defaults differ from those of volux_core. Outside the image the edge continues, where
-/// volux_core reads 0, because half a voxel of every enlarged volume is outside. Integers saturate,
+/// Two defaults differ from those of volux_core. Beyond the outer centres the edge continues, where
+/// volux_core reads 0, because half a voxel of every enlarged volume is there. Integers saturate,
 /// where volux_core wraps, because nobody checks every overshoot of a volume. A float or double
 /// destination always keeps the fraction.
+///
+/// The edge of Replication ends with the field of view. A voxel reaches half a voxel beyond its
+/// centre; farther out its copies would be a picture of nothing, smeared over the rest of a grid
+/// larger than the source. So resample() and reslice() with Replication give a position p in a
+/// source of n voxels, of which a brick may be a part:
+///
+///     outside    -0.5 <= p < n - 0.5 fails on any axis: `outside`, in each plane of a slab, too
+///     in view    it holds on every axis: the bits of volux_core's call with Replication
+///
+/// `edgeExtends` gives volux_core's bits everywhere, as sample() and resize() always do: sample()
+/// because it repeats single calls, and resize() because it keeps the field of view, but for the
+/// rounding of positions and for voxels on or beyond its edge (see Align and gridOfSpacing()).
+/// Constant and policies of the caller's own know no view.
 struct Options {
     core::Interpolator* interpolator = &core::InterpolationType::LINEAR;  ///< the kernel
     core::Border* border = &core::InterpolationBorderType::REPLICATION;   ///< outside the image
-    double outside = 0.0;                    ///< what Constant reads; an integer T must hold it
+    /// What Constant reads, and Replication out of view; an integer T must hold it.
+    double outside = 0.0;
+    /// Whether Replication goes on however far from the image.
+    bool edgeExtends = false;
     Overflow overflow = Overflow::SATURATE;  ///< for integer destinations
     /// How many threads may work, the caller's among them; 0: one for each processor that its
     /// affinity and the quotas of its control groups allow. Fewer work where the system refuses one
@@ -118,7 +134,7 @@ struct Options {
         : interpolator(detail::interpolatorOf(kernel))
     {
     }
-    /// With another kernel and border; `value` is what Constant reads outside.
+    /// With another kernel and border; `value` is what is read outside.
     template <class I, class B>
     Options(I kernel, B outsidePolicy, double value = 0.0)
         : interpolator(detail::interpolatorOf(kernel)),

@@ -42,6 +42,7 @@ ErrorType readingOf(const Options& options, Reading& reading)
     reading.outside = {isConstant, static_cast<double>(static_cast<T>(options.outside))};
     reading.isOwn = !(isNearest || isCubic || isExactly<core::Linear>(options.interpolator)) ||
                     !(isConstant || isExactly<core::Replication>(options.border));
+    reading.edgeEnds = !reading.isOwn && !isConstant && !options.edgeExtends;
     return core::SUCCESS;
 }
 

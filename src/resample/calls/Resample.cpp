@@ -103,7 +103,8 @@ struct Request {
     const Grid& grid;
     ResampleRegion region;
     Slab slab;
-    bool isWhole;  // the source is all of it
+    bool isWhole;              // the source is all of it
+    bool edgeExtends = false;  // whatever the options say
 };
 
 template <class T>
@@ -114,6 +115,7 @@ ErrorType check(const Request<T>& request, const VxImage<T>* destination, const 
     const auto next = [&](auto test) { result = result == SUCCESS ? test() : result; };
     next([&] { return checkSource(task.source.image); });
     next([&] { return readingOf<T>(options, task.source.reading); });
+    task.source.reading.edgeEnds = task.source.reading.edgeEnds && !request.edgeExtends;
     next([&] { return checkGrid(request.grid, request.slab); });
     next([&] { return checkExtents(request.region); });
     if (!request.isWhole) {
@@ -155,14 +157,24 @@ ErrorType perform(const Request<T>& request, VxImage<T>* destination, const Opti
 }
 
 template <class T>
-Request<T> wholeOf(const VxImage<T>& source, const Grid& grid, const Slab& slab)
+Request<T> wholeOf(const VxImage<T>& source, const Grid& grid, const Slab& slab,
+                   bool edgeExtends = false)
 {
     ResampleRegion region;
     region.sourceWidth = source.getWidth();
     region.sourceHeight = source.getHeight();
     region.sourceDepth = source.getDepth();
     region.output = core::Rect(0, grid.width - 1, 0, grid.height - 1, 0, grid.depth - 1);
-    return {source, grid, region, slab, true};
+    return {source, grid, region, slab, true, edgeExtends};
+}
+
+// The edge extends: the centre of the last voxel may be on the edge of the field of view, rounding
+// may put one beyond it, and CENTRES makes several voxels of one.
+template <class T>
+ErrorType resizeOnto(const Grid& grid, const VxImage<T>& source, VxImage<T>* destination,
+                     const Options& options)
+{
+    return perform(wholeOf(source, grid, Slab(), true), destination, options);
 }
 
 }  // namespace
@@ -189,18 +201,17 @@ ErrorType resize(const VxImage<T>& source, unsigned int width, unsigned int heig
                  unsigned int depth, Align align, VxImage<T>* destination,
                  const Options& options) noexcept(detail::served<T>())
 {
-    return resample(
-        source,
+    return detail::resizeOnto(
         gridOfSize(detail::sizeOf(source), detail::spacingOf(source), width, height, depth, align),
-        destination, options);
+        source, destination, options);
 }
 
 template <class T>
 ErrorType resize(const VxImage<T>& source, const core::VoxelSize& spacing, Align align,
                  VxImage<T>* destination, const Options& options) noexcept(detail::served<T>())
 {
-    return resample(
-        source, gridOfSpacing(detail::sizeOf(source), detail::spacingOf(source), spacing, align),
+    return detail::resizeOnto(
+        gridOfSpacing(detail::sizeOf(source), detail::spacingOf(source), spacing, align), source,
         destination, options);
 }
 

@@ -9,7 +9,7 @@ namespace volux::resample::detail {
 
 namespace {
 
-struct Range {
+struct Indices {
     unsigned int first;
     unsigned int last;
 };
@@ -46,7 +46,7 @@ int firstNeighbour(Kernel kernel, double position)
 
 // The indices that the kernel reads along one axis, cut to those that there are. Where none is
 // inside, Constant reads nothing, and Replication the nearer end.
-Range read(Kernel kernel, double least, double greatest, unsigned int extent)
+Indices read(Kernel kernel, double least, double greatest, unsigned int extent)
 {
     if (!(std::abs(least) <= kNear && std::abs(greatest) <= kNear)) {
         return {0, extent - 1};  // indices may wrap, and clamp to either end
@@ -59,6 +59,21 @@ Range read(Kernel kernel, double least, double greatest, unsigned int extent)
     return {clamped(first), clamped(last)};
 }
 
+// What is read along one axis of a source whose edge ends. Positions on the far edge itself are out
+// of view, and read what those before it do.
+Indices readInView(Kernel kernel, double least, double greatest, unsigned int extent)
+{
+    const auto clamped = [extent](double position) {
+        return std::fmin(std::fmax(position, -0.5), extent - 0.5);
+    };
+    return read(kernel, clamped(least), clamped(greatest), extent);
+}
+
+bool isOutOfView(double least, double greatest, unsigned int extent)
+{
+    return greatest < -0.5 || least >= extent - 0.5;
+}
+
 }  // namespace
 
 core::Rect supportOf(const AffineMap& map, const core::Rect& output, const ResampleRegion& region,
@@ -67,9 +82,15 @@ core::Rect supportOf(const AffineMap& map, const core::Rect& output, const Resam
     Position least = {};
     Position greatest = {};
     extremes(map, output, least, greatest);
-    const Range x = read(reading.kernel, least.x, greatest.x, region.sourceWidth);
-    const Range y = read(reading.kernel, least.y, greatest.y, region.sourceHeight);
-    const Range z = read(reading.kernel, least.z, greatest.z, region.sourceDepth);
+    const auto along = reading.edgeEnds ? readInView : read;
+    const Indices x = along(reading.kernel, least.x, greatest.x, region.sourceWidth);
+    const Indices y = along(reading.kernel, least.y, greatest.y, region.sourceHeight);
+    const Indices z = along(reading.kernel, least.z, greatest.z, region.sourceDepth);
+    if (reading.edgeEnds && (isOutOfView(least.x, greatest.x, region.sourceWidth) ||
+                             isOutOfView(least.y, greatest.y, region.sourceHeight) ||
+                             isOutOfView(least.z, greatest.z, region.sourceDepth))) {
+        return {x.first, x.first, y.first, y.first, z.first, z.first};  // nothing, near by
+    }
     return {x.first, x.last, y.first, y.last, z.first, z.last};
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <limits>
 
 #include "exact/ElementTypes.h"
 #include "exact/Rules.h"
@@ -13,7 +14,8 @@ namespace volux::resample::detail {
 
 namespace {
 
-constexpr std::int64_t kOutside = -1;
+// No number of bytes between two voxels, whatever the strides.
+constexpr std::int64_t kOutside = std::numeric_limits<std::int64_t>::min();
 
 // Bounds the three tables together, so that none is as large as a volume, even a thin one.
 constexpr std::uint64_t kLongestTables = 1U << 20U;
@@ -46,22 +48,45 @@ std::vector<double> coordinates(unsigned int extent, const std::function<double(
     return all;
 }
 
-// The nearest voxel along one axis, from the first that the brick holds; kOutside where Constant
-// takes its place.
-std::int64_t nearestBytes(double coordinate, const Axis& axis, const Outside& outside)
+// The nearest voxel along one axis, from the first that the brick holds; kOutside where the value
+// outside takes its place.
+std::int64_t nearestBytes(double coordinate, const Axis& axis, const Reading& reading)
 {
     const int index = exact::firstNeighbour<Kernel::NEAREST>(coordinate);
-    return outside.isConstant && !axis.holds(index) ? kOutside : axis.bytes(axis.clamped(index));
+    const bool isOutside = reading.edgeEnds
+                               ? !isInView(coordinate, static_cast<unsigned int>(axis.extent))
+                               : reading.outside.isConstant && !axis.holds(index);
+    return isOutside ? kOutside : axis.bytes(axis.clamped(index));
 }
 
-// `from` is null where Constant takes the place of a whole row.
+// Calls visit(outside) with the value that is stored outside, as an element.
+template <class Visit>
+void withElement(core::DataType type, const unsigned char* outside, const Visit& visit)
+{
+    exact::withElementType(type, [&](auto element) {
+        typename decltype(element)::Type value;
+        std::memcpy(&value, outside, sizeof value);
+        visit(value);
+    });
+}
+
+template <class Element>
+void fillElements(Element element, std::size_t count, std::int64_t stride, unsigned char* to)
+{
+    const auto pitch = static_cast<std::ptrdiff_t>(stride);
+    for (std::size_t n = 0; n < count; ++n) {
+        std::memcpy(to + pitch * static_cast<std::ptrdiff_t>(n), &element, sizeof element);
+    }
+}
+
+// `from` is null where a whole row is outside.
 template <class Element>
 void copyElements(const unsigned char* from, const std::vector<std::int64_t>& columns,
-                  Element constant, std::int64_t stride, unsigned char* to)
+                  Element outside, std::int64_t stride, unsigned char* to)
 {
     const auto pitch = static_cast<std::ptrdiff_t>(stride);
     for (std::size_t n = 0; n < columns.size(); ++n) {
-        Element element = constant;
+        Element element = outside;
         if (from != nullptr && columns[n] != kOutside) {
             std::memcpy(&element, from + columns[n], sizeof element);
         }
@@ -96,9 +121,10 @@ bool AlignedRows::serve(const Task& task)
     const core::Rect& box = task.output;
     const UntypedImage& to = task.destination;
     const std::uint64_t entries = std::uint64_t{to.width} + to.height + to.depth;
+    const bool moves = task.source.reading.kernel == Kernel::NEAREST;  // elements, as they are
     // Coordinates run from one corner's to the other's.
-    return entries <= kLongestTables && runsAlongAxes(task.map) && task.slab.planes == 1 &&
-           !task.source.reading.isOwn &&
+    return (!moves || task.source.image.type == to.type) && entries <= kLongestTables &&
+           runsAlongAxes(task.map) && task.slab.planes == 1 && !task.source.reading.isOwn &&
            haveWords(task.source.channel(0), task.source.image.elementBytes) &&
            isNear(task.map(box.xStart, box.yStart, box.zStart)) &&
            isNear(task.map(box.xEnd, box.yEnd, box.zEnd));
@@ -113,14 +139,29 @@ AlignedRows::AlignedRows(const Task& task, Overflow overflow) : task_(task), ove
     x_ = coordinates(to.width, [&](unsigned int n) { return map(box.xStart + n, 0, 0).x; });
     y_ = coordinates(to.height, [&](unsigned int n) { return map(0, box.yStart + n, 0).y; });
     z_ = coordinates(to.depth, [&](unsigned int n) { return map(0, 0, box.zStart + n).z; });
-    if (task.source.reading.kernel != Kernel::NEAREST) {
-        return;
+    columnsInView_ = {0, to.width};
+    rowsInView_ = {0, to.height};
+    slicesInView_ = {0, to.depth};
+    const Reading& reading = task.source.reading;
+    if (reading.edgeEnds) {
+        const ResampleRegion& region = task.source.region;
+        columnsInView_ = inView(columnsInView_, x_.data(), region.sourceWidth);
+        rowsInView_ = inView(rowsInView_, y_.data(), region.sourceHeight);
+        slicesInView_ = inView(slicesInView_, z_.data(), region.sourceDepth);
     }
-    convert({to.type, overflow}, &task.source.reading.outside.value, 1, constant_);
-    const Channel channel = task.source.channel(0);
+    convert({to.type, overflow}, &reading.outside.value, 1, outside_);
+    if (reading.kernel == Kernel::NEAREST) {
+        findColumns();
+    }
+}
+
+void AlignedRows::findColumns()
+{
+    const UntypedImage& to = task_.destination;
+    const Channel channel = task_.source.channel(0);
     isRun_ = channel.x.stride == to.elementBytes && to.strideX == to.elementBytes;
     for (unsigned int n = 0; n < to.width; ++n) {
-        columns_.push_back(nearestBytes(x_[n], channel.x, task.source.reading.outside));
+        columns_.push_back(nearestBytes(x_[n], channel.x, task_.source.reading));
         isRun_ = isRun_ && columns_[n] == columns_[0] + n * to.elementBytes;
     }
     isRun_ = isRun_ && columns_[0] != kOutside;
@@ -151,19 +192,50 @@ void AlignedRows::fillSlice(unsigned int z, unsigned int y, unsigned int yEnd) c
 
 void AlignedRows::fillLines(unsigned int z, unsigned int y, unsigned int yEnd, unsigned int c) const
 {
+    const Range all = {0, task_.destination.width};
+    Range rows = {std::clamp<std::size_t>(rowsInView_.first, y, yEnd),
+                  std::clamp<std::size_t>(rowsInView_.end, y, yEnd)};
+    if (z < slicesInView_.first || z >= slicesInView_.end || columnsInView_.isEmpty()) {
+        rows = {yEnd, yEnd};
+    }
+    fillOutside(all, {y, rows.first}, z, c);
+    if (!rows.isEmpty()) {
+        fillOutside({0, columnsInView_.first}, rows, z, c);
+        readLinesInView(z, rows, c);
+        fillOutside({columnsInView_.end, all.end}, rows, z, c);
+    }
+    fillOutside(all, {rows.end, yEnd}, z, c);
+}
+
+void AlignedRows::fillOutside(Range columns, Range rows, unsigned int z, unsigned int c) const
+{
+    const UntypedImage& to = task_.destination;
+    withElement(to.type, outside_, [&](auto outside) {
+        for (std::size_t y = rows.first; !columns.isEmpty() && y < rows.end; ++y) {
+            fillElements(outside, columns.end - columns.first, to.strideX,
+                         to.at(static_cast<std::int64_t>(columns.first),
+                               static_cast<std::int64_t>(y), z, c));
+        }
+    });
+}
+
+void AlignedRows::readLinesInView(unsigned int z, Range rows, unsigned int c) const
+{
     const UntypedImage& to = task_.destination;
     Lines lines = {task_.source.channel(c),
                    task_.source.reading.kernel,
                    task_.source.reading.outside,
                    nullptr,
-                   y_.data() + y,
+                   y_.data() + rows.first,
                    z_[z],
                    0,
-                   yEnd - y};
-    for (unsigned int x = 0; x < to.width; x += static_cast<unsigned int>(kTile)) {
+                   rows.end - rows.first};
+    for (std::size_t x = columnsInView_.first; x < columnsInView_.end; x += kTile) {
         lines.x = x_.data() + x;
-        lines.columns = std::min<std::size_t>(kTile, to.width - x);
-        StoreLines store(to, overflow_, lines.columns, to.at(x, y, z, c));
+        lines.columns = std::min(kTile, columnsInView_.end - x);
+        StoreLines store(
+            to, overflow_, lines.columns,
+            to.at(static_cast<std::int64_t>(x), static_cast<std::int64_t>(rows.first), z, c));
         readLines(lines, store);
     }
 }
@@ -172,12 +244,12 @@ void AlignedRows::copySlice(unsigned int z, unsigned int y, unsigned int yEnd, u
 {
     const UntypedImage& to = task_.destination;
     const Channel channel = task_.source.channel(c);
-    const Outside& outside = task_.source.reading.outside;
-    const std::int64_t slice = nearestBytes(z_[z], channel.z, outside);
+    const Reading& reading = task_.source.reading;
+    const std::int64_t slice = nearestBytes(z_[z], channel.z, reading);
     const auto rowBytes = static_cast<std::size_t>(to.width * to.elementBytes);
-    std::int64_t before = kOutside - 1;  // the source row of the destination row before
+    std::int64_t before = kOutside + 1;  // the source row of the destination row before
     for (unsigned int n = y; n < yEnd; ++n) {
-        const std::int64_t row = nearestBytes(y_[n], channel.y, outside);
+        const std::int64_t row = nearestBytes(y_[n], channel.y, reading);
         const bool isOutside = slice == kOutside || row == kOutside;
         unsigned char* const place = to.at(0, n, z, c);
         if (row == before && to.strideX == to.elementBytes) {
@@ -197,11 +269,8 @@ void AlignedRows::copyRow(const unsigned char* from, unsigned char* to) const
                     static_cast<std::size_t>(image.width * image.elementBytes));
         return;
     }
-    exact::withElementType(image.type, [&](auto element) {
-        typename decltype(element)::Type constant;
-        std::memcpy(&constant, constant_, sizeof constant);
-        copyElements(from, columns_, constant, image.strideX, to);
-    });
+    withElement(image.type, outside_,
+                [&](auto outside) { copyElements(from, columns_, outside, image.strideX, to); });
 }
 
 }  // namespace volux::resample::detail

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "FieldOfView.h"
 #include "Task.h"
 #include "volux/resample/Options.h"
 
@@ -21,20 +22,27 @@ public:
     void operator()(std::size_t first, std::size_t end) const;
 
 private:
+    void findColumns();
     // Rows y to yEnd - 1 of one slice.
     void fillSlice(unsigned int z, unsigned int y, unsigned int yEnd) const;
     void copySlice(unsigned int z, unsigned int y, unsigned int yEnd, unsigned int c) const;
     void copyRow(const unsigned char* from, unsigned char* to) const;
     void fillLines(unsigned int z, unsigned int y, unsigned int yEnd, unsigned int c) const;
+    void readLinesInView(unsigned int z, Range rows, unsigned int c) const;
+    // Stores what is read out of view.
+    void fillOutside(Range columns, Range rows, unsigned int z, unsigned int c) const;
 
     const Task& task_;
     Overflow overflow_;
     std::vector<double> x_;  // the coordinates of columns, rows and slices
     std::vector<double> y_;
     std::vector<double> z_;
+    Range columnsInView_;  // all of them, unless the edge ends
+    Range rowsInView_;
+    Range slicesInView_;
     std::vector<std::int64_t> columns_;  // nearest: where each column is read, or kOutside
-    alignas(double) unsigned char constant_[sizeof(double)];  // nearest: what Constant stores
-    bool isRun_ = false;                                      // nearest: the columns are contiguous
+    alignas(double) unsigned char outside_[sizeof(double)];  // the stored value
+    bool isRun_ = false;                                     // nearest: the columns are contiguous
 };
 
 }  // namespace volux::resample::detail

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "FieldOfView.h"
 #include "exact/Rules.h"
 #include "resample/vectors/Elements.h"
 
@@ -120,8 +121,38 @@ void ObliqueRows::takePlane(unsigned int x, unsigned int y, std::size_t plane, u
     const auto& rows = task_.map.rows;
     const Position row =
         rowOf(task_.map, box.yStart + y, box.zStart + static_cast<unsigned int>(plane));
-    fillPositions(row, {rows[0][0], rows[1][0], rows[2][0]}, box.xStart + x, block);
-    task_.source.read(c, block);
+    const Position step = {rows[0][0], rows[1][0], rows[2][0]};
+    fillPositions(row, step, box.xStart + x, block);
+    if (task_.source.reading.edgeEnds) {
+        readInView(row, step, box.xStart + x, c, block);
+    } else {
+        task_.source.read(c, block);
+    }
+}
+
+// Reads a block whose positions begin with index `first`; nothing is read for those out of view,
+// which no brick need hold.
+void ObliqueRows::readInView(Position row, Position step, unsigned int first, unsigned int c,
+                             Block& block) const
+{
+    const ResampleRegion& region = task_.source.region;
+    const double outside = task_.source.reading.outside.value;
+    const std::size_t count = block.count;
+    Range range = inView({0, count}, block.x, region.sourceWidth);
+    range = inView(range, block.y, region.sourceHeight);
+    range = inView(range, block.z, region.sourceDepth);
+    if (!range.isEmpty()) {
+        if (range.first > 0) {
+            fillPositions(row, step, first + static_cast<unsigned int>(range.first), block);
+        }
+        block.count = range.end - range.first;
+        task_.source.read(c, block);
+        std::copy_backward(block.readings, block.readings + block.count,
+                           block.readings + range.end);
+    }
+    std::fill(block.readings, block.readings + range.first, outside);
+    std::fill(block.readings + range.end, block.readings + count, outside);
+    block.count = count;
 }
 
 }  // namespace volux::resample::detail

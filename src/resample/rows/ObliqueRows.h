@@ -24,6 +24,8 @@ private:
                        double* projected) const;
     void takePlane(unsigned int x, unsigned int y, std::size_t plane, unsigned int c,
                    Block& block) const;
+    void readInView(Position row, Position step, unsigned int first, unsigned int c,
+                    Block& block) const;
 
     const Task& task_;
     Overflow overflow_;

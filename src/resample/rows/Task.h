@@ -18,7 +18,8 @@ using OwnSample = std::function<double(double, double, double, int)>;
 struct Reading {
     Kernel kernel = Kernel::LINEAR;
     Outside outside = {false, 0.0};
-    bool isOwn = false;  // a policy that the library does not know
+    bool isOwn = false;     // a policy that the library does not know
+    bool edgeEnds = false;  // out of view, a grid's samples are outside.value
 };
 
 // A source, and how it is read.

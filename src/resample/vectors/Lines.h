@@ -11,8 +11,8 @@ namespace volux::resample::detail {
 // Columns that are read together: their neighbours stay in the nearest cache.
 constexpr std::size_t kTile = 64;
 
-// One slice of lines, by Linear or Cubic. No position is far from zero, and zeros pad the columns
-// to whole vectors. The channel has words.
+// One slice of lines, by Linear or Cubic. No position is far from zero, nor is what pads the
+// columns to whole vectors. The channel has words.
 struct Lines {
     Channel channel;
     Kernel kernel;

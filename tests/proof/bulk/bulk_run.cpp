@@ -1,5 +1,6 @@
 // Compares calls on large random volumes with one call of volux_core for each sample, for so many
-// seconds. Every call draws its map, kernel, border, instruction set and number of threads.
+// seconds; grids whose edge ends, with that and the value outside. Every call draws its map,
+// kernel, border, instruction set and number of threads.
 // Usage: bulk_run SECONDS SEED
 // Prints the number of volumes, then a line for each operation, element type, kernel and border:
 // how many samples were compared, and how many differed.
@@ -37,12 +38,17 @@ Volume<T> largeVolume(Random& random)
     return randomVolume<T>(random, randomLayout(random, e, random.between(1, 2)));
 }
 
+// Replication that extends is a border of its own.
+constexpr std::array<const char*, 3> kNames{"Constant", "Replication", "Replication, extending"};
+
 Options someOptions(Random& random, unsigned int& kernel, unsigned int& border)
 {
     constexpr std::array<unsigned int, 6> threads{0, 1, 2, 3, 7, 16};
     kernel = random.below(3);
-    border = random.below(2);
-    Options options(kInterpolators[kernel], kBorders[border], insideValue<unsigned char>(random));
+    border = random.below(3);
+    Options options(kInterpolators[kernel], kBorders[border == 0 ? 0 : 1],
+                    insideValue<unsigned char>(random));
+    options.edgeExtends = border == 2;
     options.overflow = random.below(3) == 0 ? Overflow::WRAP : Overflow::SATURATE;
     options.threads = anyOf(random, threads);
     return options;
@@ -100,9 +106,8 @@ private:
             for (unsigned int j = 0; j < grid.height; ++j)
                 for (unsigned int i = 0; i < grid.width; ++i)
                     for (int c = 0; c < static_cast<int>(result.getChannels()); ++c)
-                        compare(result(static_cast<int>(i), static_cast<int>(j),
-                                       static_cast<int>(k), c),
-                                positionOf(map, i, j, k), c);
+                        compareVoxel(at(result, i, j, k, static_cast<unsigned int>(c)),
+                                     positionOf(map, i, j, k), c);
     }
 
     void comparePositions()
@@ -122,7 +127,7 @@ private:
         std::size_t next = 0;
         for (const Position& p : positions)
             for (int c = 0; c < channels; ++c)
-                compare(results[next++], p, c);
+                compare(results[next++], element(scene_.image, p, c, options_), p, c);
     }
 
     void begin(const std::string& operation)
@@ -133,14 +138,18 @@ private:
         instructions_ =
             chooseInstructionSet([&](unsigned int count) { return random_.below(count); });
         kind_ = operation + '\t' + elementTypeName<T>() + '\t' + kKernelNames[kernel] + '\t' +
-                kBorderNames[border];
+                kNames[border];
         count_ = &counts[kind_];
     }
 
-    void compare(T result, const Position& p, int c)
+    void compareVoxel(T result, const Position& p, int c)
+    {
+        compare(result, gridElement(scene_.image, p, c, options_), p, c);
+    }
+
+    void compare(T result, T expected, const Position& p, int c)
     {
         ++count_->compared;
-        const T expected = element(scene_.image, p, c, options_);
         if (!sameBits(result, expected))
             differs(withBits(result) + ", not " + withBits(expected) + ", " +
                     describedCall(scene_.image, p, c, options_));

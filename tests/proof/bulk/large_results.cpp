@@ -45,7 +45,7 @@ unsigned int differences(const Image& source, const AffineMap& map, const Image&
         const unsigned int j = someIndex(random);
         const unsigned int k = someIndex(random);
         const Position p = positionOf(map, i, j, k);
-        if (at(result, i, j, k, 0) == element(source, p, 0, options))
+        if (at(result, i, j, k, 0) == gridElement(source, p, 0, options))
             continue;
         if (different++ == 0)
             std::fprintf(stderr, "voxel %u %u %u, %s\n", i, j, k,

@@ -1,6 +1,7 @@
 // The calls on whole volumes that digests are taken of, and the stream of their results. `Calls`
 // answers them: volux_resample, or one call of volux_core for each sample. Like the volumes, not
-// one number of it may change, and every product that is added to is exact.
+// one number of it may change, and every product that is added to is exact. On grids the edge of
+// Replication extends, except in the families where it ends with the field of view.
 #pragma once
 
 #include <array>
@@ -178,19 +179,29 @@ public:
     }
 
 private:
+    // Only on a grid does the edge end, unless the options say that it extends.
     template <class Ask>
-    void withEachPolicy(const std::string& operation, const Ask& ask)
+    void withEachPolicy(const std::string& operation, bool isGrid, const Ask& ask)
     {
         const bool isWrapping = random_.below(3) == 0;
         for (std::size_t kernel = 0; kernel < 3; ++kernel)
-            for (std::size_t border = 0; border < 2; ++border) {
-                Options options(kInterpolators[kernel], kBorders[border],
-                                static_cast<double>(value_));
-                if (isWrapping)
-                    options.overflow = resample::Overflow::WRAP;
-                ask(options, streams_[operation + ", " + test::kKernelNames[kernel] + ", " +
-                                      test::kBorderNames[border]]);
-            }
+            for (std::size_t border = 0; border < 2; ++border)
+                ask(optionsOf(kernel, border, isWrapping, isGrid),
+                    streams_[operation + ", " + test::kKernelNames[kernel] + ", " +
+                             test::kBorderNames[border]]);
+        for (std::size_t kernel = 0; isGrid && kernel < 3; ++kernel)
+            ask(optionsOf(kernel, 1, isWrapping, false),
+                streams_[operation + ", " + test::kKernelNames[kernel] + ", " +
+                         test::kBorderNames[1] + " in view"]);
+    }
+
+    Options optionsOf(std::size_t kernel, std::size_t border, bool isWrapping,
+                      bool edgeExtends) const
+    {
+        Options options(kInterpolators[kernel], kBorders[border], static_cast<double>(value_));
+        options.overflow = isWrapping ? resample::Overflow::WRAP : resample::Overflow::SATURATE;
+        options.edgeExtends = edgeExtends;
+        return options;
     }
 
     Destination<T> destination(unsigned int width, unsigned int height, unsigned int depth,
@@ -202,7 +213,7 @@ private:
     void resampleOnto(const std::string& operation, const Grid& grid)
     {
         const bool isWrapped = random_.below(2) == 0;
-        withEachPolicy(operation, [&](const Options& options, Stream& stream) {
+        withEachPolicy(operation, true, [&](const Options& options, Stream& stream) {
             Destination<T> to = destination(grid.width, grid.height, grid.depth, isWrapped);
             calls_.resample(wrapped_.image, grid, to.image, options);
             to.appendTo(stream);
@@ -232,7 +243,7 @@ private:
         const auto projection = random_.anyOf<Projection>(
             std::array<Projection, 3>{Projection::MEAN, Projection::MAXIMUM, Projection::MINIMUM});
         const Slab slab = {1 + random_.below(4), projection};
-        withEachPolicy("reslice", [&](Options options, Stream& stream) {
+        withEachPolicy("reslice", true, [&](Options options, Stream& stream) {
             options.overflow = resample::Overflow::SATURATE;  // volux_core has no mean to wrap
             Destination<T> to = destination(planes.width, planes.height, planes.count, false);
             calls_.reslice(wrapped_.image, planes, to.image, options, slab);
@@ -248,7 +259,7 @@ private:
         const bool hasCentres = extents_.width > 1 && extents_.height > 1 && extents_.depth > 1;
         const bool isCentred = random_.below(2) == 0 && hasCentres;
         const Align align = isCentred ? Align::CENTRES : Align::EDGES;
-        withEachPolicy("resize", [&](const Options& options, Stream& stream) {
+        withEachPolicy("resize", false, [&](const Options& options, Stream& stream) {
             Destination<T> to = destination(width, height, depth, false);
             calls_.resize(wrapped_.image, align, to.image, options);
             to.appendTo(stream);
@@ -274,7 +285,7 @@ private:
         const Units units = random_.below(2) == 0 ? Units::VOXELS : Units::PHYSICAL;
         const bool asItIs = random_.below(2) == 0;
         const std::vector<resample::Position> places = positions(units);
-        withEachPolicy("sample", [&](const Options& options, Stream& stream) {
+        withEachPolicy("sample", false, [&](const Options& options, Stream& stream) {
             if (asItIs)
                 sampleInto(std::vector<double>(), places, units, options, stream);
             else

@@ -1,5 +1,6 @@
 // Answers the corpus on whole volumes without volux_resample: by one call of volux_core for each
-// sample, at the position that the documentation gives.
+// sample, at the position that the documentation gives, and the value outside where the edge of a
+// grid has ended.
 #include <cstdio>
 #include <cstdlib>
 #include <vector>
@@ -17,7 +18,7 @@ struct SingleCalls {
                          core::VxImage<T>& destination, const Options& options)
     {
         forEachVoxel(destination, [&](unsigned int i, unsigned int j, unsigned int k, int c) {
-            return test::element(source, positionOf(grid.map, i, j, k), c, options);
+            return test::gridElement(source, positionOf(grid.map, i, j, k), c, options);
         });
     }
 
@@ -30,7 +31,7 @@ struct SingleCalls {
             double projected = 0.0;
             for (unsigned int n = 0; n < slab.planes; ++n) {
                 const auto p = positionOf(map, i, j, k * slab.planes + n);
-                const double sample = test::reading(source, p, c, options);
+                const double sample = test::gridReading(source, p, c, options);
                 projected = n == 0 ? sample : project(slab.projection, projected, sample);
             }
             const bool isMean = slab.projection == resample::Projection::MEAN && slab.planes > 1;
@@ -52,7 +53,9 @@ struct SingleCalls {
         change(0, source.getWidth(), destination.getWidth());
         change(1, source.getHeight(), destination.getHeight());
         change(2, source.getDepth(), destination.getDepth());
-        resample(source, grid, destination, options);
+        Options extending = options;
+        extending.edgeExtends = true;
+        resample(source, grid, destination, extending);
     }
 
     template <class T, class Result>

@@ -220,6 +220,10 @@ TEST_F(Refusals, NotAGridOutsideTheSource)
     source.fill(7);
     grid.map.rows[1][3] = -100.0;
     EXPECT_EQ(resample::resample(source, grid, &destination), SUCCESS);
+    EXPECT_EQ(destination(2, 3, 4, 1), 0);
+    Options extending;
+    extending.edgeExtends = true;
+    EXPECT_EQ(resample::resample(source, grid, &destination, extending), SUCCESS);
     EXPECT_EQ(destination(2, 3, 4, 1), 7);
     EXPECT_EQ(resample::resample(source, grid, &destination, Options(Linear(), Constant(), -4)),
               SUCCESS);

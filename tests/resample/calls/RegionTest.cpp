@@ -117,6 +117,7 @@ TYPED_TEST(Region, GivesTheBitsOfTheWholeForEveryCut)
         for (Interpolator* const interpolator : kInterpolators) {
             Options options(interpolator, kBorders[random.below(2)], 3);
             options.threads = 1;
+            options.edgeExtends = random.below(2) == 0;
             const AffineMap map =
                 random.below(2) == 0 ? obliqueMap(random, extents) : axisMap(random, extents);
             const Grid grid = gridOf(map, 5, 3, 3);

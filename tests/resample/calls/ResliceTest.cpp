@@ -44,8 +44,8 @@ TYPED_TEST(Reslice, GivesVoluxCoresBits)
 {
     for (int n = 0; n < 30; ++n) {
         const Planes planes = this->somePlanes(1 + this->random.below(3));
-        const Options options(kInterpolators[this->random.below(3)],
-                              kBorders[this->random.below(2)]);
+        Options options(kInterpolators[this->random.below(3)], kBorders[this->random.below(2)], 9);
+        options.edgeExtends = this->random.below(2) == 0;
         VxImage<TypeParam> result;
         ASSERT_EQ(resample::reslice(this->scene.image, planes, &result, options), SUCCESS);
         expectEverySample(this->scene.image, resample::gridOfPlanes(planes).map, result, options);
@@ -70,7 +70,7 @@ TYPED_TEST(Reslice, ProjectsThickSlabs)
     for (const Projection projection :
          {Projection::MEAN, Projection::MAXIMUM, Projection::MINIMUM}) {
         const Planes planes = this->somePlanes(7);  // more than are filled together
-        const Options options(kInterpolators[this->random.below(3)]);
+        const Options options(kInterpolators[this->random.below(3)], Replication(), 9);
         VxImage<T> result;
         ASSERT_EQ(
             resample::reslice(this->scene.image, planes, &result, options, Slab{3, projection}),
@@ -83,7 +83,7 @@ TYPED_TEST(Reslice, ProjectsThickSlabs)
                     std::vector<double> samples;
                     for (unsigned int plane = 0; plane < 3; ++plane)
                         samples.push_back(
-                            reading(this->scene.image, map(i, j, 3 * k + plane), 0, options));
+                            gridReading(this->scene.image, map(i, j, 3 * k + plane), 0, options));
                     const double value = projected(samples, projection);
                     T expected{};
                     if constexpr (std::is_floating_point_v<T>)

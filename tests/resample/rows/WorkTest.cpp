@@ -124,6 +124,7 @@ struct Asked {
         source.initialize(64, 64, 64, 1);
         source.fill(9);
         options.threads = threads;
+        options.edgeExtends = true;  // every voxel is 9
         grid = resample::gridOfSize(source.getImageSize(), {1, 1, 1}, 128, 128, 128,
                                     resample::Align::EDGES);
     }

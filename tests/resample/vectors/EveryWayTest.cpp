@@ -50,8 +50,12 @@ TYPED_TEST(EveryWay, GivesVoluxCoresBits)
         fillAtRandom(volume, random, false);
         const WrappedVolume<TypeParam> scene(std::move(volume));
         forEachPolicy([&](Interpolator* interpolator, Border* border) {
-            for (const Grid& grid : kGrids)
-                this->compare(scene.image, grid, Options(interpolator, border, 7));
+            Options options(interpolator, border, 7);
+            for (const bool extends : {false, true}) {
+                options.edgeExtends = extends;
+                for (const Grid& grid : kGrids)
+                    this->compare(scene.image, grid, options);
+            }
         });
         if (::testing::Test::HasFatalFailure())
             return;

@@ -1,0 +1,36 @@
+// Where the replicated edge ends: half a voxel beyond the outer centres, as far as the voxels
+// themselves reach.
+#pragma once
+
+#include <cstddef>
+
+namespace volux::resample::detail {
+
+// NaN is outside. Both ends are exact.
+inline bool isInView(double coordinate, unsigned int extent)
+{
+    return coordinate >= -0.5 && coordinate < extent - 0.5;
+}
+
+// The indices from `first` to before `end`.
+struct Range {
+    std::size_t first;
+    std::size_t end;
+
+    bool isEmpty() const { return first >= end; }
+};
+
+// Those of a range whose coordinates along one axis are in view. The coordinates of a row never
+// turn back, so they are contiguous.
+inline Range inView(Range range, const double* coordinates, unsigned int extent)
+{
+    while (!range.isEmpty() && !isInView(coordinates[range.first], extent)) {
+        ++range.first;
+    }
+    while (!range.isEmpty() && !isInView(coordinates[range.end - 1], extent)) {
+        --range.end;
+    }
+    return range;
+}
+
+}  // namespace volux::resample::detail
