@@ -4,5 +4,7 @@
 
 #include "volux/resample/AffineMap.h"
 #include "volux/resample/Grid.h"
+#include "volux/resample/Image.h"
 #include "volux/resample/Options.h"
 #include "volux/resample/Resample.h"
+#include "volux/resample/View.h"
