@@ -16,6 +16,7 @@ volux_add_library(resample
     src/resample/calls/Sample.cpp
     src/resample/calls/Support.cpp
     src/resample/rows/AlignedRows.cpp
+    src/resample/rows/FieldOfView.cpp
     src/resample/rows/ObliqueRows.cpp
     src/resample/rows/Processors.cpp
     src/resample/rows/Rows.cpp
