@@ -3,7 +3,9 @@
 ///
 /// Every sample has the bits that one call of volux_core gives at the same position, on every
 /// processor, with any number of threads and however the work is divided. The positions are those
-/// of AffineMap::operator(). T is any element type of VxImage; the compiler refuses others.
+/// of AffineMap::operator(). On a grid the edge of Replication ends, unless it extends: outside the
+/// field of view its samples are Options::outside. T is any element type of VxImage; the compiler
+/// refuses others.
 ///
 /// Results. A destination with a buffer must have the size of the result. It is written through its
 /// strides, so it may wrap memory of the caller's. A destination without a buffer is initialised.
@@ -103,7 +105,7 @@ VOLUX_RESAMPLE_API core::ErrorType reslice(const core::VxImage<T>& source, const
                                            const Options& options = Options(),
                                            const Slab& slab = Slab()) noexcept(detail::served<T>());
 
-/// Changes the number of voxels: resample() onto gridOfSize().
+/// Changes the number of voxels: resample() onto gridOfSize(), with an edge that extends.
 /// @return as resample(); ERR_INVALID_ARGUMENT for a source whose spacing is not finite.
 template <class T>
 VOLUX_RESAMPLE_API core::ErrorType resize(
@@ -111,7 +113,8 @@ VOLUX_RESAMPLE_API core::ErrorType resize(
     Align align, core::VxImage<T>* destination,
     const Options& options = Options()) noexcept(detail::served<T>());
 
-/// Changes the spacing, in the physical units of the source's: resample() onto gridOfSpacing().
+/// Changes the spacing, in the physical units of the source's: resample() onto gridOfSpacing(),
+/// with an edge that extends.
 /// @return as resample(); ERR_INVALID_ARGUMENT for a source whose spacing is not finite.
 template <class T>
 VOLUX_RESAMPLE_API core::ErrorType resize(
@@ -131,7 +134,8 @@ struct ResampleRegion {
     unsigned int brickZ = 0;        ///< its z
 
     /// The box of the source that the output box reads: the brick to cut. Along an axis on which it
-    /// reads nothing but what Constant gives, one voxel. O(1); safe from any number of threads.
+    /// reads nothing but what Constant gives, one voxel; one in all where every position is outside
+    /// the field of view and the edge has ended. O(1); safe from any number of threads.
     /// @return ERR_NULL_POINTER, ERR_INVALID_ARGUMENT and ERR_INVALID_X, _Y, _Z (the output box) as
     ///         resample(); ERR_INVALID_ARGUMENT for a policy of the caller's own.
     VOLUX_RESAMPLE_API core::ErrorType support(const Grid& grid, core::Rect* box,
@@ -157,9 +161,10 @@ enum class Units {
 /// All channels, one after the other at each position.
 inline constexpr int kAllChannels = -1;
 
-/// Samples at `count` positions, which may be any doubles. `results` gets one number for each
-/// position, or one for each of its channels. They are of type T or double; a double is the reading
-/// itself, neither rounded nor saturated. Either array may be null if `count` is 0.
+/// Samples at `count` positions, which may be any doubles; the edge extends. `results` gets one
+/// number for each position, or one for each of its channels. They are of type T or double; a
+/// double is the reading itself, neither rounded nor saturated. Either array may be null if `count`
+/// is 0.
 /// @return as resample(); ERR_INVALID_CHANNEL for a channel that the source lacks, and then
 ///         ERR_INVALID_ARGUMENT for physical units of a source whose spacing is not finite, for
 ///         results that overlap the source or the positions, and for more of them than memory has
