@@ -105,10 +105,10 @@ core::Border* borderOf(B border)
 ///     -0.5 <= p < n - 0.5 on every axis    the bits of volux_core's call with Replication
 ///     anywhere else                        `outside`
 ///
-/// before a slab is projected. With `edgeExtends` it is volux_core's bits everywhere. So it is
-/// always in sample(), which repeats single calls, and in resize(), which keeps the field of view:
-/// its last centre may be on the edge, or beyond it by rounding (see gridOfSize() and
-/// gridOfSpacing()). Constant and policies of the caller's own read as ever.
+/// before a slab is projected. `edgeExtends` gives volux_core's bits everywhere. sample() and
+/// resize() always do: sample() repeats single calls, and resize() keeps the field of view, but for
+/// a last centre on its edge, or beyond it by rounding (see gridOfSize() and gridOfSpacing()).
+/// Constant and policies of the caller's own give their own values at all positions.
 struct Options {
     core::Interpolator* interpolator = &core::InterpolationType::LINEAR;  ///< the kernel
     core::Border* border = &core::InterpolationBorderType::REPLICATION;   ///< outside the image
