@@ -22,6 +22,7 @@ volux_add_library(resample
     src/resample/calls/Support.cpp
     src/resample/calls/View.cpp
     src/resample/rows/AlignedRows.cpp
+    src/resample/rows/FieldOfView.cpp
     src/resample/rows/ObliqueRows.cpp
     src/resample/rows/Processors.cpp
     src/resample/rows/Rows.cpp

@@ -5,8 +5,8 @@
 /// make no sense give a grid that every operation refuses with ERR_INVALID_ARGUMENT. Every function
 /// is O(1), allocates nothing, throws nothing and is safe from any number of threads.
 ///
-/// A grid may be anywhere: positions outside the source read what the border gives, and a grid that
-/// is wholly outside is served, too, because a part of a larger grid may well be.
+/// A grid may be anywhere: positions outside the source read what Options says, and a grid that is
+/// wholly outside is served, too, because a part of a larger grid may well be.
 #pragma once
 
 #include "volux/core/Geometry.h"
@@ -71,9 +71,9 @@ enum class Align {
 /// Where the source or the output has one voxel along an axis, CENTRES keeps the spacing (s = 1)
 /// and puts the middle of the output on the middle of the source. Its own formula would divide by
 /// 0, or give s = 0: several output voxels in one place, without a spacing. So several voxels made
-/// of one are one voxel of the source apart, and all but the middle read outside: Replication, the
-/// default, copies the voxel to them, and Constant shows around it. EDGES divides the field of view
-/// of the one voxel instead.
+/// of one are one voxel of the source apart, and all but the middle read outside: an edge that
+/// extends, as that of resize() does, copies the voxel to them, and Constant shows around it. EDGES
+/// divides the field of view of the one voxel instead.
 VOLUX_RESAMPLE_API Grid gridOfSize(const core::ImageSize& source, const core::VoxelSize& spacing,
                                    unsigned int width, unsigned int height, unsigned int depth,
                                    Align align);
@@ -93,7 +93,8 @@ VOLUX_RESAMPLE_API PlacedGrid gridOfSize(const Geometry& source, unsigned int wi
 /// many as there are whole steps between the first and the last centre, and one more. Two or more
 /// voxels keep the edge before the first voxel, or the first centre; one voxel reads the middle. No
 /// position is outside the field of view, or beyond the last centre, but for the rounding of
-/// positions. An extent that no image can have becomes 0, which every operation refuses.
+/// positions; with EDGES the last one may be on the edge, n - 0.5, which counts as outside. An
+/// extent that no image can have becomes 0, which every operation refuses.
 VOLUX_RESAMPLE_API Grid gridOfSpacing(const core::ImageSize& source, const core::VoxelSize& spacing,
                                       const core::VoxelSize& wanted, Align align);
 

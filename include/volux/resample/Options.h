@@ -98,17 +98,17 @@ core::Border* borderOf(B border)
 /// destination always keeps the fraction.
 ///
 /// The edge of Replication ends with the field of view. A voxel reaches half a voxel beyond its
-/// centre; farther out its copies would be a picture of nothing, smeared over the rest of a grid
-/// larger than the source. So resample() and reslice() with Replication give a position p in a
-/// source of n voxels, of which a brick may be a part:
+/// centre, and there its copies are right; farther out they are a picture of nothing, smeared to
+/// the end of a grid larger than the source. So a sample that resample() or reslice() take with
+/// Replication at a position p, from a source of n voxels, of which a brick may be a part, is
 ///
-///     outside    -0.5 <= p < n - 0.5 fails on any axis: `outside`, in each plane of a slab, too
-///     in view    it holds on every axis: the bits of volux_core's call with Replication
+///     -0.5 <= p < n - 0.5 on every axis    the bits of volux_core's call with Replication
+///     anywhere else                        `outside`
 ///
-/// `edgeExtends` gives volux_core's bits everywhere, as sample() and resize() always do: sample()
-/// because it repeats single calls, and resize() because it keeps the field of view, but for the
-/// rounding of positions and for voxels on or beyond its edge (see Align and gridOfSpacing()).
-/// Constant and policies of the caller's own know no view.
+/// before a slab is projected. `edgeExtends` gives volux_core's bits everywhere. sample() and
+/// resize() always do: sample() repeats single calls, and resize() keeps the field of view, but for
+/// a last centre on its edge, or beyond it by rounding (see gridOfSize() and gridOfSpacing()).
+/// Constant and policies of the caller's own give their own values at all positions.
 struct Options {
     core::Interpolator* interpolator = &core::InterpolationType::LINEAR;  ///< the kernel
     core::Border* border = &core::InterpolationBorderType::REPLICATION;   ///< outside the image

@@ -3,7 +3,8 @@
 ///
 /// Every sample has the bits that one call of volux_core gives at the same position, on every
 /// processor, with any number of threads and however the work is divided. The positions are those
-/// of AffineMap::operator().
+/// of AffineMap::operator(). On a grid the edge of Replication ends, unless it extends: outside the
+/// field of view its samples are Options::outside.
 ///
 /// Sources are a core::VxImage, an Image or a View, of any element type T of VxImage. They may have
 /// any strides. Nothing outside their rows along x is read, but the memory between the voxels of a
@@ -134,7 +135,7 @@ template <class T = detail::Deduced, class R = detail::Deduced, class Source, cl
                         detail::writable(destination), options);
 }
 
-/// Changes the number of voxels: resample() onto gridOfSize().
+/// Changes the number of voxels: resample() onto gridOfSize(), with an edge that extends.
 /// @return as resample(); ERR_INVALID_ARGUMENT for a source whose spacing is not finite.
 template <class T = detail::Deduced, class R = detail::Deduced, class Source, class Destination>
 [[nodiscard]] core::ErrorType resize(const Source& source, unsigned int width, unsigned int height,
@@ -151,7 +152,8 @@ template <class T = detail::Deduced, class R = detail::Deduced, class Source, cl
         detail::writable(destination), options);
 }
 
-/// Changes the spacing, in the physical units of the source's: resample() onto gridOfSpacing().
+/// Changes the spacing, in the physical units of the source's: resample() onto gridOfSpacing(),
+/// with an edge that extends.
 /// @return as resample(); ERR_INVALID_ARGUMENT for a source whose spacing is not finite.
 template <class T = detail::Deduced, class R = detail::Deduced, class Source, class Destination>
 [[nodiscard]] core::ErrorType resize(const Source& source, const core::VoxelSize& spacing,
@@ -178,7 +180,8 @@ struct ResampleRegion {
     unsigned int brickZ = 0;        ///< its z
 
     /// The box of the source that the output box reads: the brick to cut. Along an axis on which it
-    /// reads nothing but what Constant gives, one voxel. O(1); safe from any number of threads.
+    /// reads nothing but what Constant gives, one voxel; one in all where every position is outside
+    /// the field of view and the edge has ended. O(1); safe from any number of threads.
     /// @return ERR_NULL_POINTER, ERR_INVALID_ARGUMENT and ERR_INVALID_X, _Y, _Z (the output box) as
     ///         resample(); ERR_INVALID_ARGUMENT for a policy of the caller's own.
     [[nodiscard]] VOLUX_RESAMPLE_API core::ErrorType support(
@@ -251,7 +254,7 @@ VOLUX_RESAMPLE_API core::ErrorType sampleAt(const View<const void>& source, cons
 
 }  // namespace detail
 
-/// Samples at `count` positions, which may be any doubles. `results` gets one number for each
+/// Samples at `count` positions, which may be any doubles; the edge extends. `results` gets one number for each
 /// position, or one for each of its channels. They are of type T, float or double, and a float or
 /// double is the reading itself. Any array may be null if `count` is 0.
 /// @return as resample(); ERR_INVALID_CHANNEL for a channel that the source lacks, and then

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "exact/Rules.h"
+#include "resample/rows/FieldOfView.h"
 
 namespace volux::resample::detail {
 
@@ -13,23 +14,6 @@ struct Indices {
     unsigned int first;
     unsigned int last;
 };
-
-// Each step of a position rounds, and rounding keeps the order: the least and the greatest
-// coordinate of a box are those of its corners.
-void extremes(const AffineMap& map, const core::Rect& box, Position& least, Position& greatest)
-{
-    for (int corner = 0; corner < 8; ++corner) {
-        const Position p = map((corner & 1) != 0 ? box.xEnd : box.xStart,
-                               (corner & 2) != 0 ? box.yEnd : box.yStart,
-                               (corner & 4) != 0 ? box.zEnd : box.zStart);
-        least = corner == 0 ? p
-                            : Position{std::fmin(least.x, p.x), std::fmin(least.y, p.y),
-                                       std::fmin(least.z, p.z)};
-        greatest = corner == 0 ? p
-                               : Position{std::fmax(greatest.x, p.x), std::fmax(greatest.y, p.y),
-                                          std::fmax(greatest.z, p.z)};
-    }
-}
 
 int firstNeighbour(Kernel kernel, double position)
 {
@@ -69,26 +53,17 @@ Indices readInView(Kernel kernel, double least, double greatest, unsigned int ex
     return read(kernel, clamped(least), clamped(greatest), extent);
 }
 
-bool isOutOfView(double least, double greatest, unsigned int extent)
-{
-    return greatest < -0.5 || least >= extent - 0.5;
-}
-
 }  // namespace
 
 core::Rect supportOf(const AffineMap& map, const core::Rect& output, const ResampleRegion& region,
                      const Reading& reading)
 {
-    Position least = {};
-    Position greatest = {};
-    extremes(map, output, least, greatest);
+    const Reach all = reachOf(map, output);
     const auto along = reading.edgeEnds ? readInView : read;
-    const Indices x = along(reading.kernel, least.x, greatest.x, region.sourceWidth);
-    const Indices y = along(reading.kernel, least.y, greatest.y, region.sourceHeight);
-    const Indices z = along(reading.kernel, least.z, greatest.z, region.sourceDepth);
-    if (reading.edgeEnds && (isOutOfView(least.x, greatest.x, region.sourceWidth) ||
-                             isOutOfView(least.y, greatest.y, region.sourceHeight) ||
-                             isOutOfView(least.z, greatest.z, region.sourceDepth))) {
+    const Indices x = along(reading.kernel, all.least.x, all.greatest.x, region.sourceWidth);
+    const Indices y = along(reading.kernel, all.least.y, all.greatest.y, region.sourceHeight);
+    const Indices z = along(reading.kernel, all.least.z, all.greatest.z, region.sourceDepth);
+    if (reading.edgeEnds && isOutOfView(all, region)) {
         return {x.first, x.first, y.first, y.first, z.first, z.first};  // nothing, near by
     }
     return {x.first, x.last, y.first, y.last, z.first, z.last};

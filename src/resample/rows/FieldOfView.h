@@ -4,6 +4,8 @@
 
 #include <cstddef>
 
+#include "volux/resample/Resample.h"
+
 namespace volux::resample::detail {
 
 // NaN is outside. Both ends are exact.
@@ -32,5 +34,19 @@ inline Range inView(Range range, const double* coordinates, unsigned int extent)
     }
     return range;
 }
+
+// The coordinates of a box of a grid, which are those of its corners or between them.
+struct Reach {
+    Position least;
+    Position greatest;
+};
+
+Reach reachOf(const AffineMap& map, const core::Rect& box);
+
+// Whether all positions are in view of a region's source. A reach that has a NaN is not.
+bool isInView(const Reach& reach, const ResampleRegion& region);
+
+// Whether no position is, since one axis has none.
+bool isOutOfView(const Reach& reach, const ResampleRegion& region);
 
 }  // namespace volux::resample::detail

@@ -72,61 +72,75 @@ void ObliqueRows::fillBox(unsigned int yFirst, unsigned int zFirst) const
     const UntypedImage& to = task_.destination;
     const unsigned int yEnd = yFirst + std::min(boxRows_, to.height - yFirst);
     const unsigned int zEnd = zFirst + std::min(boxSlices_, to.depth - zFirst);
-    Block block;
+    Part part;
     for (unsigned int x = 0; x < to.width; x += kColumns) {
-        block.count = std::min(kColumns, to.width - x);
+        part.count = std::min(kColumns, to.width - x);
+        part.isRead = isRead(x, static_cast<unsigned int>(part.count), yFirst, yEnd, zFirst, zEnd);
         for (unsigned int z = zFirst; z < zEnd; ++z) {
             for (unsigned int y = yFirst; y < yEnd; ++y) {
                 for (unsigned int c = 0; c < to.channels; ++c) {
-                    fill(x, y, z, c, block);
+                    fill(x, y, z, c, part);
                 }
             }
         }
     }
 }
 
+// Whether every position of some columns of a box is read.
+bool ObliqueRows::isRead(unsigned int x, unsigned int columns, unsigned int y, unsigned int yEnd,
+                         unsigned int z, unsigned int zEnd) const
+{
+    const core::Rect& box = task_.output;
+    const unsigned int planes = task_.slab.planes;
+    const core::Rect positions(box.xStart + x, box.xStart + x + columns - 1, box.yStart + y,
+                               box.yStart + yEnd - 1, box.zStart + z * planes,
+                               box.zStart + zEnd * planes - 1);
+    return !task_.source.reading.edgeEnds ||
+           isInView(reachOf(task_.map, positions), task_.source.region);
+}
+
 void ObliqueRows::fill(unsigned int x, unsigned int y, unsigned int z, unsigned int c,
-                       Block& block) const
+                       Part& part) const
 {
     const UntypedImage& to = task_.destination;
     double projected[kColumns];
-    const double* readings = block.readings;
-    takePlane(x, y, task_.slab.planes * std::size_t{z}, c, block);
+    const double* readings = part.readings;
+    takePlane(x, y, task_.slab.planes * std::size_t{z}, c, part);
     if (task_.slab.planes > 1) {
-        std::copy_n(block.readings, block.count, projected);
-        projectPlanes(x, y, z, c, block, projected);
+        std::copy_n(part.readings, part.count, projected);
+        projectPlanes(x, y, z, c, part, projected);
         readings = projected;
     }
-    storeElements({to.type, overflow_}, readings, block.count, to.strideX, to.at(x, y, z, c));
+    storeElements({to.type, overflow_}, readings, part.count, to.strideX, to.at(x, y, z, c));
 }
 
 void ObliqueRows::projectPlanes(unsigned int x, unsigned int y, unsigned int z, unsigned int c,
-                                Block& block, double* projected) const
+                                Part& part, double* projected) const
 {
     const Slab& slab = task_.slab;
     for (unsigned int plane = 1; plane < slab.planes; ++plane) {
-        takePlane(x, y, slab.planes * std::size_t{z} + plane, c, block);
-        project(slab.projection, block.readings, block.count, projected);
+        takePlane(x, y, slab.planes * std::size_t{z} + plane, c, part);
+        project(slab.projection, part.readings, part.count, projected);
     }
-    for (std::size_t n = 0; slab.projection == Projection::MEAN && n < block.count; ++n) {
+    for (std::size_t n = 0; slab.projection == Projection::MEAN && n < part.count; ++n) {
         projected[n] /= slab.planes;
     }
 }
 
-// The samples of a block of one row of one plane of the grid.
+// The samples of a part of one row of one plane of the grid.
 void ObliqueRows::takePlane(unsigned int x, unsigned int y, std::size_t plane, unsigned int c,
-                            Block& block) const
+                            Part& part) const
 {
     const core::Rect& box = task_.output;
     const auto& rows = task_.map.rows;
     const Position row =
         rowOf(task_.map, box.yStart + y, box.zStart + static_cast<unsigned int>(plane));
     const Position step = {rows[0][0], rows[1][0], rows[2][0]};
-    fillPositions(row, step, box.xStart + x, block);
-    if (task_.source.reading.edgeEnds) {
-        readInView(row, step, box.xStart + x, c, block);
+    fillPositions(row, step, box.xStart + x, part);
+    if (part.isRead) {
+        task_.source.read(c, part);
     } else {
-        task_.source.read(c, block);
+        readInView(row, step, box.xStart + x, c, part);
     }
 }
 

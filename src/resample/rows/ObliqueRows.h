@@ -18,12 +18,18 @@ public:
     void operator()(std::size_t first, std::size_t end) const;
 
 private:
+    struct Part : Block {
+        bool isRead;  // all of it, in every row of the box
+    };
+
     void fillBox(unsigned int yFirst, unsigned int zFirst) const;
-    void fill(unsigned int x, unsigned int y, unsigned int z, unsigned int c, Block& block) const;
-    void projectPlanes(unsigned int x, unsigned int y, unsigned int z, unsigned int c, Block& block,
+    bool isRead(unsigned int x, unsigned int columns, unsigned int y, unsigned int yEnd,
+                unsigned int z, unsigned int zEnd) const;
+    void fill(unsigned int x, unsigned int y, unsigned int z, unsigned int c, Part& part) const;
+    void projectPlanes(unsigned int x, unsigned int y, unsigned int z, unsigned int c, Part& part,
                        double* projected) const;
     void takePlane(unsigned int x, unsigned int y, std::size_t plane, unsigned int c,
-                   Block& block) const;
+                   Part& part) const;
     void readInView(Position row, Position step, unsigned int first, unsigned int c,
                     Block& block) const;
 

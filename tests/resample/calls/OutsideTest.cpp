@@ -68,13 +68,13 @@ class Outside : public ::testing::Test {
 protected:
     // One voxel at a position on one axis, in the middle of the others: by a map along the axes,
     // and by one that is not, whose products with index 0 vanish as well.
-    static void compare(const VxImage<T>& source, int axis, const Boundary& boundary)
+    static void compare(const VxImage<T>& source, std::size_t axis, const Boundary& boundary)
     {
         for (const double slope : {0.0, 0.25})
             for (Interpolator* const interpolator : kInterpolators) {
                 AffineMap map;
                 map.rows[0][1] = map.rows[1][2] = slope;
-                for (int n = 0; n < 3; ++n)
+                for (std::size_t n = 0; n < 3; ++n)
                     map.rows[n][3] = n == axis ? boundary.position : 1.0;
                 const Options options(interpolator, Replication(), kOutside);
                 VxImage<T> result;
@@ -96,7 +96,7 @@ TYPED_TEST(Outside, BeginsHalfAVoxelBeyondTheCentres)
         const WrappedVolume<TypeParam> scene(smallVoxels<TypeParam>(extents));
         const std::array<unsigned int, 3> sizes{extents.width, extents.height, extents.depth};
         forEachInstructionSet([&] {
-            for (int axis = 0; axis < 3; ++axis)
+            for (std::size_t axis = 0; axis < 3; ++axis)
                 for (const Boundary& boundary : boundariesOf(sizes.at(axis)))
                     this->compare(scene.image, axis, boundary);
         });
