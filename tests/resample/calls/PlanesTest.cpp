@@ -309,26 +309,29 @@ Position helix(double t)
     return {3 * std::cos(t), 3 * std::sin(t), 4 * t};
 }
 
-// How far the last plane has turned from where it should be.
-double twistOfHelix(std::size_t count)
+// How far a plane is from where it should be, so many points before the end of a helix.
+double errorOnHelix(std::size_t count, std::size_t before)
 {
     constexpr double kLength = 5.0;
     const Position up = {-1, 0, 0};  // the helix's normal at t = 0
-    const Geometry last = planesAlong(pointsOf(helix, count, kLength), up, 3, 3, kHalf).back();
-    const double c = std::cos(kLength);
-    const double s = std::sin(kLength);
-    const Triple normal{-c, -s, 0};
-    const Triple binormal = cross({-0.6 * s, 0.6 * c, 0.8}, normal);
-    const double turned = -0.8 * kLength;
+    const std::vector<Geometry> planes =
+        planesAlong(pointsOf(helix, count, kLength), up, 3, 3, kHalf);
+    const std::size_t n = count - 1 - before;
+    const double t = kLength * static_cast<double>(n) / static_cast<double>(count - 1);
+    const Triple normal{-std::cos(t), -std::sin(t), 0};
+    const Triple binormal = cross({-0.6 * std::sin(t), 0.6 * std::cos(t), 0.8}, normal);
+    const double turned = -0.8 * t;
     const Triple expected =
         plus(times(normal, std::cos(turned)), times(binormal, std::sin(turned)));
-    return sizeOf(plus(columnOf(last, 1), expected));  // down is -up
+    return sizeOf(plus(columnOf(planes[n], 1), expected));  // down is -up
 }
 
 TEST(PlanesAlong, TurnsAboutAHelixAsLittleAsItCan)
 {
-    EXPECT_LT(twistOfHelix(4000), 4e-3);
-    EXPECT_LT(twistOfHelix(16000), 1e-3);
+    EXPECT_LT(errorOnHelix(501, 1), 4e-5);
+    EXPECT_LT(errorOnHelix(1001, 1), 1e-5);  // a quarter
+    EXPECT_LT(errorOnHelix(501, 0), 2e-3);
+    EXPECT_LT(errorOnHelix(1001, 0), 1e-3);  // half
 }
 
 TEST(PlanesAlong, TakesAPointTwice)
