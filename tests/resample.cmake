@@ -1,7 +1,10 @@
 set(VOLUX_RESAMPLE_TESTS
     resample/calls/AffineMapTest.cpp
+    resample/calls/GeometryTest.cpp
     resample/calls/GridTest.cpp
     resample/calls/OutsideTest.cpp
+    resample/calls/PlacedGridTest.cpp
+    resample/calls/PlanesTest.cpp
     resample/calls/PoliciesWithoutRtti.cpp
     resample/calls/PoliciesWithoutRttiTest.cpp
     resample/calls/RefusalsTest.cpp

@@ -117,8 +117,7 @@ VOLUX_RESAMPLE_API Grid gridOfPlanes(const Planes& planes);
 ///
 /// With a slab of n planes the result lies in the middle of each slab, and the grid reads there:
 /// its origin is planes.origin + step * ((n - 1) / 2), its third step is step * n. To make the
-/// slabs themselves, pass the planes to reslice(), with the spacing of this grid.
-/// @param slab planes in a slab, as Slab::planes
+/// slabs themselves, pass the planes to reslice(), with the spacing of this grid and Slab{n}.
 VOLUX_RESAMPLE_API PlacedGrid gridOfPlanes(const Geometry& source, const Planes& planes,
                                            unsigned int slab = 1);
 

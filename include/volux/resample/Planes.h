@@ -62,19 +62,19 @@ struct Planes {
 ///     origin = (centre - across * (spacing.x * ((width - 1) / 2)))
 ///                     - down * (spacing.y * ((height - 1) / 2))
 ///
-/// `up` is projected into the plane, so it may lean; parallel to the normal, it has no answer. For
-/// more planes along the normal, spacing.z apart, set the result's `depth`.
-/// @param spacing along x and y between pixels, along z between planes, in world units
+/// `up` is projected into the plane, so it may lean; parallel to the normal, it has no answer.
+/// `spacing` is in world units: along x and y between pixels, along z between planes. For more
+/// planes along the normal, set the result's `depth`.
 VOLUX_RESAMPLE_API Geometry planeAt(const Position& centre, const Position& normal,
                                     const Position& up, unsigned int width, unsigned int height,
                                     const core::VoxelSize& spacing);
 
 /// The plane in the world through three points: the centre of pixel (0, 0), a point that its row
-/// runs to, and one on the side of the next rows. Points on a line have no answer.
+/// runs to, and one on the side of the next rows. Points on a line have no answer. The spacing is
+/// as in planeAt().
 ///
 ///     across = unit(along - first), normal = perpendicular(across, unit(below - first)),
 ///     down = normal x across
-/// @param spacing as in planeAt()
 VOLUX_RESAMPLE_API Geometry planeThrough(const Position& first, const Position& along,
                                          const Position& below, unsigned int width,
                                          unsigned int height, const core::VoxelSize& spacing);
@@ -88,7 +88,8 @@ VOLUX_RESAMPLE_API Geometry planeThrough(const Position& first, const Position& 
 VOLUX_RESAMPLE_API Geometry stackAlong(const Geometry& plane, const Position& direction,
                                        double distance, unsigned int count);
 
-/// A plane for each point of a curve in the world: centred on it, with the tangent for its normal.
+/// A plane for each point of a curve in the world: centred on it, with the tangent for its normal,
+/// and with a spacing as in planeAt().
 ///
 /// The tangent t is unit(point after - point before); at the ends, where one is missing, the end
 /// itself takes its place. The first plane is planeAt() with `up`. From there the picture turns
@@ -101,7 +102,6 @@ VOLUX_RESAMPLE_API Geometry stackAlong(const Geometry& plane, const Position& di
 ///
 /// From a point without a tangent on, or with one opposite to that before, there is no answer.
 /// O(points); allocates the result alone, and throws std::bad_alloc without memory for it.
-/// @param spacing as in planeAt()
 VOLUX_RESAMPLE_API std::vector<Geometry> planesAlong(const std::vector<Position>& points,
                                                      const Position& up, unsigned int width,
                                                      unsigned int height,
@@ -113,8 +113,8 @@ VOLUX_RESAMPLE_API std::vector<Geometry> planesAlong(const std::vector<Position>
 ///
 /// With the grid gridBetween(output, source): across, down and the origin are its columns,
 /// step = column / slab, and the origin moves by -step * ((slab - 1) / 2). The extents and the
-/// spacing are those of `output`.
-/// @param slab planes in a slab, as Slab::planes; 0 gives planes that every operation refuses
+/// spacing are those of `output`. `slab` is Slab::planes; 0 gives planes that every operation
+/// refuses.
 VOLUX_RESAMPLE_API Planes planesBetween(const Geometry& output, const Geometry& source,
                                         unsigned int slab = 1);
 

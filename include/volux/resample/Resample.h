@@ -254,9 +254,9 @@ VOLUX_RESAMPLE_API core::ErrorType sampleAt(const View<const void>& source, cons
 
 }  // namespace detail
 
-/// Samples at `count` positions, which may be any doubles; the edge extends. `results` gets one number for each
-/// position, or one for each of its channels. They are of type T, float or double, and a float or
-/// double is the reading itself. Any array may be null if `count` is 0.
+/// Samples at `count` positions, which may be any doubles; the edge extends. `results` gets one
+/// number for each position, or one for each of its channels. They are of type T, float or double,
+/// and a float or double is the reading itself. Any array may be null if `count` is 0.
 /// @return as resample(); ERR_INVALID_CHANNEL for a channel that the source lacks, and then
 ///         ERR_INVALID_ARGUMENT for physical units of a source whose spacing is not finite, for
 ///         results that overlap the source or the positions, and for more of either than memory has
