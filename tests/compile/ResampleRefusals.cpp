@@ -66,6 +66,22 @@ struct OwnBorder : Border {
     volux::resample::resample<int>(image, grid, result);
 #elif CASE == 20  // with the types of its arguments, or without any
     volux::resample::resample<short, float>(image, grid, result);
+#elif CASE == 21  // ignoring return value of
+    volux::resample::resample(image, grid, result);
+#elif CASE == 22  // ignoring return value of
+    volux::resample::resample(image, grid, ResampleRegion(), result);
+#elif CASE == 23  // ignoring return value of
+    volux::resample::reslice(image, Planes(), result);
+#elif CASE == 24  // ignoring return value of
+    volux::resample::resize(image, 1, 1, 1, Align::EDGES, result);
+#elif CASE == 25  // ignoring return value of
+    volux::resample::resize(image, VoxelSize(1, 1, 1), Align::EDGES, result);
+#elif CASE == 26  // ignoring return value of
+    sample(image, &place, 1, Units::VOXELS, 0, result->getBufferPointer());
+#elif CASE == 27  // ignoring return value of
+    sample(image, grid.map, &place, 1, 0, result->getBufferPointer());
+#elif CASE == 28  // ignoring return value of
+    ResampleRegion().support(grid, nullptr);
 #endif
 }
 

@@ -11,7 +11,8 @@ CASE = re.compile(r"^#(?:if|elif) CASE == (\d+)\s+// (.+)$", re.MULTILINE)
 
 
 def compile_case(number):
-    command = [compiler, "-std=c++17", "-fsyntax-only", f"-I{include}", f"-DCASE={number}", source]
+    command = [compiler, "-std=c++17", "-fsyntax-only", "-Werror=unused-result", f"-I{include}",
+               f"-DCASE={number}", source]
     return subprocess.run(command, capture_output=True, text=True,
                           env={"LC_ALL": "C", "PATH": "/usr/bin:/bin"})
 

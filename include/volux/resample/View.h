@@ -74,7 +74,7 @@ struct ElementTag<const void> : RunTimeTag {
 /// on the strides.
 template <class T>
 struct View : detail::ElementTag<T>, VoxelLayout {
-    using Element = T;
+    using Element = T;  ///< of the voxels, const or not
 
     T* data = nullptr;  ///< of voxel (0, 0, 0), wherever in the memory that is
 

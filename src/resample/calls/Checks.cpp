@@ -7,6 +7,8 @@
 
 #include "exact/ElementTypes.h"
 
+#include "volux/core/detail/ElementTypes.inc"
+
 namespace volux::resample::detail {
 
 using core::ErrorType;
@@ -22,7 +24,9 @@ bool isExtent(std::uint64_t extent)
 
 bool isElementType(core::DataType type)
 {
-    return type >= core::DT_SHORT && type <= core::DT_DOUBLE;
+#define VOLUX_IS_TAG(T) type == core::detail::tagOf<T>() ||
+    return VOLUX_FOR_EACH_ELEMENT_TYPE(VOLUX_IS_TAG) false;
+#undef VOLUX_IS_TAG
 }
 
 bool isServed(core::DataType source, core::DataType result)
@@ -221,3 +225,5 @@ ErrorType checkDestination(const View<const void>& source, const View<void>& des
 }
 
 }  // namespace volux::resample::detail
+
+#undef VOLUX_FOR_EACH_ELEMENT_TYPE
