@@ -21,7 +21,6 @@
 
 #include "volux/adapt/detail/Handover.h"
 
-/// Images of other libraries, where they are.
 namespace volux::adapt {
 
 namespace detail {

@@ -60,7 +60,8 @@ inline Place somePlace(Random& random, bool isLeftHanded)
     return place;
 }
 
-/// The world point of a voxel, counted from the first one of the memory: the definition of Geometry.
+/// The world point of a voxel, counted from the first one of the memory: the definition of
+/// Geometry.
 inline Point worldOf(const Geometry& geometry, double i, double j, double k)
 {
     const Point steps = {geometry.spacing.x * i, geometry.spacing.y * j, geometry.spacing.z * k};
@@ -95,8 +96,8 @@ template <class View>
 auto& element(const View& view, unsigned int i, unsigned int j, unsigned int k,
               unsigned int channel = 0)
 {
-    return view.data[view.strideX * i + view.strideY * j + view.strideZ * k +
-                     view.strideC * channel];
+    return view
+        .data[view.strideX * i + view.strideY * j + view.strideZ * k + view.strideC * channel];
 }
 
 /// The sentence by which a call is refused, or "" if it is not.

@@ -64,7 +64,8 @@ void fill(Image& image, const Place& place, unsigned int channels)
 }
 
 template <class T>
-class Itk : public ::testing::Test {};
+class Itk : public ::testing::Test {
+};
 TYPED_TEST_SUITE(Itk, ElementTypes, ElementTypeNames);
 
 TYPED_TEST(Itk, AViewReadsAndWritesThePixelsOfEveryIndex)
@@ -99,8 +100,8 @@ TYPED_TEST(Itk, AnImageOfAViewHasItsMemoryAndItsPlace)
         EXPECT_EQ(back->GetDirection(), image->GetDirection());
         forEachVoxel(place.size, [&](unsigned int i, unsigned int j, unsigned int k) {
             const Point world = worldOf(geometry, i, j, k);
-            expectSamePoint(
-                world, back->template TransformIndexToPhysicalPoint<double>({{i, j, k}}));
+            expectSamePoint(world,
+                            back->template TransformIndexToPhysicalPoint<double>({{i, j, k}}));
             EXPECT_EQ(&back->GetPixel({{i, j, k}}), &image->GetPixel(indexOf(place, i, j, k)));
         });
     });
@@ -113,8 +114,8 @@ TYPED_TEST(Itk, ANewImageHasThePlaceThatWasAskedFor)
         const auto made = newItkImage<TypeParam>(geometryOf(image));
         EXPECT_NE(made->GetBufferPointer(), nullptr);
         const auto last = indexOf(place, place.size[0] - 1, place.size[1] - 1, place.size[2] - 1);
-        const Point world = worldOf(geometryOf(made), place.size[0] - 1, place.size[1] - 1,
-                                    place.size[2] - 1);
+        const Point world =
+            worldOf(geometryOf(made), place.size[0] - 1, place.size[1] - 1, place.size[2] - 1);
         expectSamePoint(world, image->template TransformIndexToPhysicalPoint<double>(last));
         EXPECT_EQ(viewOf(made).data, made->GetBufferPointer());
     });
@@ -233,8 +234,7 @@ TEST(ItkRefusals, ViewsThatItkCanNotDescribe)
     geometry.width = geometry.height = geometry.depth = 2;
     const View<short> good(memory.data(), 2, 2, 2);
     EXPECT_EQ(refusal([&] { itkImageOf(good, geometry); }), "");
-    for (auto stride :
-         {&View<short>::strideX, &View<short>::strideY, &View<short>::strideZ}) {
+    for (auto stride : {&View<short>::strideX, &View<short>::strideY, &View<short>::strideZ}) {
         View<short> gaps = good;
         gaps.*stride += 1;
         EXPECT_THAT_CALL_IS_REFUSED(itkImageOf(gaps, geometry), "not contiguous");
