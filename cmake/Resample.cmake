@@ -10,7 +10,10 @@ endif()
 volux_add_library(resample
     src/resample/calls/AffineMap.cpp
     src/resample/calls/Checks.cpp
+    src/resample/calls/Directions.cpp
+    src/resample/calls/Geometry.cpp
     src/resample/calls/Grid.cpp
+    src/resample/calls/Planes.cpp
     src/resample/calls/Policies.cpp
     src/resample/calls/Resample.cpp
     src/resample/calls/Sample.cpp

@@ -3,6 +3,8 @@
 #pragma once
 
 #include "volux/resample/AffineMap.h"
+#include "volux/resample/Geometry.h"
 #include "volux/resample/Grid.h"
 #include "volux/resample/Options.h"
+#include "volux/resample/Planes.h"
 #include "volux/resample/Resample.h"

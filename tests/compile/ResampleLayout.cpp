@@ -8,6 +8,7 @@ namespace volux::resample {
 static_assert(sizeof(Options) == 96);
 static_assert(sizeof(Grid) == 136);
 static_assert(sizeof(Geometry) == 136);
+static_assert(sizeof(PlacedGrid) == 272);
 static_assert(sizeof(Planes) == 136);
 static_assert(sizeof(Slab) == 8);
 static_assert(sizeof(ResampleRegion) == 48);

@@ -11,8 +11,10 @@ EXPECTED = collections.Counter(
     [f"{call}<{element}>" for element in TYPES
      for call in ("resample", "resample", "reslice", "resize", "resize")]
     + [f"sample<{element}, {result}>" for element in TYPES for result in {element, "double"}]
-    + ["gridBetween", "gridOfSize", "gridOfSpacing", "gridOfPlanes", "AffineMap::operator()",
-       "AffineMap::isInvertible", "ResampleRegion::support"])
+    + 2 * ["gridOfSize", "gridOfSpacing", "gridOfPlanes", "AffineMap::operator()"]
+    + ["gridBetween", "gridOfCrop", "geometryOf", "planeAt", "planeThrough", "stackAlong",
+       "planesAlong", "planesBetween", "Geometry::toWorld", "Geometry::toVoxels",
+       "Geometry::refusal", "AffineMap::isInvertible", "ResampleRegion::support"])
 
 
 def exported(library):

@@ -18,7 +18,8 @@ struct Position {
     double z;  ///< along z
 };
 
-/// An affine map from the indices of output voxels to positions in the source, both in voxels.
+/// An affine map: from the indices of output voxels to positions in the source, both in voxels, if
+/// it is a grid's; between voxels and the world, if it is a geometry's.
 ///
 /// `rows[0]` gives x, `rows[1]` y and `rows[2]` z. The first three columns are the steps of i, j
 /// and k; the last column is the position of output voxel (0, 0, 0). A new map is the identity.
@@ -34,6 +35,10 @@ struct AffineMap {
     /// the library, so no flag of the caller's fuses or reorders them. Any map is taken; one with
     /// infinite or NaN elements gives such positions.
     VOLUX_RESAMPLE_API Position operator()(unsigned int i, unsigned int j, unsigned int k) const;
+
+    /// The same for a fractional index, with i = index.x, j = index.y and k = index.z; at whole
+    /// numbers it has the same bits.
+    VOLUX_RESAMPLE_API Position operator()(const Position& index) const;
 
     /// Whether all elements are finite and the three steps span a volume. Every operation that
     /// takes a grid refuses other maps.

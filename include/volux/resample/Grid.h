@@ -12,6 +12,8 @@
 #include "volux/core/Geometry.h"
 #include "volux/resample/AffineMap.h"
 #include "volux/resample/Export.h"
+#include "volux/resample/Geometry.h"
+#include "volux/resample/Planes.h"
 
 namespace volux::resample {
 
@@ -25,16 +27,22 @@ struct Grid {
     AffineMap map;  ///< from voxels of the result to voxels of the source; must be invertible
 };
 
-/// An image in the world, as most file formats describe it: voxel (i, j, k) is at
-/// origin + direction * (spacing * (i, j, k)).
-struct Geometry {
-    unsigned int width = 0;                              ///< voxels along x
-    unsigned int height = 0;                             ///< voxels along y
-    unsigned int depth = 0;                              ///< voxels along z
-    core::VoxelSize spacing = core::VoxelSize(1, 1, 1);  ///< world units per voxel
-    Position origin = {0, 0, 0};  ///< centre of voxel (0, 0, 0), in world units
-    double direction[3][3] = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}};  ///< column n: where axis n points
+/// A grid, and where its result lies in the world: voxel (i, j, k) of `geometry` is where
+/// `grid.map(i, j, k)` reads the source, but for rounding. `auto [grid, geometry] = ...` takes
+/// both.
+struct PlacedGrid {
+    Grid grid;          ///< for resample()
+    Geometry geometry;  ///< of the result
 };
+
+/// Where the result of any grid lies, if its source lies at `source`.
+///
+/// With W = source.toWorld() and the grid's map M, the origin is W(M(0, 0, 0)), and step c has the
+/// elements (W[r][0] * M[0][c] + W[r][1] * M[1][c]) + W[r][2] * M[2][c]. The spacing is the length
+/// of each step, and the direction is the step divided by it. The spacing of the grid is not used.
+/// The length of a vector is sqrt((x * x + y * y) + z * z), computed after a division by the power
+/// of two that brings its largest element to at least 1/2 and below 1.
+VOLUX_RESAMPLE_API Geometry geometryOf(const Geometry& source, const Grid& grid);
 
 /// The grid that brings a source at one place in the world to the voxels of another image.
 ///
@@ -70,6 +78,14 @@ VOLUX_RESAMPLE_API Grid gridOfSize(const core::ImageSize& source, const core::Vo
                                    unsigned int width, unsigned int height, unsigned int depth,
                                    Align align);
 
+/// The same for a source in the world, and where the result lies.
+///
+/// The first voxel of the result is not where the first one of the source is: with EDGES its centre
+/// moves by half the difference of the spacings, because the edge stays. The origin is
+/// source.toWorld()(grid.map(0, 0, 0)), the spacing the grid's, and the direction the source's.
+VOLUX_RESAMPLE_API PlacedGrid gridOfSize(const Geometry& source, unsigned int width,
+                                         unsigned int height, unsigned int depth, Align align);
+
 /// The grid of a change to another spacing, which the result has exactly; s = output spacing /
 /// source spacing.
 ///
@@ -81,28 +97,28 @@ VOLUX_RESAMPLE_API Grid gridOfSize(const core::ImageSize& source, const core::Vo
 VOLUX_RESAMPLE_API Grid gridOfSpacing(const core::ImageSize& source, const core::VoxelSize& spacing,
                                       const core::VoxelSize& wanted, Align align);
 
-/// One oblique plane or a stack of them, in voxels of the source: pixel (i, j) of plane k is at
-/// origin + i * across + j * down + k * step.
-///
-/// With a slab of n planes the result's plane p combines the planes k = p * n to p * n + n - 1:
-///
-///     k        0     1     2     3     4     5      step leads from one to the next
-///              |-----|-----|     |-----|-----|
-///     result         0                 1            Slab{3}: three steps apart
-struct Planes {
-    Position origin = {0, 0, 0};  ///< of pixel (0, 0) of the first plane
-    Position across = {1, 0, 0};  ///< from a pixel to the next one along x
-    Position down = {0, 1, 0};    ///< from a pixel to the next one along y
-    Position step = {0, 0, 0};    ///< from a plane k to k + 1, also in a slab; zeros: across x down
-    unsigned int width = 0;       ///< pixels along x
-    unsigned int height = 0;      ///< pixels along y
-    unsigned int count = 1;       ///< planes of the result
-    /// The result's, in physical units per voxel. It is not derived from the steps.
-    core::VoxelSize spacing = core::VoxelSize(1, 1, 1);
-};
+/// The same for a source in the world, and where the result lies: as for gridOfSize().
+VOLUX_RESAMPLE_API PlacedGrid gridOfSpacing(const Geometry& source, const core::VoxelSize& wanted,
+                                            Align align);
+
+/// The voxels of a box of the source as they are, and where the box lies: the origin is
+/// source.toWorld()(xStart, yStart, zStart), and spacing and direction are the source's. A box that
+/// exceeds the source reads what the border gives; an empty one has an extent of 0, which every
+/// operation refuses.
+VOLUX_RESAMPLE_API PlacedGrid gridOfCrop(const Geometry& source, const core::Rect& box);
 
 /// The grid of a stack of planes, whose depth is `count`. Axes that span no volume give a map that
 /// every operation refuses.
 VOLUX_RESAMPLE_API Grid gridOfPlanes(const Planes& planes);
+
+/// The same for a source in the world, and where the result lies: as geometryOf(), which also gives
+/// the spacing that the result should have. `planes.spacing` is not used.
+///
+/// With a slab of n planes the result lies in the middle of each slab, and the grid reads there:
+/// its origin is planes.origin + step * ((n - 1) / 2), its third step is step * n. To make the
+/// slabs themselves, pass the planes to reslice(), with the spacing of this grid.
+/// @param slab planes in a slab, as Slab::planes
+VOLUX_RESAMPLE_API PlacedGrid gridOfPlanes(const Geometry& source, const Planes& planes,
+                                           unsigned int slab = 1);
 
 }  // namespace volux::resample

@@ -10,11 +10,6 @@ namespace volux::resample {
 
 namespace {
 
-double coordinate(const double (&row)[4], double i, double j, double k)
-{
-    return exact::along(exact::rowStart(row, j, k), row[0], i);
-}
-
 double determinant(const detail::Matrix& m)
 {
     return (m[0][0] * (m[1][1] * m[2][2] - m[1][2] * m[2][1]) -
@@ -26,8 +21,16 @@ double determinant(const detail::Matrix& m)
 
 Position AffineMap::operator()(unsigned int i, unsigned int j, unsigned int k) const
 {
-    return {coordinate(rows[0], i, j, k), coordinate(rows[1], i, j, k),
-            coordinate(rows[2], i, j, k)};
+    return (*this)(
+        Position{static_cast<double>(i), static_cast<double>(j), static_cast<double>(k)});
+}
+
+Position AffineMap::operator()(const Position& index) const
+{
+    const auto coordinate = [&](const double(&row)[4]) {
+        return exact::along(exact::rowStart(row, index.y, index.z), row[0], index.x);
+    };
+    return {coordinate(rows[0]), coordinate(rows[1]), coordinate(rows[2])};
 }
 
 bool AffineMap::isInvertible() const

@@ -3,15 +3,12 @@
 #include <algorithm>
 #include <cmath>
 
-#include "Matrix.h"
+#include "Directions.h"
+#include "Vectors.h"
 
 namespace volux::resample {
 
 namespace {
-
-using detail::Exponents;
-using detail::Matrix;
-using detail::normalise;
 
 // One axis of a change of size: output voxel i reads i * scale + offset.
 struct AxisChange {
@@ -79,69 +76,61 @@ Grid gridOf(const AxisChange& x, const AxisChange& y, const AxisChange& z)
     return grid;
 }
 
-// By Cramer's rule, column by column. Not finite where the determinant is 0 but for rounding: tiny
-// beside the products that it is the sum of.
-void invert(const Matrix& m, Matrix& inverse)
+// A source resampled along its own axes.
+PlacedGrid placed(const Geometry& source, const Grid& grid)
 {
-    Matrix sizes;
-    for (int row = 0; row < 3; ++row) {
-        for (int column = 0; column < 3; ++column) {
-            const int r1 = (column + 1) % 3;
-            const int r2 = (column + 2) % 3;
-            const int c1 = (row + 1) % 3;
-            const int c2 = (row + 2) % 3;
-            inverse[row][column] = m[r1][c1] * m[r2][c2] - m[r1][c2] * m[r2][c1];
-            sizes[row][column] = std::abs(m[r1][c1] * m[r2][c2]) + std::abs(m[r1][c2] * m[r2][c1]);
-        }
-    }
-    const double sum = m[0][0] * inverse[0][0] + m[0][1] * inverse[1][0] + m[0][2] * inverse[2][0];
-    const double size = std::abs(m[0][0]) * sizes[0][0] + std::abs(m[0][1]) * sizes[1][0] +
-                        std::abs(m[0][2]) * sizes[2][0];
-    const double determinant = std::abs(sum) > size * 0x1p-48 ? sum : 0.0;
-    for (auto& row : inverse) {
-        for (double& element : row) {
-            element /= determinant;
-        }
-    }
+    Geometry geometry = source;
+    geometry.width = grid.width;
+    geometry.height = grid.height;
+    geometry.depth = grid.depth;
+    geometry.spacing = grid.spacing;
+    geometry.origin = source.toWorld()(grid.map(0, 0, 0));
+    return {grid, geometry};
 }
 
-// Takes vectors of the world apart into an image's directions, which may have any length.
-class Directions {
-public:
-    explicit Directions(const Matrix& directions)
-    {
-        Matrix scaled;
-        std::copy_n(&directions[0][0], 9, &scaled[0][0]);
-        scales_ = normalise(scaled);
-        invert(scaled, inverse_);
-    }
-
-    double along(int axis, double x, double y, double z) const
-    {
-        const double(&row)[3] = inverse_[axis];
-        const int(&rows)[3] = scales_.rows;
-        const double sum = row[0] * std::ldexp(x, -rows[0]) + row[1] * std::ldexp(y, -rows[1]) +
-                           row[2] * std::ldexp(z, -rows[2]);
-        return std::ldexp(sum, -scales_.columns[axis]);
-    }
-
-private:
-    Matrix inverse_;
-    Exponents scales_;
-};
-
-Position crossProduct(const Position& a, const Position& b)
+core::ImageSize sizeOf(const Geometry& geometry)
 {
-    return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
+    return {geometry.width, geometry.height, geometry.depth, 1};
+}
+
+// Where a step of the grid leads in the world.
+Position stepOf(const AffineMap& toWorld, const AffineMap& map, int column)
+{
+    const auto element = [&](const double(&row)[4]) {
+        return (row[0] * map.rows[0][column] + row[1] * map.rows[1][column]) +
+               row[2] * map.rows[2][column];
+    };
+    return {element(toWorld.rows[0]), element(toWorld.rows[1]), element(toWorld.rows[2])};
 }
 
 }  // namespace
+
+Geometry geometryOf(const Geometry& source, const Grid& grid)
+{
+    const AffineMap toWorld = source.toWorld();
+    double lengths[3];
+    Geometry geometry;
+    geometry.width = grid.width;
+    geometry.height = grid.height;
+    geometry.depth = grid.depth;
+    for (int column = 0; column < 3; ++column) {
+        const Position step = stepOf(toWorld, grid.map, column);
+        const Position direction = detail::unit(step);
+        lengths[column] = detail::lengthOf(step);
+        geometry.direction[0][column] = direction.x;
+        geometry.direction[1][column] = direction.y;
+        geometry.direction[2][column] = direction.z;
+    }
+    geometry.spacing = core::VoxelSize(lengths[0], lengths[1], lengths[2]);
+    geometry.origin = toWorld(grid.map(0, 0, 0));
+    return geometry;
+}
 
 Grid gridBetween(const Geometry& output, const Geometry& source)
 {
     const double outputSpacing[3] = {output.spacing.x, output.spacing.y, output.spacing.z};
     const double sourceSpacing[3] = {source.spacing.x, source.spacing.y, source.spacing.z};
-    const Directions directions(source.direction);
+    const detail::Directions directions(source.direction);
     const bool parallel =
         std::equal(&source.direction[0][0], &source.direction[0][0] + 9, &output.direction[0][0]);
     Grid grid;
@@ -182,6 +171,30 @@ Grid gridOfSpacing(const core::ImageSize& source, const core::VoxelSize& spacing
                   changeOfSpacing(source.depth, spacing.z, wanted.z, align));
 }
 
+PlacedGrid gridOfSize(const Geometry& source, unsigned int width, unsigned int height,
+                      unsigned int depth, Align align)
+{
+    return placed(source, gridOfSize(sizeOf(source), source.spacing, width, height, depth, align));
+}
+
+PlacedGrid gridOfSpacing(const Geometry& source, const core::VoxelSize& wanted, Align align)
+{
+    return placed(source, gridOfSpacing(sizeOf(source), source.spacing, wanted, align));
+}
+
+PlacedGrid gridOfCrop(const Geometry& source, const core::Rect& box)
+{
+    Grid grid;
+    grid.width = box.width();
+    grid.height = box.height();
+    grid.depth = box.depth();
+    grid.spacing = source.spacing;
+    grid.map.rows[0][3] = box.xStart;
+    grid.map.rows[1][3] = box.yStart;
+    grid.map.rows[2][3] = box.zStart;
+    return placed(source, grid);
+}
+
 Grid gridOfPlanes(const Planes& planes)
 {
     Grid grid;
@@ -190,7 +203,7 @@ Grid gridOfPlanes(const Planes& planes)
     grid.depth = planes.count;
     grid.spacing = planes.spacing;
     const bool alone = planes.step.x == 0.0 && planes.step.y == 0.0 && planes.step.z == 0.0;
-    const Position step = alone ? crossProduct(planes.across, planes.down) : planes.step;
+    const Position step = alone ? detail::crossProduct(planes.across, planes.down) : planes.step;
     const Position* const columns[4] = {&planes.across, &planes.down, &step, &planes.origin};
     for (int column = 0; column < 4; ++column) {
         grid.map.rows[0][column] = columns[column]->x;
@@ -198,6 +211,18 @@ Grid gridOfPlanes(const Planes& planes)
         grid.map.rows[2][column] = columns[column]->z;
     }
     return grid;
+}
+
+PlacedGrid gridOfPlanes(const Geometry& source, const Planes& planes, unsigned int slab)
+{
+    Grid grid = gridOfPlanes(planes);
+    for (auto& row : grid.map.rows) {
+        row[3] += row[2] * ((slab - 1.0) * 0.5);
+        row[2] *= slab;
+    }
+    const Geometry geometry = geometryOf(source, grid);
+    grid.spacing = geometry.spacing;
+    return {grid, geometry};
 }
 
 }  // namespace volux::resample
