@@ -113,27 +113,25 @@ resample::View<T> viewOf(vtkImageData* image)
     return view;
 }
 
-/// Calls `function` with viewOf<T>(image) and returns what it returns. T is the type of the
-/// scalars; the function must take each of the seven and return the same type for all.
-/// @throws std::invalid_argument as viewOf(), and whatever the function throws.
-template <class Function>
-decltype(auto) withView(vtkImageData* image, Function&& function)
+/// Likewise of the type that the scalars have, which is known only while the program runs.
+/// @throws std::invalid_argument likewise; also for scalars of a type that no VxImage has.
+inline resample::View<void> viewOf(vtkImageData* image)
 {
     switch (detail::scalarsOf(image)->GetDataType()) {
         case VTK_UNSIGNED_CHAR:
-            return function(viewOf<unsigned char>(image));
+            return viewOf<unsigned char>(image);
         case VTK_SHORT:
-            return function(viewOf<short>(image));
+            return viewOf<short>(image);
         case VTK_UNSIGNED_SHORT:
-            return function(viewOf<unsigned short>(image));
+            return viewOf<unsigned short>(image);
         case VTK_INT:
-            return function(viewOf<int>(image));
+            return viewOf<int>(image);
         case VTK_UNSIGNED_INT:
-            return function(viewOf<unsigned int>(image));
+            return viewOf<unsigned int>(image);
         case VTK_FLOAT:
-            return function(viewOf<float>(image));
+            return viewOf<float>(image);
         default:  // which refuses all but double
-            return function(viewOf<double>(image));
+            return viewOf<double>(image);
     }
 }
 

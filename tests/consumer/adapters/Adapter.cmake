@@ -6,20 +6,20 @@ find_package(volux_resample 1.1 REQUIRED)
 # Warnings in the installed headers count.
 set_target_properties(volux::core volux::resample PROPERTIES SYSTEM OFF IMPORTED_NO_SYSTEM ON)
 
-add_executable(test AdapterTest.cpp)
-target_link_libraries(test PRIVATE GTest::gtest_main)
-target_include_directories(test PRIVATE ${TESTS})
-target_compile_features(test PRIVATE cxx_std_17)
+add_executable(adapter_test AdapterTest.cpp)
+target_link_libraries(adapter_test PRIVATE GTest::gtest_main)
+target_include_directories(adapter_test PRIVATE ${TESTS})
+target_compile_features(adapter_test PRIVATE cxx_std_17)
 add_executable(page ${PAGE})
 target_compile_features(page PRIVATE cxx_std_20)
-foreach(program test page)
+foreach(program adapter_test page)
     target_link_libraries(${program} PRIVATE volux::resample ${LIBRARIES})
     target_include_directories(${program} SYSTEM PRIVATE ${FOLDERS})
     target_compile_options(${program} PRIVATE ${WARNINGS})
 endforeach()
 
 enable_testing()
-add_test(NAME test COMMAND test)
+add_test(NAME adapter_test COMMAND adapter_test)
 add_test(NAME refusals
     COMMAND ${Python3_EXECUTABLE} ${TESTS}/compile/check_refusals.py ${CMAKE_CXX_COMPILER}
         $<TARGET_PROPERTY:volux::core,INTERFACE_INCLUDE_DIRECTORIES>

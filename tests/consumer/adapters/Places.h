@@ -60,6 +60,22 @@ inline Place somePlace(Random& random, bool isLeftHanded)
     return place;
 }
 
+/// Another place with the same middle.
+inline Place placeAcross(const Place& place, Random& random, bool isLeftHanded)
+{
+    Place across = somePlace(random, isLeftHanded);
+    const auto toMiddle = [](const Place& of, unsigned int row) {
+        double sum = 0;
+        for (unsigned int axis = 0; axis < 3; ++axis)
+            sum += of.direction[row][axis] * of.spacing[axis] *
+                   (of.first[axis] + 0.5 * (of.size[axis] - 1));
+        return sum;
+    };
+    for (unsigned int row = 0; row < 3; ++row)
+        across.origin[row] = place.origin[row] + toMiddle(place, row) - toMiddle(across, row);
+    return across;
+}
+
 /// The world point of a voxel, counted from the first one of the memory: the definition of
 /// Geometry.
 inline Point worldOf(const Geometry& geometry, double i, double j, double k)

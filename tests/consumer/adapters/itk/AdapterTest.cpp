@@ -49,6 +49,16 @@ itk::Index<3> indexOf(const Place& place, unsigned int i, unsigned int j, unsign
              place.first[2] + static_cast<int>(k)}};
 }
 
+/// Whether ITK counts a position in voxels as inside, whatever the last bits of it are.
+bool isInside(const Position& position, const Place& place)
+{
+    const Point point = {position.x, position.y, position.z};
+    for (unsigned int axis = 0; axis < 3; ++axis)
+        if (point[axis] < -0.499999 || point[axis] > place.size[axis] - 0.500001)
+            return false;
+    return true;
+}
+
 /// Sets the pixels by ITK's own access: channel c of the n-th voxel is someValue(4 * n + c).
 template <class Image, class Element>
 void fill(Image& image, const Place& place, unsigned int channels)
@@ -150,6 +160,36 @@ TEST(ItkPlaces, ARegionHasTheGeometryOfItsFirstVoxel)
         expectSamePoint(worldOf(part, 0, 0, 0),
                         image->TransformIndexToPhysicalPoint<double>(region.GetIndex()));
     });
+}
+
+TEST(ItkResample, BringsAnImageOntoAnotherAsItksLinearFilterDoes)
+{
+    using Image = itk::Image<double, 3>;
+    int compared = 0;
+    forSomePlaces([&](const Place& place, Random& random) {
+        const auto source = imageAt<Image>(place);
+        const auto output = imageAt<Image>(placeAcross(place, random, random.below(2) == 0));
+        forEachVoxel(place.size, [&](unsigned int i, unsigned int j, unsigned int k) {
+            source->SetPixel(indexOf(place, i, j, k), number(random, 100.0));
+        });
+        const auto filter = itk::ResampleImageFilter<Image, Image>::New();
+        filter->SetInput(source);
+        filter->SetReferenceImage(output);
+        filter->UseReferenceImageOn();
+        filter->Update();
+
+        const resample::Grid grid = resample::gridBetween(geometryOf(output), geometryOf(source));
+        ASSERT_EQ(resample::resample(viewOf(source), grid, viewOf(output)), core::SUCCESS);
+        const View<double> expected = viewOf(filter->GetOutput());
+        forEachVoxel({grid.width, grid.height, grid.depth}, [&](unsigned int i, unsigned int j,
+                                                                unsigned int k) {
+            if (!isInside(grid.map(i, j, k), place))
+                return;
+            ++compared;
+            EXPECT_NEAR(element(viewOf(output), i, j, k), element(expected, i, j, k), 1e-9);
+        });
+    });
+    EXPECT_GT(compared, 500);
 }
 
 TEST(ItkChannels, PixelsOfSeveralElementsAndVectorImagesHaveChannels)

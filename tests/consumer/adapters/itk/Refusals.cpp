@@ -8,13 +8,13 @@ namespace adapt = volux::adapt;
 [[maybe_unused]] static void call(const volux::resample::Geometry& geometry)
 {
     adapt::viewOf(adapt::newItkImage<short>(geometry));
-#if CASE == 1  // elements of unsigned char, short, unsigned short
+#if CASE == 1  // of unsigned char, short, unsigned short
     adapt::viewOf(itk::Image<char, 3>::New());
-#elif CASE == 2  // elements of unsigned char, short, unsigned short
+#elif CASE == 2  // of unsigned char, short, unsigned short
     adapt::viewOf(itk::VectorImage<long, 3>::New());
-#elif CASE == 3  // elements of unsigned char, short, unsigned short
+#elif CASE == 3  // of unsigned char, short, unsigned short
     adapt::viewOf(itk::Image<itk::RGBPixel<long>, 3>::New());
-#elif CASE == 4  // elements of unsigned char, short, unsigned short
+#elif CASE == 4  // of unsigned char, short, unsigned short
     adapt::newItkImage<long>(geometry);
 #endif
 }

@@ -18,7 +18,6 @@ using adapt::geometryOf;
 using adapt::newVtkImage;
 using adapt::viewOf;
 using adapt::vtkImageOf;
-using adapt::withView;
 using resample::View;
 using Image = vtkSmartPointer<vtkImageData>;
 
@@ -116,13 +115,14 @@ TYPED_TEST(Vtk, AnImageOfAViewHasItsMemoryAndItsPlace)
     });
 }
 
-TYPED_TEST(Vtk, AViewOfUnknownTypeIsGivenToAFunction)
+TYPED_TEST(Vtk, AViewOfTheTypeThatTheScalarsHave)
 {
-    const auto image = newVtkImage<TypeParam>(Geometry{1, 1, 1});
-    const auto isOfThisType = [](auto view) {
-        return std::is_same_v<decltype(view), View<TypeParam>>;
-    };
-    EXPECT_TRUE(withView(image, isOfThisType));
+    const auto image = newVtkImage<TypeParam>(Geometry{2, 3, 4}, 5);
+    const View<void> view = viewOf(image);
+    EXPECT_EQ(view.type, View<TypeParam>::type);
+    EXPECT_EQ(view.data, image->GetScalarPointer());
+    EXPECT_EQ(view.channels, 5U);
+    EXPECT_EQ(view.strideZ, 5 * 2 * 3);
 }
 
 TYPED_TEST(Vtk, ANewImageHasThePlaceAndTheChannelsThatWereAskedFor)
@@ -155,6 +155,53 @@ TEST(VtkPlaces, AGeometryLeadsToTheWorldPointsOfVtk)
             expectSamePoint(worldOf(geometry, i, j, k), worldByVtk(*image, Index(place, i, j, k)));
         });
     });
+}
+
+/// The trilinear reading at a point of the world, from VTK's own index and voxels.
+double readingByVtk(vtkImageData& image, const Point& world, bool& isInside)
+{
+    int index[3];
+    double fraction[3], sum = 0.0;
+    isInside = image.ComputeStructuredCoordinates(world.data(), index, fraction) != 0;
+    for (int corner = 0; isInside && corner < 8; ++corner) {
+        double weight = 1.0;
+        int at[3];
+        for (int axis = 0; axis < 3; ++axis) {
+            const int step = corner >> axis & 1;
+            weight *= step == 1 ? fraction[axis] : 1.0 - fraction[axis];
+            at[axis] = index[axis] + step;
+        }
+        if (weight != 0.0)
+            sum += weight * image.GetScalarComponentAsDouble(at[0], at[1], at[2], 0);
+    }
+    return sum;
+}
+
+TEST(VtkResample, ReadsWhatVtkHasAtTheSamePointOfTheWorld)
+{
+    int compared = 0;
+    forSomePlaces([&](const Place& place, Random& random) {
+        const auto source = imageAt<short>(place);
+        const Place across = placeAcross(place, random, random.below(2) == 0);
+        const auto output = imageAt<double>(across);
+        const View<short> voxels = viewOf<short>(source);
+        forEachVoxel(place.size, [&](unsigned int i, unsigned int j, unsigned int k) {
+            element(voxels, i, j, k) = static_cast<short>(number(random, 1000.0));
+        });
+
+        const resample::Grid grid = resample::gridBetween(geometryOf(output), geometryOf(source));
+        ASSERT_EQ(resample::resample(viewOf(source), grid, viewOf(output)), core::SUCCESS);
+        forEachVoxel(across.size, [&](unsigned int i, unsigned int j, unsigned int k) {
+            const Index at(across, i, j, k);
+            bool isInside = false;
+            const double expected = readingByVtk(*source, worldByVtk(*output, at), isInside);
+            if (!isInside)
+                return;
+            ++compared;
+            EXPECT_NEAR(output->GetScalarComponentAsDouble(at.x, at.y, at.z, 0), expected, 1e-8);
+        });
+    });
+    EXPECT_GT(compared, 500);
 }
 
 TEST(VtkMemory, ItBelongsToItsOwnerStill)
@@ -197,7 +244,7 @@ TEST(VtkRefusals, ScalarsOfAnotherType)
         image->AllocateScalars(type, 1);
         EXPECT_THAT_CALL_IS_REFUSED(viewOf<int>(image), "a view of int");
         EXPECT_THAT_CALL_IS_REFUSED(viewOf<unsigned char>(image), "a view of unsigned char");
-        EXPECT_THAT_CALL_IS_REFUSED(withView(image, [](auto) {}), "a view of");
+        EXPECT_THAT_CALL_IS_REFUSED(viewOf(image), "a view of");
     }
 }
 
