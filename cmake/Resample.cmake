@@ -9,7 +9,9 @@ endif()
 
 volux_add_library(resample
     src/resample/calls/AffineMap.cpp
+    src/resample/calls/CallersPolicies.cpp
     src/resample/calls/Checks.cpp
+    src/resample/calls/Describe.cpp
     src/resample/calls/Directions.cpp
     src/resample/calls/Geometry.cpp
     src/resample/calls/Grid.cpp
@@ -18,6 +20,7 @@ volux_add_library(resample
     src/resample/calls/Resample.cpp
     src/resample/calls/Sample.cpp
     src/resample/calls/Support.cpp
+    src/resample/calls/View.cpp
     src/resample/rows/AlignedRows.cpp
     src/resample/rows/ObliqueRows.cpp
     src/resample/rows/Processors.cpp

@@ -5,6 +5,8 @@
 #include "volux/resample/AffineMap.h"
 #include "volux/resample/Geometry.h"
 #include "volux/resample/Grid.h"
+#include "volux/resample/Image.h"
 #include "volux/resample/Options.h"
 #include "volux/resample/Planes.h"
 #include "volux/resample/Resample.h"
+#include "volux/resample/View.h"

@@ -14,6 +14,14 @@ static_assert(sizeof(Slab) == 8);
 static_assert(sizeof(ResampleRegion) == 48);
 static_assert(sizeof(AffineMap) == 96);
 static_assert(sizeof(Position) == 24);
+static_assert(sizeof(Positions) == 32);
+static_assert(sizeof(VoxelLayout) == 72);
+static_assert(sizeof(View<const short>) == 80);
+static_assert(sizeof(View<void>) == 88);
+static_assert(sizeof(Image<short>) == 8);
+static_assert(sizeof(detail::Target) == 96);
+static_assert(sizeof(detail::Frame) == 16);
+static_assert(sizeof(detail::Results) == 16);
 #endif
 
 }  // namespace volux::resample

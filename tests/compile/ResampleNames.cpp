@@ -23,6 +23,10 @@ namespace {
         reslice(image, Planes(), result),
         resize(image, 1, 1, 1, Align::CENTRES, result),
         sample(image, &place, 1, Units::PHYSICAL, 0, &reading),
+        sample(image, grid.map, &place, 1, 0, &reading),
+        resample::resample<short>(image, grid, nullptr),
+        resample::resample<short, short>(image, grid, resample::ResampleRegion(), result),
+        resample::resample(resample::viewOf(image), grid, resample::viewOf(*result)),
     };
     return codes[0];
 }

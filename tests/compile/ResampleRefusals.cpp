@@ -22,8 +22,9 @@ struct OwnBorder : Border {
 {
     (void)image, (void)result, (void)grid, (void)interpolator, (void)border;
     const Position place = {0, 0, 0};
-    float reading = 0;
-    (void)place, (void)reading;
+    int reading = 0;
+    VxImage<int> wider;
+    (void)place, (void)reading, (void)wider;
 #if CASE == 1  // any interpolator by its address
     resample(image, grid, result, interpolator);
 #elif CASE == 2   // any border by its address
@@ -33,7 +34,7 @@ struct OwnBorder : Border {
     resample(image, grid, result, &constant);
 #elif CASE == 4   // any border by its address
     resample(image, grid, result, Options(&interpolator, 7));
-#elif CASE == 5   // results of the image's element type or double
+#elif CASE == 5   // results of the source's element type, float or double
     sample(image, &place, 1, Units::VOXELS, 0, &reading);
 #elif CASE == 6   // serves images of unsigned char, short, unsigned short
     volux::resample::resample(unserved, grid, unservedResult);
@@ -49,6 +50,22 @@ struct OwnBorder : Border {
     volux::resample::sample(unserved, &place, 1, Units::VOXELS, 0, &reading);
 #elif CASE == 12  // VxImage holds unsigned char, short, unsigned short
     resample(unserved, grid, unservedResult);
+#elif CASE == 13  // results of the source's element type, float or double
+    volux::resample::resample(image, grid, &wider);
+#elif CASE == 14  // results of the source's element type, float or double
+    volux::resample::reslice(viewOf(image), Planes(), viewOf(wider));
+#elif CASE == 15  // serves images of unsigned char, short, unsigned short
+    volux::resample::resample(image, grid, View<long>());
+#elif CASE == 16  // does not write through a View of const
+    volux::resample::resample(image, grid, viewOf(image));
+#elif CASE == 17  // writes to a VxImage or an Image by its address, or to a View
+    volux::resample::resample(image, grid, *result);
+#elif CASE == 18  // reads a VxImage, an Image or a View
+    volux::resample::resample(&image, grid, result);
+#elif CASE == 19  // with the types of its arguments, or without any
+    volux::resample::resample<int>(image, grid, result);
+#elif CASE == 20  // with the types of its arguments, or without any
+    volux::resample::resample<short, float>(image, grid, result);
 #endif
 }
 

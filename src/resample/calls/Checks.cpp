@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
-#include <functional>
 #include <iterator>
 #include <utility>
+
+#include "exact/ElementTypes.h"
 
 namespace volux::resample::detail {
 
@@ -20,15 +20,44 @@ bool isExtent(std::uint64_t extent)
     return extent >= 1 && extent <= kMostVoxels;
 }
 
-// Whether no two voxels overlap: each stride is at least the span of the smaller ones.
-bool hasItsOwnVoxels(const UntypedImage& image)
+bool isElementType(core::DataType type)
 {
-    std::pair<std::int64_t, std::int64_t> axes[] = {{image.strideX, image.width},
-                                                    {image.strideY, image.height},
-                                                    {image.strideZ, image.depth},
-                                                    {image.strideC, image.channels}};
+    return type >= core::DT_SHORT && type <= core::DT_DOUBLE;
+}
+
+bool isServed(core::DataType source, core::DataType result)
+{
+    return isElementType(source) && isElementType(result) &&
+           (result == source || result == core::DT_FLOAT || result == core::DT_DOUBLE);
+}
+
+std::uint64_t magnitude(std::int64_t stride)
+{
+    const auto bits = static_cast<std::uint64_t>(stride);
+    return stride < 0 ? 0 - bits : bits;
+}
+
+// Makes room for the further elements of one axis.
+bool extend(Memory& memory, std::size_t elementBytes, const Steps& axis)
+{
+    std::uintptr_t bytes = 0;
+    if (__builtin_mul_overflow(axis.count - 1, magnitude(axis.stride), &bytes) ||
+        __builtin_mul_overflow(bytes, elementBytes, &bytes)) {
+        return false;
+    }
+    return axis.stride < 0 ? !__builtin_sub_overflow(memory.first, bytes, &memory.first)
+                           : !__builtin_add_overflow(memory.end, bytes, &memory.end);
+}
+
+// Whether no two voxels overlap: each stride is at least the span of the smaller ones.
+bool hasItsOwnVoxels(const View<void>& view)
+{
+    std::pair<std::uint64_t, std::uint64_t> axes[] = {{magnitude(view.strideX), view.width},
+                                                      {magnitude(view.strideY), view.height},
+                                                      {magnitude(view.strideZ), view.depth},
+                                                      {magnitude(view.strideC), view.channels}};
     std::sort(std::begin(axes), std::end(axes));
-    std::int64_t span = image.elementBytes;
+    std::uint64_t span = 1;
     for (const auto& [stride, extent] : axes) {
         if (extent > 1 && stride < span) {
             return false;
@@ -38,18 +67,84 @@ bool hasItsOwnVoxels(const UntypedImage& image)
     return true;
 }
 
+ErrorType checkFit(const VoxelLayout& destination, const core::ImageSize& size)
+{
+    if (destination.width != size.width) {
+        return core::ERR_INVALID_X;
+    }
+    if (destination.height != size.height) {
+        return core::ERR_INVALID_Y;
+    }
+    if (destination.depth != size.depth) {
+        return core::ERR_INVALID_Z;
+    }
+    return destination.channels != size.channels ? core::ERR_INVALID_CHANNEL : core::SUCCESS;
+}
+
 }  // namespace
+
+std::size_t bytesOf(core::DataType type)
+{
+    return exact::withElementType(
+        type, [](auto element) { return sizeof(typename decltype(element)::Type); });
+}
 
 bool areApart(const Memory& a, const Memory& b)
 {
-    const std::less<const void*> before;
-    return a.first == a.end || b.first == b.end || !before(a.first, b.end) ||
-           !before(b.first, a.end);
+    return a.first == a.end || b.first == b.end || a.first >= b.end || b.first >= a.end;
 }
 
-Memory memoryOf(const UntypedImage& image)
+bool findMemory(const void* data, std::size_t elementBytes, std::initializer_list<Steps> axes,
+                Memory& memory)
 {
-    return {image.data, image.end()};
+    const auto first = reinterpret_cast<std::uintptr_t>(data);
+    memory = {first, first};
+    if (std::any_of(axes.begin(), axes.end(), [](const Steps& axis) { return axis.count == 0; })) {
+        return true;
+    }
+    memory.end += elementBytes;
+    const bool isThere = std::all_of(axes.begin(), axes.end(), [&](const Steps& axis) {
+        return extend(memory, elementBytes, axis);
+    });
+    // Offsets are signed.
+    return isThere && memory.end - memory.first <= std::uintptr_t{PTRDIFF_MAX};
+}
+
+bool findMemory(const View<const void>& view, Memory& memory)
+{
+    return findMemory(view.data, bytesOf(view.type),
+                      {{view.width, view.strideX},
+                       {view.height, view.strideY},
+                       {view.depth, view.strideZ},
+                       {view.channels, view.strideC}},
+                      memory);
+}
+
+UntypedImage untyped(const View<void>& view)
+{
+    const auto elementBytes = static_cast<std::int64_t>(bytesOf(view.type));
+    // Nothing uses the stride of a single voxel, which may be any number.
+    const auto bytes = [&](std::int64_t stride, unsigned int extent) {
+        return extent == 1 ? 0 : stride * elementBytes;
+    };
+    return {view.type,
+            elementBytes,
+            static_cast<unsigned char*>(view.data),
+            view.width,
+            view.height,
+            view.depth,
+            view.channels,
+            bytes(view.strideX, view.width),
+            bytes(view.strideY, view.height),
+            bytes(view.strideZ, view.depth),
+            bytes(view.strideC, view.channels)};
+}
+
+UntypedImage untyped(const View<const void>& view)
+{
+    View<void> written(const_cast<void*>(view.data), view);
+    written.type = view.type;
+    return untyped(written);
 }
 
 bool isSpacing(const core::VoxelSize& spacing)
@@ -58,9 +153,31 @@ bool isSpacing(const core::VoxelSize& spacing)
     return isDistance(spacing.x) && isDistance(spacing.y) && isDistance(spacing.z);
 }
 
-ErrorType checkSource(const UntypedImage& source)
+ErrorType checkPolicies(const Options& options)
 {
-    return source.data == nullptr ? core::ERR_NULL_POINTER : core::SUCCESS;
+    const bool isNull = options.interpolator == nullptr || options.border == nullptr;
+    return isNull ? core::ERR_NULL_POINTER : core::SUCCESS;
+}
+
+ErrorType checkSource(const View<const void>& source, const Options& options, core::DataType result)
+{
+    if (source.data == nullptr || checkPolicies(options) != core::SUCCESS) {
+        return core::ERR_NULL_POINTER;
+    }
+    Memory memory = {};
+    const bool isThere = isServed(source.type, result) && isExtent(source.width) &&
+                         isExtent(source.height) && isExtent(source.depth) &&
+                         isExtent(source.channels) && findMemory(source, memory);
+    return isThere ? core::SUCCESS : core::ERR_INVALID_ARGUMENT;
+}
+
+ErrorType checkSize(core::DataType type, const core::ImageSize& size)
+{
+    return exact::withElementType(type, [&](auto element) {
+        typename decltype(element)::Type single = {};  // wrapped: VxImage alone knows its sizes
+        return core::VxImage<decltype(single)>().initializeWithPointer(
+            &single, size.width, size.height, size.depth, size.channels);
+    });
 }
 
 ErrorType checkExtents(const ResampleRegion& region)
@@ -89,10 +206,18 @@ ErrorType checkBox(const core::Rect& box, const Grid& grid)
     return box.zStart > box.zEnd || box.zEnd >= grid.depth ? core::ERR_INVALID_Z : core::SUCCESS;
 }
 
-ErrorType checkOverlap(const UntypedImage& source, const UntypedImage& destination)
+ErrorType checkDestination(const View<const void>& source, const View<void>& destination,
+                           const core::ImageSize& size)
 {
-    const bool apart = areApart(memoryOf(source), memoryOf(destination));
-    return apart && hasItsOwnVoxels(destination) ? core::SUCCESS : core::ERR_INVALID_ARGUMENT;
+    const ErrorType fits = checkFit(destination, size);
+    if (fits != core::SUCCESS) {
+        return fits;
+    }
+    Memory read = {};
+    Memory written = {};
+    const bool isFree = findMemory(source, read) && findMemory(destination, written) &&
+                        areApart(read, written) && hasItsOwnVoxels(destination);
+    return isFree ? core::SUCCESS : core::ERR_INVALID_ARGUMENT;
 }
 
 }  // namespace volux::resample::detail

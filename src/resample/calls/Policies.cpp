@@ -4,9 +4,8 @@
 #include <limits>
 #include <type_traits>
 
+#include "exact/ElementTypes.h"
 #include "exact/KnownPolicy.h"
-
-#include "volux/core/detail/ElementTypes.inc"
 
 namespace volux::resample::detail {
 
@@ -25,30 +24,23 @@ bool holds(double value)
 
 }  // namespace
 
-template <class T>
-ErrorType readingOf(const Options& options, Reading& reading)
+ErrorType readingOf(core::DataType type, const Options& options, Reading& reading)
 {
-    if (options.interpolator == nullptr || options.border == nullptr) {
-        return core::ERR_NULL_POINTER;
-    }
-    if (!holds<T>(options.outside)) {
-        return core::ERR_INVALID_ARGUMENT;
-    }
-    using exact::isExactly;
-    const bool isConstant = isExactly<core::Constant>(options.border);
-    const bool isNearest = isExactly<core::NearestNeighbor>(options.interpolator);
-    const bool isCubic = isExactly<core::Cubic>(options.interpolator);
-    reading.kernel = isNearest ? Kernel::NEAREST : isCubic ? Kernel::CUBIC : Kernel::LINEAR;
-    reading.outside = {isConstant, static_cast<double>(static_cast<T>(options.outside))};
-    reading.isOwn = !(isNearest || isCubic || isExactly<core::Linear>(options.interpolator)) ||
-                    !(isConstant || isExactly<core::Replication>(options.border));
-    return core::SUCCESS;
+    return exact::withElementType(type, [&](auto element) -> ErrorType {
+        using T = typename decltype(element)::Type;
+        if (!holds<T>(options.outside)) {
+            return core::ERR_INVALID_ARGUMENT;
+        }
+        using exact::isExactly;
+        const bool isConstant = isExactly<core::Constant>(options.border);
+        const bool isNearest = isExactly<core::NearestNeighbor>(options.interpolator);
+        const bool isCubic = isExactly<core::Cubic>(options.interpolator);
+        reading.kernel = isNearest ? Kernel::NEAREST : isCubic ? Kernel::CUBIC : Kernel::LINEAR;
+        reading.outside = {isConstant, static_cast<double>(static_cast<T>(options.outside))};
+        reading.isOwn = !(isNearest || isCubic || isExactly<core::Linear>(options.interpolator)) ||
+                        !(isConstant || isExactly<core::Replication>(options.border));
+        return core::SUCCESS;
+    });
 }
 
-#define VOLUX_READING(T) template ErrorType readingOf<T>(const Options&, Reading&);
-VOLUX_FOR_EACH_ELEMENT_TYPE(VOLUX_READING)
-#undef VOLUX_READING
-
 }  // namespace volux::resample::detail
-
-#undef VOLUX_FOR_EACH_ELEMENT_TYPE

@@ -1,7 +1,5 @@
 #include <algorithm>
-#include <limits>
 #include <new>
-#include <type_traits>
 
 #include "CallersPolicies.h"
 #include "Checks.h"
@@ -12,29 +10,24 @@
 #include "resample/vectors/Elements.h"
 #include "volux/resample/Resample.h"
 
-#include "volux/core/detail/ElementTypes.inc"
-
-namespace volux::resample {
+namespace volux::resample::detail {
 
 using core::ErrorType;
 using core::SUCCESS;
-using core::VxImage;
-
-namespace detail {
 
 namespace {
 
 constexpr std::size_t kPart = 16 * kBlock;
 
 struct Places {
-    const Position* positions;
+    const Positions& positions;
     std::size_t count;
-    Units units;
-    core::VoxelSize spacing;
+    const Frame& frame;
+    const core::VoxelSize& spacing;
 };
 
-// Where the results go: `channels` of them for each position, from channel `first` of the source.
-struct Results {
+// Where the readings go: `channels` of them for each position, from channel `first` of the source.
+struct Readings {
     core::DataType type;
     std::size_t bytes;
     unsigned char* data;
@@ -42,25 +35,48 @@ struct Results {
     unsigned int channels;
 };
 
-void fill(const Places& places, std::size_t first, Block& block)
+void divide(Block& block, const core::VoxelSize& spacing)
 {
     for (std::size_t n = 0; n < block.count; ++n) {
-        const Position& p = places.positions[first + n];
-        block.x[n] = p.x;
-        block.y[n] = p.y;
-        block.z[n] = p.z;
+        block.x[n] /= spacing.x;
+        block.y[n] /= spacing.y;
+        block.z[n] /= spacing.z;
     }
-    for (std::size_t n = 0; places.units == Units::PHYSICAL && n < block.count; ++n) {
-        block.x[n] /= places.spacing.x;
-        block.y[n] /= places.spacing.y;
-        block.z[n] /= places.spacing.z;
+}
+
+void map(Block& block, const AffineMap& map)
+{
+    for (std::size_t n = 0; n < block.count; ++n) {
+        const Position p = {block.x[n], block.y[n], block.z[n]};
+        const auto coordinate = [&](const double(&row)[4]) {
+            return exact::along(exact::rowStart(row, p.y, p.z), row[0], p.x);
+        };
+        block.x[n] = coordinate(map.rows[0]);
+        block.y[n] = coordinate(map.rows[1]);
+        block.z[n] = coordinate(map.rows[2]);
+    }
+}
+
+void fill(const Places& places, std::size_t first, Block& block)
+{
+    const Positions& from = places.positions;
+    for (std::size_t n = 0; n < block.count; ++n) {
+        const std::int64_t at = from.stride * static_cast<std::int64_t>(first + n);
+        block.x[n] = from.x[at];
+        block.y[n] = from.y[at];
+        block.z[n] = from.z[at];
+    }
+    if (places.frame.toVoxels != nullptr) {
+        map(block, *places.frame.toVoxels);
+    } else if (places.frame.units == Units::PHYSICAL) {
+        divide(block, places.spacing);
     }
     for (double* const padding : {block.x, block.y, block.z}) {
         std::fill(padding + block.count, padding + block.count + (kRoom - kBlock), 0.0);
     }
 }
 
-void sampleBlock(const Source& source, const Places& places, const Results& results,
+void sampleBlock(const Source& source, const Places& places, const Readings& results,
                  Overflow overflow, std::size_t first, Block& block)
 {
     fill(places, first, block);
@@ -72,9 +88,10 @@ void sampleBlock(const Source& source, const Places& places, const Results& resu
     }
 }
 
-ErrorType samplePlaces(const Source& source, const Places& places, const Results& results,
-                       const Options& options)
+ErrorType samplePlaces(const View<const void>& view, const Reading& reading, const Places& places,
+                       const Readings& results, const Options& options)
 {
+    Source source = {untyped(view), wholeOf(view), reading, {}};
     const auto part = [&](std::size_t first, std::size_t end) {
         Block block;
         for (std::size_t n = first; n < end; n += kBlock) {
@@ -83,93 +100,80 @@ ErrorType samplePlaces(const Source& source, const Places& places, const Results
         }
     };
     try {
+        if (reading.isOwn) {
+            const ErrorType result = sampleByImage(view, options, source.own);
+            if (result != SUCCESS) {
+                return result;
+            }
+        }
         const double samples =
             static_cast<double>(places.count) * static_cast<double>(results.channels);
-        const Job job = {places.count, kPart, samples * costAnywhere(source.reading)};
+        const Job job = {places.count, kPart, samples * costAnywhere(reading)};
         return shareOut(job, options, part) ? SUCCESS : kCancelled;
     } catch (const std::bad_alloc&) {
         return core::ERR_ALLOCATION_FAILED;
     }
 }
 
-ErrorType checkPlaces(const UntypedImage& source, const Places& places, const Results& results)
+ErrorType checkPlaces(const View<const void>& source, const Places& places, const Readings& results)
 {
-    if (places.units == Units::PHYSICAL && !isSpacing(places.spacing)) {
+    if (places.frame.units == Units::PHYSICAL && !isSpacing(places.spacing)) {
         return core::ERR_INVALID_ARGUMENT;
     }
-    const std::size_t perPlace = results.channels * results.bytes;
-    if (places.count >
-        std::numeric_limits<std::size_t>::max() / 2 / std::max(perPlace, sizeof(Position))) {
-        return core::ERR_INVALID_ARGUMENT;
+    Memory written = {};
+    const Steps perPlace = {places.count, results.channels};
+    bool isFree =
+        findMemory(results.data, results.bytes, {perPlace, {results.channels, 1}}, written);
+    Memory read = {};
+    isFree = isFree && findMemory(source, read) && areApart(read, written);
+    for (const double* const numbers :
+         {places.positions.x, places.positions.y, places.positions.z}) {
+        isFree =
+            isFree &&
+            findMemory(numbers, sizeof *numbers, {{places.count, places.positions.stride}}, read) &&
+            areApart(read, written);
     }
-    const std::size_t bytes = places.count * perPlace;
-    const Memory written = {results.data, results.data + bytes};
-    const Memory read = {places.positions, places.positions + places.count};
-    const bool apart = areApart(memoryOf(source), written) && areApart(read, written);
-    return apart ? SUCCESS : core::ERR_INVALID_ARGUMENT;
+    return isFree ? SUCCESS : core::ERR_INVALID_ARGUMENT;
 }
 
-template <class T>
-Source sourceOf(const VxImage<T>& image)
+ErrorType check(const View<const void>& source, const Places& places, const Results& results,
+                const Options& options, Reading& reading)
 {
-    Source source = {untyped(image), {}, {}, {}};
-    source.region.sourceWidth = image.getWidth();
-    source.region.sourceHeight = image.getHeight();
-    source.region.sourceDepth = image.getDepth();
-    return source;
+    const Positions& from = places.positions;
+    const AffineMap* const map = places.frame.toVoxels;
+    const bool isNull =
+        from.x == nullptr || from.y == nullptr || from.z == nullptr || results.data == nullptr;
+    ErrorType result = places.count > 0 && isNull ? core::ERR_NULL_POINTER : SUCCESS;
+    const auto next = [&](auto test) { result = result == SUCCESS ? test() : result; };
+    next([&] { return checkSource(source, options, results.type); });
+    next([&] { return readingOf(source.type, options, reading); });
+    next([&] { return reading.isOwn ? checkSize(source.type, sizeOf(source)) : SUCCESS; });
+    next([&] {
+        return map == nullptr || map->isInvertible() ? SUCCESS : core::ERR_INVALID_ARGUMENT;
+    });
+    return result;
 }
 
 }  // namespace
 
-}  // namespace detail
-
-template <class T, class Result>
-ErrorType sample(const VxImage<T>& image, const Position* positions, std::size_t count, Units units,
-                 int channel, Result* results,
-                 const Options& options) noexcept(detail::served<T, Result>())
+ErrorType sampleAt(const View<const void>& source, const Frame& frame, const Positions& positions,
+                   std::size_t count, int channel, const Results& results, const Options& options)
 {
-    if (count > 0 && (positions == nullptr || results == nullptr)) {
-        return core::ERR_NULL_POINTER;
-    }
-    detail::Source source = detail::sourceOf(image);
-    ErrorType result = detail::checkSource(source.image);
-    if (result == SUCCESS) {
-        result = detail::readingOf<T>(options, source.reading);
-    }
+    const Places places = {positions, count, frame, source.spacing};
+    Reading reading;
+    ErrorType result = check(source, places, results, options, reading);
     if (result != SUCCESS) {
         return result;
     }
     const bool isAll = channel == kAllChannels;
-    if (!isAll && (channel < 0 || static_cast<unsigned int>(channel) >= image.getChannels())) {
+    const Readings to = {
+        results.type, bytesOf(results.type), static_cast<unsigned char*>(results.data),
+        isAll ? 0U : static_cast<unsigned int>(channel), isAll ? source.channels : 1U};
+    if (to.first >= source.channels) {
         return core::ERR_INVALID_CHANNEL;
     }
-    const detail::Places places = {positions, count, units, detail::spacingOf(image)};
-    const detail::Results to = {
-        core::detail::tagOf<Result>(), sizeof(Result), reinterpret_cast<unsigned char*>(results),
-        isAll ? 0U : static_cast<unsigned int>(channel), isAll ? image.getChannels() : 1U};
-    result = detail::checkPlaces(source.image, places, to);
-    if (result != SUCCESS) {
-        return result;
-    }
-    const detail::CallersPolicies<T> own(image, options);
-    source.own = own.sample();
-    return detail::samplePlaces(source, places, to, options);
+    result = checkPlaces(source, places, to);
+    return result != SUCCESS ? result : samplePlaces(source, reading, places, to, options);
 }
 
-#define VOLUX_SAMPLE(T, RESULT)                                                                  \
-    template ErrorType sample<T, RESULT>(const VxImage<T>&, const Position*, std::size_t, Units, \
-                                         int, RESULT*, const Options&);
-#define VOLUX_SAMPLE_AS_IT_IS(T) VOLUX_SAMPLE(T, T)
-VOLUX_FOR_EACH_ELEMENT_TYPE(VOLUX_SAMPLE_AS_IT_IS)
-VOLUX_SAMPLE(float, double)
-VOLUX_SAMPLE(int, double)
-VOLUX_SAMPLE(short, double)
-VOLUX_SAMPLE(unsigned int, double)
-VOLUX_SAMPLE(unsigned short, double)
-VOLUX_SAMPLE(unsigned char, double)
-#undef VOLUX_SAMPLE_AS_IT_IS
-#undef VOLUX_SAMPLE
-
-}  // namespace volux::resample
-
-#undef VOLUX_FOR_EACH_ELEMENT_TYPE
+}  // namespace volux::resample::detail

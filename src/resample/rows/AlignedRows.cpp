@@ -99,6 +99,7 @@ bool AlignedRows::serve(const Task& task)
     // Coordinates run from one corner's to the other's.
     return entries <= kLongestTables && runsAlongAxes(task.map) && task.slab.planes == 1 &&
            !task.source.reading.isOwn &&
+           (task.source.reading.kernel != Kernel::NEAREST || to.type == task.source.image.type) &&
            haveWords(task.source.channel(0), task.source.image.elementBytes) &&
            isNear(task.map(box.xStart, box.yStart, box.zStart)) &&
            isNear(task.map(box.xEnd, box.yEnd, box.zEnd));

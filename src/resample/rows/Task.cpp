@@ -13,6 +13,15 @@ Axis axisOf(unsigned int extent, unsigned int first, unsigned int held, std::int
 
 }  // namespace
 
+ResampleRegion wholeOf(const VoxelLayout& source)
+{
+    ResampleRegion region;
+    region.sourceWidth = source.width;
+    region.sourceHeight = source.height;
+    region.sourceDepth = source.depth;
+    return region;
+}
+
 Channel Source::channel(unsigned int c) const
 {
     Channel channel = {image.type,

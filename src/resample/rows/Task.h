@@ -33,6 +33,9 @@ struct Source {
     void read(unsigned int c, Block& block) const;
 };
 
+// A region whose brick is the whole source.
+ResampleRegion wholeOf(const VoxelLayout& source);
+
 // Fills a destination with a box of a grid, `output`.
 struct Task {
     Source source;

@@ -291,7 +291,8 @@ TEST(Policies, MayThrowLeavingEachVoxelFinishedOrAsItWas)
         VxImage<short> result;
         Options options(NearestNeighbor(), &trap, 9);
         options.threads = threads;
-        EXPECT_THROW(resample::resample(source, gridOf(AffineMap(), 900, 60, 2), &result, options),
+        EXPECT_THROW(static_cast<void>(resample::resample(source, gridOf(AffineMap(), 900, 60, 2),
+                                                          &result, options)),
                      std::runtime_error);
         for (int n = 0; n < 900 * 60 * 2; ++n)
             ASSERT_TRUE(result.getBufferPointer()[n] == 9 || result.getBufferPointer()[n] == 0);
