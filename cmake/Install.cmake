@@ -58,7 +58,6 @@ install(DIRECTORY include/volux DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONEN
 if(TARGET volux_resample)
     volux_install(volux_resample resample)
     install(DIRECTORY include/volux DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT resample
-        FILES_MATCHING PATTERN "resample.h" PATTERN "resample/*.h" PATTERN "adapt/*.h"
-        PATTERN "adapt/detail/*.h"
+        FILES_MATCHING REGEX "volux/(resample|adapt)[./].*h$"
         PATTERN "core*" EXCLUDE PATTERN "base" EXCLUDE)
 endif()
