@@ -1,6 +1,9 @@
 set(VOLUX_RESAMPLE_TESTS
     resample/calls/AffineMapTest.cpp
+    resample/calls/GeometryTest.cpp
     resample/calls/GridTest.cpp
+    resample/calls/PlacedGridTest.cpp
+    resample/calls/PlanesTest.cpp
     resample/calls/PoliciesWithoutRtti.cpp
     resample/calls/PoliciesWithoutRttiTest.cpp
     resample/calls/RefusalsTest.cpp
@@ -8,7 +11,11 @@ set(VOLUX_RESAMPLE_TESTS
     resample/calls/ResampleTest.cpp
     resample/calls/ResizeTest.cpp
     resample/calls/ResliceTest.cpp
+    resample/calls/DescribeTest.cpp
+    resample/calls/ImageTest.cpp
+    resample/calls/ResultTypesTest.cpp
     resample/calls/SampleTest.cpp
+    resample/calls/ViewTest.cpp
     resample/rows/ExecutorTest.cpp
     resample/rows/ProcessorsTest.cpp
     resample/rows/StackTest.cpp

@@ -35,6 +35,31 @@ TEST(AffineMap, AddsTheStepsInTheDocumentedOrder)
     }
 }
 
+TEST(AffineMap, TakesFractionalIndices)
+{
+    const AffineMap map{{{2, 0, 0, 1}, {0, 4, 0.5, 0}, {1, 0, 1, -1}}};
+    const Position p = map({0.25, -0.5, 3.0});
+    EXPECT_EQ(p.x, 1.5);
+    EXPECT_EQ(p.y, -0.5);
+    EXPECT_EQ(p.z, 2.25);
+}
+
+TEST(AffineMap, AddsFractionalStepsInTheDocumentedOrder)
+{
+    Seeded random(22);
+    for (int n = 0; n < 2000; ++n) {
+        const AffineMap map = obliqueMap(random, {100, 90, 80}, std::ldexp(1.0, n % 60 - 30));
+        const Position index = {between(random, -1e4, 1e4), between(random, -1e4, 1e4),
+                                between(random, -1e4, 1e4)};
+        const Position p = map(index);
+        const Position expected = positionOf(map, index.x, index.y, index.z);
+        ASSERT_TRUE(sameBits(p.x, expected.x) && sameBits(p.y, expected.y) &&
+                    sameBits(p.z, expected.z))
+            << std::hexfloat << index.x << ' ' << index.y << ' ' << index.z << ", "
+            << described(map);
+    }
+}
+
 TEST(AffineMap, HasNoInverseWhereItsStepsSpanNoVolume)
 {
     EXPECT_FALSE((AffineMap{{{1, 2, 3, 0}, {2, 4, 6, 0}, {0, 0, 1, 0}}}).isInvertible());
