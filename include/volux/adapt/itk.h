@@ -84,7 +84,6 @@ namespace detail {
 template <class Element, class Image>
 resample::View<Element> viewOf(Image* image, unsigned int channels)
 {
-    requireElementType<std::remove_const_t<Element>>();
     const resample::Geometry geometry = geometryOf(image);
     resample::View<Element> view(reinterpret_cast<Element*>(image->GetBufferPointer()),
                                  geometry.width, geometry.height, geometry.depth, channels);

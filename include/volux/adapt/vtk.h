@@ -34,8 +34,9 @@ namespace volux::adapt {
 inline resample::Geometry geometryOf(vtkImageData* image)
 {
     detail::require(image != nullptr, "the image is a null pointer");
-    int size[3], extent[6];
+    int size[3];
     image->GetDimensions(size);
+    int extent[6];
     image->GetExtent(extent);
     double origin[3];
     image->TransformIndexToPhysicalPoint(extent[0], extent[2], extent[4], origin);
@@ -102,7 +103,6 @@ template <class T>
 resample::View<T> viewOf(vtkImageData* image)
 {
     using Element = std::remove_const_t<T>;
-    detail::requireElementType<Element>();
     auto* const elements = detail::elementsAs<Element>(detail::scalarsOf(image));
     detail::require(elements->GetNumberOfTuples() == image->GetNumberOfPoints(),
                     "the scalars are not one tuple for each voxel");

@@ -8,7 +8,7 @@
 #include <string>
 
 #include "support/Seeded.h"
-#include "volux/resample/Grid.h"
+#include "volux/resample/Geometry.h"
 
 namespace volux::test {
 
@@ -92,7 +92,7 @@ inline Point worldOf(const Geometry& geometry, double i, double j, double k)
 template <class World>
 void expectSamePoint(const Point& world, const World& expected)
 {
-    const double size = 1000.0;
+    const double size = 100.0;
     for (unsigned int row = 0; row < 3; ++row)
         EXPECT_NEAR(world[row], expected[row], 1e-12 * size) << "coordinate " << row;
 }

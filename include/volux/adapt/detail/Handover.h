@@ -10,7 +10,7 @@
 #include <type_traits>
 
 #include "volux/core/detail/Served.h"
-#include "volux/resample/Grid.h"
+#include "volux/resample/Geometry.h"
 #include "volux/resample/View.h"
 
 namespace volux::adapt::detail {
@@ -21,14 +21,13 @@ inline void require(bool holds, const std::string& otherwise)
         throw std::invalid_argument("volux::adapt: " + otherwise);
 }
 
-// Other element types become a sentence instead of an unresolved symbol. Functions ask in their
-// bodies, so that a call that means another overload may look at their types.
+// Only for images that are made: a View refuses other element types itself.
 template <class T>
 constexpr void requireElementType()
 {
     static_assert(core::detail::isElementType<T>,
-                  "volux::adapt views and hands over elements of unsigned char, short, unsigned "
-                  "short, int, unsigned int, float or double.");
+                  "volux::adapt makes images of unsigned char, short, unsigned short, int, "
+                  "unsigned int, float or double.");
 }
 
 template <class T>

@@ -11,10 +11,6 @@ namespace adapt = volux::adapt;
 #if CASE == 1  // of unsigned char, short, unsigned short
     adapt::viewOf(itk::Image<char, 3>::New());
 #elif CASE == 2  // of unsigned char, short, unsigned short
-    adapt::viewOf(itk::VectorImage<long, 3>::New());
-#elif CASE == 3  // of unsigned char, short, unsigned short
-    adapt::viewOf(itk::Image<itk::RGBPixel<long>, 3>::New());
-#elif CASE == 4  // of unsigned char, short, unsigned short
-    adapt::newItkImage<long>(geometry);
+    adapt::newItkImage<itk::RGBPixel<long>>(geometry);
 #endif
 }
