@@ -53,7 +53,8 @@ endfunction()
 
 volux_install(volux_core core)
 install(DIRECTORY include/volux DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT core
-    FILES_MATCHING PATTERN "*.h" PATTERN "*.inc" PATTERN "adapt" EXCLUDE PATTERN "resample*" EXCLUDE)
+    FILES_MATCHING PATTERN "*.h" PATTERN "*.inc"
+    PATTERN "adapt" EXCLUDE PATTERN "resample*" EXCLUDE)
 
 if(TARGET volux_resample)
     volux_install(volux_resample resample)

@@ -1,5 +1,5 @@
-# The programs of one adapter: its tests as C++17, the page's as C++20. LIBRARIES are what it adapts,
-# FOLDERS are their headers.
+# The programs of one adapter: its tests as C++17, the page's as C++20. LIBRARIES are what it
+# adapts, FOLDERS are their headers.
 find_package(GTest REQUIRED)
 find_package(Python3 REQUIRED COMPONENTS Interpreter)
 find_package(volux_resample 1.1 REQUIRED)
