@@ -53,11 +53,12 @@ endfunction()
 
 volux_install(volux_core core)
 install(DIRECTORY include/volux DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT core
-    FILES_MATCHING PATTERN "*.h" PATTERN "*.inc" PATTERN "resample*" EXCLUDE)
+    FILES_MATCHING PATTERN "*.h" PATTERN "*.inc"
+    PATTERN "adapt" EXCLUDE PATTERN "resample*" EXCLUDE)
 
 if(TARGET volux_resample)
     volux_install(volux_resample resample)
     install(DIRECTORY include/volux DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT resample
-        FILES_MATCHING PATTERN "resample.h" PATTERN "resample/*.h"
+        FILES_MATCHING REGEX "volux/(resample|adapt)[./].*h$"
         PATTERN "core*" EXCLUDE PATTERN "base" EXCLUDE)
 endif()

@@ -1,18 +1,18 @@
 """Compiles each case of a source alone: it must fail with its sentence, and before any linking.
 
-Usage: check_refusals.py COMPILER INCLUDE_FOLDER SOURCE
+Usage: check_refusals.py COMPILER INCLUDE_FOLDER SOURCE [FLAG ...]
 """
 import re
 import subprocess
 import sys
 
-compiler, include, source = sys.argv[1:]
+compiler, include, source, *flags = sys.argv[1:]
 CASE = re.compile(r"^#(?:if|elif) CASE == (\d+)\s+// (.+)$", re.MULTILINE)
 
 
 def compile_case(number):
     command = [compiler, "-std=c++17", "-fsyntax-only", "-Werror=unused-result", f"-I{include}",
-               f"-DCASE={number}", source]
+               f"-DCASE={number}", *flags, source]
     return subprocess.run(command, capture_output=True, text=True,
                           env={"LC_ALL": "C", "PATH": "/usr/bin:/bin"})
 

@@ -8,10 +8,10 @@ import sys
 
 EXPECTED = collections.Counter(
     2 * ["gridOfSize", "gridOfSpacing", "gridOfPlanes", "AffineMap::operator()"]
-    + ["gridBetween", "gridOfCrop", "geometryOf", "planeAt", "planeThrough", "stackAlong",
-       "planesAlong", "planesBetween", "Geometry::toWorld", "Geometry::toVoxels",
+    + ["describe", "gridBetween", "gridOfCrop", "geometryOf", "planeAt", "planeThrough",
+       "stackAlong", "planesAlong", "planesBetween", "Geometry::toWorld", "Geometry::toVoxels",
        "Geometry::refusal", "AffineMap::isInvertible", "ResampleRegion::support",
-       "describe", "detail::fill", "detail::sampleAt", "detail::viewOfImage"])
+       "detail::fill", "detail::sampleAt", "detail::viewOfImage"])
 
 
 def exported(library):
