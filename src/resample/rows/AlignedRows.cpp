@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <limits>
 
 #include "exact/ElementTypes.h"
 #include "exact/Rules.h"
@@ -13,7 +14,7 @@ namespace volux::resample::detail {
 
 namespace {
 
-constexpr std::int64_t kOutside = -1;
+constexpr std::int64_t kOutside = std::numeric_limits<std::int64_t>::min();
 
 // Bounds the three tables together, so that none is as large as a volume, even a thin one.
 constexpr std::uint64_t kLongestTables = 1U << 20U;
@@ -175,7 +176,7 @@ void AlignedRows::copySlice(unsigned int z, unsigned int y, unsigned int yEnd, u
     const Outside& outside = task_.source.reading.outside;
     const std::int64_t slice = nearestBytes(z_[z], channel.z, outside);
     const auto rowBytes = static_cast<std::size_t>(to.width * to.elementBytes);
-    std::int64_t before = kOutside - 1;  // the source row of the destination row before
+    std::int64_t before = kOutside + 1;  // the source row of the destination row before
     for (unsigned int n = y; n < yEnd; ++n) {
         const std::int64_t row = nearestBytes(y_[n], channel.y, outside);
         const bool isOutside = slice == kOutside || row == kOutside;
