@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 
 #include "exact/Index.h"
@@ -29,7 +30,7 @@ struct Axis {
     int extent;
     int first;
     int last;
-    std::int64_t stride;  // in bytes
+    std::int64_t stride;  // in bytes, of either sign or zero
 
     bool holds(int index) const
     {
@@ -43,7 +44,8 @@ struct Axis {
     int within(int index) const { return index < first ? first : index > last ? last : index; }
     // From the brick's first voxel to one that the brick holds.
     std::int64_t bytes(int index) const { return stride * (std::int64_t{index} - first); }
-    std::int64_t span() const { return bytes(last); }
+    // From the first to the last, whichever is lower in memory.
+    std::int64_t span() const { return std::abs(bytes(last)); }
 };
 
 struct Channel {
@@ -52,8 +54,11 @@ struct Channel {
     Axis x;
     Axis y;
     Axis z;
-    std::int64_t span;  // bytes from there to the end of the last voxel
+    std::int64_t span;  // bytes from its lowest voxel to the end of its highest
 };
+
+template <class T>
+constexpr auto kBytes = static_cast<std::int64_t>(sizeof(T));
 
 template <class T>
 double elementAt(const unsigned char* bytes)

@@ -55,7 +55,7 @@ public:
     void read(const Channel& channel, std::int64_t row, Real (&values)[reach(K)]) const
     {
         const auto bytes = row + voxel_ * static_cast<std::int64_t>(sizeof(T));
-        const auto all = loadVoxels<T>(channel.data + bytes).lanes;
+        const auto all = loadVoxels(reinterpret_cast<const T*>(channel.data + bytes)).lanes;
         for (int i = 0; i < kReach; ++i) {
             values[i] = Real(hn::TableLookupLanes(all, hn::IndicesFromVec(Doubles(), lanes_[i])));
         }

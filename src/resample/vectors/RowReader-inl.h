@@ -9,6 +9,7 @@
 
 #include <hwy/highway.h>
 
+#include <algorithm>
 #include <cstring>
 
 #include "Lanes-inl.h"
@@ -35,7 +36,7 @@ struct RealAxis {
         : first(axis.first),
           last(axis.last),
           lastVoxel(axis.extent - 1.0),
-          stride(static_cast<double>(axis.stride))
+          stride(axis.first == axis.last ? 0.0 : static_cast<double>(axis.stride))
     {
     }
 
@@ -49,10 +50,8 @@ struct RealAxis {
     }
     Mask holds(Real index) const { return holds(index, index); }
 
-    Offset bytes(Real index) const
-    {
-        return wholeNumber((within(index) - Real(first)) * Real(stride));
-    }
+    // From the brick's first voxel to one that the brick holds.
+    Real bytes(Real index) const { return (index - Real(first)) * Real(stride); }
 };
 
 // Whether all neighbours from `first` on are inside.
@@ -130,11 +129,11 @@ private:
         }
     }
 
-    // A word that would pass the end of the row begins earlier.
+    // A word that would pass the row's upper end in memory begins earlier.
     void findSingle(const RealAxis& axis, Real index, int w)
     {
-        const double lastWord =
-            axis.stride * (axis.last - axis.first) + kBytes - double{kWordBytes};
+        const double highest = std::max(axis.stride * (axis.last - axis.first), 0.0);
+        const double lastWord = highest + kBytes - double{kWordBytes};
         const Real wanted = (axis.within(index) - Real(axis.first)) * Real(axis.stride);
         const Real begin(hn::Min(wanted.lanes, Real(lastWord).lanes));
         offsets_[w] = wholeNumber(begin);
