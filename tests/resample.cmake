@@ -3,6 +3,8 @@ set(VOLUX_RESAMPLE_TESTS
     resample/calls/GeometryTest.cpp
     resample/calls/GridTest.cpp
     resample/calls/PlacedGridTest.cpp
+    resample/calls/PlacesTest.cpp
+    resample/calls/PlanesAlongTest.cpp
     resample/calls/PlanesTest.cpp
     resample/calls/PoliciesWithoutRtti.cpp
     resample/calls/PoliciesWithoutRttiTest.cpp
