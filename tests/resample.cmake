@@ -4,6 +4,8 @@ set(VOLUX_RESAMPLE_TESTS
     resample/calls/GridTest.cpp
     resample/calls/OutsideTest.cpp
     resample/calls/PlacedGridTest.cpp
+    resample/calls/PlacesTest.cpp
+    resample/calls/PlanesAlongTest.cpp
     resample/calls/PlanesTest.cpp
     resample/calls/PoliciesWithoutRtti.cpp
     resample/calls/PoliciesWithoutRttiTest.cpp

@@ -28,8 +28,7 @@ struct Grid {
 };
 
 /// A grid, and where its result lies in the world: voxel (i, j, k) of `geometry` is where
-/// `grid.map(i, j, k)` reads the source, but for rounding. `auto [grid, geometry] = ...` takes
-/// both.
+/// `grid.map(i, j, k)` reads the source, but for rounding.
 struct PlacedGrid {
     Grid grid;          ///< for resample()
     Geometry geometry;  ///< of the result
@@ -38,10 +37,9 @@ struct PlacedGrid {
 /// Where the result of any grid lies, if its source lies at `source`.
 ///
 /// With W = source.toWorld() and the grid's map M, the origin is W(M(0, 0, 0)), and step c has the
-/// elements (W[r][0] * M[0][c] + W[r][1] * M[1][c]) + W[r][2] * M[2][c]. The spacing is the length
-/// of each step, and the direction is the step divided by it. The spacing of the grid is not used.
-/// The length of a vector is sqrt((x * x + y * y) + z * z), computed after a division by the power
-/// of two that brings its largest element to at least 1/2 and below 1.
+/// elements (W[r][0] * M[0][c] + W[r][1] * M[1][c]) + W[r][2] * M[2][c]. Its direction is
+/// unit(step), as Planes.h defines it, and its spacing the square root in there, multiplied by the
+/// power of two again. The spacing of the grid is not used.
 VOLUX_RESAMPLE_API Geometry geometryOf(const Geometry& source, const Grid& grid);
 
 /// The grid that brings a source at one place in the world to the voxels of another image.
@@ -78,7 +76,7 @@ VOLUX_RESAMPLE_API Grid gridOfSize(const core::ImageSize& source, const core::Vo
                                    unsigned int width, unsigned int height, unsigned int depth,
                                    Align align);
 
-/// The same for a source in the world, and where the result lies.
+/// The grid of a change to so many voxels of a source in the world, and where the result lies.
 ///
 /// The first voxel of the result is not where the first one of the source is: with EDGES its centre
 /// moves by half the difference of the spacings, because the edge stays. The origin is
@@ -98,7 +96,8 @@ VOLUX_RESAMPLE_API PlacedGrid gridOfSize(const Geometry& source, unsigned int wi
 VOLUX_RESAMPLE_API Grid gridOfSpacing(const core::ImageSize& source, const core::VoxelSize& spacing,
                                       const core::VoxelSize& wanted, Align align);
 
-/// The same for a source in the world, and where the result lies: as for gridOfSize().
+/// The grid of a change to another spacing of a source in the world, and where the result lies, by
+/// the formulas of gridOfSize().
 VOLUX_RESAMPLE_API PlacedGrid gridOfSpacing(const Geometry& source, const core::VoxelSize& wanted,
                                             Align align);
 
@@ -112,8 +111,8 @@ VOLUX_RESAMPLE_API PlacedGrid gridOfCrop(const Geometry& source, const core::Rec
 /// every operation refuses.
 VOLUX_RESAMPLE_API Grid gridOfPlanes(const Planes& planes);
 
-/// The same for a source in the world, and where the result lies: as geometryOf(), which also gives
-/// the spacing that the result should have. `planes.spacing` is not used.
+/// The grid of a stack of planes through a source in the world, and where the result lies, by
+/// geometryOf(). The grid has the spacing of that; `planes.spacing` is not used.
 ///
 /// With a slab of n planes the result lies in the middle of each slab, and the grid reads there:
 /// its origin is planes.origin + step * ((n - 1) / 2), its third step is step * n. To make the
