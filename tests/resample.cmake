@@ -9,7 +9,12 @@ set(VOLUX_RESAMPLE_TESTS
     resample/calls/ResampleTest.cpp
     resample/calls/ResizeTest.cpp
     resample/calls/ResliceTest.cpp
+    resample/calls/DescribeTest.cpp
+    resample/calls/ImageTest.cpp
+    resample/calls/ResultTypesTest.cpp
     resample/calls/SampleTest.cpp
+    resample/calls/ViewRefusalsTest.cpp
+    resample/calls/ViewTest.cpp
     resample/rows/ExecutorTest.cpp
     resample/rows/ProcessorsTest.cpp
     resample/rows/StackTest.cpp

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <limits>
 #include <vector>
 
@@ -12,6 +13,7 @@ namespace volux::test {
 namespace {
 
 using resample::kAllChannels;
+using resample::Positions;
 using resample::Units;
 
 std::vector<Position> somePositions(Random& random, const Extents& extents, std::size_t count)
@@ -102,6 +104,74 @@ TYPED_TEST(Sample, TakesOneChannel)
     EXPECT_EQ(results[1], 5.0);
 }
 
+TYPED_TEST(Sample, TakesPositionsFromThreeArraysAnyStepApart)
+{
+    const WrappedVolume<TypeParam> scene(countingVolume<TypeParam>({5, 4, 3}));
+    const auto triples = somePositions(this->random, scene.volume.extents, this->kCount);
+    for (const std::int64_t stride : {1, 2, -1, -3}) {
+        const std::size_t begin =
+            stride < 0 ? (this->kCount - 1) * static_cast<std::size_t>(-stride) : 0;
+        std::vector<double> xyz[3];
+        for (auto& numbers : xyz)
+            numbers.resize(this->kCount * 3);
+        for (std::size_t n = 0; n < this->kCount; ++n) {
+            const auto at = static_cast<std::size_t>(static_cast<std::int64_t>(begin) +
+                                                     stride * static_cast<std::int64_t>(n));
+            xyz[0][at] = triples[n].x;
+            xyz[1][at] = triples[n].y;
+            xyz[2][at] = triples[n].z;
+        }
+        std::vector<double> fromTriples(this->kCount);
+        std::vector<double> fromArrays(this->kCount);
+        ASSERT_EQ(resample::sample(scene.image, triples.data(), this->kCount, Units::VOXELS, 0,
+                                   fromTriples.data()),
+                  SUCCESS);
+        ASSERT_EQ(
+            resample::sample(scene.image,
+                             Positions(&xyz[0][begin], &xyz[1][begin], &xyz[2][begin], stride),
+                             this->kCount, Units::VOXELS, 0, fromArrays.data()),
+            SUCCESS);
+        for (std::size_t n = 0; n < this->kCount; ++n)
+            ASSERT_TRUE(bitEqual(fromArrays[n], fromTriples[n]))
+                << "stride " << stride << ", position " << n;
+    }
+}
+
+TEST(SampleTakes, OnePositionForEveryResult)
+{
+    const WrappedVolume<short> scene(countingVolume<short>({4, 1, 1}));
+    const double x = 1.5;
+    const double zero = 0.0;
+    float results[3] = {};
+    ASSERT_EQ(
+        resample::sample(scene.image, Positions(&x, &zero, &zero, 0), 3, Units::VOXELS, 0, results),
+        SUCCESS);
+    for (const float result : results)
+        EXPECT_EQ(result, 2.5F);
+}
+
+TYPED_TEST(Sample, TakesPositionsOfASpaceThatAMapLeadsFrom)
+{
+    forEachInstructionSet([this] {
+        for (int n = 0; n < 30; ++n) {
+            const WrappedVolume<TypeParam> scene(randomVolume<TypeParam>(this->random));
+            const AffineMap map = obliqueMap(this->random, scene.volume.extents);
+            const auto positions = somePositions(this->random, scene.volume.extents, this->kCount);
+            std::vector<double> results(this->kCount);
+            const Options options(Linear(), Constant(), 3);
+            ASSERT_EQ(resample::sample(scene.image, map, positions.data(), this->kCount, 0,
+                                       results.data(), options),
+                      SUCCESS);
+            for (std::size_t p = 0; p < this->kCount; ++p) {
+                const Position voxels =
+                    positionOf(map, positions[p].x, positions[p].y, positions[p].z);
+                ASSERT_TRUE(bitEqual(results[p], reading(scene.image, voxels, 0, options)))
+                    << describedCall(scene.image, voxels, 0, options) << ", " << described(map);
+            }
+        }
+    });
+}
+
 // Readings beside a half, at the ends of a type's range and beyond, and what is no number: of many
 // at once, so that whole vectors are rounded as well as what is left over.
 template <class T>
@@ -187,6 +257,15 @@ TEST(SampleRefuses, WhatItCanNotDo)
               ERR_INVALID_ARGUMENT);
     EXPECT_EQ(resample::sample(image, &position, 1, Units::VOXELS, 0, &result,
                                Options(Linear(), Constant(), 0.5)),
+              ERR_INVALID_ARGUMENT);
+    AffineMap flat;
+    flat.rows[1][1] = 0.0;
+    EXPECT_EQ(resample::sample(image, flat, &position, 1, 0, &result), ERR_INVALID_ARGUMENT);
+    const Positions incomplete(&position.x, nullptr, &position.z);
+    EXPECT_EQ(resample::sample(image, incomplete, 1, Units::VOXELS, 0, &result), ERR_NULL_POINTER);
+    const std::int64_t far = std::numeric_limits<std::int64_t>::min();
+    EXPECT_EQ(resample::sample(image, Positions(&position.x, &position.y, &position.z, far), 2,
+                               Units::VOXELS, 0, &result),
               ERR_INVALID_ARGUMENT);
     const std::size_t endless = std::numeric_limits<std::size_t>::max() / 2;
     EXPECT_EQ(resample::sample(image, &position, endless, Units::VOXELS, 0, &result),
