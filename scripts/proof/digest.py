@@ -12,7 +12,7 @@ from evidence import commands
 from evidence.commands import CORES, LOGS, ROOT, BadUse, Failure, install, version
 
 from . import sysroot
-from .digest_rows import SIZES, THREADS, Row, all_rows, native_rows, sysroot_libraries
+from .digest_rows import SIZES, SYSROOTS, THREADS, Row, all_rows, native_rows, sysroot_libraries
 from .results import Result, Table
 
 TITLE = "One digest on every compiler and processor"
@@ -60,7 +60,8 @@ class Outcome:
             return False
         names = [name for names in self.differing(committed).values() for name in names]
         if self.row.fused:
-            return bool(names) and all("Linear" in name or "Cubic" in name for name in names)
+            return bool(names) and all("Linear" in name or "Cubic" in name
+                                       or name in committed["world"] for name in names)
         return not names
 
 
@@ -69,8 +70,8 @@ def provide(rows):
     install("build")
     if any(row.bulk for row in rows):
         install("resample")
-    if any(row.bulk and row.target == "aarch64" for row in rows):
-        sysroot.provide("arm64")
+    for target in {row.target for row in rows if row.bulk} & SYSROOTS.keys():
+        sysroot.provide(SYSROOTS[target])
     for row in rows:
         for program in row.programs:
             if shutil.which(program):
@@ -91,7 +92,7 @@ def build(row):
     cross = [] if row.target == "x86-64" else ["-DCMAKE_SYSTEM_NAME=Linux",
                                               f"-DCMAKE_SYSTEM_PROCESSOR={row.target}"]
     if row.bulk and cross:
-        cross += [f"-Dhwy_DIR={sysroot_libraries() / 'cmake' / 'hwy'}"]
+        cross += [f"-Dhwy_DIR={sysroot_libraries(row.target) / 'cmake' / 'hwy'}"]
     commands.build(row.folder, row.log, targets, "-DCMAKE_BUILD_TYPE=None",
                    f"-DCMAKE_CXX_COMPILER={row.compiler}", f"-DCMAKE_CXX_FLAGS={row.flags}",
                    f"-DVOLUX_RESAMPLE={'ON' if row.bulk else 'OFF'}", *cross, source=SOURCE, jobs=1)
@@ -99,18 +100,17 @@ def build(row):
 
 def runs_of(row):
     """How the programs of a row are run: each run with its command."""
-    if not row.bulk:
-        for corpus in row.corpora:
-            yield Run(corpus), [*row.runner, row.folder / row.program_of(corpus),
-                                str(SIZES[corpus][1])]
-        return
-    program = [*row.runner, row.folder / "bulk_calls"]
-    named = commands.run(program).stdout.split()
-    if not named:
-        raise Failure("names no instruction set")
-    for corpus, instructions, threads in itertools.product(row.corpora, named, THREADS):
-        yield (Run(corpus, instructions, threads),
-               [*program, str(SIZES[corpus][1]), instructions, str(threads)])
+    for corpus in row.corpora:
+        program = [*row.runner, row.folder / row.program_of(corpus)]
+        size = str(SIZES[corpus][1])
+        if row.program_of(corpus) != "bulk_calls":
+            yield Run(corpus), [*program, size]
+            continue
+        named = commands.run(program).stdout.split()
+        if not named:
+            raise Failure("names no instruction set")
+        for instructions, threads in itertools.product(named, THREADS):
+            yield Run(corpus, instructions, threads), [*program, size, instructions, str(threads)]
 
 
 def families_of(command, log):
@@ -242,10 +242,10 @@ def families_table(outcomes, committed):
     fused = [outcome for outcome in outcomes if outcome.row.fused and not outcome.fault]
     changed = {name for outcome in fused
                for names in outcome.differing(committed).values() for name in names}
-    digests = {name: digest for corpus in ("full", "bulk")
+    digests = {name: digest for corpus in ("full", "bulk", "world")
                for name, digest in committed[corpus].items()}
-    return Table("The families: the first digits of their digest over `full` or `bulk`, and "
-                 "whether fused products and sums change it",
+    return Table("The families: the first digits of their digest over `full`, `bulk` or "
+                 "`world`, and whether fused products and sums change it",
                  ["family", "SHA-256", "fused"],
                  [[name, f"`{digest[:16]}`",
                    "not run" if not fused else "differs" if name in changed else "equal"]

@@ -8,14 +8,19 @@ from pathlib import Path
 from . import sysroot
 from .builds import BUILD
 
-SIZES = {  # of a corpus: its program, and the positions or the rounds of requests in each volume
+# Of a corpus: its program, and the positions or the rounds of requests in each volume, or the
+# geometries.
+SIZES = {
     "full": ("sampler", 2000),
     "small": ("sampler", 100),
     "bulk": ("single_calls", 6),
     "bulk-small": ("single_calls", 1),
+    "world": ("world_maps", 3000),
 }
 WHOLE = tuple(SIZES)
-SMALL = ("small", "bulk-small")
+SMALL = ("small", "bulk-small", "world")
+BULK = ("bulk", "world")
+SMALL_BULK = ("bulk-small", "world")
 THREADS = (1, 2, 3, 7, 16)
 
 COMPILERS = ("g++-12", "g++-11", "clang++-14", "clang++-16", "clang++-19", "clang++-22")
@@ -28,6 +33,7 @@ EMULATED = {  # the target: what Debian's compiler and libraries for it are call
     "ppc64le": ("powerpc64le-linux-gnu", "ppc64le"),
     "s390x": ("s390x-linux-gnu", "s390x"),
 }
+SYSROOTS = {"aarch64": "arm64", "s390x": "s390x"}  # whose Highway is fetched: Debian's name
 IN_CI = ("g++-12", "clang++-14", "s390x-linux-gnu-g++")  # the group digest; digest-all has the rest
 
 
@@ -67,9 +73,9 @@ class Row:
         return [program for program in (self.compiler, self.linker, *self.runner[:1]) if program]
 
     def program_of(self, corpus):
-        if self.bulk:
-            return "bulk_calls"
         program = SIZES[corpus][0]
+        if self.bulk:
+            return {"single_calls": "bulk_calls", "world_maps": "bulk_maps"}[program]
         if self.fused:
             return f"contracted_{program}"
         return "digest_sampler" if program == "sampler" else program
@@ -90,18 +96,22 @@ def native_rows():
         row("g++-12", "-O3 -march=x86-64-v3", fused=True)]
 
 
-def sysroot_libraries():
-    return sysroot.folder_of("arm64") / "usr" / "lib" / "aarch64-linux-gnu"
+def sysroot_libraries(target):
+    """Where Highway for an emulated processor is unpacked."""
+    return sysroot.folder_of(SYSROOTS[target]) / "usr" / "lib" / EMULATED[target][0]
 
 
 def bulk_rows():
-    runner = ("qemu-aarch64-static", "-L", "/usr/aarch64-linux-gnu",
-              "-E", f"LD_LIBRARY_PATH={sysroot_libraries()}")
-    return [Row("x86-64", compiler, flags, corpora=("bulk",), bulk=True) for compiler, flags in
+    def emulated(target, flags, corpora):
+        triple, processor = EMULATED[target]
+        runner = (f"qemu-{processor}-static", "-L", f"/usr/{triple}",
+                  "-E", f"LD_LIBRARY_PATH={sysroot_libraries(target)}")
+        return Row(target, f"{triple}-g++", flags, runner, corpora, bulk=True)
+    return [Row("x86-64", compiler, flags, corpora=BULK, bulk=True) for compiler, flags in
             (("g++-12", "-O2"), ("g++-12", "-O3 -march=x86-64-v3"), ("clang++-14", "-O3"),
              ("clang++-19", "-O2"))] + [
-        Row("aarch64", "aarch64-linux-gnu-g++", flags, runner, ("bulk",), bulk=True)
-        for flags in ("-O2", "-O3")]
+        emulated("aarch64", "-O2", BULK), emulated("aarch64", "-O3", BULK),
+        emulated("s390x", "-O2", SMALL_BULK)]
 
 
 def i386_rows():

@@ -50,13 +50,12 @@ std::vector<double> coordinates(unsigned int extent, const std::function<double(
 
 // The nearest voxel along one axis, from the first that the brick holds; kOutside where the value
 // outside takes its place.
-std::int64_t nearestBytes(double coordinate, const Axis& axis, const Reading& reading)
+std::int64_t nearestBytes(double coordinate, bool isInView, const Axis& axis,
+                          const Outside& outside)
 {
     const int index = exact::firstNeighbour<Kernel::NEAREST>(coordinate);
-    const bool isOutside = reading.edgeEnds
-                               ? !isInView(coordinate, static_cast<unsigned int>(axis.extent))
-                               : reading.outside.isConstant && !axis.holds(index);
-    return isOutside ? kOutside : axis.bytes(axis.clamped(index));
+    const bool isRead = isInView && (!outside.isConstant || axis.holds(index));
+    return isRead ? axis.bytes(axis.clamped(index)) : kOutside;
 }
 
 // Calls visit(outside) with the value that is stored outside, as an element.
@@ -161,7 +160,8 @@ void AlignedRows::findColumns()
     const Channel channel = task_.source.channel(0);
     isRun_ = channel.x.stride == to.elementBytes && to.strideX == to.elementBytes;
     for (unsigned int n = 0; n < to.width; ++n) {
-        columns_.push_back(nearestBytes(x_[n], channel.x, task_.source.reading));
+        columns_.push_back(
+            nearestBytes(x_[n], columnsInView_.holds(n), channel.x, task_.source.reading.outside));
         isRun_ = isRun_ && columns_[n] == columns_[0] + n * to.elementBytes;
     }
     isRun_ = isRun_ && columns_[0] != kOutside;
@@ -195,7 +195,7 @@ void AlignedRows::fillLines(unsigned int z, unsigned int y, unsigned int yEnd, u
     const Range all = {0, task_.destination.width};
     Range rows = {std::clamp<std::size_t>(rowsInView_.first, y, yEnd),
                   std::clamp<std::size_t>(rowsInView_.end, y, yEnd)};
-    if (z < slicesInView_.first || z >= slicesInView_.end || columnsInView_.isEmpty()) {
+    if (!slicesInView_.holds(z) || columnsInView_.isEmpty()) {
         rows = {yEnd, yEnd};
     }
     fillOutside(all, {y, rows.first}, z, c);
@@ -244,12 +244,12 @@ void AlignedRows::copySlice(unsigned int z, unsigned int y, unsigned int yEnd, u
 {
     const UntypedImage& to = task_.destination;
     const Channel channel = task_.source.channel(c);
-    const Reading& reading = task_.source.reading;
-    const std::int64_t slice = nearestBytes(z_[z], channel.z, reading);
+    const Outside& outside = task_.source.reading.outside;
+    const std::int64_t slice = nearestBytes(z_[z], slicesInView_.holds(z), channel.z, outside);
     const auto rowBytes = static_cast<std::size_t>(to.width * to.elementBytes);
     std::int64_t before = kOutside + 1;  // the source row of the destination row before
     for (unsigned int n = y; n < yEnd; ++n) {
-        const std::int64_t row = nearestBytes(y_[n], channel.y, reading);
+        const std::int64_t row = nearestBytes(y_[n], rowsInView_.holds(n), channel.y, outside);
         const bool isOutside = slice == kOutside || row == kOutside;
         unsigned char* const place = to.at(0, n, z, c);
         if (row == before && to.strideX == to.elementBytes) {

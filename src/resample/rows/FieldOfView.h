@@ -20,6 +20,7 @@ struct Range {
     std::size_t end;
 
     bool isEmpty() const { return first >= end; }
+    bool holds(std::size_t index) const { return first <= index && index < end; }
 };
 
 // Those of a range whose coordinates along one axis are in view. The coordinates of a row never

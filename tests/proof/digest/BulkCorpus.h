@@ -10,109 +10,20 @@
 #include <vector>
 
 #include "Corpus.h"
+#include "EachPolicy.h"
+#include "Grids.h"
 #include "Stream.h"
-#include "support/SingleCalls.h"
+#include "ViewCorpus.h"
 #include "support/WrappedVolume.h"
 #include "volux/resample/Resample.h"
 
 namespace volux::digest {
 
-using resample::AffineMap;
 using resample::Align;
-using resample::Grid;
-using resample::Options;
-using resample::Planes;
-using resample::Slab;
-using test::kBorders;
-using test::kInterpolators;
 
 // Two requests have results that are large enough for many threads.
 constexpr unsigned int kLargeScene = 5;
 constexpr unsigned int kLargeRound = 4;
-
-inline double step(Generator& random)
-{
-    return (random.fraction() - 0.5) * 3.0;
-}
-
-inline double start(Generator& random, unsigned int extent)
-{
-    return wholeCoordinate(random, extent, 2) + random.fraction();
-}
-
-inline AffineMap obliqueMap(Generator& random, const Extents& extents)
-{
-    AffineMap map;
-    const std::array<unsigned int, 3> extent{extents.width, extents.height, extents.depth};
-    for (std::size_t row = 0; row < 3; ++row) {
-        for (std::size_t column = 0; column < 3; ++column)
-            map.rows[row][column] = step(random);
-        map.rows[row][3] = start(random, extent[row]);
-    }
-    return map;
-}
-
-// Whole, half and odd steps of either sign, zeros of either sign beside them.
-inline AffineMap axisMap(Generator& random, const Extents& extents)
-{
-    constexpr std::array<double, 8> steps{1.0, -1.0, 0.5, 2.0, 0.37, -0.83, 1.6, 0.125};
-    constexpr std::array<double, 5> starts{0.0, -0.5, 1.25, -2.0, 0.4};
-    AffineMap map;
-    const std::array<unsigned int, 3> extent{extents.width, extents.height, extents.depth};
-    for (std::size_t row = 0; row < 3; ++row) {
-        for (std::size_t column = 0; column < 3; ++column)
-            map.rows[row][column] = random.below(2) == 0 ? 0.0 : -0.0;
-        map.rows[row][row] = random.anyOf(steps);
-        const double first = random.anyOf(starts);
-        const bool isBackward = map.rows[row][row] < 0.0;
-        map.rows[row][3] = isBackward ? extent[row] - first : first;
-    }
-    return map;
-}
-
-// A map whose positions pass what is finite, and the ends of the 32-bit range.
-inline AffineMap farMap(Generator& random, const Extents& extents)
-{
-    constexpr std::array<double, 5> sizes{0x1p31, 0x1p30, 1e12, 1e100, 1e307};
-    AffineMap map = random.below(2) == 0 ? obliqueMap(random, extents) : axisMap(random, extents);
-    const double size = random.anyOf(sizes);
-    for (auto& row : map.rows)
-        for (std::size_t column = 0; column < 3; ++column)
-            row[column] *= size;
-    return map;
-}
-
-inline Grid gridOf(const AffineMap& map, Generator& random)
-{
-    Grid grid;
-    grid.width = 1 + random.below(21);
-    grid.height = 1 + random.below(5);
-    grid.depth = 1 + random.below(3);
-    grid.map = map;
-    return grid;
-}
-
-inline resample::Position anyDirection(Generator& random)
-{
-    const double x = step(random);
-    const double y = step(random);
-    return {x, y, step(random)};
-}
-
-inline Planes somePlanes(Generator& random, const Extents& extents)
-{
-    Planes planes;
-    const double x = start(random, extents.width);
-    const double y = start(random, extents.height);
-    planes.origin = {x, y, start(random, extents.depth)};
-    planes.across = anyDirection(random);
-    planes.down = anyDirection(random);
-    planes.step = anyDirection(random);
-    planes.width = 1 + random.below(17);
-    planes.height = 1 + random.below(5);
-    planes.count = 1 + random.below(2);
-    return planes;
-}
 
 // A destination: an image of its own, or the caller's memory with gaps in it, which are digested
 // as well: nothing may be written there.
@@ -155,12 +66,11 @@ public:
         : scene_(scene),
           rounds_(rounds),
           calls_(calls),
-          streams_(streams),
           random_(1000 + static_cast<unsigned int>(core::VxImage<T>().getDataType()) * kScenes +
                   scene),
           wrapped_(volume<T>(scene, random_)),
           extents_(wrapped_.volume.extents),
-          value_(outsideValue<T>(scene, random_))
+          withEachPolicy_(streams, random_, static_cast<double>(outsideValue<T>(scene, random_)))
     {
     }
 
@@ -179,31 +89,6 @@ public:
     }
 
 private:
-    // Only on a grid does the edge end, unless the options say that it extends.
-    template <class Ask>
-    void withEachPolicy(const std::string& operation, bool isGrid, const Ask& ask)
-    {
-        const bool isWrapping = random_.below(3) == 0;
-        for (std::size_t kernel = 0; kernel < 3; ++kernel)
-            for (std::size_t border = 0; border < 2; ++border)
-                ask(optionsOf(kernel, border, isWrapping, isGrid),
-                    streams_[operation + ", " + test::kKernelNames[kernel] + ", " +
-                             test::kBorderNames[border]]);
-        for (std::size_t kernel = 0; isGrid && kernel < 3; ++kernel)
-            ask(optionsOf(kernel, 1, isWrapping, false),
-                streams_[operation + ", " + test::kKernelNames[kernel] + ", " +
-                         test::kBorderNames[1] + " in view"]);
-    }
-
-    Options optionsOf(std::size_t kernel, std::size_t border, bool isWrapping,
-                      bool edgeExtends) const
-    {
-        Options options(kInterpolators[kernel], kBorders[border], static_cast<double>(value_));
-        options.overflow = isWrapping ? resample::Overflow::WRAP : resample::Overflow::SATURATE;
-        options.edgeExtends = edgeExtends;
-        return options;
-    }
-
     Destination<T> destination(unsigned int width, unsigned int height, unsigned int depth,
                                bool isWrapped) const
     {
@@ -213,7 +98,7 @@ private:
     void resampleOnto(const std::string& operation, const Grid& grid)
     {
         const bool isWrapped = random_.below(2) == 0;
-        withEachPolicy(operation, true, [&](const Options& options, Stream& stream) {
+        withEachPolicy_(operation, true, [&](const Options& options, Stream& stream) {
             Destination<T> to = destination(grid.width, grid.height, grid.depth, isWrapped);
             calls_.resample(wrapped_.image, grid, to.image, options);
             to.appendTo(stream);
@@ -238,12 +123,9 @@ private:
 
     void reslice()
     {
-        using resample::Projection;
         const Planes planes = somePlanes(random_, extents_);
-        const auto projection = random_.anyOf<Projection>(
-            std::array<Projection, 3>{Projection::MEAN, Projection::MAXIMUM, Projection::MINIMUM});
-        const Slab slab = {1 + random_.below(4), projection};
-        withEachPolicy("reslice", true, [&](Options options, Stream& stream) {
+        const Slab slab = someSlab(random_);
+        withEachPolicy_("reslice", true, [&](Options options, Stream& stream) {
             options.overflow = resample::Overflow::SATURATE;  // volux_core has no mean to wrap
             Destination<T> to = destination(planes.width, planes.height, planes.count, false);
             calls_.reslice(wrapped_.image, planes, to.image, options, slab);
@@ -259,7 +141,7 @@ private:
         const bool hasCentres = extents_.width > 1 && extents_.height > 1 && extents_.depth > 1;
         const bool isCentred = random_.below(2) == 0 && hasCentres;
         const Align align = isCentred ? Align::CENTRES : Align::EDGES;
-        withEachPolicy("resize", false, [&](const Options& options, Stream& stream) {
+        withEachPolicy_("resize", false, [&](const Options& options, Stream& stream) {
             Destination<T> to = destination(width, height, depth, false);
             calls_.resize(wrapped_.image, align, to.image, options);
             to.appendTo(stream);
@@ -285,7 +167,7 @@ private:
         const Units units = random_.below(2) == 0 ? Units::VOXELS : Units::PHYSICAL;
         const bool asItIs = random_.below(2) == 0;
         const std::vector<resample::Position> places = positions(units);
-        withEachPolicy("sample", false, [&](const Options& options, Stream& stream) {
+        withEachPolicy_("sample", false, [&](const Options& options, Stream& stream) {
             if (asItIs)
                 sampleInto(std::vector<double>(), places, units, options, stream);
             else
@@ -306,23 +188,21 @@ private:
     const unsigned int scene_;
     const unsigned int rounds_;
     const Calls& calls_;
-    Streams& streams_;
     Generator random_;
     const test::WrappedVolume<T> wrapped_;
     const Extents extents_;
-    const T value_;
+    const EachPolicy withEachPolicy_;
 };
 
 template <class T, class Calls>
 void digestBulk(unsigned int rounds, const Calls& calls)
 {
     Streams streams;
-    for (unsigned int scene = 0; scene < kScenes; ++scene)
+    for (unsigned int scene = 0; scene < kScenes; ++scene) {
         Requests<T, Calls>(scene, rounds, calls, streams).answer();
-    for (const auto& [name, stream] : streams) {
-        std::printf("%zu %s\n", stream.size(), name.c_str());
-        std::fwrite(stream.data(), 1, stream.size(), stdout);
+        ViewRequests<T, Calls>(scene, rounds, calls, streams).answer();
     }
+    write(streams);
 }
 
 // Writes what digest_sampler writes, of other families.

@@ -3,9 +3,11 @@
 
 #include <cmath>
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <map>
 #include <string>
+#include <vector>
 
 #include "volux/core/VxImage.h"
 
@@ -34,6 +36,21 @@ void append(Stream& stream, const core::VxImage<T>& image)
             for (int x = 0; x < end(image.getWidth()); ++x)
                 for (int c = 0; c < end(image.getChannels()); ++c)
                     append(stream, static_cast<double>(image(x, y, z, c)));
+}
+
+inline void append(Stream& stream, const std::vector<double>& values)
+{
+    for (const double value : values)
+        append(stream, value);
+}
+
+// For each family a line "BYTES FAMILY", then so many bytes.
+inline void write(const Streams& streams)
+{
+    for (const auto& [name, stream] : streams) {
+        std::printf("%zu %s\n", stream.size(), name.c_str());
+        std::fwrite(stream.data(), 1, stream.size(), stdout);
+    }
 }
 
 }  // namespace volux::digest

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "Arranged.h"
 #include "BulkCorpus.h"
 #include "support/InstructionSets.h"
 
@@ -45,6 +46,44 @@ public:
     {
         require(resample::sample(source, positions.data(), positions.size(), units,
                                  resample::kAllChannels, results, onThreads(options)));
+    }
+
+    template <class R, class T>
+    std::vector<double> resample(const ViewedVolume<T>& source, const Grid& grid,
+                                 const Arrangement& to, const Options& options) const
+    {
+        const ArrangedSource<T> from(source);
+        ArrangedResult<R> result(to, grid, from.view.channels);
+        require(resample::resample(from.view, grid, result.view, onThreads(options)));
+        return result.take();
+    }
+
+    template <class R, class T>
+    std::vector<double> reslice(const ViewedVolume<T>& source, const Planes& planes,
+                                const Arrangement& to, const Options& options,
+                                const Slab& slab) const
+    {
+        const ArrangedSource<T> from(source);
+        ArrangedResult<R> result(to, gridOfPlanes(planes), from.view.channels);
+        require(resample::reslice(from.view, planes, result.view, onThreads(options), slab));
+        return result.take();
+    }
+
+    template <class R, class T>
+    std::vector<double> sample(const ViewedVolume<T>& source, const Places& places,
+                               const Options& options) const
+    {
+        const ArrangedSource<T> from(source);
+        const ArrangedPlaces arrays(places);
+        const std::size_t count = places.positions.size();
+        std::vector<R> results(count * from.view.channels);
+        const int all = resample::kAllChannels;
+        require(places.toVoxels != nullptr
+                    ? resample::sample(from.view, *places.toVoxels, arrays.positions(), count, all,
+                                       results.data(), onThreads(options))
+                    : resample::sample(from.view, arrays.positions(), count, places.units, all,
+                                       results.data(), onThreads(options)));
+        return {results.begin(), results.end()};
     }
 
 private:

@@ -90,10 +90,7 @@ void digest(unsigned int positions)
     Streams streams;
     for (unsigned int scene = 0; scene < kScenes; ++scene)
         addScene(scene, positions, families, streams);
-    for (const auto& [name, stream] : streams) {
-        std::printf("%zu %s\n", stream.size(), name.c_str());
-        std::fwrite(stream.data(), 1, stream.size(), stdout);
-    }
+    write(streams);
 }
 
 }  // namespace

@@ -28,14 +28,7 @@ struct SingleCalls {
     {
         const AffineMap map = mapOf(planes);
         forEachVoxel(destination, [&](unsigned int i, unsigned int j, unsigned int k, int c) {
-            double projected = 0.0;
-            for (unsigned int n = 0; n < slab.planes; ++n) {
-                const auto p = positionOf(map, i, j, k * slab.planes + n);
-                const double sample = test::gridReading(source, p, c, options);
-                projected = n == 0 ? sample : project(slab.projection, projected, sample);
-            }
-            const bool isMean = slab.projection == resample::Projection::MEAN && slab.planes > 1;
-            return converted<T>(isMean ? projected / slab.planes : projected);
+            return converted<T>(projected(source, {map, i, j, k}, c, options, slab));
         });
     }
 
@@ -77,7 +70,101 @@ struct SingleCalls {
             }
     }
 
+    template <class R, class T>
+    static std::vector<double> resample(const ViewedVolume<T>& source, const Grid& grid,
+                                        const Arrangement&, const Options& options)
+    {
+        const core::VxImage<T>& image = source.wrapped.image;
+        return eachResult(grid, image, [&](const Voxel& voxel, int c) {
+            return stored<R>(image, voxel.position(), c, options, test::gridReading<T>,
+                             test::gridElement<T>);
+        });
+    }
+
+    template <class R, class T>
+    static std::vector<double> reslice(const ViewedVolume<T>& source, const Planes& planes,
+                                       const Arrangement&, const Options& options, const Slab& slab)
+    {
+        Grid grid;
+        grid.width = planes.width;
+        grid.height = planes.height;
+        grid.depth = planes.count;
+        grid.map = mapOf(planes);
+        const core::VxImage<T>& image = source.wrapped.image;
+        return eachResult(grid, image, [&](const Voxel& voxel, int c) {
+            return static_cast<R>(projected(image, voxel, c, options, slab));
+        });
+    }
+
+    template <class R, class T>
+    static std::vector<double> sample(const ViewedVolume<T>& source, const Places& places,
+                                      const Options& options)
+    {
+        const core::VxImage<T>& image = source.wrapped.image;
+        const test::oracle::Position& unit = source.wrapped.volume.spacing;
+        std::vector<double> results;
+        for (resample::Position p : places.positions) {
+            if (places.toVoxels != nullptr)
+                p = positionOf(*places.toVoxels, p.x, p.y, p.z);
+            else if (places.units == resample::Units::PHYSICAL)
+                p = {p.x / unit.x, p.y / unit.y, p.z / unit.z};
+            for (int c = 0; c < static_cast<int>(image.getChannels()); ++c)
+                results.push_back(static_cast<double>(
+                    stored<R>(image, p, c, options, test::reading<T>, test::element<T>)));
+        }
+        return results;
+    }
+
 private:
+    // One voxel of a grid.
+    struct Voxel {
+        const AffineMap& map;
+        unsigned int i;
+        unsigned int j;
+        unsigned int k;
+
+        resample::Position position() const { return positionOf(map, i, j, k); }
+    };
+
+    template <class T>
+    static double projected(const core::VxImage<T>& source, const Voxel& voxel, int c,
+                            const Options& options, const Slab& slab)
+    {
+        double result = 0.0;
+        for (unsigned int n = 0; n < slab.planes; ++n) {
+            const Voxel plane = {voxel.map, voxel.i, voxel.j, voxel.k * slab.planes + n};
+            const double sample = test::gridReading(source, plane.position(), c, options);
+            result = n == 0 ? sample : project(slab.projection, result, sample);
+        }
+        const bool isMean = slab.projection == resample::Projection::MEAN && slab.planes > 1;
+        return isMean ? result / slab.planes : result;
+    }
+
+    // What a destination of type R keeps: the element, if that is the source's type, else the
+    // reading.
+    template <class R, class T, class Read, class Element>
+    static R stored(const core::VxImage<T>& image, const resample::Position& p, int c,
+                    const Options& options, const Read& read, const Element& element)
+    {
+        if constexpr (std::is_same_v<R, T>)
+            return element(image, p, c, options);
+        else
+            return static_cast<R>(read(image, p, c, options));
+    }
+
+    template <class T, class Value>
+    static std::vector<double> eachResult(const Grid& grid, const core::VxImage<T>& source,
+                                          const Value& value)
+    {
+        std::vector<double> results;
+        for (unsigned int k = 0; k < grid.depth; ++k)
+            for (unsigned int j = 0; j < grid.height; ++j)
+                for (unsigned int i = 0; i < grid.width; ++i)
+                    for (int c = 0; c < static_cast<int>(source.getChannels()); ++c)
+                        results.push_back(static_cast<double>(value({grid.map, i, j, k}, c)));
+        return results;
+    }
+
     template <class T, class Value>
     static void forEachVoxel(core::VxImage<T>& image, const Value& value)
     {

@@ -1,0 +1,147 @@
+// Memory in which the voxels of a view are arranged as a request says.
+#pragma once
+
+#include <cstdint>
+#include <new>
+#include <stdexcept>
+
+#include "ViewCorpus.h"
+#include "support/RandomViews.h"
+#include "support/SparseBlock.h"
+
+namespace volux::digest {
+
+using resample::View;
+using resample::VoxelLayout;
+
+constexpr std::int64_t kFarGap = (std::int64_t{1} << 32) + 5;
+constexpr unsigned int kFarExtent = 3;  // more would take too large a part of the address space
+
+// The distances of a view, and where among its elements the first voxel is.
+struct Distances {
+    VoxelLayout layout;
+    std::int64_t first = 0;
+    std::int64_t elements = 1;
+
+    Distances(const Arrangement& arrangement, const std::array<unsigned int, 4>& extents,
+              const std::array<bool, 4>& repeats)
+    {
+        layout.width = extents[0];
+        layout.height = extents[1];
+        layout.depth = extents[2];
+        layout.channels = extents[3];
+        std::int64_t* const strides[] = {&layout.strideX, &layout.strideY, &layout.strideZ,
+                                         &layout.strideC};
+        for (std::size_t n = 0; n < 4; ++n) {
+            const std::size_t axis = arrangement.axes[n];
+            const bool isFar = arrangement.isFar && n == 3 && extents[axis] <= kFarExtent;
+            const std::int64_t stride =
+                repeats[axis] ? 0 : elements + arrangement.gap + (isFar ? kFarGap : 0);
+            const std::int64_t span = stride * (extents[axis] - 1);
+            elements += span;
+            first += arrangement.isFlipped[axis] ? span : 0;
+            *strides[axis] = arrangement.isFlipped[axis] ? -stride : stride;
+        }
+    }
+};
+
+// Memory of zeros, and the view of it.
+template <class T>
+class Arranged {
+public:
+    explicit Arranged(const Distances& distances)
+        : elements_(static_cast<std::size_t>(distances.elements)), block_(elements_ * sizeof(T))
+    {
+        if (!block_.exists())
+            throw std::bad_alloc();
+        view = View<T>(data() + distances.first, distances.layout);
+    }
+
+    T* data() const { return reinterpret_cast<T*>(block_.bytes()); }
+    std::size_t elements() const { return elements_; }
+
+    View<T> view;
+
+private:
+    std::size_t elements_;
+    test::SparseBlock block_;
+};
+
+// A source, whose voxels are those of a volume.
+template <class T>
+class ArrangedSource : public Arranged<T> {
+public:
+    explicit ArrangedSource(const ViewedVolume<T>& source)
+        : Arranged<T>({source.arrangement, extentsOf(source.wrapped.volume), source.repeats()})
+    {
+        const test::Volume<T>& volume = source.wrapped.volume;
+        this->view.spacing = core::VoxelSize(volume.spacing.x, volume.spacing.y, volume.spacing.z);
+        test::forEachElement(
+            this->view, [&](auto... at) { test::elementOf(this->view, at...) = volume.at(at...); });
+    }
+
+private:
+    static std::array<unsigned int, 4> extentsOf(const test::Layout& layout)
+    {
+        const Extents& e = layout.extents;
+        return {e.width, e.height, e.depth, layout.channels};
+    }
+};
+
+// A result: nothing may be written between its voxels.
+template <class R>
+class ArrangedResult : public Arranged<R> {
+public:
+    ArrangedResult(const Arrangement& arrangement, const Grid& grid, unsigned int channels)
+        : Arranged<R>({arrangement, {grid.width, grid.height, grid.depth, channels}, {}})
+    {
+        std::fill_n(this->data(), this->elements(), R{77});
+    }
+
+    // Its voxels, x fastest, all channels of a voxel side by side.
+    std::vector<double> take()
+    {
+        std::vector<double> taken;
+        test::forEachElement(this->view, [&](auto... at) {
+            R& element = test::elementOf(this->view, at...);
+            taken.push_back(static_cast<double>(element));
+            element = R{77};
+        });
+        if (std::count(this->data(), this->data() + this->elements(), R{77}) !=
+            static_cast<std::ptrdiff_t>(this->elements()))
+            throw std::runtime_error("a call wrote between the voxels of its result");
+        return taken;
+    }
+};
+
+// Positions in three arrays, with nothing between them that anybody could take for one.
+class ArrangedPlaces {
+public:
+    explicit ArrangedPlaces(const Places& places) : stride_(places.stride)
+    {
+        const auto count = static_cast<std::int64_t>(places.positions.size());
+        first_ = stride_ < 0 ? -stride_ * (count - 1) : 0;
+        for (std::vector<double>& array : arrays_)
+            array.assign(static_cast<std::size_t>(std::abs(stride_) * (count - 1) + 1), 1e9);
+        for (std::int64_t n = 0; n < count; ++n) {
+            const resample::Position& p = places.positions[static_cast<std::size_t>(n)];
+            const auto at = static_cast<std::size_t>(first_ + n * stride_);
+            arrays_[0][at] = p.x;
+            arrays_[1][at] = p.y;
+            arrays_[2][at] = p.z;
+        }
+    }
+
+    resample::Positions positions() const
+    {
+        return {arrays_[0].data() + first_, arrays_[1].data() + first_, arrays_[2].data() + first_,
+                stride_};
+    }
+
+private:
+    std::int64_t stride_;
+    std::int64_t first_ = 0;
+    std::array<std::vector<double>, 3> arrays_;
+};
+
+}  // namespace volux::digest
