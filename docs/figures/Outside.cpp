@@ -2,6 +2,7 @@
 // read along a row of voxels. Everything is what the library answers. Usage: draw_outside FILE
 
 #include <map>
+#include <stdexcept>
 
 #include "Svg.h"
 #include "volux/resample.h"
@@ -89,7 +90,8 @@ void drawPanel(Svg& svg, Point corner, const std::string& name, const Options& o
 {
     VxImage<unsigned char> picture, result;
     fillPicture(picture);
-    resample(picture, turnedGrid(), &result, options);
+    if (resample(picture, turnedGrid(), &result, options) != SUCCESS)
+        throw std::runtime_error("the picture was not resampled");
     svg.text({corner.x, corner.y - 10}, "start", name, kInk, " font-weight=\"bold\"");
     drawPixels(svg, corner, result);
     drawView(svg, corner);
@@ -115,7 +117,8 @@ std::vector<Point> profile(const Options& options)
     grid.height = grid.depth = 1;
     grid.map = {{{1.0 / 64, 0, 0, kFirst}, {0, 1, 0, 0}, {0, 0, 1, 0}}};
     VxImage<unsigned char> result;
-    resample(row, grid, &result, options);
+    if (resample(row, grid, &result, options) != SUCCESS)
+        throw std::runtime_error("the row was not resampled");
     std::vector<Point> points;
     for (unsigned int i = 0; i < grid.width; ++i)
         points.push_back(onPage(grid.map(i, 0, 0).x, result(static_cast<int>(i), 0, 0, 0)));

@@ -5,7 +5,7 @@
 namespace volux::resample {
 
 #if defined(__GLIBCXX__) && __SIZEOF_POINTER__ == 8
-static_assert(sizeof(Options) == 96);
+static_assert(sizeof(Options) == 104);
 static_assert(sizeof(Grid) == 136);
 static_assert(sizeof(Geometry) == 136);
 static_assert(sizeof(PlacedGrid) == 272);
