@@ -13,7 +13,8 @@ namespace volux::resample {
 /// Owns a core::VxImage, which can be neither moved nor copied and whose getters of size and
 /// spacing are not const. Moving an Image hands the image on; its voxels stay where they are.
 ///
-/// An object that has been moved from may only be destroyed, or be given another one.
+/// An object that has been moved from has no image: calls refuse it with ERR_NULL_POINTER, its view
+/// has no voxels, and nothing else may be asked of it before it is given another one.
 ///
 /// Errors and threads: those of the image. Making an Image throws std::bad_alloc where there is no
 /// memory for the image itself; the voxels are allocated by the image, which reports that.
@@ -39,8 +40,8 @@ public:
 
     /// @{
     /// The voxels where they are, as viewOf() gives them.
-    View<T> view() { return viewOf(*image_); }
-    View<const T> view() const { return viewOf(**this); }
+    View<T> view() { return image_ == nullptr ? View<T>() : viewOf(*image_); }
+    View<const T> view() const { return image_ == nullptr ? View<T>() : viewOf(*image_); }
     /// @}
 
 private:

@@ -38,6 +38,7 @@ struct ElementTag {
     static_assert(core::detail::isElementType<std::remove_const_t<T>>,
                   "volux::resample serves images of unsigned char, short, unsigned short, int, "
                   "unsigned int, float or double.");
+    // NOLINTNEXTLINE(readability-identifier-naming): as the tag that is known at run time
     static constexpr core::DataType type = core::detail::tagOf<std::remove_const_t<T>>();
 
     ElementTag() = default;

@@ -24,9 +24,13 @@ bool isExtent(std::uint64_t extent)
 
 bool isElementType(core::DataType type)
 {
-#define VOLUX_IS_TAG(T) type == core::detail::tagOf<T>() ||
-    return VOLUX_FOR_EACH_ELEMENT_TYPE(VOLUX_IS_TAG) false;
-#undef VOLUX_IS_TAG
+    switch (type) {
+#define VOLUX_CASE(T) case core::detail::tagOf<T>():
+        VOLUX_FOR_EACH_ELEMENT_TYPE(VOLUX_CASE)
+#undef VOLUX_CASE
+        return true;
+    }
+    return false;
 }
 
 bool isServed(core::DataType source, core::DataType result)

@@ -78,5 +78,17 @@ TEST(Image, IsReadAndWrittenByEveryCall)
     EXPECT_EQ(resample::resize(Image<short>(), 2, 2, 2, Align::EDGES, &result), ERR_NULL_POINTER);
 }
 
+TEST(Image, IsRefusedByCallsOnceItHasBeenMovedFrom)
+{
+    Image<short> source = imageOf(7);
+    Image<short> result = std::move(source);
+    EXPECT_EQ(source.view().data, nullptr);
+    EXPECT_EQ(resample::resize(source, 1, 1, 1, Align::EDGES, &result), ERR_NULL_POINTER);
+    EXPECT_EQ(resample::resize(result, 1, 1, 1, Align::EDGES, &source), ERR_NULL_POINTER);
+    source = Image<short>();
+    EXPECT_EQ(resample::resize(result, 1, 1, 1, Align::EDGES, &source), SUCCESS);
+    EXPECT_EQ((*source)(0, 0, 0, 0), 7);
+}
+
 }  // namespace
 }  // namespace volux::test

@@ -30,13 +30,13 @@ protected:
         std::fill(results.begin(), results.end(), short{-7});
         const ErrorType code = resample::resample(source, grid, destination, options);
         if (code != SUCCESS) {
-            EXPECT_EQ(std::count(results.begin(), results.end(), -7), 200);
+            EXPECT_EQ(std::count(results.begin(), results.end(), -7), 300);
         }
         return code;
     }
 
     std::vector<short> voxels = std::vector<short>(200, 7);
-    std::vector<short> results = std::vector<short>(200);
+    std::vector<short> results = std::vector<short>(300);
     View<short> source{voxels.data() + 40, 2, 2, 2, 2};
     View<short> destination{results.data() + 40, 3, 4, 5, 2};
     Grid grid = gridOf(AffineMap(), 3, 4, 5);

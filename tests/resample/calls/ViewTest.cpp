@@ -45,8 +45,6 @@ void expectSame(const View<const T>& actual, const View<const T>& expected, cons
 template <class T>
 class ViewOf : public ::testing::Test {
 protected:
-    using Call = ErrorType (*)(const VxImage<T>&, VxImage<T>*);
-
     explicit ViewOf(std::uint64_t seed = 301) : random(seed) {}
 
     AffineMap someMap(const Extents& extents)

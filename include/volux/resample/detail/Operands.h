@@ -16,6 +16,9 @@ namespace volux::resample::detail {
 /// The first template parameters of a call that is spelt without them.
 struct Deduced;
 
+template <class Named, class T>
+inline constexpr bool isAsNamed = std::is_same_v<Named, Deduced> || std::is_same_v<Named, T>;
+
 /// @{
 /// The voxels of whatever calls read.
 template <class T>
@@ -64,7 +67,7 @@ TargetOf<R> writable(core::VxImage<R>* image)
 template <class R>
 TargetOf<R> writable(Image<R>* image)
 {
-    return writable(image == nullptr ? nullptr : &**image);
+    return writable(image == nullptr ? nullptr : image->operator->());
 }
 template <class R>
 TargetOf<R> writable(const View<R>& view)
@@ -101,8 +104,7 @@ constexpr void requirePair()
     static_assert(std::is_void_v<T> || std::is_void_v<R> || std::is_same_v<R, T> ||
                       std::is_same_v<R, float> || std::is_same_v<R, double>,
                   "volux::resample writes results of the source's element type, float or double.");
-    static_assert((std::is_same_v<NamedT, Deduced> || std::is_same_v<NamedT, T>)&&(
-                      std::is_same_v<NamedR, Deduced> || std::is_same_v<NamedR, R>),
+    static_assert(isAsNamed<NamedT, T> && isAsNamed<NamedR, R>,
                   "volux::resample is called with the types of its arguments, or without any.");
 }
 
