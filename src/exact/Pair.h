@@ -63,10 +63,11 @@ Pair widened(const T* voxels)
     } else if constexpr (sizeof(T) == sizeof(short)) {
         int both = 0;
         std::memcpy(&both, voxels, sizeof both);
-        // Each voxel into the upper half of 32 bits, and from there down with its own sign.
-        const __m128i upper = _mm_unpacklo_epi16(_mm_setzero_si128(), _mm_cvtsi32_si128(both));
-        return Pair(_mm_cvtepi32_pd(std::is_signed_v<T> ? _mm_srai_epi32(upper, 16)
-                                                        : _mm_srli_epi32(upper, 16)));
+        // Each voxel into both halves of 32 bits, and from the upper one down with its own sign.
+        const __m128i narrow = _mm_cvtsi32_si128(both);
+        const __m128i twice = _mm_unpacklo_epi16(narrow, narrow);
+        return Pair(_mm_cvtepi32_pd(std::is_signed_v<T> ? _mm_srai_epi32(twice, 16)
+                                                        : _mm_srli_epi32(twice, 16)));
     } else {
         return Pair(static_cast<double>(voxels[0]), static_cast<double>(voxels[1]));
     }

@@ -13,6 +13,14 @@
 
 namespace volux::core::detail {
 
+// Whether N successive indices are inside, by one comparison: no extent exceeds 2^31 - 1, and a
+// negative index exceeds that as an unsigned number.
+template <int N>
+bool areInside(int first, unsigned int extent)
+{
+    return std::uint64_t{static_cast<unsigned int>(first)} + (N - 1) < extent;
+}
+
 // N successive indices along one axis: whether each is inside, and where it leads to, in elements.
 // Replication has no outside: it clamps the indices.
 template <int N, class B>
@@ -26,24 +34,31 @@ struct Steps {
 
     Steps(int firstIndex, unsigned int extent, std::int64_t stride) : first(firstIndex)
     {
-        const auto isIn = [&](int n) { return exact::isInside(at(n), extent); };
-        // No extent exceeds 2^31 - 1, so nothing between two indices inside is outside.
-        const bool allIn = isIn(0) && isIn(N - 1);
+        const bool allIn = areInside<N>(first, extent);
         isRun = allIn && stride == 1;
         for (int n = 0; n < N; ++n) {
             if constexpr (kClamped) {
                 offsets[n] = stride * (allIn ? at(n) : clamped(at(n), extent));
             } else {
-                inside[n] = allIn || isIn(n);
+                inside[n] = allIn || exact::isInside(at(n), extent);
                 offsets[n] = inside[n] ? stride * at(n) : 0;
             }
         }
     }
 
+    bool isInside(int n) const { return kClamped || inside[n]; }
     int at(int n) const { return exact::wrappingAdd(first, n); }
 };
 
-// The N x N x N voxels from `first` on, in channel c, row by row.
+// A row of N neighbours as numbers.
+template <int N>
+struct Row {
+    exact::Pair pairs[N / 2];
+
+    exact::Pair operator()(int i) const { return pairs[i]; }
+};
+
+// The N x N x N voxels from `first` on, in channel c, row by row, wherever they are.
 template <int N, class T, class B>
 class Neighbourhood {
 public:
@@ -60,41 +75,33 @@ public:
     {
     }
 
-    // Neighbours (0, j, k) to (N - 1, j, k), one after another: in the image itself if they are
-    // contiguous there, else in `gathered`.
-    const T* row(int j, int k, T (&gathered)[N]) const
+    // Neighbours (0, j, k) to (N - 1, j, k). Where they are not contiguous they go to registers
+    // without passing through memory: a processor waits long before it reads at once what it has
+    // just written in parts.
+    [[gnu::always_inline]] Row<N> row(int j, int k) const
     {
-        if constexpr (Steps<N, B>::kClamped) {
-            const std::int64_t start = rowStart(j, k);
-            if (xs.isRun) {
-                return at(start + xs.offsets[0]);
+        const bool isInside = ys.isInside(j) && zs.isInside(k);
+        const std::int64_t start =
+            layout.strideC * static_cast<int>(channel) + ys.offsets[j] + zs.offsets[k];
+        const auto voxel = [&](int i) -> double {
+            return isInside && xs.isInside(i) ? *at(start + xs.offsets[i])
+                                              : readOutside(policy, source, xs.at(i), ys.at(j),
+                                                            zs.at(k), channel, constant);
+        };
+        const bool isRun = isInside && xs.isRun;
+        Row<N> found;
+        for (int i = 0; i < N; i += 2) {
+            if (isRun) {
+                found.pairs[i / 2] = exact::widened(at(start + xs.offsets[i]));
+            } else {
+                const double first = voxel(i);
+                found.pairs[i / 2] = {first, voxel(i + 1)};
             }
-            for (int i = 0; i < N; ++i) {
-                gathered[i] = *at(start + xs.offsets[i]);
-            }
-            return gathered;
-        } else {
-            const bool isInside = ys.inside[j] && zs.inside[k];
-            const std::int64_t start = isInside ? rowStart(j, k) : 0;
-            if (isInside && xs.isRun) {
-                return at(start + xs.offsets[0]);
-            }
-            for (int i = 0; i < N; ++i) {
-                gathered[i] = isInside && xs.inside[i]
-                                  ? *at(start + xs.offsets[i])
-                                  : readOutside(policy, source, xs.at(i), ys.at(j), zs.at(k),
-                                                channel, constant);
-            }
-            return gathered;
         }
+        return found;
     }
 
 private:
-    std::int64_t rowStart(int j, int k) const
-    {
-        return layout.strideC * static_cast<int>(channel) + ys.offsets[j] + zs.offsets[k];
-    }
-
     const T* at(std::int64_t offset) const
     {
         return layout.data + static_cast<std::ptrdiff_t>(offset);
@@ -110,7 +117,24 @@ private:
     T constant;
 };
 
-// The weighted sum of the voxels around a position. Inlined, because each kernel is this and no
+// The weighted sum where some neighbours are outside, or the rows are not contiguous.
+template <exact::Kernel K, class T, class B>
+[[gnu::always_inline]] inline double weightedAnywhere(const VxImage<T>& image,
+                                                      const exact::Place<K>& at, unsigned int c,
+                                                      B& border, T value)
+{
+    if constexpr (K == exact::Kernel::CUBIC) {
+        if (at.isEmpty()) {
+            return std::numeric_limits<double>::quiet_NaN();
+        }
+    }
+    const Neighbourhood<exact::reach(K), T, B> around(image, at.x.first, at.y.first, at.z.first, c,
+                                                      border, value);
+    return at.sum([&](int j, int k) { return around.row(j, k); });
+}
+
+// The weighted sum of the voxels around a position. Nearly always all of them are inside, which one
+// test for each axis finds out; no border matters then. Inlined, because each kernel is this and no
 // more.
 template <exact::Kernel K, class T, class B>
 [[gnu::always_inline]] inline double weighted(const VxImage<T>& image, double x, double y, double z,
@@ -118,16 +142,19 @@ template <exact::Kernel K, class T, class B>
 {
     constexpr int kReach = exact::reach(K);
     const exact::Place<K> at(x, y, z);
-    if constexpr (K == exact::Kernel::CUBIC) {
-        if (at.isEmpty()) {
-            return std::numeric_limits<double>::quiet_NaN();
-        }
+    const Layout<T> layout(image);
+    const bool areRuns = areInside<kReach>(at.x.first, image.getWidth()) &&
+                         areInside<kReach>(at.y.first, image.getHeight()) &&
+                         areInside<kReach>(at.z.first, image.getDepth()) && layout.strideX == 1;
+    if (!areRuns) {
+        return weightedAnywhere<K>(image, at, c, border, value);
     }
-    const Neighbourhood<kReach, T, B> around(image, at.x.first, at.y.first, at.z.first, c, border,
-                                             value);
-    T gathered[kReach];
+    const T* const first = &image(at.x.first, at.y.first, at.z.first, static_cast<int>(c));
     return at.sum([&](int j, int k) {
-        return [row = around.row(j, k, gathered)](int i) { return exact::widened(row + 2 * i); };
+        const std::int64_t start = layout.strideY * j + layout.strideZ * k;
+        return [row = first + static_cast<std::ptrdiff_t>(start)](int i) {
+            return exact::widened(row + 2 * i);
+        };
     });
 }
 

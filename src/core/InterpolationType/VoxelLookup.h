@@ -1,10 +1,13 @@
 // The read of one voxel, and what a border reads outside.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <type_traits>
 
 #include "RunTime.h"
 #include "exact/Index.h"
+#include "exact/Layout.h"
 #include "volux/core/VxImage.h"
 
 namespace volux::core::detail {
@@ -37,6 +40,17 @@ T readOutside(B& border, const VxImage<T>& image, int x, int y, int z, unsigned 
     }
 }
 
+// Channel c of a voxel inside, whose indices are not negative: without their signs a processor
+// extends them to 64 bits by itself.
+template <class T>
+const T* voxelInside(const Layout<T>& layout, int x, int y, int z, unsigned int c)
+{
+    const auto steps = [](int index) { return std::int64_t{static_cast<unsigned int>(index)}; };
+    return layout.data + static_cast<std::ptrdiff_t>(
+                             layout.strideX * steps(x) + layout.strideY * steps(y) +
+                             layout.strideZ * steps(z) + layout.strideC * static_cast<int>(c));
+}
+
 // Channel c of voxel (x, y, z), or what the border reads there. The channel is not tested.
 template <class T, class B>
 T voxelOrBorder(const VxImage<T>& image, int x, int y, int z, unsigned int c, B& border, T value)
@@ -44,7 +58,7 @@ T voxelOrBorder(const VxImage<T>& image, int x, int y, int z, unsigned int c, B&
     const bool inside = exact::isInside(x, image.getWidth()) &&
                         exact::isInside(y, image.getHeight()) &&
                         exact::isInside(z, image.getDepth());
-    return inside ? image(x, y, z, static_cast<int>(c))
+    return inside ? *voxelInside(Layout<T>(image), x, y, z, c)
                   : readOutside(border, image, x, y, z, c, value);
 }
 

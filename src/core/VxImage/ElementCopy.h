@@ -34,22 +34,42 @@ bool feedsItself(const T* src, const T* dst, std::int64_t count)
     return before(src, dst) && before(dst, stepped(src, count));
 }
 
-// A processor stalls on a cache line that it writes to, unlike on one that it reads, so the lines
-// of `dst` are prefetched some steps ahead.
+// Whether each step of a loop writes to another cache line.
 template <class T>
-void copyOneByOne(const T* src, T* dst, const Loop& outer, const Loop& inner)
+bool isFar(const Loop& loop)
 {
-    constexpr std::int64_t kLine = 64 / sizeof(T);
+    return loop.to >= static_cast<std::int64_t>(64 / sizeof(T));
+}
+
+// A processor stalls on a cache line that it writes to, unlike on one that it reads, so the lines
+// of `dst` are prefetched some steps ahead. The fewer instructions an element takes, the more of
+// the reads are under way at a time, hence the unrolled loop.
+template <class T>
+[[gnu::always_inline]] inline void copyOneByOne(const T* src, T* dst, const Loop& outer,
+                                                const Loop& inner)
+{
     constexpr std::int64_t kAhead = 16;
-    const bool isFar = outer.to >= kLine;
+    const bool prefetches = isFar<T>(outer);
     for (std::int64_t i = 0; i < outer.count; ++i) {
-        if (isFar) {
+        if (prefetches) {
             exact::prefetch(stepped(dst, outer.to * std::min(i + kAhead, outer.count - 1)));
         }
+#pragma GCC unroll 4
         for (std::int64_t j = 0; j < inner.count; ++j) {
             *stepped(dst, outer.to * i + inner.to * j) =
                 *stepped(src, outer.from * i + inner.from * j);
         }
+    }
+}
+
+// Out of line, to leave the registers to rows that are contiguous.
+template <class T>
+[[gnu::noinline]] void copyStepped(const T* src, T* dst, const Loop& row)
+{
+    if (isFar<T>(row)) {
+        copyOneByOne(src, dst, row, {1, 0, 0});
+    } else {
+        copyOneByOne(src, dst, {1, 0, 0}, row);
     }
 }
 
@@ -61,7 +81,7 @@ void copyRow(const T* src, T* dst, const Loop& row)
     } else if (row.to == 1 && row.from == 1 && !feedsItself(src, dst, row.count)) {
         std::copy_n(src, row.count, dst);
     } else {
-        copyOneByOne(src, dst, row, {1, 0, 0});
+        copyStepped(src, dst, row);
     }
 }
 

@@ -1,6 +1,7 @@
 // Samples at fractional positions, in voxels or physical units, and converts the result to T.
 #pragma once
 
+#include <cstring>
 #include <type_traits>
 
 #include "../InterpolationType/Kernels.ipp"
@@ -12,11 +13,32 @@ namespace volux::core {
 
 namespace detail {
 
-// Converts a physical position to voxels. Most images have a spacing of 1.0, and a division takes
-// as long as a good part of a kernel.
+struct Position {
+    double x;
+    double y;
+    double z;
+};
+
+// No other double has the bits of 1.0, and a comparison of integers need not ask about NaN.
+inline bool isOne(double number)
+{
+    constexpr double kOne = 1.0;
+    return std::memcmp(&number, &kOne, sizeof number) == 0;
+}
+
 inline double inVoxels(double position, double voxelSize)
 {
-    return voxelSize == 1.0 ? position : position / voxelSize;
+    return isOne(voxelSize) ? position : position / voxelSize;
+}
+
+// Converts a physical position to voxels. Most images have a spacing of 1.0, and a division takes
+// as long as a good part of a kernel. Inlined, so that a position stays in registers.
+[[gnu::always_inline]] inline Position inVoxels(const Position& at, const Position& voxelSize)
+{
+    if (__builtin_expect(isOne(voxelSize.x) && isOne(voxelSize.y) && isOne(voxelSize.z), 1)) {
+        return at;
+    }
+    return {inVoxels(at.x, voxelSize.x), inVoxels(at.y, voxelSize.y), inVoxels(at.z, voxelSize.z)};
 }
 
 // Calls the kernel at (x, y, z), in voxels, for a double or a voxel as it is. The channel keeps its
@@ -86,9 +108,9 @@ template <class I, class B>
 T VxImage<T>::getValueReal(double x, double y, double z, int c, I interpolator, B border,
                            T value) const noexcept(detail::byValue<I, B>())
 {
+    const detail::Position at = detail::inVoxels({x, y, z}, {voxelSizeX, voxelSizeY, voxelSizeZ});
     return exact::roundTo<T>(
-        detail::sample(*this, detail::inVoxels(x, voxelSizeX), detail::inVoxels(y, voxelSizeY),
-                       detail::inVoxels(z, voxelSizeZ), c, interpolator, border, value));
+        detail::sample(*this, at.x, at.y, at.z, c, interpolator, border, value));
 }
 
 template <class T>
@@ -102,8 +124,8 @@ template <class I>
 double VxImage<T>::getDoubleValueReal(double x, double y, double z, int c, I interpolator) const
     noexcept(detail::byValue<I>())
 {
-    return detail::sample(*this, detail::inVoxels(x, voxelSizeX), detail::inVoxels(y, voxelSizeY),
-                          detail::inVoxels(z, voxelSizeZ), c, interpolator, Constant(), T());
+    const detail::Position at = detail::inVoxels({x, y, z}, {voxelSizeX, voxelSizeY, voxelSizeZ});
+    return detail::sample(*this, at.x, at.y, at.z, c, interpolator, Constant(), T());
 }
 
 template <class T>
@@ -111,8 +133,8 @@ template <class I, class B>
 double VxImage<T>::getDoubleValueReal(double x, double y, double z, int c, I interpolator, B border,
                                       T value) const noexcept(detail::byValue<I, B>())
 {
-    return detail::sample(*this, detail::inVoxels(x, voxelSizeX), detail::inVoxels(y, voxelSizeY),
-                          detail::inVoxels(z, voxelSizeZ), c, interpolator, border, value);
+    const detail::Position at = detail::inVoxels({x, y, z}, {voxelSizeX, voxelSizeY, voxelSizeZ});
+    return detail::sample(*this, at.x, at.y, at.z, c, interpolator, border, value);
 }
 
 template <class T>
@@ -121,8 +143,8 @@ double VxImage<T>::getDoubleValueReal(double x, double y, double z, int c,
                                       Interpolator* interpolator, B border, T value) const
     noexcept(detail::byAddress<I, B>())
 {
-    return detail::sample(*this, detail::inVoxels(x, voxelSizeX), detail::inVoxels(y, voxelSizeY),
-                          detail::inVoxels(z, voxelSizeZ), c, interpolator, border, value);
+    const detail::Position at = detail::inVoxels({x, y, z}, {voxelSizeX, voxelSizeY, voxelSizeZ});
+    return detail::sample(*this, at.x, at.y, at.z, c, interpolator, border, value);
 }
 
 }  // namespace volux::core
