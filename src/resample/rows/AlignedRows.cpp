@@ -55,18 +55,18 @@ std::int64_t nearestBytes(double coordinate, const Axis& axis, const Outside& ou
     return outside.isConstant && !axis.holds(index) ? kOutside : axis.bytes(axis.clamped(index));
 }
 
-// `from` is null where Constant takes the place of a whole row.
+// `from` is null where Constant takes the place of a whole row. No branch: where voxels are outside
+// changes from column to column.
 template <class Element>
 void copyElements(const unsigned char* from, const std::vector<std::int64_t>& columns,
-                  Element constant, std::int64_t stride, unsigned char* to)
+                  const unsigned char* constant, std::int64_t stride, unsigned char* to)
 {
     const auto pitch = static_cast<std::ptrdiff_t>(stride);
     for (std::size_t n = 0; n < columns.size(); ++n) {
-        Element element = constant;
-        if (from != nullptr && columns[n] != kOutside) {
-            std::memcpy(&element, from + columns[n], sizeof element);
-        }
-        std::memcpy(to + pitch * static_cast<std::ptrdiff_t>(n), &element, sizeof element);
+        const bool isOutside = from == nullptr || columns[n] == kOutside;
+        unsigned char element[sizeof(Element)];
+        std::memcpy(element, isOutside ? constant : from + columns[n], sizeof element);
+        std::memcpy(to + pitch * static_cast<std::ptrdiff_t>(n), element, sizeof element);
     }
 }
 
@@ -199,9 +199,8 @@ void AlignedRows::copyRow(const unsigned char* from, unsigned char* to) const
         return;
     }
     exact::withElementType(image.type, [&](auto element) {
-        typename decltype(element)::Type constant;
-        std::memcpy(&constant, constant_, sizeof constant);
-        copyElements(from, columns_, constant, image.strideX, to);
+        using Element = typename decltype(element)::Type;
+        copyElements<Element>(from, columns_, constant_, image.strideX, to);
     });
 }
 

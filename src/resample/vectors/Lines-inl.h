@@ -181,6 +181,7 @@ private:
         for (int i = 0; i < kReach; ++i) {
             xWeights[i] = load(weights_[i] + n);
         }
+        constexpr int kPitch{kTile};
         // One pointer for each row: a compiler would take one for each neighbour.
         const double* firsts[kReach];
         for (int j = 0; j < kReach; ++j) {
@@ -188,8 +189,8 @@ private:
         }
         return weightedSum<WeightedSum<K, Real>>(
             xWeights, yWeights, zs_.weights, [&](int j, int k) {
-                return [first = firsts[j] + k * kReach * kTile](int i) {
-                    return load(first + i * kTile);
+                return [first = firsts[j] + k * kReach * kPitch](int i) {
+                    return load(first + i * kPitch);
                 };
             });
     }
