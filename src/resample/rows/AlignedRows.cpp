@@ -78,18 +78,18 @@ void fillElements(Element element, std::size_t count, std::int64_t stride, unsig
     }
 }
 
-// `from` is null where a whole row is outside.
+// `from` is null where a whole row is outside. No branch: where voxels are outside changes from
+// column to column.
 template <class Element>
 void copyElements(const unsigned char* from, const std::vector<std::int64_t>& columns,
-                  Element outside, std::int64_t stride, unsigned char* to)
+                  const unsigned char* outside, std::int64_t stride, unsigned char* to)
 {
     const auto pitch = static_cast<std::ptrdiff_t>(stride);
     for (std::size_t n = 0; n < columns.size(); ++n) {
-        Element element = outside;
-        if (from != nullptr && columns[n] != kOutside) {
-            std::memcpy(&element, from + columns[n], sizeof element);
-        }
-        std::memcpy(to + pitch * static_cast<std::ptrdiff_t>(n), &element, sizeof element);
+        const bool isOutside = from == nullptr || columns[n] == kOutside;
+        unsigned char element[sizeof(Element)];
+        std::memcpy(element, isOutside ? outside : from + columns[n], sizeof element);
+        std::memcpy(to + pitch * static_cast<std::ptrdiff_t>(n), element, sizeof element);
     }
 }
 
@@ -269,8 +269,10 @@ void AlignedRows::copyRow(const unsigned char* from, unsigned char* to) const
                     static_cast<std::size_t>(image.width * image.elementBytes));
         return;
     }
-    withElement(image.type, outside_,
-                [&](auto outside) { copyElements(from, columns_, outside, image.strideX, to); });
+    exact::withElementType(image.type, [&](auto element) {
+        using Element = typename decltype(element)::Type;
+        copyElements<Element>(from, columns_, outside_, image.strideX, to);
+    });
 }
 
 }  // namespace volux::resample::detail

@@ -43,12 +43,10 @@ void readWith(const Channel& channel, const Outside& outside, Block& block)
     } else if constexpr (K == Kernel::NEAREST) {
         NearestReader<T> reader(channel, outside);
         reader(block);
-    } else if (channel.x.stride == kBytes<T>) {
-        WeightedReader<T, K, Order::FORWARD>(channel, outside)(block);
-    } else if (channel.x.stride == -kBytes<T>) {
-        WeightedReader<T, K, Order::BACKWARD>(channel, outside)(block);
     } else {
-        WeightedReader<T, K, Order::APART>(channel, outside)(block);
+        withOrder<T>(channel, [&](auto order) {
+            WeightedReader<T, K, decltype(order)::value>(channel, outside)(block);
+        });
     }
 }
 

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <type_traits>
 
 #include "exact/Index.h"
 #include "exact/Kernel.h"
@@ -59,6 +60,22 @@ struct Channel {
 
 template <class T>
 constexpr auto kBytes = static_cast<std::int64_t>(sizeof(T));
+
+// How the voxels of a row follow one another in memory: contiguous in either direction, or not.
+enum class Order { FORWARD, BACKWARD, APART };
+
+// Calls `function` with a channel's order, as a type.
+template <class T, class Function>
+void withOrder(const Channel& channel, const Function& function)
+{
+    if (channel.x.stride == kBytes<T>) {
+        function(std::integral_constant<Order, Order::FORWARD>());
+    } else if (channel.x.stride == -kBytes<T>) {
+        function(std::integral_constant<Order, Order::BACKWARD>());
+    } else {
+        function(std::integral_constant<Order, Order::APART>());
+    }
+}
 
 template <class T>
 double elementAt(const unsigned char* bytes)

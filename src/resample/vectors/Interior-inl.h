@@ -18,8 +18,6 @@ namespace HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-constexpr std::size_t kLanes = hn::MaxLanes(Doubles());
-
 // A number along each axis.
 struct Reals {
     Real x;

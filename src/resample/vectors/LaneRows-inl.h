@@ -22,10 +22,14 @@ namespace HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-// How the voxels of a row follow one another in memory: contiguous in either direction, or not.
-enum class Order { FORWARD, BACKWARD, APART };
+#if HWY_TARGET == HWY_SCALAR  // nothing to transpose
 
-#if HWY_TARGET != HWY_SCALAR  // nothing to transpose
+inline Word loadWords(const unsigned char* row, const std::int64_t* offsets)
+{
+    return hn::LoadU(Words(), reinterpret_cast<const std::uint64_t*>(row + *offsets));
+}
+
+#else
 
 // The bytes at each lane's offset: eight of every lane, or sixteen of every second one.
 template <std::size_t Least, class D>

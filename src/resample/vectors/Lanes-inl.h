@@ -28,6 +28,8 @@ using Word = hn::Vec<Words>;
 using Offset = hn::Vec<Offsets>;
 using Mask = hn::Mask<Doubles>;
 
+constexpr std::size_t kLanes = hn::MaxLanes(Doubles());
+
 // One number in each lane; also a voxel index, which is a whole number that no image exceeds.
 struct Real {
     hn::Vec<Doubles> lanes;

@@ -10,9 +10,8 @@
 #include <hwy/highway.h>
 
 #include <algorithm>
-#include <cstring>
 
-#include "Lanes-inl.h"
+#include "LaneRows-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace volux::resample::detail {
@@ -62,20 +61,11 @@ inline Mask allInside(const RealAxis& axis, Real first)
 }
 
 // Eight bytes from each offset on, as they are in memory.
-inline Word gatherWords(const unsigned char* data, Offset offsets)
+inline Word wordsAt(const unsigned char* data, Offset offsets)
 {
-#if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
-    return hn::GatherOffset(Words(), reinterpret_cast<const std::uint64_t*>(data), offsets);
-#else
-    constexpr std::size_t kMostLanes = 8;
-    HWY_ALIGN std::int64_t at[kMostLanes];
-    HWY_ALIGN std::uint64_t words[kMostLanes];
+    HWY_ALIGN std::int64_t at[kLanes];
     hn::Store(offsets, Offsets(), at);
-    for (std::size_t n = 0; n < hn::Lanes(Words()); ++n) {
-        std::memcpy(words + n, data + at[n], kWordBytes);
-    }
-    return hn::Load(Words(), words);
-#endif
+    return loadWords(data, at);
 }
 
 // Reads the neighbours of each sample along x. Where voxels are contiguous a word holds several of
@@ -98,7 +88,7 @@ public:
     void read(const Channel& channel, Offset row, Real (&values)[reach(K)]) const
     {
         for (int w = 0; w < kWords; ++w) {
-            const Word words = gatherWords(channel.data, hn::Add(row, offsets_[w]));
+            const Word words = wordsAt(channel.data, hn::Add(row, offsets_[w]));
             for (int i = w * kHeld; i < kReach && i < (w + 1) * kHeld; ++i) {
                 // One voxel that fills its word needs no shift.
                 values[i] =
@@ -143,12 +133,6 @@ private:
     Offset offsets_[kWords];
     Word shifts_[kReach];
 };
-
-template <class T>
-inline bool isContiguous(const Channel& channel)
-{
-    return channel.x.stride == static_cast<std::int64_t>(sizeof(T));
-}
 
 }  // namespace HWY_NAMESPACE
 }  // namespace volux::resample::detail
