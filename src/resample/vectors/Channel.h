@@ -3,7 +3,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
+#include <type_traits>
 
 #include "exact/Index.h"
 #include "exact/Kernel.h"
@@ -29,7 +31,7 @@ struct Axis {
     int extent;
     int first;
     int last;
-    std::int64_t stride;  // in bytes
+    std::int64_t stride;  // in bytes, of either sign or zero
 
     bool holds(int index) const
     {
@@ -43,7 +45,8 @@ struct Axis {
     int within(int index) const { return index < first ? first : index > last ? last : index; }
     // From the brick's first voxel to one that the brick holds.
     std::int64_t bytes(int index) const { return stride * (std::int64_t{index} - first); }
-    std::int64_t span() const { return bytes(last); }
+    // From the first to the last, whichever is lower in memory.
+    std::int64_t span() const { return std::abs(bytes(last)); }
 };
 
 struct Channel {
@@ -52,8 +55,27 @@ struct Channel {
     Axis x;
     Axis y;
     Axis z;
-    std::int64_t span;  // bytes from there to the end of the last voxel
+    std::int64_t span;  // bytes from its lowest voxel to the end of its highest
 };
+
+template <class T>
+constexpr auto kBytes = static_cast<std::int64_t>(sizeof(T));
+
+// How the voxels of a row follow one another in memory: contiguous in either direction, or not.
+enum class Order { FORWARD, BACKWARD, APART };
+
+// Calls `function` with a channel's order, as a type.
+template <class T, class Function>
+void withOrder(const Channel& channel, const Function& function)
+{
+    if (channel.x.stride == kBytes<T>) {
+        function(std::integral_constant<Order, Order::FORWARD>());
+    } else if (channel.x.stride == -kBytes<T>) {
+        function(std::integral_constant<Order, Order::BACKWARD>());
+    } else {
+        function(std::integral_constant<Order, Order::APART>());
+    }
+}
 
 template <class T>
 double elementAt(const unsigned char* bytes)

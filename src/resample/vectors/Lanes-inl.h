@@ -28,6 +28,8 @@ using Word = hn::Vec<Words>;
 using Offset = hn::Vec<Offsets>;
 using Mask = hn::Mask<Doubles>;
 
+constexpr std::size_t kLanes = hn::MaxLanes(Doubles());
+
 // One number in each lane; also a voxel index, which is a whole number that no image exceeds.
 struct Real {
     hn::Vec<Doubles> lanes;
@@ -112,9 +114,9 @@ inline Offset wholeNumber(Real number)
     return hn::Sub(hn::BitCast(d, (number + bias).lanes), hn::BitCast(d, bias.lanes));
 }
 
-// The element in the lowest bits of each word, exactly as a double.
-template <class T>
-inline Real fromLowest(Word words)
+// The elements that begin at a bit of each word, exactly as doubles.
+template <class T, int Bit>
+HWY_INLINE Real fromBits(Word words)
 {
     const Doubles d;
     if constexpr (std::is_same_v<T, double>) {
@@ -122,25 +124,35 @@ inline Real fromLowest(Word words)
     } else if constexpr (std::is_same_v<T, float>) {
         const hn::Rebind<float, Doubles> halves;
         const hn::Rebind<std::uint32_t, Doubles> lower;
-        return Real(hn::PromoteTo(d, hn::BitCast(halves, hn::TruncateTo(lower, words))));
+        const Word lowest = Bit == 0 ? words : hn::ShiftRight<Bit>(words);
+        return Real(hn::PromoteTo(d, hn::BitCast(halves, hn::TruncateTo(lower, lowest))));
+    } else if constexpr (Bit + 8 * sizeof(T) > 52) {
+        return fromBits<T, 0>(hn::ShiftRight<Bit>(words));
     } else {
-        // Put below the bits of 2^52, which is then taken off; signed ones are moved up before. The
-        // bits below are masked, so one exclusive or does both.
+        // Put below the bits of the power of two whose unit in the last place is what one is here;
+        // that is then taken off. Signed ones are moved up before. The other bits are masked, so
+        // one exclusive or does both.
         constexpr std::uint64_t kMask = std::numeric_limits<std::make_unsigned_t<T>>::max();
         constexpr std::uint64_t kUp = std::is_signed_v<T> ? (kMask >> 1U) + 1 : 0;
-        constexpr std::uint64_t kBias = std::uint64_t{0x433} << 52U;
-        const Word biased =
-            hn::Xor(hn::And(words, hn::Set(Words(), kMask)), hn::Set(Words(), kBias | kUp));
-        return Real(hn::BitCast(d, biased)) - Real(0x1p52 + static_cast<double>(kUp));
+        constexpr std::uint64_t kBias = std::uint64_t{0x433 - Bit} << 52U;
+        constexpr double kPower = 0x1p52 / static_cast<double>(std::uint64_t{1} << Bit);
+        const Word biased = hn::Xor(hn::And(words, hn::Set(Words(), kMask << Bit)),
+                                    hn::Set(Words(), kBias | (kUp << Bit)));
+        return Real(hn::BitCast(d, biased)) - Real(kPower + static_cast<double>(kUp));
     }
+}
+
+template <class T>
+inline Real fromLowest(Word words)
+{
+    return fromBits<T, 0>(words);
 }
 
 // As many contiguous voxels as there are lanes.
 template <class T>
-inline Real loadVoxels(const unsigned char* bytes)
+inline Real loadVoxels(const T* first)
 {
     const Doubles d;
-    const T* const first = static_cast<const T*>(static_cast<const void*>(bytes));
     const auto voxels = hn::LoadU(hn::Rebind<T, Doubles>(), first);
     if constexpr (std::is_same_v<T, double>) {
         return Real(voxels);

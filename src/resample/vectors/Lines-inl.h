@@ -26,16 +26,18 @@ namespace hn = hwy::HWY_NAMESPACE;
 
 // The neighbours of the columns of a vector, where all of them are among as many contiguous voxels
 // as there are lanes: loaded together, and moved to their columns.
-template <class T, Kernel K>
+template <class T, Kernel K, Order O>
 class Window {
 public:
     static constexpr std::int64_t kNone = -1;
 
-    Window(const RealAxis& axis, Real first, std::int64_t voxel) : voxel_(voxel)
+    // The lowest in memory of its voxels is the first of them, or the last.
+    Window(const RealAxis& axis, Real first, std::int64_t voxel)
+        : lowest_(voxel + (kStep < 0 ? kLast : 0))
     {
-        const Real begin(axis.first + static_cast<double>(voxel));
+        const Real lowest(axis.first + static_cast<double>(lowest_));
         for (int i = 0; i < kReach; ++i) {
-            lanes_[i] = wholeNumber(axis.within(offset(first, i)) - begin);
+            lanes_[i] = wholeNumber((axis.within(offset(first, i)) - lowest) * Real(double{kStep}));
         }
     }
 
@@ -43,19 +45,18 @@ public:
     static std::int64_t find(const RealAxis& axis, Real first)
     {
         const Doubles d;
-        const auto lanes = static_cast<double>(hn::Lanes(d));
         const Real last = offset(first, kReach - 1);
         const double lowest = hn::GetLane(hn::MinOfLanes(d, axis.within(first).lanes));
         const double highest = hn::GetLane(hn::MaxOfLanes(d, axis.within(last).lanes));
-        const double begin = std::min(lowest, axis.last - (lanes - 1.0));
-        const bool isThere = begin >= axis.first && highest - begin < lanes;
+        const double begin = std::min(lowest, axis.last - kLast);
+        const bool isThere = begin >= axis.first && highest - begin <= kLast;
         return isThere ? static_cast<std::int64_t>(begin - axis.first) : kNone;
     }
 
     void read(const Channel& channel, std::int64_t row, Real (&values)[reach(K)]) const
     {
-        const auto bytes = row + voxel_ * static_cast<std::int64_t>(sizeof(T));
-        const auto all = loadVoxels<T>(channel.data + bytes).lanes;
+        const unsigned char* const lowest = channel.data + row + kStep * lowest_ * kBytes<T>;
+        const auto all = loadVoxels(reinterpret_cast<const T*>(lowest)).lanes;
         for (int i = 0; i < kReach; ++i) {
             values[i] = Real(hn::TableLookupLanes(all, hn::IndicesFromVec(Doubles(), lanes_[i])));
         }
@@ -63,12 +64,14 @@ public:
 
 private:
     static constexpr int kReach = reach(K);
+    static constexpr int kLast = static_cast<int>(kLanes) - 1;
+    static constexpr int kStep = O == Order::BACKWARD ? -1 : 1;
 
-    std::int64_t voxel_;
+    std::int64_t lowest_;
     Offset lanes_[kReach];
 };
 
-template <class T, Kernel K, bool Contiguous>
+template <class T, Kernel K, Order O>
 class LineReader {
 public:
     explicit LineReader(const Lines& lines)
@@ -80,20 +83,24 @@ public:
             for (int i = 0; i < kReach; ++i) {
                 store(xs.weights[i], weights_[i] + n);
             }
-            windows_[n] = Contiguous ? Window<T, K>::find(x_, xs.first) : Window<T, K>::kNone;
+            windows_[n] = O == Order::APART ? Columns::kNone : Columns::find(x_, xs.first);
         });
     }
 
     void operator()(LineSink& sink)
     {
         HWY_ALIGN double readings[kTile];
+        const std::size_t columns = lines_.columns;
         for (std::size_t line = 0; line < lines_.lines; ++line) {
             const exact::Neighbours<K, double> ys(lines_.y[line]);
             const Expanded* rows[kReach];
             for (int j = 0; j < kReach; ++j) {
                 rows[j] = expanded(ys.first + j);
             }
-            forEachVector([&](std::size_t n) { store(sum(ys.weights, rows, n), readings + n); });
+            // Without vectors of its own, a compiler makes them of a loop as plain as this.
+            for (std::size_t n = 0; n < columns; n += kLanes) {
+                store(sum(ys.weights, rows, n), readings + n);
+            }
             sink.take(line, readings);
         }
     }
@@ -102,13 +109,15 @@ private:
     static constexpr int kReach = reach(K);
     static constexpr std::int64_t kNone = std::int64_t{1} << 40;
 
+    using Columns = Window<T, K, O>;
+
     // One source row: by slice, then by neighbour, then by column.
     using Expanded = double[kReach][kTile];
 
     template <class Step>
     void forEachVector(const Step& step) const
     {
-        for (std::size_t n = 0; n < lines_.columns; n += hn::Lanes(Doubles())) {
+        for (std::size_t n = 0; n < lines_.columns; n += kLanes) {
             step(n);
         }
     }
@@ -137,10 +146,11 @@ private:
         }
         forEachVector([&](std::size_t n) {
             const Real first = firstNeighbour<K>(load(lines_.x + n));
-            if (windows_[n] != Window<T, K>::kNone) {
-                read(Window<T, K>(x_, first, windows_[n]), first, isInside, begins, n, row);
+            if (windows_[n] != Columns::kNone) {
+                read(Columns(x_, first, windows_[n]), first, isInside, begins, n, row);
             } else {
-                read(RowReader<T, K, Contiguous>(x_, first), first, isInside, begins, n, row);
+                read(RowReader<T, K, O == Order::FORWARD>(x_, first), first, isInside, begins, n,
+                     row);
             }
         });
     }
@@ -171,9 +181,16 @@ private:
         for (int i = 0; i < kReach; ++i) {
             xWeights[i] = load(weights_[i] + n);
         }
+        // One pointer for each row: a compiler would take one for each neighbour.
+        const double* firsts[kReach];
+        for (int j = 0; j < kReach; ++j) {
+            firsts[j] = rows[j][0][0] + n;
+        }
         return weightedSum<WeightedSum<K, Real>>(
             xWeights, yWeights, zs_.weights, [&](int j, int k) {
-                return [row = rows[j][k], n](int i) { return load(row[i] + n); };
+                return [first = firsts[j] + k * kReach * kTile](int i) {
+                    return load(first + i * kTile);
+                };
             });
     }
 
@@ -190,13 +207,10 @@ private:
 template <class T, Kernel K>
 void readLinesWith(const Lines& lines, LineSink& sink)
 {
-    if (isContiguous<T>(lines.channel)) {
-        LineReader<T, K, true> reader(lines);
+    withOrder<T>(lines.channel, [&](auto order) {
+        LineReader<T, K, decltype(order)::value> reader(lines);
         reader(sink);
-    } else {
-        LineReader<T, K, false> reader(lines);
-        reader(sink);
-    }
+    });
 }
 
 inline void readLinesHere(const Lines& lines, LineSink& sink)

@@ -4,7 +4,7 @@
 
 #include <limits>
 
-#include "Channel.h"
+#include "Block.h"
 #include "exact/Rules.h"
 
 namespace volux::resample::detail {
@@ -75,6 +75,37 @@ double readOne(const Channel& channel, const Outside& outside, double x, double 
         return readNearest<T>(channel, outside, x, y, z);
     } else {
         return readWeighted<T, K>(channel, outside, x, y, z);
+    }
+}
+
+template <class T, Kernel K>
+void readOneByOne(const Channel& channel, const Outside& outside, Block& block, std::size_t first,
+                  std::size_t end)
+{
+    for (std::size_t n = first; n < end; ++n) {
+        block.readings[n] = readOne<T, K>(channel, outside, block.x[n], block.y[n], block.z[n]);
+    }
+}
+
+// Copies the neighbours of one sample, x fastest, and the constant where there are none.
+template <class T, Kernel K>
+void copyNeighbours(const Channel& channel, const Outside& outside, double x, double y, double z,
+                    T* to)
+{
+    const AxisReads<K> columns(channel.x, outside, exact::firstNeighbour<K>(x));
+    const AxisReads<K> rows(channel.y, outside, exact::firstNeighbour<K>(y));
+    const AxisReads<K> slices(channel.z, outside, exact::firstNeighbour<K>(z));
+    const T constant = static_cast<T>(outside.value);
+    for (int k = 0; k < reach(K); ++k) {
+        for (int j = 0; j < reach(K); ++j) {
+            const bool isRowInside = slices.isInside[k] && rows.isInside[j];
+            const unsigned char* const row = channel.data + slices.bytes[k] + rows.bytes[j];
+            for (int i = 0; i < reach(K); ++i, ++to) {
+                T voxel;
+                std::memcpy(&voxel, row + columns.bytes[i], sizeof voxel);
+                *to = isRowInside && columns.isInside[i] ? voxel : constant;
+            }
+        }
     }
 }
 

@@ -9,9 +9,9 @@
 
 #include <hwy/highway.h>
 
-#include <cstring>
+#include <algorithm>
 
-#include "Lanes-inl.h"
+#include "LaneRows-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace volux::resample::detail {
@@ -35,7 +35,7 @@ struct RealAxis {
         : first(axis.first),
           last(axis.last),
           lastVoxel(axis.extent - 1.0),
-          stride(static_cast<double>(axis.stride))
+          stride(axis.first == axis.last ? 0.0 : static_cast<double>(axis.stride))
     {
     }
 
@@ -49,10 +49,8 @@ struct RealAxis {
     }
     Mask holds(Real index) const { return holds(index, index); }
 
-    Offset bytes(Real index) const
-    {
-        return wholeNumber((within(index) - Real(first)) * Real(stride));
-    }
+    // From the brick's first voxel to one that the brick holds.
+    Real bytes(Real index) const { return (index - Real(first)) * Real(stride); }
 };
 
 // Whether all neighbours from `first` on are inside.
@@ -63,20 +61,11 @@ inline Mask allInside(const RealAxis& axis, Real first)
 }
 
 // Eight bytes from each offset on, as they are in memory.
-inline Word gatherWords(const unsigned char* data, Offset offsets)
+inline Word wordsAt(const unsigned char* data, Offset offsets)
 {
-#if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
-    return hn::GatherOffset(Words(), reinterpret_cast<const std::uint64_t*>(data), offsets);
-#else
-    constexpr std::size_t kMostLanes = 8;
-    HWY_ALIGN std::int64_t at[kMostLanes];
-    HWY_ALIGN std::uint64_t words[kMostLanes];
+    HWY_ALIGN std::int64_t at[kLanes];
     hn::Store(offsets, Offsets(), at);
-    for (std::size_t n = 0; n < hn::Lanes(Words()); ++n) {
-        std::memcpy(words + n, data + at[n], kWordBytes);
-    }
-    return hn::Load(Words(), words);
-#endif
+    return loadWords(data, at);
 }
 
 // Reads the neighbours of each sample along x. Where voxels are contiguous a word holds several of
@@ -99,7 +88,7 @@ public:
     void read(const Channel& channel, Offset row, Real (&values)[reach(K)]) const
     {
         for (int w = 0; w < kWords; ++w) {
-            const Word words = gatherWords(channel.data, hn::Add(row, offsets_[w]));
+            const Word words = wordsAt(channel.data, hn::Add(row, offsets_[w]));
             for (int i = w * kHeld; i < kReach && i < (w + 1) * kHeld; ++i) {
                 // One voxel that fills its word needs no shift.
                 values[i] =
@@ -130,11 +119,11 @@ private:
         }
     }
 
-    // A word that would pass the end of the row begins earlier.
+    // A word that would pass the row's upper end in memory begins earlier.
     void findSingle(const RealAxis& axis, Real index, int w)
     {
-        const double lastWord =
-            axis.stride * (axis.last - axis.first) + kBytes - double{kWordBytes};
+        const double highest = std::max(axis.stride * (axis.last - axis.first), 0.0);
+        const double lastWord = highest + kBytes - double{kWordBytes};
         const Real wanted = (axis.within(index) - Real(axis.first)) * Real(axis.stride);
         const Real begin(hn::Min(wanted.lanes, Real(lastWord).lanes));
         offsets_[w] = wholeNumber(begin);
@@ -144,12 +133,6 @@ private:
     Offset offsets_[kWords];
     Word shifts_[kReach];
 };
-
-template <class T>
-inline bool isContiguous(const Channel& channel)
-{
-    return channel.x.stride == static_cast<std::int64_t>(sizeof(T));
-}
 
 }  // namespace HWY_NAMESPACE
 }  // namespace volux::resample::detail
