@@ -1,17 +1,18 @@
 // Calls on whole volumes against one call of volux_core for each sample, and the value outside
-// where the edge of a grid has ended: any map, grid, layout and options, with the source between
-// two forbidden pages and nothing but the result written.
+// where the edge of a grid has ended: any map, grid, layout, result type and options, with the
+// source and a view of the result between forbidden pages, and nothing but the result written.
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <vector>
 
 #include "Input.h"
 #include "Scene.h"
+#include "Views.h"
 #include "support/BitExact.h"
 #include "support/Described.h"
 #include "support/Difference.h"
-#include "support/GuardedPages.h"
 #include "support/InstructionSets.h"
-#include "support/WrappedVolume.h"
 #include "volux/resample.h"
 
 namespace volux::fuzz {
@@ -22,17 +23,6 @@ using test::Options;
 using test::Position;
 
 constexpr int kMostCalls = 4;
-
-/// An image whose voxels are at one end of guarded pages.
-template <class T>
-void placeSource(test::GuardedPages& pages, Input& input, core::VxImage<T>& image)
-{
-    const test::Volume<T> volume = someVolume<T>(input);
-    T* const block = pages.place<T>(volume.block.size(), input.flag());
-    std::copy(volume.block.begin(), volume.block.end(), block);
-    test::wrap(block, volume, &image);
-    image.setVoxelSize(volume.spacing.x, volume.spacing.y, volume.spacing.z);
-}
 
 double someStep(Input& input)
 {
@@ -83,16 +73,19 @@ void requireSame(T got, T expected, const core::VxImage<Source>& image, const Po
 
 /// A box of an image, between forbidden pages.
 template <class T>
-void cut(core::VxImage<T>& image, const core::Rect& box, bool atEnd, core::VxImage<T>& brick)
+View<const T> cut(const core::VxImage<T>& image, const core::Rect& box, Input& input)
 {
-    static test::GuardedPages pages;
-    core::VxImage<T> copy;
-    test::require(image.crop(box, &copy) == core::SUCCESS, "a support is no box of the source");
-    const std::size_t count =
-        std::size_t{box.width()} * box.height() * box.depth() * image.getChannels();
-    T* const block = pages.place<T>(count, atEnd);
-    std::copy_n(copy.getBufferPointer(), count, block);
-    brick.initializeWithPointer(block, box.width(), box.height(), box.depth(), image.getChannels());
+    static const test::GuardedPages pages;
+    const PlacedView<T> placed(
+        pages,
+        someDistances(input, {box.width(), box.height(), box.depth(), image.getChannels()}, false),
+        input.flag());
+    test::forEachElement(placed.view(),
+                         [&](unsigned int x, unsigned int y, unsigned int z, unsigned int c) {
+                             test::elementOf(placed.view(), x, y, z, c) =
+                                 test::at(image, box.xStart + x, box.yStart + y, box.zStart + z, c);
+                         });
+    return placed.view();
 }
 
 resample::Grid someGrid(Input& input)
@@ -115,9 +108,9 @@ core::Rect someOutput(const resample::Grid& grid, Input& input)
 }
 
 /// A part of the grid from the brick that it reads, which is between guards of its own.
-template <class T>
-core::ErrorType resamplePart(core::VxImage<T>& image, const resample::Grid& grid,
-                             const core::Rect& output, Input& input, core::VxImage<T>& result,
+template <class T, class Destination>
+core::ErrorType resamplePart(const core::VxImage<T>& image, const resample::Grid& grid,
+                             const core::Rect& output, Input& input, const Destination& destination,
                              const Options& options)
 {
     resample::ResampleRegion region;
@@ -129,76 +122,229 @@ core::ErrorType resamplePart(core::VxImage<T>& image, const resample::Grid& grid
     const core::ErrorType code = region.support(grid, &box, options);
     if (code != core::SUCCESS)
         return code;
-    core::VxImage<T> brick;
-    cut(image, box, input.flag(), brick);
     region.brickX = box.xStart;
     region.brickY = box.yStart;
     region.brickZ = box.zStart;
-    return resample::resample(brick, grid, region, &result, options);
+    return resample::resample(cut(image, box, input), grid, region, destination, options);
 }
+
+/// What becomes of a sample in a result of type R.
+template <class R, class T>
+R expectedOnGrid(const core::VxImage<T>& image, const Position& p, int c, const Options& options)
+{
+    if constexpr (std::is_same_v<R, T>)
+        return test::gridElement(image, p, c, options);
+    else
+        return static_cast<R>(test::gridReading(image, p, c, options));
+}
+
+template <class R, class T>
+R expectedAt(const core::VxImage<T>& image, const Position& p, int c, const Options& options)
+{
+    if constexpr (std::is_same_v<R, T>)
+        return test::element(image, p, c, options);
+    else
+        return static_cast<R>(test::reading(image, p, c, options));
+}
+
+/// Memory of the caller's, whose gaps nobody may write.
+template <class R>
+class ViewedResult {
+public:
+    ViewedResult(const core::Rect& box, unsigned int channels, Input& input)
+        : placed_(pages(),
+                  someDistances(input, {box.width(), box.height(), box.depth(), channels}, false),
+                  input.flag())
+    {
+        std::fill(placed_.begin(), placed_.end(), kUntouched);
+    }
+
+    const View<R>& view() const { return placed_.view(); }
+
+    void requireUntouchedGaps() const
+    {
+        test::forEachElement(view(),
+                             [&](auto... at) { test::elementOf(view(), at...) = kUntouched; });
+        test::require(std::count(placed_.begin(), placed_.end(), kUntouched) ==
+                          placed_.end() - placed_.begin(),
+                      "a call writes between the voxels of its result");
+    }
+
+private:
+    static constexpr R kUntouched = 77;
+
+    static const test::GuardedPages& pages()
+    {
+        static const test::GuardedPages room(32);
+        return room;
+    }
+
+    PlacedView<R> placed_;
+};
 
 /// A box of a grid, or the whole.
-template <class T>
-void resampleGrid(core::VxImage<T>& image, Input& input)
+template <class R, class T>
+struct GridCall {
+    const Source<T>& source;
+    resample::Grid grid;
+    Options options;
+    core::Rect box;
+    bool isPart;
+
+    GridCall(const Source<T>& from, Input& input)
+        : source(from),
+          grid(someGrid(input)),
+          options(someOptions<T>(input)),
+          box(someOutput(grid, input)),
+          isPart(input.flag())
+    {
+        if (!isPart)
+            box.xStart = box.yStart = box.zStart = 0;
+    }
+
+    /// Whether the call made a result; a map that is not invertible is refused.
+    template <class Destination>
+    bool make(Input& input, const Destination& destination) const
+    {
+        const core::ErrorType code =
+            isPart ? resamplePart(source.image, grid, box, input, destination, options)
+                   : resample::resample(source.view, grid, destination, options);
+        if ((code == core::SUCCESS) != grid.map.isInvertible())
+            throw test::Difference("code " + std::to_string(code) + " for " +
+                                   test::described(grid.map));
+        return code == core::SUCCESS;
+    }
+
+    void requireAll(const View<R>& result) const
+    {
+        test::forEachElement(
+            result, [&](unsigned int i, unsigned int j, unsigned int k, unsigned int c) {
+                const Position p =
+                    test::positionOf(grid.map, box.xStart + i, box.yStart + j, box.zStart + k);
+                const int channel = static_cast<int>(c);
+                requireSame(test::elementOf(result, i, j, k, c),
+                            expectedOnGrid<R>(source.image, p, channel, options), source.image, p,
+                            channel, options);
+            });
+    }
+};
+
+template <class R, class T>
+void resampleGrid(const Source<T>& source, Input& input)
 {
-    const resample::Grid grid = someGrid(input);
-    const Options options = someOptions<T>(input);
-    core::Rect box = someOutput(grid, input);
-    const bool isPart = input.flag();
-    core::VxImage<T> result;
-    if (!isPart)
-        box.xStart = box.yStart = box.zStart = 0;
-    const core::ErrorType code = isPart ? resamplePart(image, grid, box, input, result, options)
-                                        : resample::resample(image, grid, &result, options);
-    if ((code == core::SUCCESS) != grid.map.isInvertible())
-        throw test::Difference("code " + std::to_string(code) + " for " +
-                               test::described(grid.map));
-    for (unsigned int k = 0; k < result.getDepth(); ++k)
-        for (unsigned int j = 0; j < result.getHeight(); ++j)
-            for (unsigned int i = 0; i < result.getWidth(); ++i)
-                for (unsigned int c = 0; c < result.getChannels(); ++c) {
-                    const Position p =
-                        test::positionOf(grid.map, box.xStart + i, box.yStart + j, box.zStart + k);
-                    const int channel = static_cast<int>(c);
-                    requireSame(test::at(result, i, j, k, c),
-                                test::gridElement(image, p, channel, options), image, p, channel,
-                                options);
-                }
+    const GridCall<R, T> call(source, input);
+    if (input.flag()) {
+        core::VxImage<R> result;
+        if (call.make(input, &result))
+            call.requireAll(resample::viewOf(result));
+        return;
+    }
+    const ViewedResult<R> result(call.box, source.image.getChannels(), input);
+    if (call.make(input, result.view()))
+        call.requireAll(result.view());
+    result.requireUntouchedGaps();
 }
 
-template <class T>
-void samplePositions(const core::VxImage<T>& image, Input& input)
-{
-    std::vector<Position> positions;
-    for (unsigned int n = input.below(40); n > 0; --n) {
-        const oracle::Position p = somePosition(input);
-        positions.push_back({p.x, p.y, p.z});
+/// Positions in three arrays, each between forbidden pages.
+class Places {
+public:
+    explicit Places(Input& input)
+        : count_(input.below(40)),
+          stride_(static_cast<int>(input.below(6)) - 2),
+          span_(count_ == 0 ? 1 : std::abs(stride_) * (static_cast<std::int64_t>(count_) - 1) + 1)
+    {
+        const bool atEnd = input.flag();
+        for (std::size_t n = 0; n < 3; ++n) {
+            arrays_[n] = pages().place<double>(static_cast<std::size_t>(span_), atEnd, n);
+            std::generate_n(arrays_[n], span_, [&] { return someCoordinate(input); });
+        }
     }
+
+    std::size_t count() const { return count_; }
+
+    resample::Positions all() const
+    {
+        const std::int64_t first = stride_ < 0 ? span_ - 1 : 0;
+        return {arrays_[0] + first, arrays_[1] + first, arrays_[2] + first, stride_};
+    }
+
+    Position operator[](std::size_t n) const
+    {
+        const resample::Positions from = all();
+        const std::int64_t at = stride_ * static_cast<std::int64_t>(n);
+        return {from.x[at], from.y[at], from.z[at]};
+    }
+
+private:
+    static const test::GuardedPages& pages()
+    {
+        static const test::GuardedPages rooms(1, 3);
+        return rooms;
+    }
+
+    std::size_t count_;
+    std::int64_t stride_;
+    std::int64_t span_;
+    std::array<double*, 3> arrays_{};
+};
+
+bool isSpacing(const core::VoxelSize& s)
+{
+    return std::isfinite(s.x) && std::isfinite(s.y) && std::isfinite(s.z);
+}
+
+template <class R, class T>
+void samplePositions(const Source<T>& source, Input& input)
+{
+    const Places places(input);
     const Options options = someOptions<T>(input);
-    std::vector<double> results(positions.size() * image.getChannels());
-    test::require(
-        resample::sample(image, positions.data(), positions.size(), resample::Units::VOXELS,
-                         resample::kAllChannels, results.data(), options) == core::SUCCESS,
-        "positions are refused");
+    const bool isMapped = input.flag();
+    const AffineMap map = isMapped ? someMap(input) : AffineMap();
+    const bool isPhysical = !isMapped && input.flag();
+    const core::VoxelSize unit = isPhysical ? source.view.spacing : core::VoxelSize(1, 1, 1);
+    const auto units = isPhysical ? resample::Units::PHYSICAL : resample::Units::VOXELS;
+    std::vector<R> results(places.count() * source.view.channels);
+    const core::ErrorType code =
+        isMapped ? resample::sample(source.view, map, places.all(), places.count(),
+                                    resample::kAllChannels, results.data(), options)
+                 : resample::sample(source.view, places.all(), places.count(), units,
+                                    resample::kAllChannels, results.data(), options);
+    test::require((code == core::SUCCESS) == (map.isInvertible() && isSpacing(unit)),
+                  "positions are refused, or not");
     std::size_t next = 0;
-    for (const Position& p : positions)
-        for (int c = 0; c < static_cast<int>(image.getChannels()); ++c)
-            requireSame(results[next++], test::reading(image, p, c, options), image, p, c, options);
+    for (std::size_t n = 0; code == core::SUCCESS && n < places.count(); ++n) {
+        const Position from = places[n];
+        const Position p = isMapped ? test::positionOf(map, from.x, from.y, from.z)
+                                    : Position{from.x / unit.x, from.y / unit.y, from.z / unit.z};
+        for (int c = 0; c < static_cast<int>(source.view.channels); ++c)
+            requireSame(results[next++], expectedAt<R>(source.image, p, c, options), source.image,
+                        p, c, options);
+    }
+}
+
+template <class R, class T>
+void call(const Source<T>& source, Input& input)
+{
+    if (input.below(4) == 0)
+        samplePositions<R>(source, input);
+    else
+        resampleGrid<R>(source, input);
 }
 
 template <class T>
 void run(Input& input)
 {
-    static test::GuardedPages pages;
-    core::VxImage<T> image;
-    placeSource(pages, input, image);
+    static const test::GuardedPages pages;
+    Source<T> source;
+    placeSource(pages, input, source);
     for (int n = 0; n < kMostCalls && !input.empty(); ++n) {
         instructions =
             test::chooseInstructionSet([&](unsigned int count) { return input.below(count); });
-        if (input.below(4) == 0)
-            samplePositions(image, input);
+        const unsigned int kind = input.below(4);
+        if (kind < 2)
+            call<T>(source, input);
         else
-            resampleGrid(image, input);
+            kind == 2 ? call<float>(source, input) : call<double>(source, input);
     }
 }
 

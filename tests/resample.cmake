@@ -18,6 +18,7 @@ set(VOLUX_RESAMPLE_TESTS
     resample/calls/ImageTest.cpp
     resample/calls/ResultTypesTest.cpp
     resample/calls/SampleTest.cpp
+    resample/calls/ViewGuardTest.cpp
     resample/calls/ViewRefusalsTest.cpp
     resample/calls/ViewTest.cpp
     resample/rows/ExecutorTest.cpp

@@ -10,6 +10,7 @@ SETS = ("AVX-512", "AVX2", "SSE4", "scalar")  # the best first
 PEERS = tuple(programs.BULK.peers)
 MEMORY = "rows"
 THREADS = ("one thread", "two threads")
+VIEWS = ("flipped", "into float")  # beside the image
 FRAME = 1e3 / 60  # ms
 # A peer this many times slower than the fastest in the first round is not asked again.
 HOPELESS = 2
@@ -32,7 +33,7 @@ def is_wanted(measured, competitor):
 
 
 def check_goals(rows):
-    goals.check([row for row in rows if not row.startswith("growth/")],
+    goals.check([row for row in rows if not row.startswith(("growth/", "views/"))],
                 (*goals.BULK, goals.THREADS))
 
 
@@ -95,6 +96,22 @@ def threads(record):
                     "at least", "holds", "aim", "holds"], rows)]
 
 
+def views(record):
+    rows = []
+    for row, found in begins(record, "views").items():
+        cells = [*row.split("/")[1:], times.shown(median(found, "image"))]
+        for name in VIEWS:
+            cells += [times.shown(median(found, name)),
+                      times.spread(times.ratios(found, ["image"], name))]
+        rows.append(cells)
+    if not rows:
+        return []
+    return [*heading(3, "Views, and results of another type"),
+            *table(["workload", "kernel", "image, ns",
+                    *(head for name in VIEWS for head in (f"{name}, ns", "ratio (quartiles)"))],
+                   rows)]
+
+
 def growth(record):
     """A line for each size, from the rows growth/WHAT/SIZE."""
     cells = {}
@@ -117,5 +134,5 @@ def tables(record):
     lines = [*times.beside(record), *times.overview(record, goals.BULK)]
     for letter in WORKLOADS:
         lines += workload(letter, record)
-    return [*lines, *plane(record), *threads(record), *growth(record),
+    return [*lines, *plane(record), *threads(record), *views(record), *growth(record),
             *times.agreement(record, "Whole volumes: agreement with volux_core")]

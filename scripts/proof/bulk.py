@@ -13,7 +13,7 @@ CI_RUN = ["--seconds", "10", "--no-large"]
 WHOLE_RUN = ["--seconds", "60"]
 
 CAMPAIGN = 10**9  # samples
-KINDS = 315  # operations, element types, kernels and borders
+KINDS = 1026  # operations with types of results, element types, kernels and borders
 LARGE = 2  # results
 APART = 2**40  # between the first seeds of programs that run at once
 

@@ -1,6 +1,7 @@
 // Compares calls on large random volumes with one call of volux_core for each sample, for so many
-// seconds; grids whose edge ends, with that and the value outside. Every call draws its map,
-// kernel, border, instruction set and number of threads.
+// seconds; grids whose edge ends, with that and the value outside. Every volume draws whether it is
+// an image or a view with strides of either sign, and every call its map, kernel, border, type of
+// results, instruction set and number of threads.
 // Usage: bulk_run SECONDS SEED
 // Prints the number of volumes, then a line for each operation, element type, kernel and border:
 // how many samples were compared, and how many differed.
@@ -10,11 +11,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <map>
+#include <optional>
 #include <string>
 #include <tuple>
 #include <vector>
 
 #include "resample/Expected.h"
+#include "support/RandomViews.h"
 
 namespace volux::test {
 namespace {
@@ -31,12 +34,32 @@ struct Count {
 
 std::map<std::string, Count> counts;
 
+// A large source, and an image of the same voxels: its own memory, or what a view shows.
 template <class T>
-Volume<T> largeVolume(Random& random)
-{
-    const Extents e{random.between(20, 150), random.between(20, 150), random.between(10, 60)};
-    return randomVolume<T>(random, randomLayout(random, e, random.between(1, 2)));
-}
+class Source {
+public:
+    explicit Source(Random& random)
+    {
+        const Extents e{random.between(20, 150), random.between(20, 150), random.between(10, 60)};
+        const unsigned int channels = random.between(1, 2);
+        if (random.below(2) == 0)
+            wrapped_.emplace(randomVolume<T>(random, randomLayout(random, e, channels)));
+        else
+            viewed_.emplace(random, e, channels, random.below(8) == 0);
+    }
+
+    const VxImage<T>& image() const { return wrapped_ ? wrapped_->image : viewed_->image; }
+    View<const T> view() const { return wrapped_ ? resample::viewOf(image()) : viewed_->view; }
+    Extents extents() const
+    {
+        const View<const T> all = view();
+        return {all.width, all.height, all.depth};
+    }
+
+private:
+    std::optional<WrappedVolume<T>> wrapped_;
+    std::optional<ViewedVolume<T>> viewed_;
+};
 
 // Replication that extends is a border of its own.
 constexpr std::array<const char*, 3> kNames{"Constant", "Replication", "Replication, extending"};
@@ -74,33 +97,62 @@ AffineMap someMap(Random& random, const Extents& extents, std::string& name)
     }
 }
 
+template <class R, class T>
+std::string into()
+{
+    if constexpr (std::is_same_v<R, T>)
+        return "";
+    return std::is_same_v<R, float> ? " into float" : " into double";
+}
+
+// What a result of type R keeps of a sample.
+template <class R, class T, class Element, class Reading>
+R kept(const Element& element, const Reading& reading)
+{
+    if constexpr (std::is_same_v<R, T>)
+        return element();
+    else
+        return static_cast<R>(reading());
+}
+
 template <class T>
 class Calls {
 public:
-    explicit Calls(std::uint64_t seed) : seed_(seed), random_(seed), scene_(largeVolume<T>(random_))
-    {
-    }
+    explicit Calls(std::uint64_t seed) : seed_(seed), random_(seed), source_(random_) {}
 
     void compareCalls()
     {
         for (int n = 0; n < kCallsPerVolume; ++n) {
-            if (random_.below(4) == 0)
-                comparePositions();
+            const unsigned int kind = random_.below(4);
+            if (kind < 2)
+                compareCall<T>();
+            else if (kind == 2)
+                compareCall<float>();
             else
-                compareGrid();
+                compareCall<double>();
         }
     }
 
 private:
+    template <class R>
+    void compareCall()
+    {
+        if (random_.below(4) == 0)
+            comparePositions<R>();
+        else
+            compareGrid<R>();
+    }
+
+    template <class R>
     void compareGrid()
     {
         std::string operation;
-        const AffineMap map = someMap(random_, scene_.volume.extents, operation);
+        const AffineMap map = someMap(random_, source_.extents(), operation);
         const Grid grid =
             gridOf(map, random_.between(1, 600), random_.between(1, 40), random_.between(1, 8));
-        begin("resample, " + operation);
-        core::VxImage<T> result;
-        if (resample::resample(scene_.image, grid, &result, options_) != core::SUCCESS)
+        begin("resample, " + operation + into<R, T>());
+        core::VxImage<R> result;
+        if (resample::resample(source_.view(), grid, &result, options_) != core::SUCCESS)
             return differs("a call was refused");
         for (unsigned int k = 0; k < grid.depth; ++k)
             for (unsigned int j = 0; j < grid.height; ++j)
@@ -110,24 +162,33 @@ private:
                                      positionOf(map, i, j, k), c);
     }
 
+    template <class R>
     void comparePositions()
     {
+        const bool isMapped = random_.below(2) == 0;
         std::vector<Position> positions;
         for (unsigned int n = random_.between(1, 20000); n > 0; --n) {
-            const oracle::Position p = randomPosition(random_, scene_.volume.extents);
+            const oracle::Position p = randomPosition(random_, source_.extents());
             positions.push_back({p.x, p.y, p.z});
         }
-        begin("sample");
-        const auto channels = static_cast<int>(scene_.image.getChannels());
-        std::vector<T> results(positions.size() * scene_.image.getChannels());
-        if (resample::sample(scene_.image, positions.data(), positions.size(),
-                             resample::Units::VOXELS, resample::kAllChannels, results.data(),
-                             options_) != core::SUCCESS)
+        const AffineMap map = isMapped ? obliqueMap(random_, source_.extents()) : AffineMap();
+        begin((isMapped ? "sample by a map" : "sample") + into<R, T>());
+        const View<const T> source = source_.view();
+        std::vector<R> results(positions.size() * source.channels);
+        const int all = resample::kAllChannels;
+        const core::ErrorType code =
+            isMapped ? resample::sample(source, map, positions.data(), positions.size(), all,
+                                        results.data(), options_)
+                     : resample::sample(source, positions.data(), positions.size(),
+                                        resample::Units::VOXELS, all, results.data(), options_);
+        if (code != core::SUCCESS)
             return differs("a call was refused");
         std::size_t next = 0;
-        for (const Position& p : positions)
-            for (int c = 0; c < channels; ++c)
-                compare(results[next++], element(scene_.image, p, c, options_), p, c);
+        for (const Position& from : positions) {
+            const Position p = isMapped ? positionOf(map, from.x, from.y, from.z) : from;
+            for (int c = 0; c < static_cast<int>(source.channels); ++c)
+                compareSample(results[next++], p, c);
+        }
     }
 
     void begin(const std::string& operation)
@@ -142,17 +203,32 @@ private:
         count_ = &counts[kind_];
     }
 
-    void compareVoxel(T result, const Position& p, int c)
+    template <class R>
+    void compareVoxel(R result, const Position& p, int c)
     {
-        compare(result, gridElement(scene_.image, p, c, options_), p, c);
+        compare(result,
+                kept<R, T>([&] { return gridElement(source_.image(), p, c, options_); },
+                           [&] { return gridReading(source_.image(), p, c, options_); }),
+                p, c);
     }
 
-    void compare(T result, T expected, const Position& p, int c)
+    template <class R>
+    void compareSample(R result, const Position& p, int c)
+    {
+        compare(result,
+                kept<R, T>([&] { return element(source_.image(), p, c, options_); },
+                           [&] { return reading(source_.image(), p, c, options_); }),
+                p, c);
+    }
+
+    template <class R>
+    void compare(R result, R expected, const Position& p, int c)
     {
         ++count_->compared;
         if (!sameBits(result, expected))
             differs(withBits(result) + ", not " + withBits(expected) + ", " +
-                    describedCall(scene_.image, p, c, options_));
+                    describedCall(source_.image(), p, c, options_) + ", of a " +
+                    described(source_.view()));
     }
 
     void differs(const std::string& how)
@@ -166,7 +242,7 @@ private:
 
     const std::uint64_t seed_;
     Random random_;
-    const WrappedVolume<T> scene_;
+    const Source<T> source_;
     Options options_;
     std::string instructions_;
     std::string kind_;

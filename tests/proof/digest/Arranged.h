@@ -1,13 +1,16 @@
 // Memory in which the voxels of a view are arranged as a request says.
 #pragma once
 
+#include <sys/mman.h>
+
 #include <cstdint>
 #include <new>
 #include <stdexcept>
+#include <utility>
+#include <vector>
 
 #include "ViewCorpus.h"
 #include "support/RandomViews.h"
-#include "support/SparseBlock.h"
 
 namespace volux::digest {
 
@@ -15,13 +18,15 @@ using resample::View;
 using resample::VoxelLayout;
 
 constexpr std::int64_t kFarGap = (std::int64_t{1} << 32) + 5;
-constexpr unsigned int kFarExtent = 3;  // more would take too large a part of the address space
 
-// The distances of a view, and where among its elements the first voxel is.
+// The distances of a view, and where among its elements the first voxel is. The elements are in
+// pieces, of which there are several if the last axis is far.
 struct Distances {
     VoxelLayout layout;
     std::int64_t first = 0;
-    std::int64_t elements = 1;
+    std::int64_t elements = 1;  // of a piece
+    std::int64_t pieces = 1;
+    std::int64_t apart = 0;  // elements from a piece to the next
 
     Distances(const Arrangement& arrangement, const std::array<unsigned int, 4>& extents,
               const std::array<bool, 4>& repeats)
@@ -34,15 +39,68 @@ struct Distances {
                                          &layout.strideC};
         for (std::size_t n = 0; n < 4; ++n) {
             const std::size_t axis = arrangement.axes[n];
-            const bool isFar = arrangement.isFar && n == 3 && extents[axis] <= kFarExtent;
-            const std::int64_t stride =
-                repeats[axis] ? 0 : elements + arrangement.gap + (isFar ? kFarGap : 0);
+            const bool isFar = arrangement.isFar && n == 3 && axis != 0;  // a row is one piece
+            const std::int64_t near = elements + arrangement.gap;
+            const std::int64_t stride = repeats[axis] ? 0 : isFar ? near + kFarGap : near;
             const std::int64_t span = stride * (extents[axis] - 1);
-            elements += span;
             first += arrangement.isFlipped[axis] ? span : 0;
             *strides[axis] = arrangement.isFlipped[axis] ? -stride : stride;
+            if (stride > kFarGap) {
+                pieces = extents[axis];
+                apart = stride;
+            } else {
+                elements += span;
+            }
         }
     }
+};
+
+// Memory of zeros in pieces, each alone in the address space: an emulator would count the pages in
+// between.
+class Pieces {
+public:
+    Pieces(std::size_t count, std::size_t bytes, std::size_t apart)
+        : bytes_(bytes), apart_(apart), start_(count == 1 ? nullptr : kFar)
+    {
+        for (std::size_t n = 0; n < count; ++n)
+            map(n);
+    }
+    ~Pieces()
+    {
+        for (const auto& [first, size] : mapped_)
+            munmap(first, size);
+    }
+    Pieces(const Pieces&) = delete;
+    Pieces& operator=(const Pieces&) = delete;
+
+    unsigned char* start() const { return start_; }
+
+private:
+    static constexpr std::size_t kPage = 4096;
+    // Neither programs nor libraries nor stacks are there.
+    static inline unsigned char* const kFar =
+        reinterpret_cast<unsigned char*>(std::uintptr_t{1} << 44U);
+
+    void map(std::size_t piece)
+    {
+        const std::size_t into = piece * apart_ % kPage;
+        unsigned char* const wanted =
+            start_ == nullptr ? nullptr : start_ + (piece * apart_ - into);
+        void* const found =
+            mmap(wanted, into + bytes_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        if (found == MAP_FAILED)
+            throw std::bad_alloc();
+        mapped_.emplace_back(found, into + bytes_);
+        if (start_ == nullptr)
+            start_ = static_cast<unsigned char*>(found);
+        else if (found != wanted)
+            throw std::runtime_error("the address space has no room for a far piece");
+    }
+
+    std::size_t bytes_;
+    std::size_t apart_;
+    unsigned char* start_;
+    std::vector<std::pair<void*, std::size_t>> mapped_;
 };
 
 // Memory of zeros, and the view of it.
@@ -50,21 +108,21 @@ template <class T>
 class Arranged {
 public:
     explicit Arranged(const Distances& distances)
-        : elements_(static_cast<std::size_t>(distances.elements)), block_(elements_ * sizeof(T))
+        : elements_(static_cast<std::size_t>(distances.elements)),
+          pieces_(static_cast<std::size_t>(distances.pieces), elements_ * sizeof(T),
+                  static_cast<std::size_t>(distances.apart) * sizeof(T))
     {
-        if (!block_.exists())
-            throw std::bad_alloc();
         view = View<T>(data() + distances.first, distances.layout);
     }
 
-    T* data() const { return reinterpret_cast<T*>(block_.bytes()); }
+    T* data() const { return reinterpret_cast<T*>(pieces_.start()); }
     std::size_t elements() const { return elements_; }
 
     View<T> view;
 
 private:
     std::size_t elements_;
-    test::SparseBlock block_;
+    Pieces pieces_;
 };
 
 // A source, whose voxels are those of a volume.
