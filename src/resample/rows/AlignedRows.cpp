@@ -58,23 +58,13 @@ std::int64_t nearestBytes(double coordinate, bool isInView, const Axis& axis,
     return isRead ? axis.bytes(axis.clamped(index)) : kOutside;
 }
 
-// Calls visit(outside) with the value that is stored outside, as an element.
-template <class Visit>
-void withElement(core::DataType type, const unsigned char* outside, const Visit& visit)
-{
-    exact::withElementType(type, [&](auto element) {
-        typename decltype(element)::Type value;
-        std::memcpy(&value, outside, sizeof value);
-        visit(value);
-    });
-}
-
 template <class Element>
-void fillElements(Element element, std::size_t count, std::int64_t stride, unsigned char* to)
+void fillElements(const unsigned char* element, std::size_t count, std::int64_t stride,
+                  unsigned char* to)
 {
     const auto pitch = static_cast<std::ptrdiff_t>(stride);
     for (std::size_t n = 0; n < count; ++n) {
-        std::memcpy(to + pitch * static_cast<std::ptrdiff_t>(n), &element, sizeof element);
+        std::memcpy(to + pitch * static_cast<std::ptrdiff_t>(n), element, sizeof(Element));
     }
 }
 
@@ -210,11 +200,12 @@ void AlignedRows::fillLines(unsigned int z, unsigned int y, unsigned int yEnd, u
 void AlignedRows::fillOutside(Range columns, Range rows, unsigned int z, unsigned int c) const
 {
     const UntypedImage& to = task_.destination;
-    withElement(to.type, outside_, [&](auto outside) {
+    exact::withElementType(to.type, [&](auto element) {
+        using Element = typename decltype(element)::Type;
         for (std::size_t y = rows.first; !columns.isEmpty() && y < rows.end; ++y) {
-            fillElements(outside, columns.end - columns.first, to.strideX,
-                         to.at(static_cast<std::int64_t>(columns.first),
-                               static_cast<std::int64_t>(y), z, c));
+            fillElements<Element>(outside_, columns.end - columns.first, to.strideX,
+                                  to.at(static_cast<std::int64_t>(columns.first),
+                                        static_cast<std::int64_t>(y), z, c));
         }
     });
 }

@@ -29,7 +29,7 @@ protected:
         forEachElement(
             viewOf(wide), [&](unsigned int x, unsigned int y, unsigned int z, unsigned int c) {
                 const Position p = grid.map(x, y, z);
-                const double expected = reading(source, p, static_cast<int>(c), options);
+                const double expected = gridReading(source, p, static_cast<int>(c), options);
                 ASSERT_TRUE(bitEqual(at(wide, x, y, z, c), expected))
                     << describedCall(source, p, static_cast<int>(c), options);
                 ASSERT_TRUE(bitEqual(at(narrow, x, y, z, c), static_cast<float>(expected)))
