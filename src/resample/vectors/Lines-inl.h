@@ -108,6 +108,7 @@ public:
 private:
     static constexpr int kReach = reach(K);
     static constexpr std::int64_t kNone = std::int64_t{1} << 40;
+    static constexpr int kPitch{kTile};  // from one neighbour of a column to the next
 
     using Columns = Window<T, K, O>;
 
@@ -181,7 +182,6 @@ private:
         for (int i = 0; i < kReach; ++i) {
             xWeights[i] = load(weights_[i] + n);
         }
-        constexpr int kPitch{kTile};
         // One pointer for each row: a compiler would take one for each neighbour.
         const double* firsts[kReach];
         for (int j = 0; j < kReach; ++j) {
