@@ -46,7 +46,6 @@ struct Steps {
         }
     }
 
-    bool isInside(int n) const { return kClamped || inside[n]; }
     int at(int n) const { return exact::wrappingAdd(first, n); }
 };
 
@@ -80,28 +79,44 @@ public:
     // just written in parts.
     [[gnu::always_inline]] Row<N> row(int j, int k) const
     {
-        const bool isInside = ys.isInside(j) && zs.isInside(k);
         const std::int64_t start =
             layout.strideC * static_cast<int>(channel) + ys.offsets[j] + zs.offsets[k];
-        const auto voxel = [&](int i) -> double {
-            return isInside && xs.isInside(i) ? *at(start + xs.offsets[i])
-                                              : readOutside(policy, source, xs.at(i), ys.at(j),
-                                                            zs.at(k), channel, constant);
-        };
-        const bool isRun = isInside && xs.isRun;
+        const bool isThere = isInside(j, k);
+        const bool isRun = isThere & xs.isRun;
         Row<N> found;
         for (int i = 0; i < N; i += 2) {
             if (isRun) {
                 found.pairs[i / 2] = exact::widened(at(start + xs.offsets[i]));
             } else {
-                const double first = voxel(i);
-                found.pairs[i / 2] = {first, voxel(i + 1)};
+                const double first = voxel(i, j, k, isThere, start);
+                found.pairs[i / 2] = {first, voxel(i + 1, j, k, isThere, start)};
             }
         }
         return found;
     }
 
 private:
+    // Whether the row of neighbours (j, k) is inside, whatever its x.
+    bool isInside(int j, int k) const
+    {
+        if constexpr (Steps<N, B>::kClamped) {
+            return true;
+        } else {
+            return ys.inside[j] && zs.inside[k];
+        }
+    }
+
+    // Neighbour (i, j, k), whose row starts there and is inside or not.
+    [[gnu::always_inline]] double voxel(int i, int j, int k, bool isThere, std::int64_t start) const
+    {
+        if constexpr (!Steps<N, B>::kClamped) {
+            if (!isThere || !xs.inside[i]) {
+                return readOutside(policy, source, xs.at(i), ys.at(j), zs.at(k), channel, constant);
+            }
+        }
+        return *at(start + xs.offsets[i]);
+    }
+
     const T* at(std::int64_t offset) const
     {
         return layout.data + static_cast<std::ptrdiff_t>(offset);
