@@ -156,7 +156,7 @@ public:
         const Geometry output = random_.below(4) == 0 ? likeIt(source) : someGeometry(random_);
         append(streams_["toWorld"], source.toWorld());
         append(streams_["toVoxels"], source.toVoxels());
-        append(streams_["positions of maps"], source.toVoxels()(random_.below(300), 0.1, -7));
+        append(streams_["positions of maps"], source.toWorld()(source.width, source.height, 7));
         append(streams_["gridBetween"], gridBetween(output, source));
         append(streams_["planesBetween"], planesBetween(output, source, 1 + random_.below(4)));
         addGrids(source);
