@@ -87,26 +87,4 @@ void readOneByOne(const Channel& channel, const Outside& outside, Block& block, 
     }
 }
 
-// Copies the neighbours of one sample, x fastest, and the constant where there are none.
-template <class T, Kernel K>
-void copyNeighbours(const Channel& channel, const Outside& outside, double x, double y, double z,
-                    T* to)
-{
-    const AxisReads<K> columns(channel.x, outside, exact::firstNeighbour<K>(x));
-    const AxisReads<K> rows(channel.y, outside, exact::firstNeighbour<K>(y));
-    const AxisReads<K> slices(channel.z, outside, exact::firstNeighbour<K>(z));
-    const T constant = static_cast<T>(outside.value);
-    for (int k = 0; k < reach(K); ++k) {
-        for (int j = 0; j < reach(K); ++j) {
-            const bool isRowInside = slices.isInside[k] && rows.isInside[j];
-            const unsigned char* const row = channel.data + slices.bytes[k] + rows.bytes[j];
-            for (int i = 0; i < reach(K); ++i, ++to) {
-                T voxel;
-                std::memcpy(&voxel, row + columns.bytes[i], sizeof voxel);
-                *to = isRowInside && columns.isInside[i] ? voxel : constant;
-            }
-        }
-    }
-}
-
 }  // namespace volux::resample::detail

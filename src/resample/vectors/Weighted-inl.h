@@ -33,9 +33,6 @@ public:
           rows_(channel.x.stride),
           interior_(channel, K, rows_.beyond())
     {
-        for (std::size_t lane = 0; lane < kLanes; ++lane) {
-            copies_[lane] = static_cast<std::int64_t>(lane * kNeighbours * sizeof(T));
-        }
     }
 
     void operator()(Block& block) const
@@ -46,7 +43,7 @@ public:
             if (HWY_LIKELY(interior_.holds(firsts))) {
                 store(readInterior(positions, firsts), block.readings + n);
             } else if (allNear(positions)) {
-                store(readCopies(positions, block, n), block.readings + n);
+                store(readEdge(positions, firsts), block.readings + n);
             } else {
                 readOneByOne<T, K>(channel_, outside_, block, n, std::min(n + kLanes, block.count));
             }
@@ -54,43 +51,52 @@ public:
     }
 
 private:
-    static constexpr std::size_t kReach = static_cast<std::size_t>(reach(K));
-    static constexpr std::size_t kNeighbours = kReach * kReach * kReach;
+    static constexpr int kReach = reach(K);
 
     HWY_INLINE Real readInterior(const Reals& positions, const Reals& firsts) const
     {
         HWY_ALIGN std::int64_t offsets[kLanes];
         hn::Store(axes_.bytes(firsts), Offsets(), offsets);
-        return sum(positions, rows_, channel_.data, channel_.y.stride, channel_.z.stride, offsets);
+        return sum(positions, [&](int j, int k, Real(&row)[kReach]) HWY_ATTR {
+            rows_.read(channel_.data + channel_.y.stride * j + channel_.z.stride * k, offsets, row);
+        });
     }
 
-    HWY_NOINLINE Real readCopies(const Reals& positions, const Block& block, std::size_t n) const
+    // The border applied in vectors. Neighbours that were copied first would have to arrive from
+    // memory before the next vector could begin.
+    HWY_NOINLINE Real readEdge(const Reals& positions, const Reals& firsts) const
     {
-        constexpr std::int64_t kRow = kReach * sizeof(T);
-        HWY_ALIGN T copies[kLanes * kNeighbours + kWordBytes];  // words pass the end
-        for (std::size_t lane = 0; lane < kLanes && n + lane < block.count; ++lane) {
-            copyNeighbours<T, K>(channel_, outside_, block.x[n + lane], block.y[n + lane],
-                                 block.z[n + lane], copies + lane * kNeighbours);
-        }
-        const LaneRows<T, K, Order::FORWARD> rows(sizeof(T));
-        return sum(positions, rows, reinterpret_cast<const unsigned char*>(copies), kRow,
-                   kRow * kReach, copies_);
+        const RowReader<T, K, O == Order::FORWARD> reader(axes_.x, firsts.x);
+        return sum(positions, [&](int j, int k, Real(&row)[kReach]) HWY_ATTR {
+            const Real y = offset(firsts.y, j);
+            const Real z = offset(firsts.z, k);
+            const RealAxes& axes = axes_;
+            reader.read(
+                channel_,
+                wholeNumber(axes.y.bytes(axes.y.within(y)) + axes.z.bytes(axes.z.within(z))), row);
+            if (outside_.isConstant) {
+                const Mask isRowInside = hn::And(axes.z.holds(z), axes.y.holds(y));
+                for (int i = 0; i < kReach; ++i) {
+                    const Mask isInside = axes.x.holds(offset(firsts.x, i));
+                    row[i] = select(hn::And(isRowInside, isInside), row[i], Real(outside_.value));
+                }
+            }
+        });
     }
 
-    template <class Rows>
-    static HWY_INLINE Real sum(const Reals& positions, const Rows& rows, const unsigned char* data,
-                               std::int64_t strideY, std::int64_t strideZ,
-                               const std::int64_t* offsets)
+    // `read(j, k, row)` gives a row of neighbours.
+    template <class Read>
+    static HWY_INLINE Real sum(const Reals& positions, const Read& read)
     {
         const Neighbours<K, Real> xs(positions.x);
         const Neighbours<K, Real> ys(positions.y);
         const Neighbours<K, Real> zs(positions.z);
         Real row[kReach];
-        const auto read = [&](int j, int k) HWY_ATTR {
-            rows.read(data + strideY * j + strideZ * k, offsets, row);
+        const auto rows = [&](int j, int k) HWY_ATTR {
+            read(j, k, row);
             return [&row](int i) HWY_ATTR { return row[i]; };
         };
-        return weightedSum<WeightedSum<K, Real>>(xs.weights, ys.weights, zs.weights, read);
+        return weightedSum<WeightedSum<K, Real>>(xs.weights, ys.weights, zs.weights, rows);
     }
 
     const Channel& channel_;
@@ -98,7 +104,6 @@ private:
     const RealAxes axes_;
     const LaneRows<T, K, O> rows_;
     const Interior interior_;
-    HWY_ALIGN std::int64_t copies_[kLanes];  // where each lane's neighbours are copied to
 };
 
 #endif
