@@ -34,17 +34,32 @@ inline Word saturatedBits(Real readings)
     return hn::BitCast(Words(), (Real(whole) + Real(0x1.8p52)).lanes);
 }
 
+template <class T>
+inline void storeVector(Real readings, T* elements)
+{
+    if constexpr (std::is_floating_point_v<T>) {
+        const hn::Rebind<T, Doubles> d;
+        if constexpr (std::is_same_v<T, float>) {
+            hn::StoreU(hn::DemoteTo(d, readings.lanes), d, elements);
+        } else {
+            hn::StoreU(readings.lanes, d, elements);
+        }
+    } else {
+        using Bits = std::make_unsigned_t<T>;
+        const hn::Rebind<Bits, Doubles> d;
+        hn::StoreU(hn::TruncateTo(d, saturatedBits<T>(readings)), d,
+                   reinterpret_cast<Bits*>(elements));
+    }
+}
+
 // The elements that whole vectors give; the rest is left to the caller.
 template <class T>
-std::size_t saturateVectors(const double* readings, std::size_t count, T* elements)
+std::size_t storeVectors(const double* readings, std::size_t count, T* elements)
 {
-    using Bits = std::make_unsigned_t<T>;
-    const hn::Rebind<Bits, Doubles> narrow;
     const std::size_t lanes = hn::Lanes(Doubles());
     std::size_t n = 0;
     for (; n + lanes <= count; n += lanes) {
-        const auto bits = hn::TruncateTo(narrow, saturatedBits<T>(load(readings + n)));
-        hn::StoreU(bits, narrow, reinterpret_cast<Bits*>(elements + n));
+        storeVector(load(readings + n), elements + n);
     }
     return n;
 }
@@ -66,11 +81,10 @@ inline void convertHere(Storage storage, const double* readings, std::size_t cou
         using T = typename decltype(element)::Type;
         T* const elements = static_cast<T*>(untyped);
         std::size_t n = 0;
-        if constexpr (std::is_integral_v<T> && HWY_TARGET != HWY_SCALAR) {
-            // One lane is slower than no lanes at all.
-            if (storage.overflow == Overflow::SATURATE) {
-                n = saturateVectors(readings, count, elements);
-            }
+        // One lane is slower than no lanes at all.
+        if (HWY_TARGET != HWY_SCALAR &&
+            (std::is_floating_point_v<T> || storage.overflow == Overflow::SATURATE)) {
+            n = storeVectors(readings, count, elements);
         }
         for (; n < count; ++n) {
             elements[n] = elementOf<T>(readings[n], storage.overflow);

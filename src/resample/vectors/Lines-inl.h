@@ -89,7 +89,7 @@ public:
 
     void operator()(LineSink& sink)
     {
-        HWY_ALIGN double readings[kTile];
+        alignas(512) double readings[kTile];
         const std::size_t columns = lines_.columns;
         for (std::size_t line = 0; line < lines_.lines; ++line) {
             const exact::Neighbours<K, double> ys(lines_.y[line]);
@@ -201,8 +201,8 @@ private:
     const exact::Neighbours<K, double> zs_;
     std::int64_t held_[kReach];
     std::int64_t windows_[kTile];  // at the first column of each vector
-    HWY_ALIGN double weights_[kReach][kTile];
-    HWY_ALIGN Expanded rows_[kReach][kReach];
+    alignas(512) double weights_[kReach][kTile];
+    alignas(512) Expanded rows_[kReach][kReach];
 };
 
 template <class T, Kernel K>
