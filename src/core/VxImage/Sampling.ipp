@@ -1,6 +1,7 @@
 // Samples at fractional positions, in voxels or physical units, and converts the result to T.
 #pragma once
 
+#include <cstdint>
 #include <cstring>
 #include <type_traits>
 
@@ -22,8 +23,10 @@ struct Position {
 // No other double has the bits of 1.0, and a comparison of integers need not ask about NaN.
 inline bool isOne(double number)
 {
-    constexpr double kOne = 1.0;
-    return std::memcmp(&number, &kOne, sizeof number) == 0;
+    constexpr std::uint64_t kBitsOfOne = 0x3FF0000000000000;
+    std::uint64_t bits;
+    std::memcpy(&bits, &number, sizeof bits);
+    return bits == kBitsOfOne;
 }
 
 inline double inVoxels(double position, double voxelSize)
@@ -35,7 +38,8 @@ inline double inVoxels(double position, double voxelSize)
 // as long as a good part of a kernel. Inlined, so that a position stays in registers.
 [[gnu::always_inline]] inline Position inVoxels(const Position& at, const Position& voxelSize)
 {
-    if (__builtin_expect(isOne(voxelSize.x) && isOne(voxelSize.y) && isOne(voxelSize.z), 1)) {
+    const bool areOne = isOne(voxelSize.x) && isOne(voxelSize.y) && isOne(voxelSize.z);
+    if (__builtin_expect(static_cast<long>(areOne), 1L) != 0) {
         return at;
     }
     return {inVoxels(at.x, voxelSize.x), inVoxels(at.y, voxelSize.y), inVoxels(at.z, voxelSize.z)};

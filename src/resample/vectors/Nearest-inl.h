@@ -27,7 +27,7 @@ template <class T>
 class NearestReader {
 public:
     NearestReader(const Channel& channel, const Outside& outside)
-        : channel_(channel), outside_(outside), axes_(channel), interior_(channel, K, 0.0)
+        : channel_(channel), outside_(outside), axes_(channel), interior_(channel, kKernel, 0.0)
     {
     }
 
@@ -44,14 +44,14 @@ public:
     }
 
 private:
-    static constexpr Kernel K = Kernel::NEAREST;
+    static constexpr Kernel kKernel = Kernel::NEAREST;
 
     // Whether the brick holds all of them; if not, the nearest ones that it holds are found.
     bool find(const Block& block)
     {
         bool isInterior = true;
         for (std::size_t n = 0; n < block.count; n += kLanes) {
-            const Reals voxels = firstNeighbours<K>(positionsAt(block, n));
+            const Reals voxels = firstNeighbours<kKernel>(positionsAt(block, n));
             const bool holds = interior_.holds(voxels);
             isInterior = isInterior && holds;
             const Offset bytes = axes_.bytes(HWY_LIKELY(holds) ? voxels : axes_.within(voxels));
@@ -74,9 +74,10 @@ private:
         for (std::size_t n = 0; n < block.count; n += kLanes) {
             const Reals positions = positionsAt(block, n);
             if (!allNear(positions)) {
-                readOneByOne<T, K>(channel_, outside_, block, n, std::min(n + kLanes, block.count));
+                readOneByOne<T, kKernel>(channel_, outside_, block, n,
+                                         std::min(n + kLanes, block.count));
             } else if (outside_.isConstant) {
-                const Mask inside = axes_.holds(firstNeighbours<K>(positions));
+                const Mask inside = axes_.holds(firstNeighbours<kKernel>(positions));
                 store(select(inside, load(block.readings + n), Real(outside_.value)),
                       block.readings + n);
             }
