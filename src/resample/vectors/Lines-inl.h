@@ -71,8 +71,12 @@ private:
     Offset lanes_[kReach];
 };
 
+// Where a load and an earlier store agree in the lowest bits of their addresses, processors may let
+// one wait for the other. Aligned alike, they agree where both are of the same column.
+constexpr std::size_t kAlike = kTile * sizeof(double);
+
 template <class T, Kernel K, Order O>
-class LineReader {
+class alignas(kAlike) LineReader {
 public:
     explicit LineReader(const Lines& lines)
         : lines_(lines), channel_(lines.channel), x_(lines.channel.x), zs_(lines.z)
@@ -89,7 +93,7 @@ public:
 
     void operator()(LineSink& sink)
     {
-        alignas(512) double readings[kTile];
+        alignas(kAlike) double readings[kTile];
         const std::size_t columns = lines_.columns;
         for (std::size_t line = 0; line < lines_.lines; ++line) {
             const exact::Neighbours<K, double> ys(lines_.y[line]);
@@ -195,14 +199,14 @@ private:
             });
     }
 
+    HWY_ALIGN Expanded rows_[kReach][kReach];
+    HWY_ALIGN double weights_[kReach][kTile];
     const Lines& lines_;
     const Channel& channel_;
     const RealAxis x_;
     const exact::Neighbours<K, double> zs_;
     std::int64_t held_[kReach];
     std::int64_t windows_[kTile];  // at the first column of each vector
-    alignas(512) double weights_[kReach][kTile];
-    alignas(512) Expanded rows_[kReach][kReach];
 };
 
 template <class T, Kernel K>
