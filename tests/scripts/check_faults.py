@@ -198,7 +198,7 @@ class Load(unittest.TestCase):
 class Digest(unittest.TestCase):
     ROW = digest.Row("x86-64", "g++", "-O2")
     FUSED = digest.Row("x86-64", "g++", "-O2", fused=True)
-    COMMITTED = {"full": {"Linear": "a", "Nearest": "b"}}
+    COMMITTED = {"full": {"Linear": "a", "Nearest": "b"}, "world": {"toVoxels": "d"}}
 
     def passes(self, row, **digests):
         found = {digest.Run("full"): {name: (each, 1) for name, each in digests.items()}}
