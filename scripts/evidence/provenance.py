@@ -10,14 +10,19 @@ from pathlib import Path
 from .commands import CORES, ROOT
 
 
+def is_core(file):
+    """Whether a source, by its name in the repository, is volux_core's."""
+    return not re.search(r"/(resample|adapt)\b", file)
+
+
 def sources(with_resample):
     """Returns the first digits of a digest of the sources that a result holds for."""
     digest = hashlib.sha256()
     for folder in ("include", "src"):
         for path in sorted((ROOT / folder).rglob("*")):
-            is_resample = "resample" in path.relative_to(ROOT).as_posix()
-            if path.is_file() and (with_resample or not is_resample):
-                digest.update(str(path.relative_to(ROOT)).encode() + b"\0" + path.read_bytes())
+            file = path.relative_to(ROOT).as_posix()
+            if path.is_file() and (with_resample or is_core(file)):
+                digest.update(file.encode() + b"\0" + path.read_bytes())
     return digest.hexdigest()[:12]
 
 

@@ -51,7 +51,7 @@ def all_mutants():
     known = read(KEPT)
     files = [str(path.relative_to(ROOT)) for folder in ("src", "include")
              for path in sorted((ROOT / folder).rglob("*")) if path.is_file()]
-    files = [file for file in files if "/resample" not in file]  # the proof is volux_core's
+    files = [file for file in files if provenance.is_core(file)]
     return [mutant for file in files for mutant in drawn(file, known)]
 
 

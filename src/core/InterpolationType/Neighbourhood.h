@@ -79,8 +79,7 @@ public:
     // just written in parts.
     [[gnu::always_inline]] Row<N> row(int j, int k) const
     {
-        const std::int64_t start =
-            layout.strideC * static_cast<int>(channel) + ys.offsets[j] + zs.offsets[k];
+        const std::int64_t start = rowStart(j, k);
         const bool isThere = isInside(j, k);
         const bool isRun = isThere & xs.isRun;
         Row<N> found;
@@ -96,6 +95,14 @@ public:
     }
 
 private:
+    // Modulo 2^64, since that of a row outside, which nobody uses, may be in no memory.
+    std::int64_t rowStart(int j, int k) const
+    {
+        const auto bits = [](std::int64_t offset) { return static_cast<std::uint64_t>(offset); };
+        return static_cast<std::int64_t>(bits(layout.strideC * static_cast<int>(channel)) +
+                                         bits(ys.offsets[j]) + bits(zs.offsets[k]));
+    }
+
     // Whether the row of neighbours (j, k) is inside, whatever its x.
     bool isInside(int j, int k) const
     {

@@ -197,7 +197,7 @@ private:
     Seeded random{132};
     const GuardedPages pages{1, 3};
     ViewedVolume<short> source{random, {9, 5, 4}, 2, true};
-    const Options options;
+    const Options options{};
 };
 
 TEST_F(GuardedPositions, OfAnyStrideAreReadAlone)
