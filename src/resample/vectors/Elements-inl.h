@@ -81,8 +81,8 @@ inline void convertHere(Storage storage, const double* readings, std::size_t cou
         using T = typename decltype(element)::Type;
         T* const elements = static_cast<T*>(untyped);
         std::size_t n = 0;
-        // One lane is slower than no lanes at all.
-        if (HWY_TARGET != HWY_SCALAR &&
+        // One lane is slower than none, and emulated ones saturate a double that no float holds.
+        if (HWY_TARGET != HWY_SCALAR && HWY_TARGET != HWY_EMU128 &&
             (std::is_floating_point_v<T> || storage.overflow == Overflow::SATURATE)) {
             n = storeVectors(readings, count, elements);
         }
