@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <type_traits>
 
 #include "exact/ElementTypes.h"
 #include "exact/Rules.h"
@@ -68,19 +69,47 @@ void fillElements(const unsigned char* element, std::size_t count, std::int64_t 
     }
 }
 
+// A voxel of type T as an element of type R: as it is, or the float or double that a reading of it
+// would be.
+template <class T, class R>
+R readAs(const unsigned char* voxel)
+{
+    if constexpr (std::is_same_v<T, R>) {
+        R element;
+        std::memcpy(&element, voxel, sizeof element);
+        return element;
+    } else {
+        return static_cast<R>(elementAt<T>(voxel));
+    }
+}
+
 // `from` is null where a whole row is outside. No branch: where voxels are outside changes from
 // column to column.
-template <class Element>
+template <class T, class R>
 void copyElements(const unsigned char* from, const std::vector<std::int64_t>& columns,
                   const unsigned char* outside, std::int64_t stride, unsigned char* to)
 {
     const auto pitch = static_cast<std::ptrdiff_t>(stride);
     for (std::size_t n = 0; n < columns.size(); ++n) {
         const bool isOutside = from == nullptr || columns[n] == kOutside;
-        unsigned char element[sizeof(Element)];
-        std::memcpy(element, isOutside ? outside : from + columns[n], sizeof element);
-        std::memcpy(to + pitch * static_cast<std::ptrdiff_t>(n), element, sizeof element);
+        const R element = isOutside ? readAs<R, R>(outside) : readAs<T, R>(from + columns[n]);
+        std::memcpy(to + pitch * static_cast<std::ptrdiff_t>(n), &element, sizeof element);
     }
+}
+
+// Calls `function` with the types of the voxels that are read and of the elements they become.
+template <class Function>
+void withTypes(core::DataType from, core::DataType to, const Function& function)
+{
+    exact::withElementType(from, [&](auto voxel) {
+        if (from == to) {
+            function(voxel, voxel);
+        } else if (to == core::DT_FLOAT) {
+            function(voxel, exact::Element<float>());
+        } else {
+            function(voxel, exact::Element<double>());
+        }
+    });
 }
 
 class StoreLines : public LineSink {
@@ -110,10 +139,9 @@ bool AlignedRows::serve(const Task& task)
     const core::Rect& box = task.output;
     const UntypedImage& to = task.destination;
     const std::uint64_t entries = std::uint64_t{to.width} + to.height + to.depth;
-    const bool moves = task.source.reading.kernel == Kernel::NEAREST;  // elements, as they are
     // Coordinates run from one corner's to the other's.
-    return (!moves || task.source.image.type == to.type) && entries <= kLongestTables &&
-           runsAlongAxes(task.map) && task.slab.planes == 1 && !task.source.reading.isOwn &&
+    return entries <= kLongestTables && runsAlongAxes(task.map) && task.slab.planes == 1 &&
+           !task.source.reading.isOwn &&
            haveWords(task.source.channel(0), task.source.image.elementBytes) &&
            isNear(task.map(box.xStart, box.yStart, box.zStart)) &&
            isNear(task.map(box.xEnd, box.yEnd, box.zEnd));
@@ -148,7 +176,8 @@ void AlignedRows::findColumns()
 {
     const UntypedImage& to = task_.destination;
     const Channel channel = task_.source.channel(0);
-    isRun_ = channel.x.stride == to.elementBytes && to.strideX == to.elementBytes;
+    isRun_ = channel.type == to.type && channel.x.stride == to.elementBytes &&
+             to.strideX == to.elementBytes;
     for (unsigned int n = 0; n < to.width; ++n) {
         columns_.push_back(
             nearestBytes(x_[n], columnsInView_.holds(n), channel.x, task_.source.reading.outside));
@@ -260,9 +289,10 @@ void AlignedRows::copyRow(const unsigned char* from, unsigned char* to) const
                     static_cast<std::size_t>(image.width * image.elementBytes));
         return;
     }
-    exact::withElementType(image.type, [&](auto element) {
-        using Element = typename decltype(element)::Type;
-        copyElements<Element>(from, columns_, outside_, image.strideX, to);
+    withTypes(task_.source.image.type, image.type, [&](auto voxel, auto element) {
+        using T = typename decltype(voxel)::Type;
+        using R = typename decltype(element)::Type;
+        copyElements<T, R>(from, columns_, outside_, image.strideX, to);
     });
 }
 
