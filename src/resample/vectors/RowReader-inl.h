@@ -19,9 +19,11 @@ namespace HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
+// A NaN gives the first. Processors differ in what their minima and maxima make of one.
 inline Real clamped(Real index, double first, double last)
 {
-    return Real(hn::Min(hn::Max(index.lanes, Real(first).lanes), Real(last).lanes));
+    const Real fromFirst = select(index >= Real(first), index, Real(first));
+    return select(fromFirst <= Real(last), fromFirst, Real(last));
 }
 
 // An axis in the numbers that vectors are compared with, for which a vector need not wait.
