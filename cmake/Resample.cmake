@@ -22,10 +22,14 @@ volux_add_library(resample
     src/resample/calls/Support.cpp
     src/resample/calls/View.cpp
     src/resample/rows/AlignedRows.cpp
+    src/resample/rows/AntialiasedRows.cpp
+    src/resample/rows/AxisTables.cpp
     src/resample/rows/FieldOfView.cpp
+    src/resample/rows/Fold.cpp
     src/resample/rows/ObliqueRows.cpp
     src/resample/rows/Processors.cpp
     src/resample/rows/Rows.cpp
+    src/resample/rows/Subsamples.cpp
     src/resample/rows/Task.cpp
     src/resample/rows/Work.cpp
     src/resample/vectors/Block.cpp
