@@ -75,9 +75,11 @@ private:
 
 bool AntialiasedRows::serve(const Task& task)
 {
-    return task.source.reading.kernel != Kernel::NEAREST && task.slab.planes == 1 &&
-           task.subsamples.x <= kTile && !task.source.reading.isOwn &&
-           haveWords(task.source.channel(0), task.source.image.elementBytes) &&
+    const bool isNearest = task.source.reading.kernel == Kernel::NEAREST;
+    const bool haveLines = !isNearest && task.subsamples.x <= kTile &&
+                           haveWords(task.source.channel(0), task.source.image.elementBytes);
+    return countOf(task.subsamples) > 1 && task.slab.planes == 1 && !task.source.reading.isOwn &&
+           (isNearest ? VoxelMeans::serve(task) : haveLines) &&
            AxisTables::serve(task.map, finerBox(task.output, task.subsamples));
 }
 
@@ -85,7 +87,9 @@ AntialiasedRows::AntialiasedRows(const Task& task, Overflow overflow)
     : task_(task),
       overflow_(overflow),
       axes_(task.map, finerBox(task.output, task.subsamples)),
-      outside_(kTile, task.source.reading.outside.value)
+      outside_(kTile, task.source.reading.outside.value),
+      voxels_(task, overflow),
+      areVoxels_(VoxelMeans::serve(task))
 {
     if (task.source.reading.edgeEnds) {
         axes_.endEdges(task.source.region);
@@ -95,20 +99,26 @@ AntialiasedRows::AntialiasedRows(const Task& task, Overflow overflow)
 void AntialiasedRows::operator()(std::size_t first, std::size_t end) const
 {
     const UntypedImage& to = task_.destination;
-    const std::size_t columns = kTile / task_.subsamples.x;
-    const std::unique_ptr<Fold> fold = foldOf(task_, columns * kRows);
+    const std::unique_ptr<Fold> fold = foldOf(task_, kTile * kRows);
     for (std::size_t row = first; row < end;) {
-        Tile tile = {{}, {}, row / to.height, 0};
-        const std::size_t y = row - tile.slice * to.height;
+        const std::size_t slice = row / to.height;
+        const std::size_t y = row - slice * to.height;
         const std::size_t rows = std::min({kRows, to.height - y, end - row});
-        tile.rows = {y, y + rows};
-        for (; tile.channel < to.channels; ++tile.channel) {
-            for (std::size_t x = 0; x < to.width; x += columns) {
-                tile.columns = {x, std::min<std::size_t>(x + columns, to.width)};
-                fill(tile, *fold);
+        for (unsigned int c = 0; c < to.channels; ++c) {
+            if (!areVoxels_ || !voxels_.fill(slice, {y, y + rows}, c)) {
+                fillTiles(slice, {y, y + rows}, c, *fold);
             }
         }
         row += rows;
+    }
+}
+
+void AntialiasedRows::fillTiles(std::size_t slice, Range rows, unsigned int c, Fold& fold) const
+{
+    const std::size_t width = task_.destination.width;
+    const std::size_t columns = kTile / task_.subsamples.x;
+    for (std::size_t x = 0; x < width; x += columns) {
+        fill({{x, std::min(x + columns, width)}, rows, slice, c}, fold);
     }
 }
 

@@ -7,6 +7,7 @@
 #include "AxisTables.h"
 #include "Fold.h"
 #include "Task.h"
+#include "VoxelMeans.h"
 #include "volux/resample/Options.h"
 
 namespace volux::resample::detail {
@@ -30,6 +31,7 @@ private:
         unsigned int channel;
     };
 
+    void fillTiles(std::size_t slice, Range rows, unsigned int c, Fold& fold) const;
     void fill(const Tile& tile, Fold& fold) const;
     // Of the finer grid.
     void foldSlice(const Tile& tile, std::size_t z, Fold& fold) const;
@@ -38,6 +40,8 @@ private:
     Overflow overflow_;
     AxisTables axes_;              // of the finer grid
     std::vector<double> outside_;  // what a line reads out of view
+    VoxelMeans voxels_;
+    bool areVoxels_;
 };
 
 }  // namespace volux::resample::detail

@@ -13,18 +13,6 @@ namespace {
 // Bounds the three tables together, so that none is as large as a volume, even a thin one.
 constexpr std::uint64_t kLongestTables = 1U << 20U;
 
-bool runsAlongAxes(const AffineMap& map)
-{
-    for (int row = 0; row < 3; ++row) {
-        for (int column = 0; column < 3; ++column) {
-            if (row != column && map.rows[row][column] != 0.0) {
-                return false;
-            }
-        }
-    }
-    return true;
-}
-
 bool isNear(const Position& p)
 {
     const auto near = [](double coordinate) { return std::abs(coordinate) <= kNear; };
@@ -41,6 +29,18 @@ std::vector<double> coordinates(unsigned int extent, const std::function<double(
 }
 
 }  // namespace
+
+bool runsAlongAxes(const AffineMap& map)
+{
+    for (int row = 0; row < 3; ++row) {
+        for (int column = 0; column < 3; ++column) {
+            if (row != column && map.rows[row][column] != 0.0) {
+                return false;
+            }
+        }
+    }
+    return true;
+}
 
 bool AxisTables::serve(const AffineMap& map, const core::Rect& box)
 {

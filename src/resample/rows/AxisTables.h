@@ -11,6 +11,8 @@
 
 namespace volux::resample::detail {
 
+bool runsAlongAxes(const AffineMap& map);
+
 // Of a box of a grid.
 struct AxisTables {
     std::vector<double> x;  // padded with zeros to whole vectors, as the others are
