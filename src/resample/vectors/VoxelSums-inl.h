@@ -1,5 +1,5 @@
 // Sums of blocks of voxels, for the instruction set that Highway is compiling. A compiler makes
-// vectors of loops as plain as these.
+// vectors of most of these loops.
 #if defined(VOLUX_RESAMPLE_VOXEL_SUMS) == defined(HWY_TARGET_TOGGLE)
 #ifdef VOLUX_RESAMPLE_VOXEL_SUMS
 #undef VOLUX_RESAMPLE_VOXEL_SUMS
@@ -14,6 +14,7 @@
 #include <limits>
 #include <type_traits>
 
+#include "Lanes-inl.h"
 #include "VoxelSums.h"
 #include "exact/ElementTypes.h"
 
@@ -88,6 +89,33 @@ private:
     Sum sums_[kTogether];
 };
 
+#if HWY_TARGET != HWY_SCALAR
+
+// Voxel n of each of a vector of blocks of N contiguous voxels.
+template <int N, class D, class T>
+HWY_INLINE void loadBlocks(D d, const T* voxels, hn::Vec<D> (&columns)[N])
+{
+    if constexpr (N == 2) {
+        hn::LoadInterleaved2(d, voxels, columns[0], columns[1]);
+    } else if constexpr (N == 3) {
+        hn::LoadInterleaved3(d, voxels, columns[0], columns[1], columns[2]);
+    } else if constexpr (N == 4) {
+        hn::LoadInterleaved4(d, voxels, columns[0], columns[1], columns[2], columns[3]);
+    } else {
+        constexpr int kHalf = N / 2;
+        hn::Vec<D> first[kHalf];
+        hn::Vec<D> second[kHalf];
+        loadBlocks(d, voxels, first);
+        loadBlocks(d, voxels + kHalf * kLanes, second);
+        for (int n = 0; n < kHalf; ++n) {
+            columns[n] = hn::ConcatEven(d, second[n], first[n]);
+            columns[n + kHalf] = hn::ConcatOdd(d, second[n], first[n]);
+        }
+    }
+}
+
+#endif
+
 // Sums of floats are rounded, but none leaves its voxels: so few multiples of a float are doubles,
 // and rounding keeps the order.
 template <class T>
@@ -105,15 +133,19 @@ public:
     template <bool Contiguous>
     void add(const VoxelRow<T, Contiguous>& row)
     {
-        switch (width_) {
+        switch (Contiguous ? width_ : 0) {
             case 2:
-                return add(row, std::integral_constant<std::size_t, 2>());
+                return addBlocks<2>(row.first);
             case 3:
-                return add(row, std::integral_constant<std::size_t, 3>());
+                return addBlocks<3>(row.first);
             case 4:
-                return add(row, std::integral_constant<std::size_t, 4>());
+                return addBlocks<4>(row.first);
+            case 6:
+                return addBlocks<6>(row.first);
+            case 8:
+                return addBlocks<8>(row.first);
             default:
-                return add(row, width_);
+                return addFrom(0, row, width_);
         }
     }
 
@@ -131,11 +163,58 @@ public:
 private:
     static constexpr bool kRounds = std::is_same_v<T, double>;
 
-    // A width that is a constant lets a compiler add up several blocks at once.
-    template <bool Contiguous, class Width>
-    void add(const VoxelRow<T, Contiguous>& row, Width width)
+    // As many blocks at once as there are lanes.
+    template <int N>
+    void addBlocks(const T* row)
     {
-        for (std::size_t block = 0; block < count_; ++block) {
+        std::size_t block = 0;
+#if HWY_TARGET != HWY_SCALAR
+        const hn::Rebind<T, Doubles> d;
+        hn::Vec<decltype(d)> columns[N];
+        for (; block + kLanes <= count_; block += kLanes) {
+            loadBlocks(d, row + block * N, columns);
+            Real sum = load(sums_ + block);
+            for (const auto& column : columns) {
+                sum = sum + widened(column);
+            }
+            store(sum, sums_ + block);
+            if constexpr (kRounds) {
+                widen(columns, block);
+            }
+        }
+#endif
+        addFrom(block, VoxelRow<T, true>{row, 1}, std::integral_constant<std::size_t, N>());
+    }
+#if HWY_TARGET != HWY_SCALAR
+    template <class V>
+    static HWY_INLINE Real widened(V voxels)
+    {
+        if constexpr (kRounds) {
+            return Real(voxels);
+        } else {
+            return Real(hn::PromoteTo(Doubles(), voxels));
+        }
+    }
+
+    template <class V, int N>
+    HWY_INLINE void widen(const V (&columns)[N], std::size_t block)
+    {
+        auto least = load(least_ + block).lanes;
+        auto greatest = load(greatest_ + block).lanes;
+        for (const V& column : columns) {
+            least = hn::IfThenElse(hn::Lt(column, least), column, least);
+            greatest = hn::IfThenElse(hn::Gt(column, greatest), column, greatest);
+        }
+        store(Real(least), least_ + block);
+        store(Real(greatest), greatest_ + block);
+    }
+#endif
+
+    // A width that is a constant lets a compiler unroll the inner loop.
+    template <bool Contiguous, class Width>
+    void addFrom(std::size_t block, const VoxelRow<T, Contiguous>& row, Width width)
+    {
+        for (; block < count_; ++block) {
             double sum = sums_[block];
             for (std::size_t n = 0; n < width; ++n) {
                 const double voxel{row[block * width + n]};
@@ -182,16 +261,19 @@ bool areFiniteIn(const VoxelBlocks& blocks)
     using Bits = std::conditional_t<sizeof(T) == sizeof(float), std::uint32_t, std::uint64_t>;
     constexpr Bits kExponent =
         sizeof(T) == sizeof(float) ? Bits{0xFFU} << 23U : static_cast<Bits>(0x7FFULL << 52U);
-    Bits odd = 0;
+    bool areAll = true;
     forEachRow<T, Contiguous>(blocks, [&](const auto& row) {
-        for (std::size_t n = 0; n < blocks.width * blocks.count; ++n) {
+        Bits odd = 0;
+        const std::size_t voxels = blocks.width * blocks.count;
+        for (std::size_t n = 0; n < voxels; ++n) {
             const T voxel = row[n];
             Bits bits = 0;
             std::memcpy(&bits, &voxel, sizeof bits);
             odd |= static_cast<Bits>((bits & kExponent) == kExponent ? 1 : 0);
         }
+        areAll = areAll && odd == 0;
     });
-    return odd == 0;
+    return areAll;
 }
 
 // Calls `function` with the element type, and with whether voxels are contiguous.
