@@ -379,6 +379,53 @@ TYPED_TEST(Antialias, OnAnyNumberOfThreadsHasTheSameBits)
     }
 }
 
+// Voxels that a weight of 0 tells apart from the sums of themselves, and rows of any layout.
+TYPED_TEST(Antialias, ByWholeFactorsGivesTheMeanBesideRareVoxels)
+{
+    using T = TypeParam;
+    for (int n = 0; n < 150; ++n) {
+        const Subsamples factors = {this->random.between(1, 9), this->random.between(1, 3),
+                                    this->random.between(1, 3)};
+        const Extents extents{factors.x * this->random.between(1, 5),
+                              factors.y * this->random.between(1, 20),
+                              factors.z * this->random.between(1, 3)};
+        Volume<T> volume = randomVolume<T>(
+            this->random, randomLayout(this->random, extents, this->random.between(1, 2)));
+        if (n % 3 == 0)
+            std::fill(volume.block.begin(), volume.block.end(), static_cast<T>(-0.0));
+        volume.block[this->random.below(static_cast<unsigned int>(volume.block.size()))] =
+            rareElement<T>(this->random);
+        WrappedVolume<T> scene(volume);
+        const Grid grid = resample::gridOfSize(
+            scene.image.getImageSize(), VoxelSize(1, 1, 1), extents.width / factors.x,
+            extents.height / factors.y, extents.depth / factors.z, Align::EDGES);
+        Options options(anyOf(this->random, kInterpolators), anyOf(this->random, kBorders),
+                        std::is_floating_point_v<T> && n % 2 == 0 ? INFINITY : 9);
+        options.subsamples = kAntialiased;
+        options.threads = this->random.between(1, 3);
+        this->compareEveryResult(scene.image, grid, options);
+        if (::testing::Test::HasFatalFailure())
+            return;
+    }
+}
+
+// More blocks than are added up together, of each width that has a loop of its own.
+TYPED_TEST(Antialias, ByWholeFactorsGivesTheMeanAlongLongRows)
+{
+    forEachInstructionSet([this] {
+        for (unsigned int width = 1; width <= 10; ++width) {
+            Volume<TypeParam> volume = blankVolume<TypeParam>({width * 270, 2, 2});
+            fillAtRandom(volume, this->random, width % 2 == 0);
+            WrappedVolume<TypeParam> scene(volume);
+            const Grid grid = resample::gridOfSize(scene.image.getImageSize(), VoxelSize(1, 1, 1),
+                                                   270, 1, 2, Align::EDGES);
+            Options options(anyOf(this->random, kInterpolators));
+            options.subsamples = kAntialiased;
+            this->template compare<TypeParam>(scene.image, grid, options);
+        }
+    });
+}
+
 TEST(AntialiasOwnPolicies, AreCalledForEachSubsample)
 {
     struct Own : Linear {
