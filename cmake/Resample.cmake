@@ -22,15 +22,21 @@ volux_add_library(resample
     src/resample/calls/Support.cpp
     src/resample/calls/View.cpp
     src/resample/rows/AlignedRows.cpp
+    src/resample/rows/AntialiasedRows.cpp
+    src/resample/rows/AxisTables.cpp
     src/resample/rows/FieldOfView.cpp
+    src/resample/rows/Fold.cpp
     src/resample/rows/ObliqueRows.cpp
     src/resample/rows/Processors.cpp
     src/resample/rows/Rows.cpp
+    src/resample/rows/Subsamples.cpp
     src/resample/rows/Task.cpp
+    src/resample/rows/VoxelMeans.cpp
     src/resample/rows/Work.cpp
     src/resample/vectors/Block.cpp
     src/resample/vectors/Elements.cpp
     src/resample/vectors/Lines.cpp
+    src/resample/vectors/VoxelSums.cpp
 )
 # Its interface has changed since 1.1.0, so programs that were linked with that must not load it.
 set_target_properties(volux_resample PROPERTIES VERSION 2.0.0 SOVERSION 2)

@@ -1,5 +1,6 @@
 set(VOLUX_RESAMPLE_TESTS
     resample/calls/AffineMapTest.cpp
+    resample/calls/AntialiasTest.cpp
     resample/calls/GeometryTest.cpp
     resample/calls/GridTest.cpp
     resample/calls/OutsideTest.cpp
@@ -30,6 +31,7 @@ set(VOLUX_RESAMPLE_TESTS
     resample/vectors/GuardTest.cpp
     resample/vectors/LargeTest.cpp
     support/Allocation.cpp
+    support/SamplingOracle.cpp
     ${PROJECT_SOURCE_DIR}/src/resample/rows/Processors.cpp
 )
 # The undefined-behaviour sanitizer reads the type of every object whose virtual function is called.

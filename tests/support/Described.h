@@ -25,7 +25,8 @@ inline std::string described(const Options& options)
          << (options.edgeExtends ? " that extends" : "") << std::hexfloat << ", outside value "
          << options.outside << ", "
          << (options.overflow == Overflow::WRAP ? "wrapping, " : "saturating, ") << options.threads
-         << " threads";
+         << " threads, " << options.subsamples.x << " x " << options.subsamples.y << " x "
+         << options.subsamples.z << " sub-samples";
     return text.str();
 }
 

@@ -12,6 +12,7 @@
 #include "volux/core/ErrorType.h"
 #include "volux/core/InterpolationBorderType.h"
 #include "volux/core/InterpolationType.h"
+#include "volux/resample/Subsamples.h"
 
 namespace volux::resample {
 
@@ -117,6 +118,7 @@ struct Options {
     /// Whether Replication goes on however far from the image.
     bool edgeExtends = false;
     Overflow overflow = Overflow::SATURATE;  ///< for integer destinations
+    Subsamples subsamples;  ///< antialiasing; kAntialiased: as much as the grid's steps call for
     /// How many threads may work, the caller's among them; 0: one for each processor that its
     /// affinity and the quotas of its control groups allow. Fewer work where the system refuses one
     /// or there is not some 0.2 ms of work for each.

@@ -29,7 +29,7 @@
 /// - ERR_INVALID_ARGUMENT: an extent or a slab that is 0, or a number of planes, of channels or of
 ///   voxels along an axis above 2^31 - 1; strides that no memory has room for; a map that is not
 ///   invertible; a spacing that is not finite and above 0; an `outside` that an integer T does not
-///   hold; element types that are not served together.
+///   hold; element types that are not served together; more sub-samples than Subsamples allows.
 /// - ERR_INVALID_X, _Y, _Z, _CHANNEL: the destination, or the box of the source, does not fit.
 /// - ERR_INVALID_ARGUMENT: source and destination overlap; all memory from the lowest to the
 ///   highest byte of each counts, gaps included. Or destination voxels overlap: each stride,

@@ -5,7 +5,9 @@
 #include <iterator>
 #include <utility>
 
+#include "Vectors.h"
 #include "exact/ElementTypes.h"
+#include "resample/rows/Subsamples.h"
 
 #include "volux/core/detail/ElementTypes.inc"
 
@@ -87,6 +89,16 @@ ErrorType checkFit(const VoxelLayout& destination, const core::ImageSize& size)
         return core::ERR_INVALID_Z;
     }
     return destination.channels != size.channels ? core::ERR_INVALID_CHANNEL : core::SUCCESS;
+}
+
+// As many as one step of the map is long, where none are wanted. False if that is no extent.
+bool findSubsamples(const AffineMap& map, int axis, unsigned int wanted, unsigned int& found)
+{
+    const auto& rows = map.rows;
+    const double length = lengthOf({rows[0][axis], rows[1][axis], rows[2][axis]});
+    const double open = std::fmax(1.0, std::ceil(length * (1.0 - 0x1p-20)));
+    found = wanted > 0 ? wanted : open <= double{kMostVoxels} ? static_cast<unsigned int>(open) : 0;
+    return isExtent(found);
 }
 
 }  // namespace
@@ -201,6 +213,19 @@ ErrorType checkGrid(const Grid& grid, const Slab& slab)
                        isExtent(std::uint64_t{grid.depth} * slab.planes);
     return sizes && isSpacing(grid.spacing) && grid.map.isInvertible() ? core::SUCCESS
                                                                        : core::ERR_INVALID_ARGUMENT;
+}
+
+ErrorType findSubsamples(const Grid& grid, const Slab& slab, const Subsamples& wanted,
+                         Subsamples& found)
+{
+    const bool isFound = findSubsamples(grid.map, 0, wanted.x, found.x) &&
+                         findSubsamples(grid.map, 1, wanted.y, found.y) &&
+                         findSubsamples(grid.map, 2, wanted.z, found.z) &&
+                         isExtent(std::uint64_t{grid.width} * found.x) &&
+                         isExtent(std::uint64_t{grid.height} * found.y) &&
+                         isExtent(std::uint64_t{grid.depth} * slab.planes * found.z) &&
+                         isExtent(std::uint64_t{found.x} * found.y) && isExtent(countOf(found));
+    return isFound ? core::SUCCESS : core::ERR_INVALID_ARGUMENT;
 }
 
 ErrorType checkBox(const core::Rect& box, const Grid& grid)

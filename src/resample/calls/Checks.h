@@ -11,6 +11,7 @@
 #include "volux/core/Geometry.h"
 #include "volux/resample/Grid.h"
 #include "volux/resample/Resample.h"
+#include "volux/resample/Subsamples.h"
 #include "volux/resample/View.h"
 
 namespace volux::resample::detail {
@@ -52,6 +53,9 @@ core::ErrorType checkSource(const View<const void>& source, const Options& optio
 core::ErrorType checkSize(core::DataType type, const core::ImageSize& size);
 core::ErrorType checkExtents(const ResampleRegion& region);
 core::ErrorType checkGrid(const Grid& grid, const Slab& slab);
+// The number of sub-samples of each voxel along its axes, where `wanted` may leave them open.
+core::ErrorType findSubsamples(const Grid& grid, const Slab& slab, const Subsamples& wanted,
+                               Subsamples& found);
 core::ErrorType checkBox(const core::Rect& box, const Grid& grid);
 
 // Refuses a destination of another size, one that overlaps the source, and one whose voxels

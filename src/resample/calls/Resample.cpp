@@ -9,6 +9,7 @@
 #include "Support.h"
 #include "exact/ElementTypes.h"
 #include "resample/rows/Rows.h"
+#include "resample/rows/Subsamples.h"
 
 namespace volux::resample {
 
@@ -44,7 +45,8 @@ ErrorType allocate(VxImage<R>& destination, const core::ImageSize& size)
 ErrorType checkBrick(const VoxelLayout& brick, const Task& task)
 {
     const ResampleRegion& region = task.source.region;
-    const core::Rect need = supportOf(task.map, task.output, region, task.source.reading);
+    const core::Rect need =
+        supportOf(task.map, finerBox(task.output, task.subsamples), region, task.source.reading);
     const auto holds = [](unsigned int first, std::uint64_t extent, unsigned int whole,
                           unsigned int needFirst, unsigned int needLast) {
         return first + extent <= whole && first <= needFirst && needLast < first + extent;
@@ -103,6 +105,13 @@ ErrorType check(const Request& request, const Target& target, const Options& opt
     next([&] { return readingOf(source.type, options, reading); });
     reading.edgeEnds = reading.edgeEnds && !request.edgeExtends;
     next([&] { return checkGrid(request.grid, request.slab); });
+    next([&] {
+        return findSubsamples(request.grid, request.slab, options.subsamples, task.subsamples);
+    });
+    next([&] {
+        task.map = finerMap(request.grid.map, task.subsamples);
+        return SUCCESS;
+    });
     next([&] { return checkExtents(request.region); });
     next([&] { return reading.isOwn ? checkSize(source.type, sizeOf(source)) : SUCCESS; });
     if (!request.isWhole) {
@@ -115,8 +124,7 @@ ErrorType check(const Request& request, const Target& target, const Options& opt
 
 ErrorType perform(const Request& request, const Target& target, const Options& options)
 {
-    Task task = {
-        {{}, request.region, {}, {}}, request.grid.map, request.slab, request.region.output, {}};
+    Task task = {{{}, request.region, {}, {}}, {}, {}, request.slab, request.region.output, {}};
     View<void> destination;
     ErrorType result = check(request, target, options, task);
     if (result == SUCCESS) {
@@ -166,11 +174,14 @@ ErrorType ResampleRegion::support(const Grid& grid, core::Rect* box, const Optio
     next([&] { return detail::checkPolicies(options); });
     next([&] { return detail::readingOf(core::DT_DOUBLE, options, reading); });
     next([&] { return detail::checkGrid(grid, Slab()); });
+    Subsamples subsamples;
+    next([&] { return detail::findSubsamples(grid, Slab(), options.subsamples, subsamples); });
     next([&] { return detail::checkExtents(*this); });
     next([&] { return reading.isOwn ? core::ERR_INVALID_ARGUMENT : SUCCESS; });
     next([&] { return detail::checkBox(output, grid); });
     if (result == SUCCESS) {
-        *box = detail::supportOf(grid.map, output, *this, reading);
+        *box = detail::supportOf(detail::finerMap(grid.map, subsamples),
+                                 detail::finerBox(output, subsamples), *this, reading);
     }
     return result;
 }

@@ -147,6 +147,8 @@ ErrorType check(const View<const void>& source, const Places& places, const Resu
     const auto next = [&](auto test) { result = result == SUCCESS ? test() : result; };
     next([&] { return checkSource(source, options, results.type); });
     next([&] { return readingOf(source.type, options, reading); });
+    const Subsamples& n = options.subsamples;  // a position has no size
+    next([&] { return n.x == 1 && n.y == 1 && n.z == 1 ? SUCCESS : core::ERR_INVALID_ARGUMENT; });
     next([&] { return reading.isOwn ? checkSize(source.type, sizeOf(source)) : SUCCESS; });
     next([&] {
         return map == nullptr || map->isInvertible() ? SUCCESS : core::ERR_INVALID_ARGUMENT;

@@ -1,11 +1,11 @@
 #include "AlignedRows.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstring>
 #include <limits>
 #include <type_traits>
 
+#include "Subsamples.h"
 #include "exact/ElementTypes.h"
 #include "exact/Rules.h"
 #include "resample/vectors/Elements.h"
@@ -17,37 +17,6 @@ namespace {
 
 // No number of bytes between two voxels, whatever the strides.
 constexpr std::int64_t kOutside = std::numeric_limits<std::int64_t>::min();
-
-// Bounds the three tables together, so that none is as large as a volume, even a thin one.
-constexpr std::uint64_t kLongestTables = 1U << 20U;
-
-bool runsAlongAxes(const AffineMap& map)
-{
-    for (int row = 0; row < 3; ++row) {
-        for (int column = 0; column < 3; ++column) {
-            if (row != column && map.rows[row][column] != 0.0) {
-                return false;
-            }
-        }
-    }
-    return true;
-}
-
-bool isNear(const Position& p)
-{
-    const auto near = [](double coordinate) { return std::abs(coordinate) <= kNear; };
-    return near(p.x) && near(p.y) && near(p.z);
-}
-
-// Padded with zeros to whole vectors.
-std::vector<double> coordinates(unsigned int extent, const std::function<double(unsigned int)>& at)
-{
-    std::vector<double> all(extent + kTile);
-    for (unsigned int n = 0; n < extent; ++n) {
-        all[n] = at(n);
-    }
-    return all;
-}
 
 // The nearest voxel along one axis, from the first that the brick holds; kOutside where the value
 // outside takes its place.
@@ -136,37 +105,19 @@ private:
 
 bool AlignedRows::serve(const Task& task)
 {
-    const core::Rect& box = task.output;
-    const UntypedImage& to = task.destination;
-    const std::uint64_t entries = std::uint64_t{to.width} + to.height + to.depth;
-    // Coordinates run from one corner's to the other's.
-    return entries <= kLongestTables && runsAlongAxes(task.map) && task.slab.planes == 1 &&
-           !task.source.reading.isOwn &&
+    return task.slab.planes == 1 && countOf(task.subsamples) == 1 && !task.source.reading.isOwn &&
            haveWords(task.source.channel(0), task.source.image.elementBytes) &&
-           isNear(task.map(box.xStart, box.yStart, box.zStart)) &&
-           isNear(task.map(box.xEnd, box.yEnd, box.zEnd));
+           AxisTables::serve(task.map, task.output);
 }
 
-AlignedRows::AlignedRows(const Task& task, Overflow overflow) : task_(task), overflow_(overflow)
+AlignedRows::AlignedRows(const Task& task, Overflow overflow)
+    : task_(task), overflow_(overflow), axes_(task.map, task.output)
 {
-    const AffineMap& map = task.map;
-    const core::Rect& box = task.output;
-    const UntypedImage& to = task.destination;
-    // The products with the other two indices are zeros of one sign: any index will do.
-    x_ = coordinates(to.width, [&](unsigned int n) { return map(box.xStart + n, 0, 0).x; });
-    y_ = coordinates(to.height, [&](unsigned int n) { return map(0, box.yStart + n, 0).y; });
-    z_ = coordinates(to.depth, [&](unsigned int n) { return map(0, 0, box.zStart + n).z; });
-    columnsInView_ = {0, to.width};
-    rowsInView_ = {0, to.height};
-    slicesInView_ = {0, to.depth};
     const Reading& reading = task.source.reading;
     if (reading.edgeEnds) {
-        const ResampleRegion& region = task.source.region;
-        columnsInView_ = inView(columnsInView_, x_.data(), region.sourceWidth);
-        rowsInView_ = inView(rowsInView_, y_.data(), region.sourceHeight);
-        slicesInView_ = inView(slicesInView_, z_.data(), region.sourceDepth);
+        axes_.endEdges(task.source.region);
     }
-    convert({to.type, overflow}, &reading.outside.value, 1, outside_);
+    convert({task.destination.type, overflow}, &reading.outside.value, 1, outside_);
     if (reading.kernel == Kernel::NEAREST) {
         findColumns();
     }
@@ -179,8 +130,8 @@ void AlignedRows::findColumns()
     isRun_ = channel.type == to.type && channel.x.stride == to.elementBytes &&
              to.strideX == to.elementBytes;
     for (unsigned int n = 0; n < to.width; ++n) {
-        columns_.push_back(
-            nearestBytes(x_[n], columnsInView_.holds(n), channel.x, task_.source.reading.outside));
+        columns_.push_back(nearestBytes(axes_.x[n], axes_.columns.holds(n), channel.x,
+                                        task_.source.reading.outside));
         isRun_ = isRun_ && columns_[n] == columns_[0] + n * to.elementBytes;
     }
     isRun_ = isRun_ && columns_[0] != kOutside;
@@ -212,16 +163,16 @@ void AlignedRows::fillSlice(unsigned int z, unsigned int y, unsigned int yEnd) c
 void AlignedRows::fillLines(unsigned int z, unsigned int y, unsigned int yEnd, unsigned int c) const
 {
     const Range all = {0, task_.destination.width};
-    Range rows = {std::clamp<std::size_t>(rowsInView_.first, y, yEnd),
-                  std::clamp<std::size_t>(rowsInView_.end, y, yEnd)};
-    if (!slicesInView_.holds(z) || columnsInView_.isEmpty()) {
+    Range rows = {std::clamp<std::size_t>(axes_.rows.first, y, yEnd),
+                  std::clamp<std::size_t>(axes_.rows.end, y, yEnd)};
+    if (!axes_.slices.holds(z) || axes_.columns.isEmpty()) {
         rows = {yEnd, yEnd};
     }
     fillOutside(all, {y, rows.first}, z, c);
     if (!rows.isEmpty()) {
-        fillOutside({0, columnsInView_.first}, rows, z, c);
+        fillOutside({0, axes_.columns.first}, rows, z, c);
         readLinesInView(z, rows, c);
-        fillOutside({columnsInView_.end, all.end}, rows, z, c);
+        fillOutside({axes_.columns.end, all.end}, rows, z, c);
     }
     fillOutside(all, {rows.end, yEnd}, z, c);
 }
@@ -246,13 +197,13 @@ void AlignedRows::readLinesInView(unsigned int z, Range rows, unsigned int c) co
                    task_.source.reading.kernel,
                    task_.source.reading.outside,
                    nullptr,
-                   y_.data() + rows.first,
-                   z_[z],
+                   axes_.y.data() + rows.first,
+                   axes_.z[z],
                    0,
                    rows.end - rows.first};
-    for (std::size_t x = columnsInView_.first; x < columnsInView_.end; x += kTile) {
-        lines.x = x_.data() + x;
-        lines.columns = std::min(kTile, columnsInView_.end - x);
+    for (std::size_t x = axes_.columns.first; x < axes_.columns.end; x += kTile) {
+        lines.x = axes_.x.data() + x;
+        lines.columns = std::min(kTile, axes_.columns.end - x);
         StoreLines store(
             to, overflow_, lines.columns,
             to.at(static_cast<std::int64_t>(x), static_cast<std::int64_t>(rows.first), z, c));
@@ -265,11 +216,11 @@ void AlignedRows::copySlice(unsigned int z, unsigned int y, unsigned int yEnd, u
     const UntypedImage& to = task_.destination;
     const Channel channel = task_.source.channel(c);
     const Outside& outside = task_.source.reading.outside;
-    const std::int64_t slice = nearestBytes(z_[z], slicesInView_.holds(z), channel.z, outside);
+    const std::int64_t slice = nearestBytes(axes_.z[z], axes_.slices.holds(z), channel.z, outside);
     const auto rowBytes = static_cast<std::size_t>(to.width * to.elementBytes);
     std::int64_t before = kOutside + 1;  // the source row of the destination row before
     for (unsigned int n = y; n < yEnd; ++n) {
-        const std::int64_t row = nearestBytes(y_[n], rowsInView_.holds(n), channel.y, outside);
+        const std::int64_t row = nearestBytes(axes_.y[n], axes_.rows.holds(n), channel.y, outside);
         const bool isOutside = slice == kOutside || row == kOutside;
         unsigned char* const place = to.at(0, n, z, c);
         if (row == before && to.strideX == to.elementBytes) {

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "FieldOfView.h"
+#include "AxisTables.h"
 #include "Task.h"
 #include "volux/resample/Options.h"
 
@@ -34,12 +34,7 @@ private:
 
     const Task& task_;
     Overflow overflow_;
-    std::vector<double> x_;  // the coordinates of columns, rows and slices
-    std::vector<double> y_;
-    std::vector<double> z_;
-    Range columnsInView_;  // all of them, unless the edge ends
-    Range rowsInView_;
-    Range slicesInView_;
+    AxisTables axes_;
     std::vector<std::int64_t> columns_;  // nearest: where each column is read, or kOutside
     alignas(double) unsigned char outside_[sizeof(double)];  // the stored value
     bool isRun_ = false;                                     // nearest: the columns are contiguous

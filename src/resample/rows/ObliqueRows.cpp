@@ -1,8 +1,11 @@
 #include "ObliqueRows.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <memory>
 
 #include "FieldOfView.h"
+#include "Subsamples.h"
 #include "exact/Rules.h"
 #include "resample/vectors/Elements.h"
 
@@ -49,8 +52,10 @@ Position rowOf(const AffineMap& map, double j, double k)
 
 ObliqueRows::ObliqueRows(const Task& task, Overflow overflow) : task_(task), overflow_(overflow)
 {
-    boxRows_ = std::min(kBoxSide, task.destination.height);
-    boxSlices_ = std::min(std::max(kBoxSide / task.slab.planes, 1U), task.destination.depth);
+    const std::uint64_t planes = std::uint64_t{task.slab.planes} * task.subsamples.z;
+    boxRows_ = std::min(std::max(kBoxSide / task.subsamples.y, 1U), task.destination.height);
+    boxSlices_ = std::min(static_cast<unsigned int>(std::max<std::uint64_t>(kBoxSide / planes, 1)),
+                          task.destination.depth);
     bands_ = parts(task.destination.height, boxRows_);
 }
 
@@ -73,6 +78,8 @@ void ObliqueRows::fillBox(unsigned int yFirst, unsigned int zFirst) const
     const unsigned int yEnd = yFirst + std::min(boxRows_, to.height - yFirst);
     const unsigned int zEnd = zFirst + std::min(boxSlices_, to.depth - zFirst);
     Part part;
+    const std::unique_ptr<Fold> fold = foldOf(task_, kColumns);
+    part.fold = fold.get();
     for (unsigned int x = 0; x < to.width; x += kColumns) {
         part.count = std::min(kColumns, to.width - x);
         part.isRead = isRead(x, static_cast<unsigned int>(part.count), yFirst, yEnd, zFirst, zEnd);
@@ -96,7 +103,7 @@ bool ObliqueRows::isRead(unsigned int x, unsigned int columns, unsigned int y, u
                                box.yStart + yEnd - 1, box.zStart + z * planes,
                                box.zStart + zEnd * planes - 1);
     return !task_.source.reading.edgeEnds ||
-           isInView(reachOf(task_.map, positions), task_.source.region);
+           isInView(reachOf(task_.map, finerBox(positions, task_.subsamples)), task_.source.region);
 }
 
 void ObliqueRows::fill(unsigned int x, unsigned int y, unsigned int z, unsigned int c,
@@ -127,20 +134,52 @@ void ObliqueRows::projectPlanes(unsigned int x, unsigned int y, unsigned int z, 
     }
 }
 
-// The samples of a part of one row of one plane of the grid.
+// The readings of a part of one row of one plane of the grid.
 void ObliqueRows::takePlane(unsigned int x, unsigned int y, std::size_t plane, unsigned int c,
                             Part& part) const
 {
     const core::Rect& box = task_.output;
+    const unsigned int j = box.yStart + y;
+    const unsigned int k = box.zStart + static_cast<unsigned int>(plane);
+    if (part.fold == nullptr) {
+        takeRow(box.xStart + x, j, k, c, part);
+        return;
+    }
+    const Subsamples& n = task_.subsamples;
+    const std::size_t voxels = part.count;
+    part.fold->begin(voxels);
+    for (unsigned int slice = 0; slice < n.z; ++slice) {
+        for (unsigned int row = 0; row < n.y; ++row) {
+            foldRow((box.xStart + x) * n.x, voxels * n.x, j * n.y + row, k * n.z + slice, c, part);
+        }
+    }
+    part.count = voxels;
+    std::copy_n(part.fold->finish(), voxels, part.readings);
+}
+
+// Folds `count` samples of a row of the finer grid, from index `first` on.
+void ObliqueRows::foldRow(unsigned int first, std::size_t count, unsigned int j, unsigned int k,
+                          unsigned int c, Part& part) const
+{
+    for (std::size_t n = 0; n < count; n += part.count) {
+        part.count = std::min(kBlock, count - n);
+        takeRow(first + static_cast<unsigned int>(n), j, k, c, part);
+        part.fold->take(n, part.readings, part.count);
+    }
+}
+
+// The samples of a part of one row of the map's indices, from index `first` on.
+void ObliqueRows::takeRow(unsigned int first, unsigned int j, unsigned int k, unsigned int c,
+                          Part& part) const
+{
     const auto& rows = task_.map.rows;
-    const Position row =
-        rowOf(task_.map, box.yStart + y, box.zStart + static_cast<unsigned int>(plane));
+    const Position row = rowOf(task_.map, j, k);
     const Position step = {rows[0][0], rows[1][0], rows[2][0]};
-    fillPositions(row, step, box.xStart + x, part);
+    fillPositions(row, step, first, part);
     if (part.isRead) {
         task_.source.read(c, part);
     } else {
-        readInView(row, step, box.xStart + x, c, part);
+        readInView(row, step, first, c, part);
     }
 }
 

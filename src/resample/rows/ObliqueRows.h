@@ -3,6 +3,7 @@
 
 #include <cstddef>
 
+#include "Fold.h"
 #include "Task.h"
 #include "volux/resample/Options.h"
 
@@ -20,6 +21,7 @@ public:
 private:
     struct Part : Block {
         bool isRead;  // all of it, in every row of the box
+        Fold* fold;   // for as many voxels as it has, or null
     };
 
     void fillBox(unsigned int yFirst, unsigned int zFirst) const;
@@ -30,6 +32,10 @@ private:
                        double* projected) const;
     void takePlane(unsigned int x, unsigned int y, std::size_t plane, unsigned int c,
                    Part& part) const;
+    void foldRow(unsigned int first, std::size_t count, unsigned int j, unsigned int k,
+                 unsigned int c, Part& part) const;
+    void takeRow(unsigned int first, unsigned int j, unsigned int k, unsigned int c,
+                 Part& part) const;
     void readInView(Position row, Position step, unsigned int first, unsigned int c,
                     Block& block) const;
 

@@ -1,8 +1,10 @@
 #include "Rows.h"
 
 #include "AlignedRows.h"
+#include "AntialiasedRows.h"
 #include "Cost.h"
 #include "ObliqueRows.h"
+#include "Subsamples.h"
 #include "Work.h"
 
 namespace volux::resample::detail {
@@ -10,7 +12,7 @@ namespace volux::resample::detail {
 namespace {
 
 // Samples in one part of the work, about.
-constexpr std::size_t kPart = 1U << 14U;
+constexpr double kPart = 1U << 14U;
 
 }  // namespace
 
@@ -22,12 +24,18 @@ bool fillRows(const Task& task, const Options& options)
     };
     const UntypedImage& to = task.destination;
     const Reading& reading = task.source.reading;
-    const std::size_t rowSamples = std::size_t{to.width} * to.channels;
+    const double rowSamples =
+        1.0 * to.width * to.channels * static_cast<double>(countOf(task.subsamples));
     const std::size_t rowCount = std::size_t{to.height} * to.depth;
-    const double samples = static_cast<double>(rowSamples) * static_cast<double>(rowCount);
+    const double samples = rowSamples * static_cast<double>(rowCount);
+    const auto partRows = static_cast<std::size_t>(kPart / rowSamples);
     if (AlignedRows::serve(task)) {
         return share(AlignedRows(task, options.overflow),
-                     {rowCount, kPart / rowSamples, samples * costAlongAxes(reading)});
+                     {rowCount, partRows, samples * costAlongAxes(reading)});
+    }
+    if (AntialiasedRows::serve(task)) {
+        return share(AntialiasedRows(task, options.overflow),
+                     {rowCount, partRows, samples * costAlongAxes(reading)});
     }
     const ObliqueRows rows(task, options.overflow);
     return share(rows, {rows.boxes(), 1, samples * task.slab.planes * costAnywhere(reading)});

@@ -40,7 +40,8 @@ ResampleRegion wholeOf(const VoxelLayout& source);
 // Fills a destination with a box of a grid, `output`.
 struct Task {
     Source source;
-    AffineMap map;
+    AffineMap map;          // of the finer grid, if voxels have sub-samples
+    Subsamples subsamples;  // none of them 0
     Slab slab;
     core::Rect output;
     UntypedImage destination;

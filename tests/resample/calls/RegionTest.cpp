@@ -127,6 +127,40 @@ TYPED_TEST(Region, GivesTheBitsOfTheWholeForEveryCut)
         }
 }
 
+TYPED_TEST(Region, GivesTheMeansOfTheWholeForEveryCut)
+{
+    Seeded random(72);
+    const Extents extents{9, 8, 6};
+    for (Interpolator* const interpolator : kInterpolators)
+        for (const bool isOblique : {false, true}) {
+            Options options(interpolator, kBorders[random.below(2)], 3);
+            options.threads = 1;
+            options.edgeExtends = random.below(2) == 0;
+            options.subsamples = {1 + random.below(3), 2, 1 + random.below(2)};
+            const AffineMap map =
+                isOblique ? obliqueMap(random, extents) : axisMap(random, extents);
+            const Grid grid = gridOf(map, 4, 3, 2);
+            Volume<TypeParam> volume = blankVolume<TypeParam>(extents, 2);
+            fillAtRandom(volume, random, false);
+            this->everyCut({volume, grid, options}, grid);
+        }
+}
+
+TYPED_TEST(Region, GivesTheBlocksOfTheWholeForEveryCut)
+{
+    Seeded random(73);
+    const Grid grid = resample::gridOfSize(ImageSize(12, 6, 6, 1), VoxelSize(1, 1, 1), 4, 3, 2,
+                                           resample::Align::EDGES);
+    for (Interpolator* const interpolator : kInterpolators) {
+        Options options(interpolator, kBorders[random.below(2)], 3);
+        options.threads = 1;
+        options.subsamples = resample::kAntialiased;
+        Volume<TypeParam> volume = blankVolume<TypeParam>({12, 6, 6}, 2);
+        fillAtRandom(volume, random, true);
+        this->everyCut({volume, grid, options}, grid);
+    }
+}
+
 class RegionRefuses : public ::testing::Test {
 protected:
     RegionRefuses() : scene(countingVolume<short>({4, 4, 4}))

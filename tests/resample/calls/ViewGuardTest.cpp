@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "resample/Expected.h"
+#include "resample/AntialiasOracle.h"
 #include "support/GuardedPages.h"
 #include "support/LastWords.h"
 #include "support/RandomViews.h"
@@ -107,6 +107,27 @@ private:
             options.edgeExtends = random.below(2) == 0;
             compareResult(view, image, gridOf(map, 9, 3, 2), options, atEnd);
         });
+        compareMeans(view, image, map, atEnd);
+        compareBlocks(view, image, atEnd);
+    }
+
+    // By the same map, and by the largest whole factors.
+    void compareMeans(const View<T>& view, const VxImage<T>& image, const AffineMap& map,
+                      bool atEnd)
+    {
+        Options options(anyOf(random, kInterpolators), anyOf(random, kBorders), 3);
+        options.subsamples = {random.between(1, 4), random.between(1, 3), random.between(1, 2)};
+        compareResult(view, image, gridOf(map, 5, 2, 2), options, atEnd);
+    }
+    void compareBlocks(const View<T>& view, const VxImage<T>& image, bool atEnd)
+    {
+        Options options(anyOf(random, kInterpolators), anyOf(random, kBorders), 3);
+        const unsigned int factor = random.between(1, view.width);
+        options.subsamples = {factor, view.height, view.depth};
+        const AffineMap map = {{{1.0 * factor, 0, 0, (factor - 1.0) / 2},
+                                {0, 1.0 * view.height, 0, (view.height - 1.0) / 2},
+                                {0, 0, 1.0 * view.depth, (view.depth - 1.0) / 2}}};
+        compareResult(view, image, gridOf(map, view.width / factor, 1, 1), options, atEnd);
     }
 
     // The result is a view between pages of its own, flipped at random.
@@ -121,7 +142,7 @@ private:
         ASSERT_EQ(resample::resample(view, grid, result, options), SUCCESS) << described(view);
         VxImage<T> taken;
         ViewedVolume<T>::copy(result, taken);
-        expectEverySample(image, grid.map, taken, options);
+        expectEveryMean(image, grid.map, taken, options);
     }
 
     Seeded random{131};

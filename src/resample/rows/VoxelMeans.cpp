@@ -1,0 +1,130 @@
+#include "VoxelMeans.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+
+#include "AxisTables.h"
+#include "Subsamples.h"
+#include "resample/vectors/Block.h"
+#include "resample/vectors/Elements.h"
+#include "resample/vectors/VoxelSums.h"
+
+namespace volux::resample::detail {
+
+namespace {
+
+// Whether the positions of some indices are as many voxels of an axis.
+bool areVoxels(const double (&row)[4], int axis, unsigned int first, unsigned int last,
+               unsigned int extent)
+{
+    const double origin = row[3];
+    return row[axis] == 1.0 && std::trunc(origin) == origin && origin + first >= 0.0 &&
+           origin + last <= extent - 1.0;
+}
+
+bool areVoxels(const AffineMap& map, const core::Rect& box, const ResampleRegion& region)
+{
+    return runsAlongAxes(map) &&
+           areVoxels(map.rows[0], 0, box.xStart, box.xEnd, region.sourceWidth) &&
+           areVoxels(map.rows[1], 1, box.yStart, box.yEnd, region.sourceHeight) &&
+           areVoxels(map.rows[2], 2, box.zStart, box.zEnd, region.sourceDepth);
+}
+
+// The voxel that index `n` of the finer grid is.
+int voxelOf(const AffineMap& map, int axis, std::size_t n)
+{
+    return static_cast<int>(map.rows[axis][3] + static_cast<double>(n));
+}
+
+// Indices `first` to `last`, and those that a kernel reads around them, cut to the axis.
+struct Around {
+    int first;
+    int last;
+
+    Around(const Axis& axis, Kernel kernel, int from, int to)
+        : first(axis.clamped(kernel == Kernel::CUBIC ? from - 1 : from)),
+          last(axis.clamped(to + reach(kernel) / 2))
+    {
+    }
+    std::size_t count() const { return static_cast<std::size_t>(last - first) + 1; }
+};
+
+const unsigned char* at(const Channel& channel, int x, int y, int z)
+{
+    return channel.data + static_cast<std::ptrdiff_t>(channel.x.bytes(x) + channel.y.bytes(y) +
+                                                      channel.z.bytes(z));
+}
+
+}  // namespace
+
+bool VoxelMeans::serve(const Task& task)
+{
+    const Subsamples& n = task.subsamples;
+    const Reading& reading = task.source.reading;
+    return countOf(n) > 1 && n.x <= kMostAlong && std::uint64_t{n.y} * n.z <= kMostRows &&
+           countOf(n) <= kMostVoxels && task.slab.planes == 1 && !reading.isOwn &&
+           std::isfinite(reading.outside.value) &&
+           areVoxels(task.map, finerBox(task.output, n), task.source.region);
+}
+
+bool VoxelMeans::fill(std::size_t slice, Range rows, unsigned int c) const
+{
+    bool isFilled = areFiniteAround(slice, rows, c);
+    for (std::size_t row = rows.first; isFilled && row < rows.end; ++row) {
+        isFilled = fillRow(slice, row, c);
+    }
+    return isFilled;
+}
+
+bool VoxelMeans::areFiniteAround(std::size_t slice, Range rows, unsigned int c) const
+{
+    const Kernel kernel = task_.source.reading.kernel;
+    if (kernel == Kernel::NEAREST) {
+        return true;  // it has no weights
+    }
+    const Channel channel = task_.source.channel(c);
+    const Subsamples& n = task_.subsamples;
+    const core::Rect& box = task_.output;
+    const auto around = [&](const Axis& axis, int number, std::size_t first, std::size_t end) {
+        return Around(axis, kernel, voxelOf(task_.map, number, first),
+                      voxelOf(task_.map, number, end - 1));
+    };
+    const Around x =
+        around(channel.x, 0, std::size_t{box.xStart} * n.x, (std::size_t{box.xEnd} + 1) * n.x);
+    const Around y =
+        around(channel.y, 1, (box.yStart + rows.first) * n.y, (box.yStart + rows.end) * n.y);
+    const Around z =
+        around(channel.z, 2, (box.zStart + slice) * n.z, (box.zStart + slice + 1) * n.z);
+    return areFinite({channel.type, at(channel, x.first, y.first, z.first), channel.x.stride,
+                      channel.y.stride, channel.z.stride, x.count(), y.count(), z.count(), 1});
+}
+
+bool VoxelMeans::fillRow(std::size_t slice, std::size_t row, unsigned int c) const
+{
+    const UntypedImage& to = task_.destination;
+    const Channel channel = task_.source.channel(c);
+    const Subsamples& n = task_.subsamples;
+    const core::Rect& box = task_.output;
+    const int y = voxelOf(task_.map, 1, (box.yStart + row) * n.y);
+    const int z = voxelOf(task_.map, 2, (box.zStart + slice) * n.z);
+    double means[kBlock];
+    for (std::size_t column = 0; column < to.width; column += kBlock) {
+        const int x = voxelOf(task_.map, 0, (box.xStart + column) * n.x);
+        const std::size_t count = std::min(kBlock, to.width - column);
+        findMeans({channel.type, at(channel, x, y, z), channel.x.stride, channel.y.stride,
+                   channel.z.stride, n.x, n.y, n.z, count},
+                  means);
+        if (task_.source.reading.kernel != Kernel::NEAREST &&
+            std::any_of(means, means + count,
+                        [](double mean) { return mean == 0.0 && std::signbit(mean); })) {
+            return false;
+        }
+        storeElements({to.type, overflow_}, means, count, to.strideX,
+                      to.at(static_cast<std::int64_t>(column), static_cast<std::int64_t>(row),
+                            static_cast<std::int64_t>(slice), c));
+    }
+    return true;
+}
+
+}  // namespace volux::resample::detail
