@@ -21,7 +21,10 @@ volux_add_library(resample
     src/resample/calls/Sample.cpp
     src/resample/calls/Support.cpp
     src/resample/calls/View.cpp
+    src/resample/calls/Warp.cpp
+    src/resample/calls/WarpedReach.cpp
     src/resample/rows/AlignedRows.cpp
+    src/resample/rows/Displacement.cpp
     src/resample/rows/FieldOfView.cpp
     src/resample/rows/ObliqueRows.cpp
     src/resample/rows/Processors.cpp
@@ -31,6 +34,7 @@ volux_add_library(resample
     src/resample/vectors/Block.cpp
     src/resample/vectors/Elements.cpp
     src/resample/vectors/Lines.cpp
+    src/resample/vectors/Positions.cpp
 )
 # Its interface has changed since 1.1.0, so programs that were linked with that must not load it.
 set_target_properties(volux_resample PROPERTIES VERSION 2.0.0 SOVERSION 2)

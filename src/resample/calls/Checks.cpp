@@ -75,6 +75,14 @@ bool hasItsOwnVoxels(const View<void>& view)
     return true;
 }
 
+// Of a type that is served.
+bool canBeRead(const View<const void>& view)
+{
+    Memory memory = {};
+    return isExtent(view.width) && isExtent(view.height) && isExtent(view.depth) &&
+           isExtent(view.channels) && findMemory(view, memory);
+}
+
 ErrorType checkFit(const VoxelLayout& destination, const core::ImageSize& size)
 {
     if (destination.width != size.width) {
@@ -172,11 +180,8 @@ ErrorType checkSource(const View<const void>& source, const Options& options, co
     if (source.data == nullptr || checkPolicies(options) != core::SUCCESS) {
         return core::ERR_NULL_POINTER;
     }
-    Memory memory = {};
-    const bool isThere = isServed(source.type, result) && isExtent(source.width) &&
-                         isExtent(source.height) && isExtent(source.depth) &&
-                         isExtent(source.channels) && findMemory(source, memory);
-    return isThere ? core::SUCCESS : core::ERR_INVALID_ARGUMENT;
+    return isServed(source.type, result) && canBeRead(source) ? core::SUCCESS
+                                                              : core::ERR_INVALID_ARGUMENT;
 }
 
 ErrorType checkSize(core::DataType type, const core::ImageSize& size)
@@ -203,6 +208,19 @@ ErrorType checkGrid(const Grid& grid, const Slab& slab)
                                                                        : core::ERR_INVALID_ARGUMENT;
 }
 
+ErrorType checkWarp(const Warp& warp)
+{
+    const View<const void>& field = warp.field;
+    if (field.data == nullptr) {
+        return core::ERR_NULL_POINTER;
+    }
+    const bool areVectors = (field.type == core::DT_FLOAT || field.type == core::DT_DOUBLE) &&
+                            field.channels == 3 && canBeRead(field);
+    return areVectors && warp.toField.isInvertible() && warp.toVoxels.isInvertible()
+               ? core::SUCCESS
+               : core::ERR_INVALID_ARGUMENT;
+}
+
 ErrorType checkBox(const core::Rect& box, const Grid& grid)
 {
     if (box.xStart > box.xEnd || box.xEnd >= grid.width) {
@@ -212,6 +230,15 @@ ErrorType checkBox(const core::Rect& box, const Grid& grid)
         return core::ERR_INVALID_Y;
     }
     return box.zStart > box.zEnd || box.zEnd >= grid.depth ? core::ERR_INVALID_Z : core::SUCCESS;
+}
+
+ErrorType checkApart(const View<const void>& field, const View<void>& destination)
+{
+    Memory read = {};
+    Memory written = {};
+    const bool isFree =
+        findMemory(field, read) && findMemory(destination, written) && areApart(read, written);
+    return isFree ? core::SUCCESS : core::ERR_INVALID_ARGUMENT;
 }
 
 ErrorType checkDestination(const View<const void>& source, const View<void>& destination,

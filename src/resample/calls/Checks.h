@@ -12,6 +12,7 @@
 #include "volux/resample/Grid.h"
 #include "volux/resample/Resample.h"
 #include "volux/resample/View.h"
+#include "volux/resample/Warp.h"
 
 namespace volux::resample::detail {
 
@@ -52,7 +53,11 @@ core::ErrorType checkSource(const View<const void>& source, const Options& optio
 core::ErrorType checkSize(core::DataType type, const core::ImageSize& size);
 core::ErrorType checkExtents(const ResampleRegion& region);
 core::ErrorType checkGrid(const Grid& grid, const Slab& slab);
+core::ErrorType checkWarp(const Warp& warp);
 core::ErrorType checkBox(const core::Rect& box, const Grid& grid);
+
+// Refuses a destination that overlaps a displacement field.
+core::ErrorType checkApart(const View<const void>& field, const View<void>& destination);
 
 // Refuses a destination of another size, one that overlaps the source, and one whose voxels
 // overlap.

@@ -113,7 +113,8 @@ bool AlignedRows::serve(const Task& task)
     const bool moves = task.source.reading.kernel == Kernel::NEAREST;  // elements, as they are
     // Coordinates run from one corner's to the other's.
     return (!moves || task.source.image.type == to.type) && entries <= kLongestTables &&
-           runsAlongAxes(task.map) && task.slab.planes == 1 && !task.source.reading.isOwn &&
+           runsAlongAxes(task.map) && !task.displacement && task.slab.planes == 1 &&
+           !task.source.reading.isOwn &&
            haveWords(task.source.channel(0), task.source.image.elementBytes) &&
            isNear(task.map(box.xStart, box.yStart, box.zStart)) &&
            isNear(task.map(box.xEnd, box.yEnd, box.zEnd));

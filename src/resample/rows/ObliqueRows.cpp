@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "Displacement.h"
 #include "FieldOfView.h"
 #include "exact/Rules.h"
 #include "resample/vectors/Elements.h"
@@ -136,11 +137,30 @@ void ObliqueRows::takePlane(unsigned int x, unsigned int y, std::size_t plane, u
     const Position row =
         rowOf(task_.map, box.yStart + y, box.zStart + static_cast<unsigned int>(plane));
     const Position step = {rows[0][0], rows[1][0], rows[2][0]};
+    if (task_.displacement) {
+        takeDisplaced(row, step, box.xStart + x, c, part);
+        return;
+    }
     fillPositions(row, step, box.xStart + x, part);
     if (part.isRead) {
         task_.source.read(c, part);
     } else {
         readInView(row, step, box.xStart + x, c, part);
+    }
+}
+
+// All channels of a voxel are read at one position, which the field is read for once.
+void ObliqueRows::takeDisplaced(Position row, Position step, unsigned int first, unsigned int c,
+                                Block& block) const
+{
+    if (c == 0 || task_.slab.planes > 1) {
+        fillPositions(row, step, first, block);
+        displace(*task_.displacement, block);
+    }
+    if (task_.source.reading.edgeEnds) {
+        readWhereInView(task_.source, c, block);
+    } else {
+        task_.source.read(c, block);
     }
 }
 
