@@ -22,6 +22,7 @@ set(VOLUX_RESAMPLE_TESTS
     resample/calls/ViewRefusalsTest.cpp
     resample/calls/ViewTest.cpp
     resample/calls/WarpBetweenTest.cpp
+    resample/calls/WarpGuardTest.cpp
     resample/calls/WarpRefusalsTest.cpp
     resample/calls/WarpRegionTest.cpp
     resample/calls/WarpTest.cpp
