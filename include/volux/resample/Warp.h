@@ -92,8 +92,8 @@ enum class VectorUnits {
 
 /// A grid and a warp that belong together.
 struct WarpedGrid {
-    Grid grid;
-    Warp warp;
+    Grid grid;  ///< of the output
+    Warp warp;  ///< from the space that the grid's map leads to
 };
 
 namespace detail {
