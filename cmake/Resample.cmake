@@ -21,9 +21,12 @@ volux_add_library(resample
     src/resample/calls/Sample.cpp
     src/resample/calls/Support.cpp
     src/resample/calls/View.cpp
+    src/resample/calls/Warp.cpp
+    src/resample/calls/WarpedReach.cpp
     src/resample/rows/AlignedRows.cpp
     src/resample/rows/AntialiasedRows.cpp
     src/resample/rows/AxisTables.cpp
+    src/resample/rows/Displacement.cpp
     src/resample/rows/FieldOfView.cpp
     src/resample/rows/Fold.cpp
     src/resample/rows/ObliqueRows.cpp
@@ -36,6 +39,7 @@ volux_add_library(resample
     src/resample/vectors/Block.cpp
     src/resample/vectors/Elements.cpp
     src/resample/vectors/Lines.cpp
+    src/resample/vectors/Positions.cpp
     src/resample/vectors/VoxelSums.cpp
 )
 # Its interface has changed since 1.1.0, so programs that were linked with that must not load it.

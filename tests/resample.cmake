@@ -22,6 +22,12 @@ set(VOLUX_RESAMPLE_TESTS
     resample/calls/ViewGuardTest.cpp
     resample/calls/ViewRefusalsTest.cpp
     resample/calls/ViewTest.cpp
+    resample/calls/WarpBetweenTest.cpp
+    resample/calls/WarpGuardTest.cpp
+    resample/calls/WarpRefusalsTest.cpp
+    resample/calls/WarpRegionTest.cpp
+    resample/calls/WarpTest.cpp
+    resample/calls/WarpedMeansTest.cpp
     resample/rows/ExecutorTest.cpp
     resample/rows/ProcessorsTest.cpp
     resample/rows/StackTest.cpp

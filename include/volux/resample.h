@@ -10,3 +10,4 @@
 #include "volux/resample/Planes.h"
 #include "volux/resample/Resample.h"
 #include "volux/resample/View.h"
+#include "volux/resample/Warp.h"

@@ -12,6 +12,8 @@ static_assert(sizeof(PlacedGrid) == 272);
 static_assert(sizeof(Planes) == 136);
 static_assert(sizeof(Slab) == 8);
 static_assert(sizeof(ResampleRegion) == 48);
+static_assert(sizeof(Warp) == 280);
+static_assert(sizeof(WarpedGrid) == 416);
 static_assert(sizeof(AffineMap) == 96);
 static_assert(sizeof(Position) == 24);
 static_assert(sizeof(Positions) == 32);

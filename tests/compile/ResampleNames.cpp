@@ -20,6 +20,8 @@ namespace {
         resample::reslice(image, Planes(), result, Options(Linear(), Constant(), -1000)),
         resample::resize(image, {1, 1, 1}, Align::EDGES, result),
         resample::sample(image, &place, 1, Units::VOXELS, kAllChannels, &reading),
+        resample::resample(image, grid, resample::Warp(), result, Cubic()),
+        resample::resample(image, grid, Warp(), resample::ResampleRegion(), result),
         reslice(image, Planes(), result),
         resize(image, 1, 1, 1, Align::CENTRES, result),
         sample(image, &place, 1, Units::PHYSICAL, 0, &reading),

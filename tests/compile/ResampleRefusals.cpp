@@ -82,6 +82,20 @@ struct OwnBorder : Border {
     sample(image, grid.map, &place, 1, 0, result->getBufferPointer());
 #elif CASE == 28  // ignoring return value of
     ResampleRegion().support(grid, nullptr);
+#elif CASE == 29  // reads displacement fields of float or double
+    resample(image, grid, Warp(image, AffineMap(), AffineMap()), result);
+#elif CASE == 30  // reads displacement fields of float or double
+    warpBetween(Geometry(), Geometry(), Geometry(), wider);
+#elif CASE == 31  // reads a VxImage, an Image or a View
+    Warp(&image, AffineMap(), AffineMap());
+#elif CASE == 32  // results of the source's element type, float or double
+    volux::resample::resample(image, grid, Warp(), &wider);
+#elif CASE == 33  // ignoring return value of
+    volux::resample::resample(image, grid, Warp(), result);
+#elif CASE == 34  // ignoring return value of
+    volux::resample::resample(image, grid, Warp(), ResampleRegion(), result);
+#elif CASE == 35  // ignoring return value of
+    ResampleRegion().support(grid, Warp(), nullptr);
 #endif
 }
 

@@ -7,11 +7,12 @@ import subprocess
 import sys
 
 EXPECTED = collections.Counter(
-    2 * ["gridOfSize", "gridOfSpacing", "gridOfPlanes", "AffineMap::operator()"]
+    2 * ["gridOfSize", "gridOfSpacing", "gridOfPlanes", "AffineMap::operator()",
+         "ResampleRegion::support"]
     + ["describe", "gridBetween", "gridOfCrop", "geometryOf", "planeAt", "planeThrough",
        "stackAlong", "planesAlong", "planesBetween", "Geometry::toWorld", "Geometry::toVoxels",
-       "Geometry::refusal", "AffineMap::isInvertible", "ResampleRegion::support",
-       "detail::fill", "detail::sampleAt", "detail::viewOfImage"])
+       "Geometry::refusal", "AffineMap::isInvertible", "composed",
+       "Warp::operator()", "detail::warpedGrid", "detail::fill", "detail::sampleAt", "detail::viewOfImage"])
 
 
 def exported(library):

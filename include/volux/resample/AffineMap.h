@@ -49,4 +49,12 @@ struct AffineMap {
     VOLUX_RESAMPLE_API bool isInvertible() const;
 };
 
+/// The map that takes a position through `inner` and then through `outer`, to the last bit:
+///
+///     rows[r][c] = (outer[r][0] * inner[0][c] + outer[r][1] * inner[1][c])
+///                                             + outer[r][2] * inner[2][c]    for c below 3
+///
+/// The last column is outer(inner(0, 0, 0)). Any maps are taken.
+VOLUX_RESAMPLE_API AffineMap composed(const AffineMap& outer, const AffineMap& inner);
+
 }  // namespace volux::resample

@@ -92,6 +92,7 @@ struct Slab {
 };
 
 struct ResampleRegion;
+struct Warp;
 
 namespace detail {
 
@@ -103,6 +104,7 @@ struct Wanted {
     /// Whatever the options say: the first and the last centre may be on the edge of the field of
     /// view, rounding may put one beyond it, and CENTRES makes several voxels of one.
     bool edgeExtends = false;
+    const Warp* warp = nullptr;  ///< between the grid and the source, if there is one
 };
 
 /// What every call that fills a volume comes to.
@@ -186,6 +188,17 @@ struct ResampleRegion {
     ///         resample(); ERR_INVALID_ARGUMENT for a policy of the caller's own.
     [[nodiscard]] VOLUX_RESAMPLE_API core::ErrorType support(
         const Grid& grid, core::Rect* box, const Options& options = Options()) const;
+
+    /// The same under a displacement field: a box that contains what the output box reads, however
+    /// the field folds. It is the hull of where the output box lies without the field, moved by
+    /// each vector that its samples may read, and by none where they may be outside the field, with
+    /// 2^-46 of the numbers that add up to a position for rounding. A vector that is not finite
+    /// leads nowhere, but anywhere if the edge does not end. Takes time in proportion to the
+    /// vectors that the output box reads; safe from any number of threads.
+    /// @return as support() and, for the warp, as resample().
+    [[nodiscard]] VOLUX_RESAMPLE_API core::ErrorType support(
+        const Grid& grid, const Warp& warp, core::Rect* box,
+        const Options& options = Options()) const;
 };
 
 /// Brings a box onto a box of the grid, which becomes the whole destination.

@@ -33,6 +33,22 @@ Position AffineMap::operator()(const Position& index) const
     return {coordinate(rows[0]), coordinate(rows[1]), coordinate(rows[2])};
 }
 
+AffineMap composed(const AffineMap& outer, const AffineMap& inner)
+{
+    const Position origin = outer(inner(0, 0, 0));
+    const double origins[3] = {origin.x, origin.y, origin.z};
+    AffineMap map;
+    for (int row = 0; row < 3; ++row) {
+        const double(&o)[4] = outer.rows[row];
+        for (int column = 0; column < 3; ++column) {
+            map.rows[row][column] = (o[0] * inner.rows[0][column] + o[1] * inner.rows[1][column]) +
+                                    o[2] * inner.rows[2][column];
+        }
+        map.rows[row][3] = origins[row];
+    }
+    return map;
+}
+
 bool AffineMap::isInvertible() const
 {
     detail::Matrix steps;

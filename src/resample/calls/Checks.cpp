@@ -77,6 +77,14 @@ bool hasItsOwnVoxels(const View<void>& view)
     return true;
 }
 
+// Of a type that is served.
+bool canBeRead(const View<const void>& view)
+{
+    Memory memory = {};
+    return isExtent(view.width) && isExtent(view.height) && isExtent(view.depth) &&
+           isExtent(view.channels) && findMemory(view, memory);
+}
+
 ErrorType checkFit(const VoxelLayout& destination, const core::ImageSize& size)
 {
     if (destination.width != size.width) {
@@ -184,11 +192,8 @@ ErrorType checkSource(const View<const void>& source, const Options& options, co
     if (source.data == nullptr || checkPolicies(options) != core::SUCCESS) {
         return core::ERR_NULL_POINTER;
     }
-    Memory memory = {};
-    const bool isThere = isServed(source.type, result) && isExtent(source.width) &&
-                         isExtent(source.height) && isExtent(source.depth) &&
-                         isExtent(source.channels) && findMemory(source, memory);
-    return isThere ? core::SUCCESS : core::ERR_INVALID_ARGUMENT;
+    return isServed(source.type, result) && canBeRead(source) ? core::SUCCESS
+                                                              : core::ERR_INVALID_ARGUMENT;
 }
 
 ErrorType checkSize(core::DataType type, const core::ImageSize& size)
@@ -215,17 +220,30 @@ ErrorType checkGrid(const Grid& grid, const Slab& slab)
                                                                        : core::ERR_INVALID_ARGUMENT;
 }
 
-ErrorType findSubsamples(const Grid& grid, const Slab& slab, const Subsamples& wanted,
-                         Subsamples& found)
+ErrorType findSubsamples(const Grid& grid, const AffineMap& toSource, const Slab& slab,
+                         const Subsamples& wanted, Subsamples& found)
 {
-    const bool isFound = findSubsamples(grid.map, 0, wanted.x, found.x) &&
-                         findSubsamples(grid.map, 1, wanted.y, found.y) &&
-                         findSubsamples(grid.map, 2, wanted.z, found.z) &&
+    const bool isFound = findSubsamples(toSource, 0, wanted.x, found.x) &&
+                         findSubsamples(toSource, 1, wanted.y, found.y) &&
+                         findSubsamples(toSource, 2, wanted.z, found.z) &&
                          isExtent(std::uint64_t{grid.width} * found.x) &&
                          isExtent(std::uint64_t{grid.height} * found.y) &&
                          isExtent(std::uint64_t{grid.depth} * slab.planes * found.z) &&
                          isExtent(std::uint64_t{found.x} * found.y) && isExtent(countOf(found));
     return isFound ? core::SUCCESS : core::ERR_INVALID_ARGUMENT;
+}
+
+ErrorType checkWarp(const Warp& warp)
+{
+    const View<const void>& field = warp.field;
+    if (field.data == nullptr) {
+        return core::ERR_NULL_POINTER;
+    }
+    const bool areVectors = (field.type == core::DT_FLOAT || field.type == core::DT_DOUBLE) &&
+                            field.channels == 3 && canBeRead(field);
+    return areVectors && warp.toField.isInvertible() && warp.toVoxels.isInvertible()
+               ? core::SUCCESS
+               : core::ERR_INVALID_ARGUMENT;
 }
 
 ErrorType checkBox(const core::Rect& box, const Grid& grid)
@@ -237,6 +255,15 @@ ErrorType checkBox(const core::Rect& box, const Grid& grid)
         return core::ERR_INVALID_Y;
     }
     return box.zStart > box.zEnd || box.zEnd >= grid.depth ? core::ERR_INVALID_Z : core::SUCCESS;
+}
+
+ErrorType checkApart(const View<const void>& field, const View<void>& destination)
+{
+    Memory read = {};
+    Memory written = {};
+    const bool isFree =
+        findMemory(field, read) && findMemory(destination, written) && areApart(read, written);
+    return isFree ? core::SUCCESS : core::ERR_INVALID_ARGUMENT;
 }
 
 ErrorType checkDestination(const View<const void>& source, const View<void>& destination,

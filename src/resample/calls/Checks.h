@@ -13,6 +13,7 @@
 #include "volux/resample/Resample.h"
 #include "volux/resample/Subsamples.h"
 #include "volux/resample/View.h"
+#include "volux/resample/Warp.h"
 
 namespace volux::resample::detail {
 
@@ -54,9 +55,14 @@ core::ErrorType checkSize(core::DataType type, const core::ImageSize& size);
 core::ErrorType checkExtents(const ResampleRegion& region);
 core::ErrorType checkGrid(const Grid& grid, const Slab& slab);
 // The number of sub-samples of each voxel along its axes, where `wanted` may leave them open.
-core::ErrorType findSubsamples(const Grid& grid, const Slab& slab, const Subsamples& wanted,
-                               Subsamples& found);
+// `toSource` leads from the grid into the source, but for the vectors of a field.
+core::ErrorType findSubsamples(const Grid& grid, const AffineMap& toSource, const Slab& slab,
+                               const Subsamples& wanted, Subsamples& found);
+core::ErrorType checkWarp(const Warp& warp);
 core::ErrorType checkBox(const core::Rect& box, const Grid& grid);
+
+// Refuses a destination that overlaps a displacement field.
+core::ErrorType checkApart(const View<const void>& field, const View<void>& destination);
 
 // Refuses a destination of another size, one that overlaps the source, and one whose voxels
 // overlap.

@@ -7,6 +7,7 @@
 #include "Checks.h"
 #include "Policies.h"
 #include "Support.h"
+#include "Warps.h"
 #include "exact/ElementTypes.h"
 #include "resample/rows/Rows.h"
 #include "resample/rows/Subsamples.h"
@@ -45,8 +46,9 @@ ErrorType allocate(VxImage<R>& destination, const core::ImageSize& size)
 ErrorType checkBrick(const VoxelLayout& brick, const Task& task)
 {
     const ResampleRegion& region = task.source.region;
-    const core::Rect need =
-        supportOf(task.map, finerBox(task.output, task.subsamples), region, task.source.reading);
+    const core::Rect need = supportOf(reachOf(task.map, finerBox(task.output, task.subsamples),
+                                              task.displacement, task.source.reading),
+                                      region, task.source.reading);
     const auto holds = [](unsigned int first, std::uint64_t extent, unsigned int whole,
                           unsigned int needFirst, unsigned int needLast) {
         return first + extent <= whole && first <= needFirst && needLast < first + extent;
@@ -69,7 +71,17 @@ struct Request {
     ResampleRegion region;
     bool isWhole;      // the source is all of it
     bool edgeExtends;  // whatever the options say
+    const Warp* warp;  // or null
 };
+
+ErrorType checkDestination(const Request& request, const View<void>& destination,
+                           const core::ImageSize& size)
+{
+    const ErrorType result = checkDestination(request.source, destination, size);
+    return result == SUCCESS && request.warp != nullptr
+               ? checkApart(request.warp->field, destination)
+               : result;
+}
 
 // Tests a destination that holds a buffer, and gives one to any other.
 ErrorType prepare(const Request& request, const Target& target, View<void>& destination)
@@ -78,14 +90,14 @@ ErrorType prepare(const Request& request, const Target& target, View<void>& dest
     const core::ImageSize size(box.width(), box.height(), box.depth(), request.source.channels);
     if (target.image == nullptr) {
         destination = target.view;
-        return checkDestination(request.source, destination, size);
+        return checkDestination(request, destination, size);
     }
     return exact::withElementType(target.view.type, [&](auto element) {
         using R = typename decltype(element)::Type;
         auto& image = *static_cast<VxImage<R>*>(target.image);
         const ErrorType result = image.getBufferPointer() == nullptr
                                      ? allocate(image, size)
-                                     : checkDestination(request.source, viewOf(image), size);
+                                     : checkDestination(request, viewOf(image), size);
         if (result == SUCCESS) {
             image.setVoxelSize(request.grid.spacing);
             destination = viewOf(image);
@@ -94,19 +106,30 @@ ErrorType prepare(const Request& request, const Target& target, View<void>& dest
     });
 }
 
+// From a grid into the source, but for the vectors of a field.
+AffineMap toSource(const Grid& grid, const Warp* warp)
+{
+    return warp == nullptr ? grid.map : composed(warp->toVoxels, grid.map);
+}
+
 ErrorType check(const Request& request, const Target& target, const Options& options, Task& task)
 {
     const View<const void>& source = request.source;
     Reading& reading = task.source.reading;
-    const bool isNowhere = target.image == nullptr && target.view.data == nullptr;
+    const bool isNowhere = (target.image == nullptr && target.view.data == nullptr) ||
+                           (request.warp != nullptr && request.warp->field.data == nullptr);
     ErrorType result = isNowhere ? core::ERR_NULL_POINTER : SUCCESS;
     const auto next = [&](auto test) { result = result == SUCCESS ? test() : result; };
     next([&] { return checkSource(source, options, target.view.type); });
     next([&] { return readingOf(source.type, options, reading); });
     reading.edgeEnds = reading.edgeEnds && !request.edgeExtends;
     next([&] { return checkGrid(request.grid, request.slab); });
+    if (request.warp != nullptr) {
+        next([&] { return displacementOf(*request.warp, task.displacement); });
+    }
     next([&] {
-        return findSubsamples(request.grid, request.slab, options.subsamples, task.subsamples);
+        return findSubsamples(request.grid, toSource(request.grid, request.warp), request.slab,
+                              options.subsamples, task.subsamples);
     });
     next([&] {
         task.map = finerMap(request.grid.map, task.subsamples);
@@ -124,7 +147,7 @@ ErrorType check(const Request& request, const Target& target, const Options& opt
 
 ErrorType perform(const Request& request, const Target& target, const Options& options)
 {
-    Task task = {{{}, request.region, {}, {}}, {}, {}, request.slab, request.region.output, {}};
+    Task task = {{{}, request.region, {}, {}}, {}, {}, request.slab, request.region.output, {}, {}};
     View<void> destination;
     ErrorType result = check(request, target, options, task);
     if (result == SUCCESS) {
@@ -158,32 +181,59 @@ ErrorType fill(const View<const void>& source, const Wanted& wanted, const Targe
                const Options& options)
 {
     const bool isWhole = wanted.region == nullptr;
-    return perform(
-        {source, wanted.grid, wanted.slab,
-         isWhole ? wholeGrid(source, wanted.grid) : *wanted.region, isWhole, wanted.edgeExtends},
-        target, options);
+    return perform({source, wanted.grid, wanted.slab,
+                    isWhole ? wholeGrid(source, wanted.grid) : *wanted.region, isWhole,
+                    wanted.edgeExtends, wanted.warp},
+                   target, options);
 }
+
+}  // namespace detail
+
+namespace detail {
+
+namespace {
+
+// `warp` may be null.
+ErrorType findSupport(const ResampleRegion& region, const Grid& grid, const Warp* warp,
+                      const Options& options, core::Rect* box)
+{
+    Reading reading;
+    std::optional<Displacement> displacement;
+    const bool isNull = box == nullptr || (warp != nullptr && warp->field.data == nullptr);
+    ErrorType result = isNull ? core::ERR_NULL_POINTER : SUCCESS;
+    const auto next = [&](auto test) { result = result == SUCCESS ? test() : result; };
+    next([&] { return checkPolicies(options); });
+    next([&] { return readingOf(core::DT_DOUBLE, options, reading); });
+    next([&] { return checkGrid(grid, Slab()); });
+    if (warp != nullptr) {
+        next([&] { return displacementOf(*warp, displacement); });
+    }
+    Subsamples n;
+    next([&] { return findSubsamples(grid, toSource(grid, warp), Slab(), options.subsamples, n); });
+    next([&] { return checkExtents(region); });
+    next([&] { return reading.isOwn ? core::ERR_INVALID_ARGUMENT : SUCCESS; });
+    next([&] { return checkBox(region.output, grid); });
+    if (result == SUCCESS) {
+        *box = supportOf(
+            reachOf(finerMap(grid.map, n), finerBox(region.output, n), displacement, reading),
+            region, reading);
+    }
+    return result;
+}
+
+}  // namespace
 
 }  // namespace detail
 
 ErrorType ResampleRegion::support(const Grid& grid, core::Rect* box, const Options& options) const
 {
-    detail::Reading reading;
-    ErrorType result = box == nullptr ? core::ERR_NULL_POINTER : SUCCESS;
-    const auto next = [&](auto test) { result = result == SUCCESS ? test() : result; };
-    next([&] { return detail::checkPolicies(options); });
-    next([&] { return detail::readingOf(core::DT_DOUBLE, options, reading); });
-    next([&] { return detail::checkGrid(grid, Slab()); });
-    Subsamples subsamples;
-    next([&] { return detail::findSubsamples(grid, Slab(), options.subsamples, subsamples); });
-    next([&] { return detail::checkExtents(*this); });
-    next([&] { return reading.isOwn ? core::ERR_INVALID_ARGUMENT : SUCCESS; });
-    next([&] { return detail::checkBox(output, grid); });
-    if (result == SUCCESS) {
-        *box = detail::supportOf(detail::finerMap(grid.map, subsamples),
-                                 detail::finerBox(output, subsamples), *this, reading);
-    }
-    return result;
+    return detail::findSupport(*this, grid, nullptr, options, box);
+}
+
+ErrorType ResampleRegion::support(const Grid& grid, const Warp& warp, core::Rect* box,
+                                  const Options& options) const
+{
+    return detail::findSupport(*this, grid, &warp, options, box);
 }
 
 }  // namespace volux::resample

@@ -4,7 +4,6 @@
 #include <cmath>
 
 #include "exact/Rules.h"
-#include "resample/rows/FieldOfView.h"
 
 namespace volux::resample::detail {
 
@@ -55,10 +54,8 @@ Indices readInView(Kernel kernel, double least, double greatest, unsigned int ex
 
 }  // namespace
 
-core::Rect supportOf(const AffineMap& map, const core::Rect& output, const ResampleRegion& region,
-                     const Reading& reading)
+core::Rect supportOf(const Reach& all, const ResampleRegion& region, const Reading& reading)
 {
-    const Reach all = reachOf(map, output);
     const auto along = reading.edgeEnds ? readInView : read;
     const Indices x = along(reading.kernel, all.least.x, all.greatest.x, region.sourceWidth);
     const Indices y = along(reading.kernel, all.least.y, all.greatest.y, region.sourceHeight);

@@ -105,7 +105,8 @@ private:
 
 bool AlignedRows::serve(const Task& task)
 {
-    return task.slab.planes == 1 && countOf(task.subsamples) == 1 && !task.source.reading.isOwn &&
+    return task.slab.planes == 1 && countOf(task.subsamples) == 1 && !task.displacement &&
+           !task.source.reading.isOwn &&
            haveWords(task.source.channel(0), task.source.image.elementBytes) &&
            AxisTables::serve(task.map, task.output);
 }

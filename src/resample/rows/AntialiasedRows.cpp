@@ -78,8 +78,8 @@ bool AntialiasedRows::serve(const Task& task)
     const bool isNearest = task.source.reading.kernel == Kernel::NEAREST;
     const bool haveLines = !isNearest && task.subsamples.x <= kTile &&
                            haveWords(task.source.channel(0), task.source.image.elementBytes);
-    return countOf(task.subsamples) > 1 && task.slab.planes == 1 && !task.source.reading.isOwn &&
-           (isNearest ? VoxelMeans::serve(task) : haveLines) &&
+    return countOf(task.subsamples) > 1 && !task.displacement && task.slab.planes == 1 &&
+           !task.source.reading.isOwn && (isNearest ? VoxelMeans::serve(task) : haveLines) &&
            AxisTables::serve(task.map, finerBox(task.output, task.subsamples));
 }
 

@@ -19,4 +19,7 @@ inline double costAlongAxes(const Reading& reading)
     return reading.kernel == Kernel::NEAREST ? 0.4 : reading.kernel == Kernel::LINEAR ? 1.6 : 12.0;
 }
 
+// Three numbers read by Linear, for all channels of a voxel.
+constexpr double kCostOfField = 30.0;
+
 }  // namespace volux::resample::detail

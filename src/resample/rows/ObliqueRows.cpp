@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 
+#include "Displacement.h"
 #include "FieldOfView.h"
 #include "Subsamples.h"
 #include "exact/Rules.h"
@@ -175,11 +176,30 @@ void ObliqueRows::takeRow(unsigned int first, unsigned int j, unsigned int k, un
     const auto& rows = task_.map.rows;
     const Position row = rowOf(task_.map, j, k);
     const Position step = {rows[0][0], rows[1][0], rows[2][0]};
+    if (task_.displacement) {
+        takeDisplaced(row, step, first, c, part);
+        return;
+    }
     fillPositions(row, step, first, part);
     if (part.isRead) {
         task_.source.read(c, part);
     } else {
         readInView(row, step, first, c, part);
+    }
+}
+
+// All channels of a voxel are read at one position, which the field is read for once.
+void ObliqueRows::takeDisplaced(Position row, Position step, unsigned int first, unsigned int c,
+                                Part& part) const
+{
+    if (c == 0 || task_.slab.planes > 1 || part.fold != nullptr) {
+        fillPositions(row, step, first, part);
+        displace(*task_.displacement, part);
+    }
+    if (task_.source.reading.edgeEnds) {
+        readWhereInView(task_.source, c, part);
+    } else {
+        task_.source.read(c, part);
     }
 }
 

@@ -38,6 +38,8 @@ private:
                  Part& part) const;
     void readInView(Position row, Position step, unsigned int first, unsigned int c,
                     Block& block) const;
+    void takeDisplaced(Position row, Position step, unsigned int first, unsigned int c,
+                       Part& part) const;
 
     const Task& task_;
     Overflow overflow_;

@@ -38,7 +38,9 @@ bool fillRows(const Task& task, const Options& options)
                      {rowCount, partRows, samples * costAlongAxes(reading)});
     }
     const ObliqueRows rows(task, options.overflow);
-    return share(rows, {rows.boxes(), 1, samples * task.slab.planes * costAnywhere(reading)});
+    const double displaced = task.displacement ? kCostOfField / to.channels : 0.0;
+    return share(
+        rows, {rows.boxes(), 1, samples * task.slab.planes * (costAnywhere(reading) + displaced)});
 }
 
 }  // namespace volux::resample::detail

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 
 #include "UntypedImage.h"
 #include "resample/vectors/Block.h"
@@ -37,6 +38,13 @@ struct Source {
 // A region whose brick is the whole source.
 ResampleRegion wholeOf(const VoxelLayout& source);
 
+// A displacement field between the positions of a grid and those in a source.
+struct Displacement {
+    Source field;  // three channels, read by Linear, whose edge goes on as far as it is in view
+    AffineMap toField;
+    AffineMap toVoxels;
+};
+
 // Fills a destination with a box of a grid, `output`.
 struct Task {
     Source source;
@@ -45,6 +53,7 @@ struct Task {
     Slab slab;
     core::Rect output;
     UntypedImage destination;
+    std::optional<Displacement> displacement;
 };
 
 }  // namespace volux::resample::detail

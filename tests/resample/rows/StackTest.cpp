@@ -11,6 +11,7 @@
 #include "support/Allocation.h"
 #include "support/OwnPolicies.h"
 #include "volux/resample/Resample.h"
+#include "volux/resample/Warp.h"
 
 namespace volux::test {
 namespace {
@@ -50,6 +51,7 @@ protected:
     {
         source.initialize(40, 40, 40, 2);
         source.fill(T{3});
+        field.initialize(20, 20, 20, 3);
         positions.resize(600, {1.5, 2.5, 3.5});
         results.resize(2 * positions.size());
     }
@@ -67,6 +69,10 @@ protected:
             for (const Options& each : {options, own})
                 ASSERT_EQ(resample::resample(source, gridOf(map, 90, 80, 6), &result, each),
                           SUCCESS);
+        const resample::Warp warp(field, AffineMap(), AffineMap());
+        for (const Options& each : {options, own})
+            ASSERT_EQ(resample::resample(source, gridOf(oblique, 90, 80, 6), warp, &result, each),
+                      SUCCESS);
         resample::Planes planes;
         planes.width = planes.height = 40;
         VxImage<T> slab;
@@ -79,6 +85,7 @@ protected:
     }
 
     VxImage<T> source;
+    VxImage<float> field;
     std::vector<Position> positions;
     std::vector<T> results;
 };
