@@ -1,6 +1,6 @@
 // The calls that read a source through a field of displacements, and where the field leads alone.
-// Both programs answer them with the same numbers. The names of the families say Linear, because all
-// of them change where the sums of that kernel do.
+// Both programs answer them with the same numbers. The families are named for Linear, which reads
+// all fields: where its sums change, so do they.
 #pragma once
 
 #include <array>
