@@ -223,6 +223,7 @@ void makeBrainPictures(const Volume& volume, const OutputFolder& folder)
     makePlanes(volume, window, folder);
     makeOblique(volume, window, folder);
     makeBorders(volume, window, folder);
+    makeWarp(volume, window, folder);
     makeMontageSheet(volume, window, folder);
     makeFlight(volume, window, folder);
 }

@@ -47,6 +47,11 @@ void makeFlight(const Volume&, const Window&, const OutputFolder&)
     say("(without volux_resample there is no flight; scripts/install-packages resample)");
 }
 
+void makeWarp(const Volume&, const Window&, const OutputFolder&)
+{
+    say("(without volux_resample there is no warped slice; scripts/install-packages resample)");
+}
+
 void makeMaxima(const Volume&, const OutputFolder&)
 {
     say("(without volux_resample there are no maximum projections; scripts/install-packages "

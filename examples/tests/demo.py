@@ -13,7 +13,7 @@ BULK = sys.argv[2] == 'bulk'  # built with volux_resample
 BRAIN = {'planes.png', 'oblique.png', 'borders.png', 'montage.png'}
 SKULL = {'skull-resized.png', 'skull-cuts.png', 'skull-rays.png'}
 if BULK:
-    BRAIN |= {'flight.gif'}
+    BRAIN |= {'flight.gif', 'warp.png'}
     SKULL |= {'skull-maximum.png', 'skull-round.gif'}
 
 

@@ -14,6 +14,7 @@
 #include "Grids.h"
 #include "Stream.h"
 #include "ViewCorpus.h"
+#include "WarpCorpus.h"
 #include "support/WrappedVolume.h"
 #include "volux/resample/Resample.h"
 
@@ -201,6 +202,7 @@ void digestBulk(unsigned int rounds, const Calls& calls)
     for (unsigned int scene = 0; scene < kScenes; ++scene) {
         Requests<T, Calls>(scene, rounds, calls, streams).answer();
         ViewRequests<T, Calls>(scene, rounds, calls, streams).answer();
+        WarpRequests<T, Calls>(scene, rounds, calls, streams).answer();
     }
     write(streams);
 }

@@ -86,7 +86,26 @@ public:
         return {results.begin(), results.end()};
     }
 
+    template <class T, class V>
+    void resample(const core::VxImage<T>& source, const Grid& grid, const Moves<V>& moves,
+                  core::VxImage<T>& destination, const Options& options) const
+    {
+        require(resample::resample(source, grid, warpOf(moves), &destination, onThreads(options)));
+    }
+
+    template <class V>
+    static resample::Position lead(const Moves<V>& moves, const resample::Position& p)
+    {
+        return warpOf(moves)(p);
+    }
+
 private:
+    template <class V>
+    static resample::Warp warpOf(const Moves<V>& moves)
+    {
+        return {moves.field, moves.toField, moves.toVoxels};
+    }
+
     Options onThreads(Options options) const
     {
         options.threads = threads_;

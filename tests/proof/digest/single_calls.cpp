@@ -115,6 +115,24 @@ struct SingleCalls {
         return results;
     }
 
+    template <class T, class V>
+    static void resample(const core::VxImage<T>& source, const Grid& grid, const Moves<V>& moves,
+                         core::VxImage<T>& destination, const Options& options)
+    {
+        forEachVoxel(destination, [&](unsigned int i, unsigned int j, unsigned int k, int c) {
+            const resample::Position led = lead(moves, positionOf(grid.map, i, j, k));
+            return test::gridElement(source, led, c, options);
+        });
+    }
+
+    template <class V>
+    static resample::Position lead(const Moves<V>& moves, const resample::Position& p)
+    {
+        const resample::Position f = positionOf(moves.toField, p.x, p.y, p.z);
+        const auto u = [&](int c) { return test::gridReading(moves.field, f, c, Options()); };
+        return positionOf(moves.toVoxels, p.x + u(0), p.y + u(1), p.z + u(2));
+    }
+
 private:
     // One voxel of a grid.
     struct Voxel {
