@@ -22,9 +22,10 @@ namespace volux::resample {
 ///     n = max(1, ceil(length * (1 - 2^-20)))
 ///
 /// `length` is that of the axis's column of the grid's map, by the formula of spacings in
-/// geometryOf(); under a warp, of composed(warp.toVoxels, grid.map), whatever the vectors. A length that exceeds a whole number by a millionth or less counts as that number,
-/// because spacings are often kept as floats. A single plane is as thick as its step; {0, 0, 1}
-/// takes the mean inside the plane alone.
+/// geometryOf(); under a warp that of composed(warp.toVoxels, grid.map), whatever the vectors. A
+/// length that exceeds a whole number by a millionth or less counts as that number, because
+/// spacings are often kept as floats. A single plane is as thick as its step; {0, 0, 1} takes the
+/// mean inside the plane alone.
 ///
 /// The sub-samples are the voxels of a finer grid: sub-sample s of voxel i, along each axis, is its
 /// voxel i * n + s. With the columns X, Y, Z and the origin o of the grid's map, the finer map has

@@ -12,6 +12,7 @@
 #include "Corpus.h"
 #include "EachPolicy.h"
 #include "Grids.h"
+#include "MeanCorpus.h"
 #include "Stream.h"
 #include "ViewCorpus.h"
 #include "WarpCorpus.h"
@@ -203,6 +204,7 @@ void digestBulk(unsigned int rounds, const Calls& calls)
         Requests<T, Calls>(scene, rounds, calls, streams).answer();
         ViewRequests<T, Calls>(scene, rounds, calls, streams).answer();
         WarpRequests<T, Calls>(scene, rounds, calls, streams).answer();
+        MeanRequests<T, Calls>(scene, rounds, calls, streams).answer();
     }
     write(streams);
 }

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "BulkCorpus.h"
+#include "support/SubsampleMeans.h"
 
 namespace volux::digest {
 namespace {
@@ -75,7 +76,11 @@ struct SingleCalls {
                                         const Arrangement&, const Options& options)
     {
         const core::VxImage<T>& image = source.wrapped.image;
+        const resample::Subsamples n = test::subsamplesOf(grid.map, options.subsamples);
         return eachResult(grid, image, [&](const Voxel& voxel, int c) {
+            if (n.x * n.y * n.z > 1)
+                return converted<R>(
+                    test::meanReading(image, grid.map, voxel.i, voxel.j, voxel.k, c, options));
             return stored<R>(image, voxel.position(), c, options, test::gridReading<T>,
                              test::gridElement<T>);
         });
