@@ -18,6 +18,7 @@ set(VOLUX_RESAMPLE_TESTS
     resample/calls/ImageTest.cpp
     resample/calls/ResultTypesTest.cpp
     resample/calls/SampleTest.cpp
+    resample/calls/SamplerTest.cpp
     resample/calls/ViewGuardTest.cpp
     resample/calls/ViewRefusalsTest.cpp
     resample/calls/ViewTest.cpp
@@ -30,6 +31,7 @@ set(VOLUX_RESAMPLE_TESTS
     resample/vectors/GuardTest.cpp
     resample/vectors/LargeTest.cpp
     support/Allocation.cpp
+    support/FailingNew.cpp
     ${PROJECT_SOURCE_DIR}/src/resample/rows/Processors.cpp
 )
 # The undefined-behaviour sanitizer reads the type of every object whose virtual function is called.

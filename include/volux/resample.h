@@ -9,4 +9,5 @@
 #include "volux/resample/Options.h"
 #include "volux/resample/Planes.h"
 #include "volux/resample/Resample.h"
+#include "volux/resample/Sampler.h"
 #include "volux/resample/View.h"
