@@ -31,6 +31,7 @@ volux_add_library(resample
     src/resample/rows/Work.cpp
     src/resample/vectors/Block.cpp
     src/resample/vectors/Elements.cpp
+    src/resample/vectors/Gradient.cpp
     src/resample/vectors/Lines.cpp
     src/resample/vectors/Single.cpp
 )

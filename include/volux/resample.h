@@ -4,6 +4,7 @@
 
 #include "volux/resample/AffineMap.h"
 #include "volux/resample/Geometry.h"
+#include "volux/resample/Gradient.h"
 #include "volux/resample/Grid.h"
 #include "volux/resample/Image.h"
 #include "volux/resample/Options.h"

@@ -11,7 +11,8 @@ EXPECTED = collections.Counter(
     + ["describe", "gridBetween", "gridOfCrop", "geometryOf", "planeAt", "planeThrough",
        "stackAlong", "planesAlong", "planesBetween", "Geometry::toWorld", "Geometry::toVoxels",
        "Geometry::refusal", "AffineMap::isInvertible", "ResampleRegion::support",
-       "detail::fill", "detail::sampleAt", "detail::viewOfImage"])
+       "detail::fill", "detail::makeSampler", "detail::sampleAt", "detail::sampleGradientAt",
+       "detail::viewOfImage"])
 
 
 def exported(library):
