@@ -70,7 +70,7 @@ VOLUX_RESAMPLE_API core::ErrorType sampleGradientAt(const View<const void>& sour
 /// one by voxels, divided by the spacing along its axis. `results` gets one element for each
 /// position, or one for each of its channels.
 ///
-/// Time and memory, threads and progress are those of sample(), with at most some twice its time.
+/// Threads, memory and progress are those of sample(); it takes up to twice its time.
 /// @return as sample() into doubles; ERR_INVALID_ARGUMENT also for a policy of the caller's own,
 ///         whose derivative nobody knows: found before a channel is.
 template <class T = detail::Deduced, class Source>

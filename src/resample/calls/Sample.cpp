@@ -97,12 +97,11 @@ void convertSlopes(const Places& places, GradientBlock& block)
 }
 
 // Stores the readings of one channel, and their derivatives behind each.
-void store(const GradientBlock& block, std::int64_t stride, unsigned char* first)
+void store(const GradientBlock& block, std::size_t step, ReadingAndGradient* results)
 {
-    for (const double* const numbers :
-         {block.readings, block.slopesX, block.slopesY, block.slopesZ}) {
-        storeElements({core::DT_DOUBLE, {}}, numbers, block.count, stride, first);
-        first += sizeof *numbers;
+    for (std::size_t n = 0; n < block.count; ++n) {
+        results[n * step] = {block.readings[n], block.slopesX[n], block.slopesY[n],
+                             block.slopesZ[n]};
     }
 }
 
@@ -117,8 +116,8 @@ void sampleBlock(const Source& source, const Places& places, const Readings& res
         if (!isPerVoxel) {
             convertSlopes(places, block);
         }
-        store(block, static_cast<std::int64_t>(results.channels * results.bytes),
-              results.data + (first * results.channels + c) * results.bytes);
+        store(block, results.channels,
+              reinterpret_cast<ReadingAndGradient*>(results.data) + first * results.channels + c);
     }
 }
 

@@ -115,8 +115,9 @@ private:
 template <>
 struct WeightedSum<Kernel::CUBIC, Quad> {
     using Pairs = hn::FixedTag<double, 2>;
-    hn::Vec<Pairs> sums = hn::Zero(Pairs());  // of the weights, and of the weighted voxels
+    hn::Vec<Pairs> sums;  // of the weights, and of the weighted voxels
 
+    HWY_INLINE WeightedSum() : sums(hn::Zero(Pairs())) {}
     HWY_INLINE void add(Quad weights, Quad voxels)
     {
         const Quad both = voxels * weights;
