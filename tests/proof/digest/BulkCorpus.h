@@ -12,6 +12,7 @@
 #include "Corpus.h"
 #include "EachPolicy.h"
 #include "Grids.h"
+#include "PlaceCorpus.h"
 #include "Stream.h"
 #include "ViewCorpus.h"
 #include "support/WrappedVolume.h"
@@ -201,6 +202,7 @@ void digestBulk(unsigned int rounds, const Calls& calls)
     for (unsigned int scene = 0; scene < kScenes; ++scene) {
         Requests<T, Calls>(scene, rounds, calls, streams).answer();
         ViewRequests<T, Calls>(scene, rounds, calls, streams).answer();
+        PlaceRequests<T, Calls>(scene, rounds, calls, streams).answer();
     }
     write(streams);
 }
