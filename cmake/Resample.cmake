@@ -19,6 +19,7 @@ volux_add_library(resample
     src/resample/calls/Policies.cpp
     src/resample/calls/Resample.cpp
     src/resample/calls/Sample.cpp
+    src/resample/calls/Sampler.cpp
     src/resample/calls/Support.cpp
     src/resample/calls/View.cpp
     src/resample/calls/Warp.cpp
@@ -38,9 +39,11 @@ volux_add_library(resample
     src/resample/rows/Work.cpp
     src/resample/vectors/Block.cpp
     src/resample/vectors/Elements.cpp
+    src/resample/vectors/Gradient.cpp
     src/resample/vectors/Lines.cpp
     src/resample/vectors/Positions.cpp
     src/resample/vectors/VoxelSums.cpp
+    src/resample/vectors/Single.cpp
 )
 # Its interface has changed since 1.1.0, so programs that were linked with that must not load it.
 set_target_properties(volux_resample PROPERTIES VERSION 2.0.0 SOVERSION 2)

@@ -7,11 +7,13 @@
 #include <vector>
 
 #include "Input.h"
+#include "Places.h"
 #include "Scene.h"
 #include "Views.h"
 #include "support/BitExact.h"
 #include "support/Described.h"
 #include "support/Difference.h"
+#include "support/GradientOracle.h"
 #include "support/InstructionSets.h"
 #include "support/SubsampleMeans.h"
 #include "volux/resample.h"
@@ -253,49 +255,6 @@ void resampleGrid(const Source<T>& source, Input& input)
     result.requireUntouchedGaps();
 }
 
-/// Positions in three arrays, each between forbidden pages.
-class Places {
-public:
-    explicit Places(Input& input)
-        : count_(input.below(40)),
-          stride_(static_cast<int>(input.below(6)) - 2),
-          span_(count_ == 0 ? 1 : std::abs(stride_) * (static_cast<std::int64_t>(count_) - 1) + 1)
-    {
-        const bool atEnd = input.flag();
-        for (std::size_t n = 0; n < 3; ++n) {
-            arrays_[n] = pages().place<double>(static_cast<std::size_t>(span_), atEnd, n);
-            std::generate_n(arrays_[n], span_, [&] { return someCoordinate(input); });
-        }
-    }
-
-    std::size_t count() const { return count_; }
-
-    resample::Positions all() const
-    {
-        const std::int64_t first = stride_ < 0 ? span_ - 1 : 0;
-        return {arrays_[0] + first, arrays_[1] + first, arrays_[2] + first, stride_};
-    }
-
-    Position operator[](std::size_t n) const
-    {
-        const resample::Positions from = all();
-        const std::int64_t at = stride_ * static_cast<std::int64_t>(n);
-        return {from.x[at], from.y[at], from.z[at]};
-    }
-
-private:
-    static const test::GuardedPages& pages()
-    {
-        static const test::GuardedPages rooms(1, 3);
-        return rooms;
-    }
-
-    std::size_t count_;
-    std::int64_t stride_;
-    std::int64_t span_;
-    std::array<double*, 3> arrays_{};
-};
-
 bool isSpacing(const core::VoxelSize& s)
 {
     return std::isfinite(s.x) && std::isfinite(s.y) && std::isfinite(s.z);
@@ -330,11 +289,54 @@ void samplePositions(const Source<T>& source, Input& input)
     }
 }
 
+/// A sampler of one channel, called at some positions.
+template <class T>
+void callSampler(const Source<T>& source, Input& input)
+{
+    const Places places(input);
+    const Options options = someOptions<T>(input);
+    const int c = static_cast<int>(input.below(source.view.channels));
+    const resample::Sampler sampler(source.view, options, c);
+    test::require(sampler.error() == core::SUCCESS, "a sampler is refused");
+    for (std::size_t n = 0; n < places.count(); ++n) {
+        const Position p = places[n];
+        requireSame(sampler(p.x, p.y, p.z), test::reading(source.image, p, c, options),
+                    source.image, p, c, options);
+    }
+}
+
+/// Derivatives by voxels, of all channels.
+template <class T>
+void sampleGradients(const Source<T>& source, Input& input)
+{
+    const Places places(input);
+    const Options options = someOptions<T>(input);
+    std::vector<resample::ReadingAndGradient> results(places.count() * source.view.channels);
+    test::require(
+        resample::sampleGradient(source.view, places.all(), places.count(), resample::Units::VOXELS,
+                                 resample::kAllChannels, results.data(), options) == core::SUCCESS,
+        "derivatives are refused");
+    for (std::size_t n = 0; n < results.size(); ++n) {
+        const Position p = places[n / source.view.channels];
+        const int c = static_cast<int>(n % source.view.channels);
+        const auto expected = test::definition::gradient(source.image, p, c, options);
+        requireSame(results[n].value, expected.value, source.image, p, c, options);
+        requireSame(results[n].x, expected.x, source.image, p, c, options);
+        requireSame(results[n].y, expected.y, source.image, p, c, options);
+        requireSame(results[n].z, expected.z, source.image, p, c, options);
+    }
+}
+
 template <class R, class T>
 void call(const Source<T>& source, Input& input)
 {
-    if (input.below(4) == 0)
+    const unsigned int kind = input.below(6);
+    if (kind == 0)
         samplePositions<R>(source, input);
+    else if (kind == 1)
+        callSampler(source, input);
+    else if (kind == 2)
+        sampleGradients(source, input);
     else
         resampleGrid<R>(source, input);
 }

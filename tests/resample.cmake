@@ -2,6 +2,7 @@ set(VOLUX_RESAMPLE_TESTS
     resample/calls/AffineMapTest.cpp
     resample/calls/AntialiasTest.cpp
     resample/calls/GeometryTest.cpp
+    resample/calls/GradientTest.cpp
     resample/calls/GridTest.cpp
     resample/calls/OutsideTest.cpp
     resample/calls/PlacedGridTest.cpp
@@ -19,6 +20,7 @@ set(VOLUX_RESAMPLE_TESTS
     resample/calls/ImageTest.cpp
     resample/calls/ResultTypesTest.cpp
     resample/calls/SampleTest.cpp
+    resample/calls/SamplerTest.cpp
     resample/calls/ViewGuardTest.cpp
     resample/calls/ViewRefusalsTest.cpp
     resample/calls/ViewTest.cpp
@@ -38,6 +40,7 @@ set(VOLUX_RESAMPLE_TESTS
     resample/vectors/LargeTest.cpp
     support/Allocation.cpp
     support/SamplingOracle.cpp
+    support/FailingNew.cpp
     ${PROJECT_SOURCE_DIR}/src/resample/rows/Processors.cpp
 )
 # The undefined-behaviour sanitizer reads the type of every object whose virtual function is called.

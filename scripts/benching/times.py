@@ -16,7 +16,7 @@ LOOP = "loop"
 # Rounds that a program lives for: where its memory happens to be is drawn anew with it.
 LIFE = 4
 VISITS = 3
-ORDER = (OURS, "CImg", "ITK", "VTK", "memset", "memcpy", "raw", "numpy")
+ORDER = (OURS, "Sampler", "CImg", "ITK", "VTK", "memset", "memcpy", "raw", "numpy")
 WORKLOADS = {
     "A": "A: an oblique volume",
     "B": "B: upsampling along the axes",

@@ -11,8 +11,9 @@ EXPECTED = collections.Counter(
          "ResampleRegion::support"]
     + ["describe", "gridBetween", "gridOfCrop", "geometryOf", "planeAt", "planeThrough",
        "stackAlong", "planesAlong", "planesBetween", "Geometry::toWorld", "Geometry::toVoxels",
-       "Geometry::refusal", "AffineMap::isInvertible", "composed",
-       "Warp::operator()", "detail::warpedGrid", "detail::fill", "detail::sampleAt", "detail::viewOfImage"])
+       "Geometry::refusal", "AffineMap::isInvertible", "composed", "Warp::operator()",
+       "detail::warpedGrid", "detail::fill", "detail::makeSampler", "detail::sampleAt",
+       "detail::sampleGradientAt", "detail::viewOfImage"])
 
 
 def exported(library):

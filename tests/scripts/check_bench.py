@@ -93,8 +93,10 @@ class Goals(unittest.TestCase):
         self.assertEqual(cells, ["not measured", "", "1.15", "", "1.00", ""])
 
     def test_the_tricubic_goals_are_held_against_each_library_by_itself(self):
-        against = [goal.against for goal in goals.goals_of("A/short/cubic/constant")]
-        self.assertEqual(against, [("CImg",), ("VTK",)])
+        found = goals.goals_of("A/short/cubic/constant")
+        for ours in ("volux_core", "Sampler"):
+            self.assertEqual({goal.against for goal in found if goal.ours == ours},
+                             {("CImg",), ("VTK",)})
 
     def test_the_b_spline_is_no_peer(self):
         for row in ("A/short/cubic/constant", "C/float/cubic/constant", "D/short/cubic/constant"):

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <new>
+#include <type_traits>
 
 #include "CallersPolicies.h"
 #include "Checks.h"
@@ -8,6 +9,8 @@
 #include "resample/rows/Cost.h"
 #include "resample/rows/Work.h"
 #include "resample/vectors/Elements.h"
+#include "resample/vectors/Gradient.h"
+#include "volux/resample/Gradient.h"
 #include "volux/resample/Resample.h"
 
 namespace volux::resample::detail {
@@ -76,6 +79,48 @@ void fill(const Places& places, std::size_t first, Block& block)
     }
 }
 
+// From derivatives by voxels to derivatives by what positions are counted in.
+void convertSlopes(const Places& places, GradientBlock& block)
+{
+    const AffineMap* const map = places.frame.toVoxels;
+    for (std::size_t n = 0; n < block.count; ++n) {
+        const Position g = {block.slopesX[n], block.slopesY[n], block.slopesZ[n]};
+        const auto alongColumn = [&](int column) {
+            return (map->rows[0][column] * g.x + map->rows[1][column] * g.y) +
+                   map->rows[2][column] * g.z;
+        };
+        const bool isMapped = map != nullptr;
+        block.slopesX[n] = isMapped ? alongColumn(0) : g.x / places.spacing.x;
+        block.slopesY[n] = isMapped ? alongColumn(1) : g.y / places.spacing.y;
+        block.slopesZ[n] = isMapped ? alongColumn(2) : g.z / places.spacing.z;
+    }
+}
+
+// Stores the readings of one channel, and their derivatives behind each.
+void store(const GradientBlock& block, std::size_t step, ReadingAndGradient* results)
+{
+    for (std::size_t n = 0; n < block.count; ++n) {
+        results[n * step] = {block.readings[n], block.slopesX[n], block.slopesY[n],
+                             block.slopesZ[n]};
+    }
+}
+
+void sampleBlock(const Source& source, const Places& places, const Readings& results, Overflow,
+                 std::size_t first, GradientBlock& block)
+{
+    fill(places, first, block);
+    const bool isPerVoxel = places.frame.toVoxels == nullptr && places.frame.units == Units::VOXELS;
+    for (unsigned int c = 0; c < results.channels; ++c) {
+        readGradients(source.channel(results.first + c), source.reading.kernel,
+                      source.reading.outside, block);
+        if (!isPerVoxel) {
+            convertSlopes(places, block);
+        }
+        store(block, results.channels,
+              reinterpret_cast<ReadingAndGradient*>(results.data) + first * results.channels + c);
+    }
+}
+
 void sampleBlock(const Source& source, const Places& places, const Readings& results,
                  Overflow overflow, std::size_t first, Block& block)
 {
@@ -88,12 +133,14 @@ void sampleBlock(const Source& source, const Places& places, const Readings& res
     }
 }
 
+// In blocks that hold the readings, or their derivatives as well.
+template <class AnyBlock>
 ErrorType samplePlaces(const View<const void>& view, const Reading& reading, const Places& places,
                        const Readings& results, const Options& options)
 {
     Source source = {untyped(view), wholeOf(view), reading, {}};
     const auto part = [&](std::size_t first, std::size_t end) {
-        Block block;
+        AnyBlock block;
         for (std::size_t n = first; n < end; n += kBlock) {
             block.count = std::min(kBlock, end - n);
             sampleBlock(source, places, results, options.overflow, n, block);
@@ -158,8 +205,13 @@ ErrorType check(const View<const void>& source, const Places& places, const Resu
 
 }  // namespace
 
-ErrorType sampleAt(const View<const void>& source, const Frame& frame, const Positions& positions,
-                   std::size_t count, int channel, const Results& results, const Options& options)
+namespace {
+
+// Readings of `bytes` each, by themselves or with their derivatives.
+template <class AnyBlock>
+ErrorType sampleIn(const View<const void>& source, const Frame& frame, const Positions& positions,
+                   std::size_t count, int channel, const Results& results, std::size_t bytes,
+                   const Options& options)
 {
     const Places places = {positions, count, frame, source.spacing};
     Reading reading;
@@ -167,15 +219,36 @@ ErrorType sampleAt(const View<const void>& source, const Frame& frame, const Pos
     if (result != SUCCESS) {
         return result;
     }
+    if (reading.isOwn && std::is_same_v<AnyBlock, GradientBlock>) {
+        return core::ERR_INVALID_ARGUMENT;
+    }
     const bool isAll = channel == kAllChannels;
-    const Readings to = {
-        results.type, bytesOf(results.type), static_cast<unsigned char*>(results.data),
-        isAll ? 0U : static_cast<unsigned int>(channel), isAll ? source.channels : 1U};
+    const Readings to = {results.type, bytes, static_cast<unsigned char*>(results.data),
+                         isAll ? 0U : static_cast<unsigned int>(channel),
+                         isAll ? source.channels : 1U};
     if (to.first >= source.channels) {
         return core::ERR_INVALID_CHANNEL;
     }
     result = checkPlaces(source, places, to);
-    return result != SUCCESS ? result : samplePlaces(source, reading, places, to, options);
+    return result != SUCCESS ? result
+                             : samplePlaces<AnyBlock>(source, reading, places, to, options);
+}
+
+}  // namespace
+
+ErrorType sampleAt(const View<const void>& source, const Frame& frame, const Positions& positions,
+                   std::size_t count, int channel, const Results& results, const Options& options)
+{
+    return sampleIn<Block>(source, frame, positions, count, channel, results, bytesOf(results.type),
+                           options);
+}
+
+ErrorType sampleGradientAt(const View<const void>& source, const Frame& frame,
+                           const Positions& positions, std::size_t count, int channel,
+                           ReadingAndGradient* results, const Options& options)
+{
+    return sampleIn<GradientBlock>(source, frame, positions, count, channel,
+                                   {core::DT_DOUBLE, results}, sizeof *results, options);
 }
 
 }  // namespace volux::resample::detail

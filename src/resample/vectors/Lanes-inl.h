@@ -31,38 +31,75 @@ using Mask = hn::Mask<Doubles>;
 constexpr std::size_t kLanes = hn::MaxLanes(Doubles());
 
 // One number in each lane; also a voxel index, which is a whole number that no image exceeds.
-struct Real {
-    hn::Vec<Doubles> lanes;
+template <class D>
+struct Numbers {
+    hn::Vec<D> lanes;
 
-    Real() = default;
-    explicit Real(hn::Vec<Doubles> all) : lanes(all) {}
-    explicit Real(double all) : lanes(hn::Set(Doubles(), all)) {}
+    Numbers() = default;
+    explicit Numbers(hn::Vec<D> all) : lanes(all) {}
+    explicit Numbers(double all) : lanes(hn::Set(D(), all)) {}
 };
 
-inline Real operator+(Real a, Real b)
+template <class D>
+inline Numbers<D> operator+(Numbers<D> a, Numbers<D> b)
 {
-    return Real(hn::Add(a.lanes, b.lanes));
+    return Numbers<D>(hn::Add(a.lanes, b.lanes));
 }
-inline Real operator-(Real a, Real b)
+template <class D>
+inline Numbers<D> operator-(Numbers<D> a, Numbers<D> b)
 {
-    return Real(hn::Sub(a.lanes, b.lanes));
+    return Numbers<D>(hn::Sub(a.lanes, b.lanes));
 }
-inline Real operator*(Real a, Real b)
+template <class D>
+inline Numbers<D> operator*(Numbers<D> a, Numbers<D> b)
 {
-    return Real(hn::Mul(a.lanes, b.lanes));
+    return Numbers<D>(hn::Mul(a.lanes, b.lanes));
 }
-inline Real operator/(Real a, Real b)
+template <class D>
+inline Numbers<D> operator/(Numbers<D> a, Numbers<D> b)
 {
-    return Real(hn::Div(a.lanes, b.lanes));
+    return Numbers<D>(hn::Div(a.lanes, b.lanes));
 }
-inline Mask operator>=(Real a, Real b)
+template <class D>
+inline hn::Mask<D> operator>=(Numbers<D> a, Numbers<D> b)
 {
     return hn::Ge(a.lanes, b.lanes);
 }
-inline Mask operator<=(Real a, Real b)
+template <class D>
+inline hn::Mask<D> operator<=(Numbers<D> a, Numbers<D> b)
 {
     return hn::Le(a.lanes, b.lanes);
 }
+
+// The zero that is added makes -0.0 the 0.0 that an integer index is.
+template <class D>
+inline Numbers<D> truncated(Numbers<D> position)
+{
+    return Numbers<D>(hn::Trunc(position.lanes)) + Numbers<D>(0.0);
+}
+template <class D>
+inline Numbers<D> steppedDownUnless(hn::Mask<D> stays, Numbers<D> index)
+{
+    return index - Numbers<D>(hn::IfThenElseZero(hn::Not(stays), Numbers<D>(1.0).lanes));
+}
+template <class D>
+inline Numbers<D> offset(Numbers<D> index, int steps)
+{
+    return index + Numbers<D>(static_cast<double>(steps));
+}
+template <class D>
+inline Numbers<D> numberOf(Numbers<D> index)
+{
+    return index;
+}
+template <class D>
+inline Numbers<D> withSignOf(Numbers<D> magnitude, Numbers<D> sign)
+{
+    return Numbers<D>(hn::CopySign(magnitude.lanes, sign.lanes));
+}
+
+// As many as a vector holds.
+using Real = Numbers<Doubles>;
 
 inline Real load(const double* from)
 {
@@ -79,28 +116,6 @@ inline Real select(Mask mask, Real yes, Real no)
 inline bool allTrue(Mask mask)
 {
     return hn::AllTrue(Doubles(), mask);
-}
-
-// The zero that is added makes -0.0 the 0.0 that an integer index is.
-inline Real truncated(Real position)
-{
-    return Real(hn::Trunc(position.lanes)) + Real(0.0);
-}
-inline Real steppedDownUnless(Mask stays, Real index)
-{
-    return index - Real(hn::IfThenElseZero(hn::Not(stays), Real(1.0).lanes));
-}
-inline Real offset(Real index, int steps)
-{
-    return index + Real(static_cast<double>(steps));
-}
-inline Real numberOf(Real index)
-{
-    return index;
-}
-inline Real withSignOf(Real magnitude, Real sign)
-{
-    return Real(hn::CopySign(magnitude.lanes, sign.lanes));
 }
 
 using exact::Kernel;
@@ -148,21 +163,30 @@ inline Real fromLowest(Word words)
     return fromBits<T, 0>(words);
 }
 
-// As many contiguous voxels as there are lanes.
-template <class T>
-inline Real loadVoxels(const T* first)
+// Voxels, exactly as doubles.
+template <class T, class D>
+inline Numbers<D> widened(D d, hn::Vec<hn::Rebind<T, D>> voxels)
 {
-    const Doubles d;
-    const auto voxels = hn::LoadU(hn::Rebind<T, Doubles>(), first);
     if constexpr (std::is_same_v<T, double>) {
-        return Real(voxels);
+        return Numbers<D>(voxels);
     } else if constexpr (std::is_same_v<T, unsigned int>) {
-        return fromLowest<T>(hn::PromoteTo(Words(), voxels));
+        // Put below the bits of 2^52, which are then taken off.
+        const hn::RebindToUnsigned<D> words;
+        const Numbers<D> power(0x1p52);
+        const auto raised = hn::Or(hn::PromoteTo(words, voxels), hn::BitCast(words, power.lanes));
+        return Numbers<D>(hn::BitCast(d, raised)) - power;
     } else if constexpr (sizeof(T) < sizeof(int)) {
-        return Real(hn::PromoteTo(d, hn::PromoteTo(hn::Rebind<std::int32_t, Doubles>(), voxels)));
+        return Numbers<D>(hn::PromoteTo(d, hn::PromoteTo(hn::Rebind<std::int32_t, D>(), voxels)));
     } else {
-        return Real(hn::PromoteTo(d, voxels));
+        return Numbers<D>(hn::PromoteTo(d, voxels));
     }
+}
+
+// As many contiguous voxels as there are lanes.
+template <class T, class D = Doubles>
+inline Numbers<D> loadVoxels(const T* first)
+{
+    return widened<T>(D(), hn::LoadU(hn::Rebind<T, D>(), first));
 }
 
 }  // namespace HWY_NAMESPACE

@@ -44,8 +44,18 @@ double readNearest(const Channel& channel, const Outside& outside, double x, dou
                         at(channel.z, slice));
 }
 
-template <class T, Kernel K>
-double readWeighted(const Channel& channel, const Outside& outside, double x, double y, double z)
+// Sees the rows that a reading reads, and does nothing.
+struct NoWitness {
+    template <int N>
+    void add(const double (&)[N], int, int)
+    {
+    }
+};
+
+// `witness` is told of each row of neighbours (j, k).
+template <class T, Kernel K, class Witness = NoWitness>
+double readWeighted(const Channel& channel, const Outside& outside, double x, double y, double z,
+                    Witness&& witness = Witness())
 {
     const exact::Place<K> at(x, y, z);
     if constexpr (K == Kernel::CUBIC) {
@@ -63,7 +73,12 @@ double readWeighted(const Channel& channel, const Outside& outside, double x, do
             return isRowInside && columns.isInside[i] ? elementAt<T>(row + columns.bytes[i])
                                                       : outside.value;
         };
-        return [voxel](int i) { return exact::Pair(voxel(2 * i), voxel(2 * i + 1)); };
+        double voxels[reach(K)];
+        for (int i = 0; i < reach(K); ++i) {
+            voxels[i] = voxel(i);
+        }
+        witness.add(voxels, j, k);
+        return [voxels](int i) { return exact::Pair(voxels[2 * i], voxels[2 * i + 1]); };
     });
 }
 

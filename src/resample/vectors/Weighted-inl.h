@@ -23,7 +23,41 @@ namespace hn = hwy::HWY_NAMESPACE;
 
 #if HWY_TARGET != HWY_SCALAR
 
-template <class T, Kernel K, Order O>
+// What is made of the neighbours of a vector of samples, and where it is kept: the readings alone.
+template <Kernel K>
+struct ReadingAlone {
+    using Room = Block;
+    using Result = Real;
+
+    // `read(j, k, row)` gives a row of neighbours.
+    template <class Read>
+    static HWY_INLINE Real of(const Reals& positions, const Read& read)
+    {
+        const Neighbours<K, Real> xs(positions.x);
+        const Neighbours<K, Real> ys(positions.y);
+        const Neighbours<K, Real> zs(positions.z);
+        Real row[reach(K)];
+        const auto rows = [&](int j, int k) HWY_ATTR {
+            read(j, k, row);
+            return [&row](int i) HWY_ATTR { return row[i]; };
+        };
+        return weightedSum<WeightedSum<K, Real>>(xs.weights, ys.weights, zs.weights, rows);
+    }
+
+    static HWY_INLINE void keep(Real reading, Block& block, std::size_t n)
+    {
+        store(reading, block.readings + n);
+    }
+
+    template <class T>
+    static void readOneByOne(const Channel& channel, const Outside& outside, Block& block,
+                             std::size_t first, std::size_t end)
+    {
+        detail::readOneByOne<T, K>(channel, outside, block, first, end);
+    }
+};
+
+template <class T, Kernel K, Order O, class Formula = ReadingAlone<K>>
 class WeightedReader {
 public:
     WeightedReader(const Channel& channel, const Outside& outside)
@@ -35,39 +69,41 @@ public:
     {
     }
 
-    void operator()(Block& block) const
+    void operator()(typename Formula::Room& block) const
     {
         for (std::size_t n = 0; n < block.count; n += kLanes) {
             const Reals positions = positionsAt(block, n);
             const Reals firsts = firstNeighbours<K>(positions);
             if (HWY_LIKELY(interior_.holds(firsts))) {
-                store(readInterior(positions, firsts), block.readings + n);
+                Formula::keep(readInterior(positions, firsts), block, n);
             } else if (allNear(positions)) {
-                store(readEdge(positions, firsts), block.readings + n);
+                Formula::keep(readEdge(positions, firsts), block, n);
             } else {
-                readOneByOne<T, K>(channel_, outside_, block, n, std::min(n + kLanes, block.count));
+                Formula::template readOneByOne<T>(channel_, outside_, block, n,
+                                                  std::min(n + kLanes, block.count));
             }
         }
     }
 
 private:
+    using Result = typename Formula::Result;
     static constexpr int kReach = reach(K);
 
-    HWY_INLINE Real readInterior(const Reals& positions, const Reals& firsts) const
+    HWY_INLINE Result readInterior(const Reals& positions, const Reals& firsts) const
     {
         HWY_ALIGN std::int64_t offsets[kLanes];
         hn::Store(axes_.bytes(firsts), Offsets(), offsets);
-        return sum(positions, [&](int j, int k, Real(&row)[kReach]) HWY_ATTR {
+        return Formula::of(positions, [&](int j, int k, Real(&row)[kReach]) HWY_ATTR {
             rows_.read(channel_.data + channel_.y.stride * j + channel_.z.stride * k, offsets, row);
         });
     }
 
     // The border applied in vectors. Neighbours that were copied first would have to arrive from
     // memory before the next vector could begin.
-    HWY_NOINLINE Real readEdge(const Reals& positions, const Reals& firsts) const
+    HWY_NOINLINE Result readEdge(const Reals& positions, const Reals& firsts) const
     {
         const RowReader<T, K, O == Order::FORWARD> reader(axes_.x, firsts.x);
-        return sum(positions, [&](int j, int k, Real(&row)[kReach]) HWY_ATTR {
+        return Formula::of(positions, [&](int j, int k, Real(&row)[kReach]) HWY_ATTR {
             const Real y = offset(firsts.y, j);
             const Real z = offset(firsts.z, k);
             const RealAxes& axes = axes_;
@@ -82,21 +118,6 @@ private:
                 }
             }
         });
-    }
-
-    // `read(j, k, row)` gives a row of neighbours.
-    template <class Read>
-    static HWY_INLINE Real sum(const Reals& positions, const Read& read)
-    {
-        const Neighbours<K, Real> xs(positions.x);
-        const Neighbours<K, Real> ys(positions.y);
-        const Neighbours<K, Real> zs(positions.z);
-        Real row[kReach];
-        const auto rows = [&](int j, int k) HWY_ATTR {
-            read(j, k, row);
-            return [&row](int i) HWY_ATTR { return row[i]; };
-        };
-        return weightedSum<WeightedSum<K, Real>>(xs.weights, ys.weights, zs.weights, rows);
     }
 
     const Channel& channel_;

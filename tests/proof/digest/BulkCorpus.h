@@ -13,6 +13,7 @@
 #include "EachPolicy.h"
 #include "Grids.h"
 #include "MeanCorpus.h"
+#include "PlaceCorpus.h"
 #include "Stream.h"
 #include "ViewCorpus.h"
 #include "WarpCorpus.h"
@@ -205,6 +206,7 @@ void digestBulk(unsigned int rounds, const Calls& calls)
         ViewRequests<T, Calls>(scene, rounds, calls, streams).answer();
         WarpRequests<T, Calls>(scene, rounds, calls, streams).answer();
         MeanRequests<T, Calls>(scene, rounds, calls, streams).answer();
+        PlaceRequests<T, Calls>(scene, rounds, calls, streams).answer();
     }
     write(streams);
 }

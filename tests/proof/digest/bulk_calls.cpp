@@ -10,6 +10,8 @@
 #include "Arranged.h"
 #include "BulkCorpus.h"
 #include "support/InstructionSets.h"
+#include "volux/resample/Gradient.h"
+#include "volux/resample/Sampler.h"
 
 namespace volux::digest {
 namespace {
@@ -97,6 +99,35 @@ public:
     static resample::Position lead(const Moves<V>& moves, const resample::Position& p)
     {
         return warpOf(moves)(p);
+    }
+
+    // Of the first channel.
+    template <class T>
+    std::vector<double> readings(const core::VxImage<T>& source,
+                                 const std::vector<resample::Position>& positions,
+                                 const Options& options) const
+    {
+        const resample::Sampler sampler(source, options);
+        require(sampler.error());
+        std::vector<double> all;
+        for (const resample::Position& p : positions)
+            all.push_back(sampler(p.x, p.y, p.z));
+        return all;
+    }
+
+    template <class T>
+    std::vector<double> gradients(const core::VxImage<T>& source,
+                                  const std::vector<resample::Position>& positions,
+                                  const Options& options) const
+    {
+        std::vector<resample::ReadingAndGradient> found(positions.size());
+        require(resample::sampleGradient(source, positions.data(), positions.size(),
+                                         resample::Units::VOXELS, 0, found.data(),
+                                         onThreads(options)));
+        std::vector<double> all;
+        for (const auto& r : found)
+            all.insert(all.end(), {r.value, r.x, r.y, r.z});
+        return all;
     }
 
 private:

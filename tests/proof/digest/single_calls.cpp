@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "BulkCorpus.h"
+#include "support/GradientOracle.h"
 #include "support/SubsampleMeans.h"
 
 namespace volux::digest {
@@ -69,6 +70,30 @@ struct SingleCalls {
                 else
                     *results++ = test::reading(source, voxel, channel, options);
             }
+    }
+
+    template <class T>
+    static std::vector<double> readings(const core::VxImage<T>& source,
+                                        const std::vector<resample::Position>& positions,
+                                        const Options& options)
+    {
+        std::vector<double> all;
+        for (const resample::Position& p : positions)
+            all.push_back(test::reading(source, p, 0, options));
+        return all;
+    }
+
+    template <class T>
+    static std::vector<double> gradients(const core::VxImage<T>& source,
+                                         const std::vector<resample::Position>& positions,
+                                         const Options& options)
+    {
+        std::vector<double> all;
+        for (const resample::Position& p : positions) {
+            const auto r = test::definition::gradient(source, p, 0, options);
+            all.insert(all.end(), {r.value, r.x, r.y, r.z});
+        }
+        return all;
     }
 
     template <class R, class T>

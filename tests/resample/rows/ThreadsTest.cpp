@@ -16,32 +16,8 @@
 
 #include "resample/Expected.h"
 #include "support/Allocation.h"
+#include "support/FailingNew.h"
 #include "volux/resample/Resample.h"
-
-namespace {
-
-// The nth operator new of this thread from now fails, once.
-thread_local int failIn = 0;
-
-}  // namespace
-
-#ifndef VOLUX_TEST_SANITIZED_HEAP
-void* operator new(std::size_t size)
-{
-    void* const block = failIn > 0 && --failIn == 0 ? nullptr : std::malloc(size != 0 ? size : 1);
-    if (block == nullptr)
-        throw std::bad_alloc();
-    return block;
-}
-void operator delete(void* block) noexcept
-{
-    std::free(block);
-}
-void operator delete(void* block, std::size_t) noexcept
-{
-    std::free(block);
-}
-#endif
 
 namespace volux::test {
 namespace {
@@ -270,11 +246,11 @@ TEST(Refused, MemoryForThreadsIsDoneWithout)
     call.slowDown();
     int failed = 0;
     for (int nth = 1; nth == failed + 1; ++nth) {
-        failIn = nth;
+        newFailsIn = nth;
         EXPECT_TRUE(call.isRight()) << "operator new " << nth << " failed";
-        failed += failIn == 0 ? 1 : 0;
+        failed += newFailsIn == 0 ? 1 : 0;
     }
-    failIn = 0;
+    newFailsIn = 0;
     EXPECT_GE(failed, 8);  // a vector and seven threads
 }
 

@@ -1,0 +1,303 @@
+// One sample at a time, for the instruction set that Highway is compiling. Where a vector holds
+// four doubles, the weights of three axes share one, and so do the neighbours along x; what is left
+// of a sample are its sums, which are added one after the other.
+#if defined(VOLUX_RESAMPLE_SINGLE) == defined(HWY_TARGET_TOGGLE)
+#ifdef VOLUX_RESAMPLE_SINGLE
+#undef VOLUX_RESAMPLE_SINGLE
+#else
+#define VOLUX_RESAMPLE_SINGLE
+#endif
+
+#include <hwy/highway.h>
+
+#include <cmath>
+
+#include "Lanes-inl.h"
+#include "OneSample.h"
+#include "Single.h"
+#include "exact/ElementTypes.h"
+#include "exact/Truncation.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace volux::resample::detail {
+namespace HWY_NAMESPACE {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+inline Axis axisOf(const SampledChannel& channel, int n)
+{
+    const int extent = static_cast<int>(channel.extents[n]);
+    return {extent, 0, extent - 1, channel.strides[n]};
+}
+
+template <class T, Kernel K>
+HWY_NOINLINE double readEdge(const SampledChannel& sampled, double x, double y, double z)
+{
+    const Channel channel = {{},
+                             static_cast<const unsigned char*>(sampled.data),
+                             axisOf(sampled, 0),
+                             axisOf(sampled, 1),
+                             axisOf(sampled, 2),
+                             0};
+    return readOne<T, K>(channel, {sampled.isConstant, sampled.outside}, x, y, z);
+}
+
+#if HWY_MAX_BYTES >= 32
+
+using Fours = hn::FixedTag<double, 4>;
+using Quad = Numbers<Fours>;
+
+HWY_INLINE Quad quadOf(exact::Pair low, exact::Pair high)
+{
+    HWY_ALIGN double each[4];
+    exact::store(low, each);
+    exact::store(high, each + 2);
+    const hn::FixedTag<double, 2> pair;
+    return Quad(hn::Combine(Fours(), hn::Load(pair, each + 2), hn::Load(pair, each)));
+}
+
+HWY_INLINE Quad lowers(Quad a, Quad b)
+{
+    return Quad(hn::ConcatLowerLower(Fours(), b.lanes, a.lanes));
+}
+HWY_INLINE Quad uppers(Quad a, Quad b)
+{
+    return Quad(hn::ConcatUpperUpper(Fours(), b.lanes, a.lanes));
+}
+// Of each half, the first number of both, or the second.
+HWY_INLINE Quad firsts(Quad a, Quad b)
+{
+    return Quad(hn::InterleaveLower(Fours(), a.lanes, b.lanes));
+}
+HWY_INLINE Quad seconds(Quad a, Quad b)
+{
+    return Quad(hn::InterleaveUpper(Fours(), a.lanes, b.lanes));
+}
+
+// All eight neighbours of Linear, x fastest.
+struct Cell {
+    Quad lower;
+    Quad upper;
+
+    Cell() = default;
+    Cell(Quad atLowerZ, Quad atUpperZ) : lower(atLowerZ), upper(atUpperZ) {}
+};
+
+HWY_INLINE Cell operator*(const Cell& a, const Cell& b)
+{
+    return {a.lower * b.lower, a.upper * b.upper};
+}
+
+template <>
+struct WeightedSum<Kernel::LINEAR, Cell> {
+    double products = -0.0;
+
+    HWY_INLINE void add(const Cell& weights, const Cell& voxels)
+    {
+        const Cell both = voxels * weights;
+        add(both.lower);
+        add(both.upper);
+    }
+    HWY_INLINE double result() const { return products; }
+
+private:
+    HWY_INLINE void add(Quad four)
+    {
+        HWY_ALIGN double each[4];
+        hn::Store(four.lanes, Fours(), each);
+        products += each[0];
+        products += each[1];
+        products += each[2];
+        products += each[3];
+    }
+};
+
+template <>
+struct WeightedSum<Kernel::CUBIC, Quad> {
+    using Pairs = hn::FixedTag<double, 2>;
+    hn::Vec<Pairs> sums;  // of the weights, and of the weighted voxels
+
+    HWY_INLINE WeightedSum() : sums(hn::Zero(Pairs())) {}
+    HWY_INLINE void add(Quad weights, Quad voxels)
+    {
+        const Quad both = voxels * weights;
+        const Quad even = firsts(weights, both);
+        const Quad odd = seconds(weights, both);
+        sums = hn::Add(sums, hn::LowerHalf(Pairs(), even.lanes));
+        sums = hn::Add(sums, hn::LowerHalf(Pairs(), odd.lanes));
+        sums = hn::Add(sums, hn::UpperHalf(Pairs(), even.lanes));
+        sums = hn::Add(sums, hn::UpperHalf(Pairs(), odd.lanes));
+    }
+    HWY_INLINE double result() const
+    {
+        HWY_ALIGN double each[2];
+        hn::Store(sums, Pairs(), each);
+        return each[1] / each[0];
+    }
+};
+
+HWY_INLINE bool isInterior(const SampledChannel& channel, Quad positions)
+{
+    const Quad begin(hn::LoadU(Fours(), channel.begin));
+    const Quad end(hn::LoadU(Fours(), channel.end));
+    return hn::AllTrue(Fours(), hn::And(positions >= begin, hn::Lt(positions.lanes, end.lanes)));
+}
+
+// The neighbours of a sample of the interior, of voxels that are contiguous along x or not.
+template <class T, bool Contiguous>
+struct Inside {
+    const unsigned char* first;
+    std::int64_t strideX;
+    std::int64_t strideY;
+    std::int64_t strideZ;
+
+    HWY_INLINE Inside(const SampledChannel& channel, double x, double y, double z)
+        : strideX(Contiguous ? kBytes<T> : channel.strides[0]),
+          strideY(channel.strides[1]),
+          strideZ(channel.strides[2])
+    {
+        first = static_cast<const unsigned char*>(channel.data) +
+                (exact::truncateToInt64(x) * strideX + exact::truncateToInt64(y) * strideY +
+                 exact::truncateToInt64(z) * strideZ - channel.back);
+    }
+
+    // The four along x of one row.
+    HWY_INLINE Quad row(int j, int k) const
+    {
+        const unsigned char* const row = first + strideY * j + strideZ * k;
+        if constexpr (Contiguous) {
+            return loadVoxels<T, Fours>(reinterpret_cast<const T*>(row));
+        } else {
+            return quadOf(pair(row), pair(row + 2 * strideX));
+        }
+    }
+
+    // The two along x of two rows.
+    HWY_INLINE Quad face(int k) const
+    {
+        const unsigned char* const row = first + strideZ * k;
+        const unsigned char* const next = row + strideY;
+        if constexpr (Contiguous) {
+            const hn::FixedTag<T, 2> two;
+            const auto lower = hn::LoadU(two, reinterpret_cast<const T*>(row));
+            const auto upper = hn::LoadU(two, reinterpret_cast<const T*>(next));
+            return widened<T>(Fours(), hn::Combine(hn::FixedTag<T, 4>(), upper, lower));
+        } else {
+            return quadOf(pair(row), pair(next));
+        }
+    }
+
+private:
+    HWY_INLINE exact::Pair pair(const unsigned char* voxel) const
+    {
+        return {elementAt<T>(voxel), elementAt<T>(voxel + strideX)};
+    }
+};
+
+// No position of the interior is negative, so the voxel below it is what truncating gives.
+template <class Voxels>
+HWY_INLINE double linearSum(Quad positions, const Voxels& voxels)
+{
+    Quad weights[2];
+    weigh(positions, truncated(positions), weights);
+    const Quad xAndZ = firsts(weights[0], weights[1]);
+    const Quad x = lowers(xAndZ, xAndZ);
+    const Quad y = lowers(seconds(weights[0], weights[0]), seconds(weights[1], weights[1]));
+    const Cell xs[1] = {{x, x}};
+    const Cell ys[1] = {{y, y}};
+    const Cell zs[1] = {{uppers(weights[0], weights[0]), uppers(weights[1], weights[1])}};
+    return weightedSum<WeightedSum<Kernel::LINEAR, Cell>>(xs, ys, zs, [&](int, int) HWY_ATTR {
+        return [&](int) HWY_ATTR { return Cell(voxels.face(0), voxels.face(1)); };
+    });
+}
+
+template <class Voxels>
+HWY_INLINE double cubicSum(Quad positions, const Voxels& voxels)
+{
+    Quad weights[4];
+    weigh(positions, offset(truncated(positions), -1), weights);
+    const Quad xs[1] = {lowers(firsts(weights[0], weights[1]), firsts(weights[2], weights[3]))};
+    Quad ys[4];
+    Quad zs[4];
+    for (int n = 0; n < 4; ++n) {
+        const Quad twice = seconds(weights[n], weights[n]);
+        ys[n] = lowers(twice, twice);
+        zs[n] = uppers(weights[n], weights[n]);
+    }
+    return weightedSum<WeightedSum<Kernel::CUBIC, Quad>>(xs, ys, zs, [&](int j, int k) HWY_ATTR {
+        return [row = voxels.row(j, k)](int) HWY_ATTR { return row; };
+    });
+}
+
+template <class T, Kernel K, bool Contiguous>
+double readInterior(const SampledChannel& channel, double x, double y, double z)
+{
+    const Quad positions = quadOf(exact::Pair(x, y), exact::Pair(z));
+    if (HWY_UNLIKELY(!isInterior(channel, positions))) {
+        return readEdge<T, K>(channel, x, y, z);
+    }
+    const Inside<T, Contiguous> voxels(channel, x, y, z);
+    if constexpr (K == Kernel::LINEAR) {
+        return linearSum(positions, voxels);
+    } else {
+        return cubicSum(positions, voxels);
+    }
+}
+
+#endif
+
+// A voxel inside is the one that rounding down gives, and outside either rule leads outside.
+template <class T, bool Contiguous>
+double readNearestAt(const SampledChannel& channel, double x, double y, double z)
+{
+    const auto voxel = [](double position) {
+        return exact::truncateToInt64(std::floor(position + 0.5));
+    };
+    const auto isBelow = [](std::int64_t index, std::int64_t extent) {
+        return static_cast<std::uint64_t>(index) < static_cast<std::uint64_t>(extent);
+    };
+    const std::int64_t column = voxel(x);
+    const std::int64_t row = voxel(y);
+    const std::int64_t slice = voxel(z);
+    const bool isInside = isBelow(column, channel.extents[0]) && isBelow(row, channel.extents[1]) &&
+                          isBelow(slice, channel.extents[2]);
+    if (HWY_UNLIKELY(!isInside)) {
+        return readEdge<T, Kernel::NEAREST>(channel, x, y, z);
+    }
+    return elementAt<T>(static_cast<const unsigned char*>(channel.data) +
+                        (column * (Contiguous ? kBytes<T> : channel.strides[0]) +
+                         row * channel.strides[1] + slice * channel.strides[2]));
+}
+
+template <class T, Kernel K>
+SampledChannel::Read weightedReader([[maybe_unused]] const Channel& channel)
+{
+#if HWY_MAX_BYTES >= 32
+    return channel.x.stride == kBytes<T> ? readInterior<T, K, true> : readInterior<T, K, false>;
+#else
+    return readEdge<T, K>;
+#endif
+}
+
+inline SampledChannel::Read singleReader(const Channel& channel, Kernel kernel)
+{
+    return exact::withElementType(channel.type, [&](auto element) -> SampledChannel::Read {
+        using T = typename decltype(element)::Type;
+        switch (kernel) {
+            case Kernel::NEAREST:
+                return channel.x.stride == kBytes<T> ? readNearestAt<T, true>
+                                                     : readNearestAt<T, false>;
+            case Kernel::LINEAR:
+                return weightedReader<T, Kernel::LINEAR>(channel);
+            case Kernel::CUBIC:
+                return weightedReader<T, Kernel::CUBIC>(channel);
+        }
+        __builtin_unreachable();  // there is no other kernel
+    });
+}
+
+}  // namespace HWY_NAMESPACE
+}  // namespace volux::resample::detail
+HWY_AFTER_NAMESPACE();
+
+#endif
