@@ -1,13 +1,14 @@
 // ITK: ResampleImageFilter on one thread; at positions, a call of its interpolator for each. Its
 // cubic B-spline is another kernel, whose coefficients the filter computes anew each time, and is
-// left out.
+// left out. Means of blocks are BinShrinkImageFilter's.
 #include <itkAffineTransform.h>
+#include <itkBinShrinkImageFilter.h>
 #include <itkMultiThreaderBase.h>
 #include <itkNearestNeighborExtrapolateImageFunction.h>
 #include <itkResampleImageFilter.h>
 
 #include "../times/ItkSampler.h"
-#include "Bulk.h"
+#include "Means.h"
 
 namespace volux::bench {
 namespace {
@@ -67,6 +68,31 @@ private:
         itk::ResampleImageFilter<Image, Image>::New();
 };
 
+template <class T>
+class BinShrink {
+public:
+    BinShrink(const Source<T>& source, unsigned int factor)
+    {
+        filter_->SetInput(Functions<T, Kernel::kLinear>::imageAround(source));
+        filter_->SetShrinkFactors(factor);
+        filter_->SetNumberOfWorkUnits(1);
+    }
+
+    void run()
+    {
+        filter_->Modified();
+        filter_->Update();
+    }
+
+    const T* result() const { return filter_->GetOutput()->GetBufferPointer(); }
+
+private:
+    using Image = itk::Image<T, 3>;
+
+    typename itk::BinShrinkImageFilter<Image, Image>::Pointer filter_ =
+        itk::BinShrinkImageFilter<Image, Image>::New();
+};
+
 template <class T, Kernel K, Outside O, class Target>
 using Bulk = std::conditional_t<std::is_same_v<Target, Grid>, Filter<T, K, O>,
                                 Looped<ItkSampler<T, K, O>, T, Target>>;
@@ -89,5 +115,6 @@ int main(int argc, char** argv)
     bench::addBoth<bench::UpsampledVolume>();
     bench::addBoth<bench::RandomPositions>();
     bench::addKernel<bench::Bulk, bench::ViewersPlane, bench::Kernel::kLinear>("ITK");
+    bench::addMeans<bench::BinShrink>("ITK");
     return bench::serveBulk(argc, argv);
 }

@@ -112,6 +112,24 @@ def views(record):
                    rows)]
 
 
+def means(record):
+    rows = []
+    for row, found in begins(record, "means").items():
+        names = (goals.MEANS, "ITK", "scipy")
+        cells = [times.shown(median(found, name)) if name in found else "" for name in names]
+        rows.append([*row.split("/")[1:], *cells,
+                     *(cell for goal in goals.goals_of(row, goals.BULK)
+                       for cell in times.ratio_cells(found, goal)[:4])])
+    if not rows:
+        return []
+    return [*heading(3, "Means of blocks"),
+            "Nanoseconds for a voxel of a source of 256^3: `kAntialiased`, "
+            "`BinShrinkImageFilter`, and `gaussian_filter` followed by `zoom`.", "",
+            *table(["voxels", "factor", "volux, ns", "ITK, ns", "scipy, ns",
+                    *(head for _ in range(2)
+                      for head in ("against", "ratio (quartiles)", "at most", "holds"))], rows)]
+
+
 def growth(record):
     """A line for each size, from the rows growth/WHAT/SIZE."""
     cells = {}
@@ -134,5 +152,6 @@ def tables(record):
     lines = [*times.beside(record), *times.overview(record, goals.BULK)]
     for letter in WORKLOADS:
         lines += workload(letter, record)
-    return [*lines, *plane(record), *threads(record), *views(record), *growth(record),
+    return [*lines, *plane(record), *threads(record), *views(record), *means(record),
+            *growth(record),
             *times.agreement(record, "Whole volumes: agreement with volux_core")]

@@ -40,6 +40,7 @@ GOALS = [
 # Whole volumes.
 BULK_ALIKE = ("VTK", "ITK", "CImg", "scipy")
 WIDEST = "AVX-512"
+MEANS = "volux"  # who adds up blocks of voxels, with the best instruction set
 
 BULK = [
     Goal("nearest A", ["A/*/nearest/*"], BULK_ALIKE, 0.95, None, "scalar"),
@@ -55,6 +56,8 @@ BULK = [
     Goal("trilinear C", ["C/*/linear/*"], BULK_ALIKE, 0.55, 0.45, WIDEST),
     Goal("tricubic C", ["C/*/cubic/*"], SAME_TRICUBIC, None, None, WIDEST),
     Goal("trilinear plane", ["plane/*"], BULK_ALIKE, None, None, WIDEST),
+    Goal("means of blocks", ["means/*"], ("ITK",), 1.30, None, MEANS),
+    Goal("means of blocks", ["means/*"], ("scipy",), 0.20, None, MEANS),
 ]
 
 # Two threads' time to one's: 1.6 and 1.9 times as fast.

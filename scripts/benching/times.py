@@ -157,8 +157,9 @@ def ratios(times, against, ours=OURS):
     if ours not in times or not others:
         return None
     # One that was left out after some rounds does not count in the others.
-    return [mine / min(theirs[number] for theirs in others if number < len(theirs))
-            for number, mine in enumerate(times[ours])]
+    measured = ([theirs[number] for theirs in others if number < len(theirs)]
+                for number in range(len(times[ours])))
+    return [mine / min(theirs) for mine, theirs in zip(times[ours], measured) if theirs]
 
 
 def quartiles(values):

@@ -71,6 +71,10 @@ class Ratios(unittest.TestCase):
         measured = {"volux_core": [2.0, 6.0, 4.0], "CImg": [1.0], "VTK": [4.0, 3.0, 8.0]}
         self.assertEqual(times.ratios(measured, ("CImg", "VTK")), [2.0, 2.0, 0.5])
 
+    def test_a_round_without_a_peer_does_not_count(self):
+        measured = {"volux_core": [2.0, 6.0, 4.0], "CImg": [1.0]}
+        self.assertEqual(times.ratios(measured, ("CImg",)), [2.0])
+
     def test_without_a_peer_there_is_none(self):
         self.assertIsNone(times.ratios(self.MEASURED, ("ITK",)))
 
