@@ -17,6 +17,7 @@ using OwnSample = std::function<double(double, double, double, int)>;
 // What the options' policies mean for one element type.
 struct Reading {
     Kernel kernel = Kernel::LINEAR;
+    bool isLabels = false;  // the neighbours that the kernel weighs vote by their labels
     Outside outside = {false, 0.0};
     bool isOwn = false;     // a policy that the library does not know
     bool edgeEnds = false;  // out of view, a grid's samples are outside.value

@@ -23,7 +23,8 @@ namespace hn = hwy::HWY_NAMESPACE;
 
 #if HWY_TARGET != HWY_SCALAR
 
-template <class T, Kernel K, Order O>
+// Reads a block with all neighbours of kernel K; Made says what becomes of them.
+template <class T, Kernel K, Order O, class Made = Summed<T, K>>
 class WeightedReader {
 public:
     WeightedReader(const Channel& channel, const Outside& outside)
@@ -45,7 +46,7 @@ public:
             } else if (allNear(positions)) {
                 store(readEdge(positions, firsts), block.readings + n);
             } else {
-                readOneByOne<T, K>(channel_, outside_, block, n, std::min(n + kLanes, block.count));
+                Made::readOneByOne(channel_, outside_, block, n, std::min(n + kLanes, block.count));
             }
         }
     }
@@ -96,7 +97,7 @@ private:
             read(j, k, row);
             return [&row](int i) HWY_ATTR { return row[i]; };
         };
-        return weightedSum<WeightedSum<K, Real>>(xs.weights, ys.weights, zs.weights, rows);
+        return Made::of(xs.weights, ys.weights, zs.weights, rows, positions);
     }
 
     const Channel& channel_;
