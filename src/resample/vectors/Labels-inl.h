@@ -38,6 +38,18 @@ inline Mask either(Mask a, Mask b)
 {
     return hn::Or(a, b);
 }
+inline bool anyOf(Mask condition)
+{
+    return !hn::AllFalse(Doubles(), condition);
+}
+inline Real zeroUnless(Mask condition, Real yes)
+{
+    return Real(hn::IfThenElseZero(condition, yes.lanes));
+}
+inline Real greater(Real a, Real b)
+{
+    return Real(hn::Max(a.lanes, b.lanes));
+}
 inline Mask isNaN(Real number)
 {
     return hn::IsNaN(number.lanes);
@@ -64,7 +76,12 @@ struct Voted {
         const auto again = [&labels](int j, int k) HWY_ATTR {
             return [&labels, j, k](int i) HWY_ATTR { return labels[4 * k + 2 * j + i]; };
         };
-        return vote(weightedSum<Voters<Real>>(xs, ys, zs, again), positions);
+        // Far positions, whose weights may be anything, are read one by one.
+        const auto voters = weightedSum<Voters<T, true, Real>>(xs, ys, zs, again);
+        return elected(voters, [&labels, &positions]() HWY_ATTR {
+            return nearestOf(labels, isLowerNearest(positions.x), isLowerNearest(positions.y),
+                             isLowerNearest(positions.z));
+        });
     }
 
     static void readOneByOne(const Channel& channel, const Outside& outside, Block& block,
@@ -82,18 +99,6 @@ private:
             same = hn::And(same, labels[0] == labels[n]);
         }
         return allTrue(same);
-    }
-
-    static HWY_INLINE Real vote(const Voters<Real>& voters, const Reals& positions)
-    {
-        const Real nearest = nearestOf(voters.labels, isLowerNearest(positions.x),
-                                       isLowerNearest(positions.y), isLowerNearest(positions.z));
-        // The weights of one sample are not below 0 and add up to 1 but for their rounding, so no
-        // other label weighs as much as one with clearly more than half.
-        if (allTrue(scoreOf<T>(nearest, voters) > Real(0.5 + 0x1p-40))) {
-            return asFirst<T>(nearest, voters.labels);
-        }
-        return asFirst<T>(elected<T>(voters, nearest), voters.labels);
     }
 };
 

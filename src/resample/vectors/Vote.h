@@ -20,6 +20,14 @@ inline bool either(bool a, bool b)
 {
     return a || b;
 }
+inline bool anyOf(bool condition)
+{
+    return condition;
+}
+inline double greater(double a, double b)
+{
+    return b > a ? b : a;
+}
 inline bool isNaN(double number)
 {
     return std::isnan(number);
@@ -27,6 +35,10 @@ inline bool isNaN(double number)
 inline double select(bool condition, double yes, double no)
 {
     return condition ? yes : no;
+}
+inline double zeroUnless(bool condition, double yes)
+{
+    return condition ? yes : 0.0;
 }
 
 #include "Vote.inc"
@@ -39,12 +51,12 @@ double labelAt(double x, double y, double z, const Neighbour& neighbours)
     const exact::Neighbours<Kernel::LINEAR, double> xs(x);
     const exact::Neighbours<Kernel::LINEAR, double> ys(y);
     const exact::Neighbours<Kernel::LINEAR, double> zs(z);
-    const auto voters = exact::weightedSum<Voters<double>>(
+    const auto voters = exact::weightedSum<Voters<T, false, double>>(
         xs.weights, ys.weights, zs.weights,
         [&](int j, int k) { return [&neighbours, j, k](int i) { return neighbours(i, j, k); }; });
-    const double nearest =
-        nearestOf(voters.labels, isLowerNearest(x), isLowerNearest(y), isLowerNearest(z));
-    return asFirst<T>(elected<T>(voters, nearest), voters.labels);
+    return elected(voters, [&] {
+        return nearestOf(voters.labels, isLowerNearest(x), isLowerNearest(y), isLowerNearest(z));
+    });
 }
 
 }  // namespace volux::resample::detail
