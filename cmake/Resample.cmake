@@ -28,11 +28,13 @@ volux_add_library(resample
     src/resample/rows/AxisTables.cpp
     src/resample/rows/FieldOfView.cpp
     src/resample/rows/Fold.cpp
+    src/resample/rows/NearestLabels.cpp
     src/resample/rows/ObliqueRows.cpp
     src/resample/rows/Processors.cpp
     src/resample/rows/Rows.cpp
     src/resample/rows/Subsamples.cpp
     src/resample/rows/Task.cpp
+    src/resample/rows/Votes.cpp
     src/resample/rows/VoxelMeans.cpp
     src/resample/rows/Work.cpp
     src/resample/vectors/Block.cpp

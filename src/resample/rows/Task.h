@@ -28,7 +28,8 @@ struct Source {
     UntypedImage image;
     ResampleRegion region;  // what the image is a brick of; its output box is not used
     Reading reading;
-    OwnSample own;  // samples by the caller's policies, if reading.isOwn
+    OwnSample own;                   // samples by the caller's policies, if reading.isOwn
+    OwnSample ownNearest = nullptr;  // the same with the nearest voxel, for Labels
 
     Channel channel(unsigned int c) const;
     // Reads channel c at the positions of a block.
@@ -46,6 +47,7 @@ struct Task {
     Slab slab;
     core::Rect output;
     UntypedImage destination;
+    AffineMap centres = {};  // of the voxels of the result, divided or not
 };
 
 }  // namespace volux::resample::detail
