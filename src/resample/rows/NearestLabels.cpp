@@ -1,8 +1,7 @@
 #include "NearestLabels.h"
 
-#include <algorithm>
-
 #include "FieldOfView.h"
+#include "exact/Rules.h"
 
 namespace volux::resample::detail {
 
@@ -17,19 +16,20 @@ NearestLabels::NearestLabels(const Task& task) : centres_(task.centres), source_
 void NearestLabels::read(unsigned int first, unsigned int j, unsigned int k, unsigned int c,
                          std::size_t count, double* labels) const
 {
-    const ResampleRegion& region = source_.region;
-    Block block = {};
+    const auto& rows = centres_.rows;
+    const auto start = [&](int axis) { return exact::rowStart(rows[axis], 1.0 * j, 1.0 * k); };
+    Block block;
     block.count = count;
-    bool isOut[kBlock];
-    for (std::size_t n = 0; n < count; ++n) {
-        Position p = centres_(first + static_cast<unsigned int>(n), j, k);
-        isOut[n] = source_.reading.edgeEnds && !isInView(p);
+    fillPositions({start(0), start(1), start(2)}, {rows[0][0], rows[1][0], rows[2][0]}, first,
+                  block);
+    bool isOut[kBlock] = {};
+    for (std::size_t n = 0; source_.reading.edgeEnds && n < count; ++n) {
+        isOut[n] = !isInView({block.x[n], block.y[n], block.z[n]});
         if (isOut[n]) {
-            p = {1.0 * region.brickX, 1.0 * region.brickY, 1.0 * region.brickZ};
+            block.x[n] = source_.region.brickX;
+            block.y[n] = source_.region.brickY;
+            block.z[n] = source_.region.brickZ;
         }
-        block.x[n] = p.x;
-        block.y[n] = p.y;
-        block.z[n] = p.z;
     }
     source_.read(c, block);
     for (std::size_t n = 0; n < count; ++n) {
