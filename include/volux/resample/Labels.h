@@ -30,9 +30,17 @@ namespace volux::resample {
 /// -infinity.
 ///
 /// The idea, one linear interpolation for each label and the greatest of them, is that of
-/// "generalized interpolation of labels" in ITK (J. Schaerer, F. Roche, B. Belaroussi, "A generic
-/// interpolator for multi-label images", The Insight Journal, 2014). Here no memory and no time
-/// grows with the number of labels.
+/// J. Schaerer, F. Roche and B. Belaroussi, "A generic interpolator for multi-label images", The
+/// Insight Journal, 2014. Here neither memory nor time grows with the number of labels.
+///
+/// Sub-samples of a voxel (Subsamples) have no mean here: they vote. The label of most of them is
+/// the result; where several have most votes, it is that of the nearest voxel to the centre of the
+/// result's voxel, as NearestNeighbor reads it there with the same options, if it is one of them,
+/// and else the lowest. Zeros and NaN count as above, the first sub-sample being the first.
+/// resize() with Align::EDGES to extents that divide the source's, with kAntialiased, so gives the
+/// mode of each block. A Slab of Projection::MEAN is a vote, too, of the sub-samples of all its
+/// planes at once, whose centre is that of the slab: o + Z * ((planes - 1) / 2) is added up in this
+/// order for the origin of the centres, whose step from slab to slab is Z * planes.
 ///
 /// It is called by itself, by its address in the calls of volux_core, and by value or by its
 /// address in Options; the results have the same bits. A call allocates nothing and is thread-safe
