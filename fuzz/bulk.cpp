@@ -55,7 +55,7 @@ Options someOptions(Input& input)
 {
     // An integer type must hold it.
     const auto outside = static_cast<double>(input.raw<T>());
-    Options options(test::kInterpolators[input.below(3)], test::kBorders[input.below(2)], outside);
+    Options options(test::kInterpolators[input.below(4)], test::kBorders[input.below(2)], outside);
     options.overflow = input.flag() ? test::Overflow::WRAP : test::Overflow::SATURATE;
     options.threads = 1 + input.below(2);
     options.edgeExtends = input.flag();

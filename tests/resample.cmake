@@ -18,6 +18,8 @@ set(VOLUX_RESAMPLE_TESTS
     resample/calls/ResliceTest.cpp
     resample/calls/DescribeTest.cpp
     resample/calls/ImageTest.cpp
+    resample/calls/LabelsTest.cpp
+    resample/calls/LabelsVoteTest.cpp
     resample/calls/ResultTypesTest.cpp
     resample/calls/SampleTest.cpp
     resample/calls/SamplerTest.cpp

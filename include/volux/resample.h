@@ -7,6 +7,7 @@
 #include "volux/resample/Gradient.h"
 #include "volux/resample/Grid.h"
 #include "volux/resample/Image.h"
+#include "volux/resample/Labels.h"
 #include "volux/resample/Options.h"
 #include "volux/resample/Planes.h"
 #include "volux/resample/Resample.h"

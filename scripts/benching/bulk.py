@@ -11,6 +11,7 @@ PEERS = tuple(programs.BULK.peers)
 MEMORY = "rows"
 THREADS = ("one thread", "two threads")
 VIEWS = ("flipped", "into float")  # beside the image
+LABELS = ("nearest", "linear", "Labels", "each label", "ITK")
 FRAME = 1e3 / 60  # ms
 # A peer this many times slower than the fastest in the first round is not asked again.
 HOPELESS = 2
@@ -33,7 +34,7 @@ def is_wanted(measured, competitor):
 
 
 def check_goals(rows):
-    goals.check([row for row in rows if not row.startswith(("growth/", "views/"))],
+    goals.check([row for row in rows if not row.startswith(("growth/", "labels/", "views/"))],
                 (*goals.BULK, goals.THREADS))
 
 
@@ -130,6 +131,20 @@ def means(record):
                       for head in ("against", "ratio (quartiles)", "at most", "holds"))], rows)]
 
 
+def labels(record):
+    rows = []
+    for row, found in begins(record, "labels").items():
+        cells = row.split("/")[1:]
+        for name in LABELS:
+            cells.append(times.shown(median(found, name)) if name in found else "")
+        rows.append([*cells, times.spread(times.ratios(found, ["linear"], "Labels"))])
+    if not rows:
+        return []
+    return [*heading(3, "Label maps"),
+            *table(["workload", "map", *(f"{name}, ns" for name in LABELS),
+                    "Labels to linear (quartiles)"], rows)]
+
+
 def growth(record):
     """A line for each size, from the rows growth/WHAT/SIZE."""
     cells = {}
@@ -153,5 +168,6 @@ def tables(record):
     for letter in WORKLOADS:
         lines += workload(letter, record)
     return [*lines, *plane(record), *threads(record), *views(record), *means(record),
+            *labels(record),
             *growth(record),
             *times.agreement(record, "Whole volumes: agreement with volux_core")]

@@ -13,16 +13,25 @@ EXPECTED = collections.Counter(
        "stackAlong", "planesAlong", "planesBetween", "Geometry::toWorld", "Geometry::toVoxels",
        "Geometry::refusal", "AffineMap::isInvertible", "composed", "Warp::operator()",
        "detail::warpedGrid", "detail::fill", "detail::makeSampler", "detail::sampleAt",
-       "detail::sampleGradientAt", "detail::viewOfImage"])
+       "detail::sampleGradientAt", "detail::viewOfImage", "Labels::get", "LABELS"]
+    + 7 * 3 * ["Labels::operator()"]  # each element type with each border
+    + [f"{what} for {of}" for what in ("typeinfo", "typeinfo name", "vtable")
+       for of in ("Labels", "interpolator_t<Labels>")]
+    # Of a base without a virtual function that is in one library alone.
+    + [f"{what} for volux::core::Interpolator" for what in ("typeinfo", "typeinfo name")])
 
 
 def exported(library):
     listed = subprocess.run(["nm", "-DC", "--defined-only", library], check=True,
                             capture_output=True, text=True).stdout
     names = (re.match(r"\S+ . (.*)", line)[1] for line in listed.splitlines())
-    # Without the name space and the arguments.
+    # Without the name space and the arguments, and without what a template is made of.
+    names = (re.sub(r"volux::core::Interpolator::(interpolator_t)<volux::resample::(\w+), .*>",
+                    r"\1<\2>", name) for name in names)
+    names = (re.sub(r"^(?:[\w ]+ )?volux::resample::(\w+::operator\(\))<.*", r"\1", name)
+             for name in names)
     return collections.Counter(
-        re.sub(r"^volux::resample::((?:\w+::)?(?:operator\(\)|\w+))\(.*", r"\1", name)
+        re.sub(r"volux::resample::((?:\w+::)?(?:operator\(\)|\w+))(?:\(.*|$)", r"\1", name)
         for name in names)
 
 

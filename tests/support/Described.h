@@ -20,7 +20,7 @@ inline std::string described(const Options& options)
     const auto border =
         std::find(kBorders.begin(), kBorders.end(), options.border) - kBorders.begin();
     std::ostringstream text;
-    text << (kernel < 3 ? kKernelNames.at(static_cast<std::size_t>(kernel)) : "own kernel") << ", "
+    text << (kernel < 4 ? kKernelNames.at(static_cast<std::size_t>(kernel)) : "own kernel") << ", "
          << (border < 2 ? kBorderNames.at(static_cast<std::size_t>(border)) : "own border")
          << (options.edgeExtends ? " that extends" : "") << std::hexfloat << ", outside value "
          << options.outside << ", "

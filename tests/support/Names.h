@@ -11,7 +11,7 @@ using namespace core;
 using namespace core::InterpolationBorderType;
 using namespace core::InterpolationType;
 
-constexpr std::array<const char*, 3> kKernelNames{"NearestNeighbor", "Linear", "Cubic"};
+constexpr std::array<const char*, 4> kKernelNames{"NearestNeighbor", "Linear", "Cubic", "Labels"};
 constexpr std::array<const char*, 2> kBorderNames{"Constant", "Replication"};
 
 }  // namespace volux::test

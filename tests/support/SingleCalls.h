@@ -21,10 +21,11 @@ using resample::Options;
 using resample::Overflow;
 using resample::Position;
 
-using Interpolators = std::array<Interpolator*, 3>;
+using Interpolators = std::array<Interpolator*, 4>;
 using Borders = std::array<Border*, 2>;
 
-inline const Interpolators kInterpolators{&NEAREST_NEIGHBOR, &LINEAR, &CUBIC};
+// Those of volux_core, and Labels.
+inline const Interpolators kInterpolators{&NEAREST_NEIGHBOR, &LINEAR, &CUBIC, &resample::LABELS};
 inline const Borders kBorders{&CONSTANT, &REPLICATION};
 
 // Each step is stored, so that no compiler fuses a product and a sum.
@@ -67,6 +68,9 @@ double reading(const VxImage<T>& image, const Position& p, int c, const Options&
         return Linear()(image, p.x, p.y, p.z, channel, border, value);
     if (options.interpolator == kInterpolators[2])
         return Cubic()(image, p.x, p.y, p.z, channel, border, value);
+    if (options.interpolator == kInterpolators[3])
+        return static_cast<double>(
+            resample::Labels()(image, p.x, p.y, p.z, channel, border, value));
     return image.getDoubleValueReal(p.x, p.y, p.z, c, options.interpolator, border, value);
 }
 

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstddef>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "SamplingOracle.h"
@@ -77,6 +78,33 @@ inline double meanOf(const std::vector<double>& samples)
     return mean > greatest ? greatest : mean;
 }
 
+// The label of most samples; among several that of the nearest voxel to the centre, else the
+// lowest.
+inline double electedOf(const std::vector<double>& samples, double nearest)
+{
+    const auto areSame = [](double a, double b) {
+        return a == b || (std::isnan(a) && std::isnan(b));
+    };
+    std::vector<std::pair<double, int>> counts;
+    for (const double sample : samples) {
+        std::size_t n = 0;
+        while (n < counts.size() && !areSame(counts[n].first, sample))
+            ++n;
+        if (n == counts.size())
+            counts.push_back({sample, 0});
+        ++counts[n].second;
+    }
+    std::pair<double, int> winner = counts[0];
+    for (const auto& [label, votes] : counts)
+        if (votes > winner.second ||
+            (votes == winner.second && (label < winner.first || std::isnan(winner.first))))
+            winner = {label, votes};
+    for (const auto& [label, votes] : counts)
+        if (votes == winner.second && areSame(label, nearest))
+            return label;
+    return winner.first;
+}
+
 // Voxel (i, j, k) of a plane of the grid, before it is stored.
 template <class T>
 double meanReading(const VxImage<T>& source, const AffineMap& map, unsigned int i, unsigned int j,
@@ -90,7 +118,13 @@ double meanReading(const VxImage<T>& source, const AffineMap& map, unsigned int 
             for (unsigned int x = i * n.x; x < (i + 1) * n.x; ++x)
                 samples.push_back(
                     gridReading(source, positionOf(finer, x, y, z), channel, options));
-    return samples.size() == 1 ? samples[0] : meanOf(samples);
+    if (samples.size() == 1)
+        return samples[0];
+    if (options.interpolator != &resample::LABELS)
+        return meanOf(samples);
+    Options nearest = options;
+    nearest.interpolator = &NEAREST_NEIGHBOR;
+    return electedOf(samples, gridReading(source, positionOf(map, i, j, k), channel, nearest));
 }
 
 template <class T>

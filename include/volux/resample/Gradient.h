@@ -71,8 +71,8 @@ VOLUX_RESAMPLE_API core::ErrorType sampleGradientAt(const View<const void>& sour
 /// position, or one for each of its channels.
 ///
 /// Threads, memory and progress are those of sample(); it takes up to twice its time.
-/// @return as sample() into doubles; ERR_INVALID_ARGUMENT also for a policy of the caller's own,
-///         whose derivative nobody knows: found before a channel is.
+/// @return as sample() into doubles; ERR_INVALID_ARGUMENT also for Labels, which has none, and for
+///         a policy of the caller's own, whose derivative nobody knows: found before a channel is.
 template <class T = detail::Deduced, class Source>
 [[nodiscard]] core::ErrorType sampleGradient(const Source& source, const Positions& positions,
                                              std::size_t count, Units units, int channel,

@@ -12,6 +12,7 @@
 #include "volux/core/ErrorType.h"
 #include "volux/core/InterpolationBorderType.h"
 #include "volux/core/InterpolationType.h"
+#include "volux/resample/Labels.h"
 #include "volux/resample/Subsamples.h"
 
 namespace volux::resample {
@@ -54,10 +55,11 @@ template <class I>
 core::Interpolator* interpolatorOf(I interpolator)
 {
     constexpr bool isKernel = std::is_same_v<I, core::NearestNeighbor> ||
-                              std::is_same_v<I, core::Linear> || std::is_same_v<I, core::Cubic>;
+                              std::is_same_v<I, core::Linear> || std::is_same_v<I, core::Cubic> ||
+                              std::is_same_v<I, Labels>;
     static_assert(isKernel || std::is_convertible_v<I, core::Interpolator*>,
-                  "volux::resample takes NearestNeighbor, Linear and Cubic by value, and any "
-                  "interpolator by its address.");
+                  "volux::resample takes NearestNeighbor, Linear, Cubic and Labels by value, and "
+                  "any interpolator by its address.");
     namespace Types = core::InterpolationType;
     if constexpr (std::is_same_v<I, core::NearestNeighbor>) {
         return &Types::NEAREST_NEIGHBOR;
@@ -65,6 +67,8 @@ core::Interpolator* interpolatorOf(I interpolator)
         return &Types::LINEAR;
     } else if constexpr (std::is_same_v<I, core::Cubic>) {
         return &Types::CUBIC;
+    } else if constexpr (std::is_same_v<I, Labels>) {
+        return &LABELS;
     } else {
         return interpolator;
     }

@@ -78,7 +78,8 @@ VOLUX_RESAMPLE_API const char* describe(core::ErrorType code);
 
 /// How the samples of a thick slab become one voxel. They are taken in the order of the planes.
 enum class Projection {
-    MEAN,     ///< their sum, added one by one from the first on, divided by their number
+    /// Their sum, added one by one from the first on, divided by their number; the vote of Labels.
+    MEAN,
     MAXIMUM,  ///< the first, replaced by each later one that is greater
     MINIMUM,  ///< the first, replaced by each later one that is less
 };

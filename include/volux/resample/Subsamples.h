@@ -37,7 +37,8 @@ namespace volux::resample {
 /// fastest, then y, then z, and the sum is divided by their number, in doubles. A mean that
 /// rounding left below the least of them becomes the least, one above the greatest the greatest; so
 /// equal sub-samples keep their value. The mean is stored as any reading is. With a slab, each
-/// voxel of each plane is such a mean, and then the planes are projected.
+/// voxel of each plane is such a mean, and then the planes are projected. Labels has no mean: its
+/// sub-samples vote.
 ///
 /// resize() with Align::EDGES to an extent that divides the source's reads every voxel exactly once
 /// if n is their ratio, and gives the mean of each block.

@@ -74,17 +74,24 @@ ErrorType represent(const View<const T>& source, VxImage<T>& image)
 
 }  // namespace
 
-ErrorType sampleByImage(const View<const void>& source, const Options& options, OwnSample& sample)
+ErrorType sampleByImage(const View<const void>& source, const Options& options, OwnSample& sample,
+                        OwnSample* nearest)
 {
     return exact::withElementType(source.type, [&](auto element) {
         using T = typename decltype(element)::Type;
         const auto image = std::make_shared<VxImage<T>>();
         const ErrorType result =
             represent(View<const T>(static_cast<const T*>(source.data), source), *image);
-        sample = [image, &options](double x, double y, double z, int c) {
-            return image->getDoubleValueReal(x, y, z, c, options.interpolator, options.border,
-                                             static_cast<T>(options.outside));
+        const auto with = [&](core::Interpolator* kernel) {
+            return [image, kernel, &options](double x, double y, double z, int c) {
+                return image->getDoubleValueReal(x, y, z, c, kernel, options.border,
+                                                 static_cast<T>(options.outside));
+            };
         };
+        sample = with(options.interpolator);
+        if (nearest != nullptr) {
+            *nearest = with(&core::InterpolationType::NEAREST_NEIGHBOR);
+        }
         return result;
     });
 }

@@ -6,6 +6,7 @@
 
 #include "exact/ElementTypes.h"
 #include "exact/KnownPolicy.h"
+#include "volux/resample/Labels.h"
 
 namespace volux::resample::detail {
 
@@ -37,7 +38,9 @@ ErrorType readingOf(core::DataType type, const Options& options, Reading& readin
         const bool isCubic = isExactly<core::Cubic>(options.interpolator);
         reading.kernel = isNearest ? Kernel::NEAREST : isCubic ? Kernel::CUBIC : Kernel::LINEAR;
         reading.outside = {isConstant, static_cast<double>(static_cast<T>(options.outside))};
-        reading.isOwn = !(isNearest || isCubic || isExactly<core::Linear>(options.interpolator)) ||
+        reading.isLabels = isExactly<Labels>(options.interpolator);
+        reading.isOwn = !(isNearest || isCubic || reading.isLabels ||
+                          isExactly<core::Linear>(options.interpolator)) ||
                         !(isConstant || isExactly<core::Replication>(options.border));
         reading.edgeEnds = !reading.isOwn && !isConstant && !options.edgeExtends;
         return core::SUCCESS;

@@ -112,6 +112,24 @@ AffineMap toSource(const Grid& grid, const Warp* warp)
     return warp == nullptr ? grid.map : composed(warp->toVoxels, grid.map);
 }
 
+// The finer grid of the sub-samples. Those of a slab of labels vote all at once, as no mean may be
+// taken of them.
+void divide(const Request& request, Task& task)
+{
+    task.map = finerMap(request.grid.map, task.subsamples);
+    task.centres = request.grid.map;
+    unsigned int& planes = task.slab.planes;
+    const bool isVote = task.source.reading.isLabels && task.slab.projection == Projection::MEAN;
+    if (isVote && planes > 1) {
+        for (auto& row : task.centres.rows) {
+            row[3] += row[2] * ((planes - 1.0) * 0.5);
+            row[2] *= planes;
+        }
+        task.subsamples.z *= planes;
+        planes = 1;
+    }
+}
+
 ErrorType check(const Request& request, const Target& target, const Options& options, Task& task)
 {
     const View<const void>& source = request.source;
@@ -132,7 +150,7 @@ ErrorType check(const Request& request, const Target& target, const Options& opt
                               options.subsamples, task.subsamples);
     });
     next([&] {
-        task.map = finerMap(request.grid.map, task.subsamples);
+        divide(request, task);
         return SUCCESS;
     });
     next([&] { return checkExtents(request.region); });
@@ -160,7 +178,8 @@ ErrorType perform(const Request& request, const Target& target, const Options& o
     task.destination = untyped(destination);
     try {
         if (task.source.reading.isOwn) {
-            result = sampleByImage(request.source, options, task.source.own);
+            Source& source = task.source;
+            result = sampleByImage(request.source, options, source.own, &source.ownNearest);
         }
         return result != SUCCESS ? result : fillRows(task, options) ? SUCCESS : kCancelled;
     } catch (const std::bad_alloc&) {  // from a call's tables, its threads or the caller's code

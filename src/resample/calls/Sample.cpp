@@ -219,7 +219,8 @@ ErrorType sampleIn(const View<const void>& source, const Frame& frame, const Pos
     if (result != SUCCESS) {
         return result;
     }
-    if (reading.isOwn && std::is_same_v<AnyBlock, GradientBlock>) {
+    const bool hasNoSlopes = reading.isOwn || reading.isLabels;
+    if (hasNoSlopes && std::is_same_v<AnyBlock, GradientBlock>) {
         return core::ERR_INVALID_ARGUMENT;
     }
     const bool isAll = channel == kAllChannels;

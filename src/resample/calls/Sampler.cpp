@@ -58,6 +58,7 @@ ErrorType check(const View<const void>& source, int channel, const Options& opti
     ErrorType result = checkSource(source, options, core::DT_DOUBLE);
     const auto next = [&](auto test) { result = result == SUCCESS ? test() : result; };
     next([&] { return readingOf(source.type, options, reading); });
+    reading.isOwn = reading.isOwn || reading.isLabels;  // which volux_core calls as it does any
     next([&] { return reading.isOwn ? checkSize(source.type, sizeOf(source)) : SUCCESS; });
     next([&] {
         return static_cast<unsigned int>(channel) < source.channels ? SUCCESS

@@ -9,6 +9,7 @@
 #include "exact/ElementTypes.h"
 #include "exact/Rules.h"
 #include "resample/vectors/Elements.h"
+#include "resample/vectors/Labels.h"
 #include "resample/vectors/Lines.h"
 
 namespace volux::resample::detail {
@@ -208,7 +209,7 @@ void AlignedRows::readLinesInView(unsigned int z, Range rows, unsigned int c) co
         StoreLines store(
             to, overflow_, lines.columns,
             to.at(static_cast<std::int64_t>(x), static_cast<std::int64_t>(rows.first), z, c));
-        readLines(lines, store);
+        task_.source.reading.isLabels ? readLabelLines(lines, store) : readLines(lines, store);
     }
 }
 

@@ -2,10 +2,11 @@
 
 #include <algorithm>
 #include <memory>
+#include <vector>
 
 #include "Subsamples.h"
 #include "resample/vectors/Elements.h"
-#include "resample/vectors/Lines.h"
+#include "resample/vectors/Labels.h"
 
 namespace volux::resample::detail {
 
@@ -86,6 +87,7 @@ bool AntialiasedRows::serve(const Task& task)
 AntialiasedRows::AntialiasedRows(const Task& task, Overflow overflow)
     : task_(task),
       overflow_(overflow),
+      nearest_(task),
       axes_(task.map, finerBox(task.output, task.subsamples)),
       outside_(kTile, task.source.reading.outside.value),
       voxels_(task, overflow),
@@ -126,10 +128,18 @@ void AntialiasedRows::fill(const Tile& tile, Fold& fold) const
 {
     const std::size_t slices = task_.subsamples.z;
     const std::size_t width = tile.columns.end - tile.columns.first;
-    fold.begin(width * (tile.rows.end - tile.rows.first));
-    for (std::size_t n = 0; n < slices; ++n) {
-        foldSlice(tile, tile.slice * slices + n, fold);
+    const std::size_t voxels = width * (tile.rows.end - tile.rows.first);
+    std::vector<double> nearest;
+    if (task_.source.reading.isLabels) {
+        nearest.resize(voxels);
+        readNearest(tile, nearest.data());
     }
+    fold.begin(voxels, nearest.data());
+    do {
+        for (std::size_t n = 0; n < slices; ++n) {
+            foldSlice(tile, tile.slice * slices + n, fold);
+        }
+    } while (fold.goesOn());
     const UntypedImage& to = task_.destination;
     const double* readings = fold.finish();
     for (std::size_t y = tile.rows.first; y < tile.rows.end; ++y, readings += width) {
@@ -137,6 +147,18 @@ void AntialiasedRows::fill(const Tile& tile, Fold& fold) const
             {to.type, overflow_}, readings, width, to.strideX,
             to.at(static_cast<std::int64_t>(tile.columns.first), static_cast<std::int64_t>(y),
                   static_cast<std::int64_t>(tile.slice), tile.channel));
+    }
+}
+
+void AntialiasedRows::readNearest(const Tile& tile, double* labels) const
+{
+    const core::Rect& box = task_.output;
+    const std::size_t width = tile.columns.end - tile.columns.first;
+    for (std::size_t y = tile.rows.first; y < tile.rows.end; ++y, labels += width) {
+        nearest_.read(box.xStart + static_cast<unsigned int>(tile.columns.first),
+                      box.yStart + static_cast<unsigned int>(y),
+                      box.zStart + static_cast<unsigned int>(tile.slice), tile.channel, width,
+                      labels);
     }
 }
 
@@ -156,12 +178,16 @@ void AntialiasedRows::foldSlice(const Tile& tile, std::size_t z, Fold& fold) con
     foldOutside(slice, {rows.first, slice.rowsInView.first}, fold);
     if (!slice.rowsInView.isEmpty()) {
         FoldLines sink(slice, fold);
-        readLines({task_.source.channel(tile.channel), task_.source.reading.kernel,
-                   task_.source.reading.outside, axes_.x.data() + slice.columnsInView.first,
-                   axes_.y.data() + slice.rowsInView.first, axes_.z[z],
-                   slice.columnsInView.end - slice.columnsInView.first,
-                   slice.rowsInView.end - slice.rowsInView.first},
-                  sink);
+        const Reading& reading = task_.source.reading;
+        const Lines lines = {task_.source.channel(tile.channel),
+                             reading.kernel,
+                             reading.outside,
+                             axes_.x.data() + slice.columnsInView.first,
+                             axes_.y.data() + slice.rowsInView.first,
+                             axes_.z[z],
+                             slice.columnsInView.end - slice.columnsInView.first,
+                             slice.rowsInView.end - slice.rowsInView.first};
+        reading.isLabels ? readLabelLines(lines, sink) : readLines(lines, sink);
     }
     foldOutside(slice, {slice.rowsInView.end, rows.end}, fold);
 }

@@ -6,6 +6,7 @@
 
 #include "AxisTables.h"
 #include "Fold.h"
+#include "NearestLabels.h"
 #include "Task.h"
 #include "VoxelMeans.h"
 #include "volux/resample/Options.h"
@@ -33,11 +34,13 @@ private:
 
     void fillTiles(std::size_t slice, Range rows, unsigned int c, Fold& fold) const;
     void fill(const Tile& tile, Fold& fold) const;
+    void readNearest(const Tile& tile, double* labels) const;
     // Of the finer grid.
     void foldSlice(const Tile& tile, std::size_t z, Fold& fold) const;
 
     const Task& task_;
     Overflow overflow_;
+    NearestLabels nearest_;
     AxisTables axes_;              // of the finer grid
     std::vector<double> outside_;  // what a line reads out of view
     VoxelMeans voxels_;

@@ -55,7 +55,7 @@ void displace(const Displacement& displacement, Block& block)
 void readWhereInView(const Source& source, unsigned int c, Block& block)
 {
     const Extents extents = extentsOf(source.region);
-    if (areInView(block, extents)) {
+    if (!source.reading.edgeEnds || areInView(block, extents)) {
         source.read(c, block);
         return;
     }

@@ -9,8 +9,8 @@ namespace volux::resample::detail {
 // Leads the positions of a block, in the space of the vectors, into the source.
 void displace(const Displacement& displacement, Block& block);
 
-// Reads a channel at positions in any order. Nothing is read for those out of view, which get the
-// value outside.
+// Reads a channel at positions in any order. Where the edge ends, nothing is read for those out of
+// view, which get the value outside.
 void readWhereInView(const Source& source, unsigned int c, Block& block);
 
 }  // namespace volux::resample::detail

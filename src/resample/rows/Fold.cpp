@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Subsamples.h"
+#include "Votes.h"
 
 namespace volux::resample::detail {
 
@@ -20,7 +21,7 @@ public:
     {
     }
 
-    void begin(std::size_t voxels) override
+    void begin(std::size_t voxels, const double*) override
     {
         means_.resize(voxels);
         std::fill_n(voxels_.begin(), voxels, Voxel());
@@ -79,6 +80,9 @@ std::unique_ptr<Fold> foldOf(const Task& task, std::size_t voxels)
 {
     if (countOf(task.subsamples) == 1) {
         return nullptr;
+    }
+    if (task.source.reading.isLabels) {
+        return std::make_unique<Votes>(task.subsamples, voxels);
     }
     return std::make_unique<Mean>(task.subsamples, voxels);
 }

@@ -15,11 +15,14 @@ class Fold {
 public:
     virtual ~Fold() = default;
 
-    // Forgets everything; at most as many voxels as there is room for.
-    virtual void begin(std::size_t voxels) = 0;
+    // Forgets everything; at most as many voxels as there is room for. `nearest` has the nearest
+    // voxel to the centre of each, if the kernel is Labels.
+    virtual void begin(std::size_t voxels, const double* nearest) = 0;
     // Takes successive sub-samples of a row of the finer grid. Where they begin is counted in
     // sub-samples along x: `first` / n is the voxel of the first of them.
     virtual void take(std::size_t first, const double* readings, std::size_t count) = 0;
+    // Whether it must be given all sub-samples once more.
+    virtual bool goesOn() { return false; }
     // The reading of each voxel.
     virtual const double* finish() = 0;
 };

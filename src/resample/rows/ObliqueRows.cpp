@@ -51,7 +51,8 @@ Position rowOf(const AffineMap& map, double j, double k)
 
 }  // namespace
 
-ObliqueRows::ObliqueRows(const Task& task, Overflow overflow) : task_(task), overflow_(overflow)
+ObliqueRows::ObliqueRows(const Task& task, Overflow overflow)
+    : task_(task), overflow_(overflow), nearest_(task)
 {
     const std::uint64_t planes = std::uint64_t{task.slab.planes} * task.subsamples.z;
     boxRows_ = std::min(std::max(kBoxSide / task.subsamples.y, 1U), task.destination.height);
@@ -148,12 +149,18 @@ void ObliqueRows::takePlane(unsigned int x, unsigned int y, std::size_t plane, u
     }
     const Subsamples& n = task_.subsamples;
     const std::size_t voxels = part.count;
-    part.fold->begin(voxels);
-    for (unsigned int slice = 0; slice < n.z; ++slice) {
-        for (unsigned int row = 0; row < n.y; ++row) {
-            foldRow((box.xStart + x) * n.x, voxels * n.x, j * n.y + row, k * n.z + slice, c, part);
-        }
+    double nearest[kColumns];
+    if (task_.source.reading.isLabels) {
+        nearest_.read(box.xStart + x, j, k, c, voxels, nearest);
     }
+    part.fold->begin(voxels, nearest);
+    do {
+        for (std::size_t row = 0; row < std::size_t{n.y} * n.z; ++row) {
+            foldRow((box.xStart + x) * n.x, voxels * n.x,
+                    j * n.y + static_cast<unsigned int>(row % n.y),
+                    k * n.z + static_cast<unsigned int>(row / n.y), c, part);
+        }
+    } while (part.fold->goesOn());
     part.count = voxels;
     std::copy_n(part.fold->finish(), voxels, part.readings);
 }
@@ -196,11 +203,7 @@ void ObliqueRows::takeDisplaced(Position row, Position step, unsigned int first,
         fillPositions(row, step, first, part);
         displace(*task_.displacement, part);
     }
-    if (task_.source.reading.edgeEnds) {
-        readWhereInView(task_.source, c, part);
-    } else {
-        task_.source.read(c, part);
-    }
+    readWhereInView(task_.source, c, part);
 }
 
 // Reads a block whose positions begin with index `first`; nothing is read for those out of view,

@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "Fold.h"
+#include "NearestLabels.h"
 #include "Task.h"
 #include "volux/resample/Options.h"
 
@@ -43,6 +44,7 @@ private:
 
     const Task& task_;
     Overflow overflow_;
+    NearestLabels nearest_;
     unsigned int boxRows_;
     unsigned int boxSlices_;
     unsigned int bands_;  // boxes beside one another in a slice

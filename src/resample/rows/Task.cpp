@@ -1,5 +1,7 @@
 #include "Task.h"
 
+#include "resample/vectors/Labels.h"
+
 namespace volux::resample::detail {
 
 namespace {
@@ -37,8 +39,8 @@ Channel Source::channel(unsigned int c) const
 void Source::read(unsigned int c, Block& block) const
 {
     if (!reading.isOwn) {
-        readBlock(channel(c), reading.kernel, reading.outside, block);
-        return;
+        return reading.isLabels ? readLabelBlock(channel(c), reading.outside, block)
+                                : readBlock(channel(c), reading.kernel, reading.outside, block);
     }
     for (std::size_t n = 0; n < block.count; ++n) {
         block.readings[n] = own(block.x[n], block.y[n], block.z[n], static_cast<int>(c));

@@ -18,6 +18,7 @@ using OwnSample = std::function<double(double, double, double, int)>;
 // What the options' policies mean for one element type.
 struct Reading {
     Kernel kernel = Kernel::LINEAR;
+    bool isLabels = false;  // the neighbours that the kernel weighs vote by their labels
     Outside outside = {false, 0.0};
     bool isOwn = false;     // a policy that the library does not know
     bool edgeEnds = false;  // out of view, a grid's samples are outside.value
@@ -28,7 +29,8 @@ struct Source {
     UntypedImage image;
     ResampleRegion region;  // what the image is a brick of; its output box is not used
     Reading reading;
-    OwnSample own;  // samples by the caller's policies, if reading.isOwn
+    OwnSample own;                   // samples by the caller's policies, if reading.isOwn
+    OwnSample ownNearest = nullptr;  // the same with the nearest voxel, for Labels
 
     Channel channel(unsigned int c) const;
     // Reads channel c at the positions of a block.
@@ -54,6 +56,7 @@ struct Task {
     core::Rect output;
     UntypedImage destination;
     std::optional<Displacement> displacement;
+    AffineMap centres = {};  // of the voxels of the result, divided or not
 };
 
 }  // namespace volux::resample::detail

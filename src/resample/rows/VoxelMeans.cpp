@@ -64,7 +64,7 @@ bool VoxelMeans::serve(const Task& task)
     const Reading& reading = task.source.reading;
     return countOf(n) > 1 && n.x <= kMostAlong && std::uint64_t{n.y} * n.z <= kMostRows &&
            countOf(n) <= kMostVoxels && task.slab.planes == 1 && !reading.isOwn &&
-           std::isfinite(reading.outside.value) &&
+           !reading.isLabels && std::isfinite(reading.outside.value) &&
            areVoxels(task.map, finerBox(task.output, n), task.source.region);
 }
 

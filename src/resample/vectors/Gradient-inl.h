@@ -25,7 +25,7 @@ namespace hn = hwy::HWY_NAMESPACE;
 #include "Slopes.inc"
 
 // The reading, and what its rows tell of the derivatives while they are there.
-template <Kernel K>
+template <class T, Kernel K>
 struct ReadingWithSlopes {
     using Room = GradientBlock;
     struct Result {
@@ -56,7 +56,6 @@ struct ReadingWithSlopes {
         store(result.slopes.z, block.slopesZ + n);
     }
 
-    template <class T>
     static void readOneByOne(const Channel& channel, const Outside& outside, GradientBlock& block,
                              std::size_t first, std::size_t end)
     {
@@ -72,7 +71,7 @@ void readGradientsWith(const Channel& channel, const Outside& outside, GradientB
 #if HWY_TARGET != HWY_SCALAR
     if (haveWords(channel, sizeof(T))) {
         return withOrder<T>(channel, [&](auto order) {
-            using Reader = WeightedReader<T, K, decltype(order)::value, ReadingWithSlopes<K>>;
+            using Reader = WeightedReader<T, K, decltype(order)::value, ReadingWithSlopes<T, K>>;
             Reader(channel, outside)(block);
         });
     }

@@ -18,13 +18,6 @@ namespace HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-// A number along each axis.
-struct Reals {
-    Real x;
-    Real y;
-    Real z;
-};
-
 inline Reals positionsAt(const Block& block, std::size_t n)
 {
     return {load(block.x + n), load(block.y + n), load(block.z + n)};

@@ -75,7 +75,7 @@ private:
 // one wait for the other. Aligned alike, they agree where both are of the same column.
 constexpr std::size_t kAlike = kTile * sizeof(double);
 
-template <class T, Kernel K, Order O>
+template <class T, Kernel K, Order O, class Made = Summed<T, K>>
 class alignas(kAlike) LineReader {
 public:
     explicit LineReader(const Lines& lines)
@@ -103,7 +103,7 @@ public:
             }
             // Without vectors of its own, a compiler makes them of a loop as plain as this.
             for (std::size_t n = 0; n < columns; n += kLanes) {
-                store(sum(ys.weights, rows, n), readings + n);
+                store(sum(lines_.y[line], ys.weights, rows, n), readings + n);
             }
             sink.take(line, readings);
         }
@@ -179,7 +179,7 @@ private:
         }
     }
 
-    Real sum(const double (&yWeights)[kReach], const Expanded* const (&rows)[kReach],
+    Real sum(double y, const double (&yWeights)[kReach], const Expanded* const (&rows)[kReach],
              std::size_t n) const
     {
         Real xWeights[kReach];
@@ -191,12 +191,13 @@ private:
         for (int j = 0; j < kReach; ++j) {
             firsts[j] = rows[j][0][0] + n;
         }
-        return weightedSum<WeightedSum<K, Real>>(
-            xWeights, yWeights, zs_.weights, [&](int j, int k) {
-                return [first = firsts[j] + k * kReach * kPitch](int i) {
-                    return load(first + i * kPitch);
-                };
-            });
+        const auto row = [&](int j, int k) {
+            return [first = firsts[j] + k * kReach * kPitch](int i) {
+                return load(first + i * kPitch);
+            };
+        };
+        return Made::of(xWeights, yWeights, zs_.weights, row,
+                        {load(lines_.x + n), Real(y), Real(lines_.z)});
     }
 
     HWY_ALIGN Expanded rows_[kReach][kReach];

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "Block.h"
+#include "Vote.h"
 #include "exact/Rules.h"
 
 namespace volux::resample::detail {
@@ -82,6 +83,21 @@ double readWeighted(const Channel& channel, const Outside& outside, double x, do
     });
 }
 
+template <class T>
+double readLabel(const Channel& channel, const Outside& outside, double x, double y, double z)
+{
+    constexpr Kernel K = Kernel::LINEAR;
+    const AxisReads<K> columns(channel.x, outside, exact::firstNeighbour<K>(x));
+    const AxisReads<K> rows(channel.y, outside, exact::firstNeighbour<K>(y));
+    const AxisReads<K> slices(channel.z, outside, exact::firstNeighbour<K>(z));
+    return labelAt<T>(x, y, z, [&](int i, int j, int k) {
+        const bool isInside = columns.isInside[i] && rows.isInside[j] && slices.isInside[k];
+        return isInside
+                   ? elementAt<T>(channel.data + slices.bytes[k] + rows.bytes[j] + columns.bytes[i])
+                   : outside.value;
+    });
+}
+
 // What the kernel gives for one sample, as a double.
 template <class T, Kernel K>
 double readOne(const Channel& channel, const Outside& outside, double x, double y, double z)
@@ -99,6 +115,15 @@ void readOneByOne(const Channel& channel, const Outside& outside, Block& block, 
 {
     for (std::size_t n = first; n < end; ++n) {
         block.readings[n] = readOne<T, K>(channel, outside, block.x[n], block.y[n], block.z[n]);
+    }
+}
+
+template <class T>
+void readLabelsOneByOne(const Channel& channel, const Outside& outside, Block& block,
+                        std::size_t first, std::size_t end)
+{
+    for (std::size_t n = first; n < end; ++n) {
+        block.readings[n] = readLabel<T>(channel, outside, block.x[n], block.y[n], block.z[n]);
     }
 }
 

@@ -12,6 +12,7 @@
 #include <algorithm>
 
 #include "LaneRows-inl.h"
+#include "OneSample.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace volux::resample::detail {
@@ -25,6 +26,13 @@ inline Real clamped(Real index, double first, double last)
     const Real fromFirst = select(index >= Real(first), index, Real(first));
     return select(fromFirst <= Real(last), fromFirst, Real(last));
 }
+
+// A number along each axis.
+struct Reals {
+    Real x;
+    Real y;
+    Real z;
+};
 
 // An axis in the numbers that vectors are compared with, for which a vector need not wait.
 struct RealAxis {
@@ -61,6 +69,22 @@ inline Mask allInside(const RealAxis& axis, Real first)
 {
     return axis.holds(first, offset(first, reach(K) - 1));
 }
+
+// What Linear and Cubic make of their neighbours, whose rows `rows` gives as in weightedSum().
+template <class T, Kernel K>
+struct Summed {
+    template <class Ys, class Rows>
+    static HWY_INLINE Real of(const Real (&xs)[reach(K)], const Ys (&ys)[reach(K)],
+                              const Ys (&zs)[reach(K)], const Rows& rows, const Reals&)
+    {
+        return weightedSum<WeightedSum<K, Real>>(xs, ys, zs, rows);
+    }
+    static void readOneByOne(const Channel& channel, const Outside& outside, Block& block,
+                             std::size_t first, std::size_t end)
+    {
+        detail::readOneByOne<T, K>(channel, outside, block, first, end);
+    }
+};
 
 // Eight bytes from each offset on, as they are in memory.
 inline Word wordsAt(const unsigned char* data, Offset offsets)

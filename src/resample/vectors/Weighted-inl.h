@@ -23,8 +23,9 @@ namespace hn = hwy::HWY_NAMESPACE;
 
 #if HWY_TARGET != HWY_SCALAR
 
-// What is made of the neighbours of a vector of samples, and where it is kept: the readings alone.
-template <Kernel K>
+// What is made of the neighbours of a vector of samples, and where it is kept: the readings alone,
+// by what Made makes of weights and rows.
+template <Kernel K, class Made>
 struct ReadingAlone {
     using Room = Block;
     using Result = Real;
@@ -41,7 +42,7 @@ struct ReadingAlone {
             read(j, k, row);
             return [&row](int i) HWY_ATTR { return row[i]; };
         };
-        return weightedSum<WeightedSum<K, Real>>(xs.weights, ys.weights, zs.weights, rows);
+        return Made::of(xs.weights, ys.weights, zs.weights, rows, positions);
     }
 
     static HWY_INLINE void keep(Real reading, Block& block, std::size_t n)
@@ -49,15 +50,15 @@ struct ReadingAlone {
         store(reading, block.readings + n);
     }
 
-    template <class T>
     static void readOneByOne(const Channel& channel, const Outside& outside, Block& block,
                              std::size_t first, std::size_t end)
     {
-        detail::readOneByOne<T, K>(channel, outside, block, first, end);
+        Made::readOneByOne(channel, outside, block, first, end);
     }
 };
 
-template <class T, Kernel K, Order O, class Formula = ReadingAlone<K>>
+// Reads a block with all neighbours of kernel K; Formula says what becomes of them.
+template <class T, Kernel K, Order O, class Formula = ReadingAlone<K, Summed<T, K>>>
 class WeightedReader {
 public:
     WeightedReader(const Channel& channel, const Outside& outside)
@@ -79,8 +80,8 @@ public:
             } else if (allNear(positions)) {
                 Formula::keep(readEdge(positions, firsts), block, n);
             } else {
-                Formula::template readOneByOne<T>(channel_, outside_, block, n,
-                                                  std::min(n + kLanes, block.count));
+                Formula::readOneByOne(channel_, outside_, block, n,
+                                      std::min(n + kLanes, block.count));
             }
         }
     }

@@ -131,7 +131,7 @@ private:
         withEachPolicy_("reslice", true, [&](Options options, Stream& stream) {
             options.overflow = resample::Overflow::SATURATE;  // volux_core has no mean to wrap
             Destination<T> to = destination(planes.width, planes.height, planes.count, false);
-            calls_.reslice(wrapped_.image, planes, to.image, options, slab);
+            calls_.reslice(wrapped_.image, planes, to.image, options, slabFor(options, slab));
             to.appendTo(stream);
         });
     }

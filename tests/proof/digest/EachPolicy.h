@@ -6,12 +6,21 @@
 #include "Corpus.h"
 #include "Stream.h"
 #include "support/SingleCalls.h"
+#include "volux/resample/Resample.h"
 
 namespace volux::digest {
 
 using resample::Options;
 using test::kBorders;
 using test::kInterpolators;
+
+// Planes of labels vote, of which single calls know nothing: they have no mean.
+inline resample::Slab slabFor(const Options& options, resample::Slab slab)
+{
+    if (options.interpolator == &resample::LABELS && slab.projection == resample::Projection::MEAN)
+        slab.projection = resample::Projection::MAXIMUM;
+    return slab;
+}
 
 class EachPolicy {
 public:
@@ -25,12 +34,12 @@ public:
     void operator()(const std::string& operation, bool isGrid, const Ask& ask) const
     {
         const bool isWrapping = random_.below(3) == 0;
-        for (std::size_t kernel = 0; kernel < 3; ++kernel)
+        for (std::size_t kernel = 0; kernel < kInterpolators.size(); ++kernel)
             for (std::size_t border = 0; border < 2; ++border)
                 ask(optionsOf(kernel, border, isWrapping, isGrid),
                     streams_[operation + ", " + test::kKernelNames[kernel] + ", " +
                              test::kBorderNames[border]]);
-        for (std::size_t kernel = 0; isGrid && kernel < 3; ++kernel)
+        for (std::size_t kernel = 0; isGrid && kernel < kInterpolators.size(); ++kernel)
             ask(optionsOf(kernel, 1, isWrapping, false),
                 streams_[operation + ", " + test::kKernelNames[kernel] + ", " +
                          test::kBorderNames[1] + " in view"]);

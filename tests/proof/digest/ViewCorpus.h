@@ -119,7 +119,8 @@ private:
         const Slab slab = someSlab(random_);
         const Arrangement to = someArrangement(random_);
         withEachPolicy_(operation, true, [&](const Options& options, Stream& stream) {
-            append(stream, calls_.template reslice<R>(source_, planes, to, options, slab));
+            append(stream, calls_.template reslice<R>(source_, planes, to, options,
+                                                      slabFor(options, slab)));
         });
     }
 

@@ -154,7 +154,8 @@ TYPED_TEST(Antialias, ByWholeFactorsGivesTheMeanOfEachBlock)
     constexpr std::array<Subsamples, 6> factors{
         {{2, 2, 2}, {4, 4, 4}, {3, 1, 2}, {1, 5, 1}, {7, 2, 3}, {70, 1, 1}}};
     for (const Subsamples& n : factors)
-        for (Interpolator* const interpolator : kInterpolators) {
+        for (Interpolator* const interpolator :
+             {kInterpolators[0], kInterpolators[1], kInterpolators[2]}) {  // labels have a mode
             const unsigned int width = this->random.between(1, 9);
             Volume<T> volume = blankVolume<T>({width * n.x, 4 * n.y, 2 * n.z}, 2);
             for (T& element : volume.block)
@@ -334,7 +335,9 @@ TYPED_TEST(Antialias, OfASlabTakesTheMeansBeforeItProjects)
         planes.width = 140;
         planes.height = 3;
         planes.count = 5;
-        const Options options = someOptions(this->random);
+        Options options = someOptions(this->random);
+        if (options.interpolator == &resample::LABELS)
+            options.interpolator = &LINEAR;  // planes of labels vote instead
         VxImage<TypeParam> result;
         ASSERT_EQ(resample::reslice(scene.image, planes, &result, options, Slab{3, projection}),
                   SUCCESS);
