@@ -54,7 +54,7 @@ void add(const std::string& name, const Run& run)
 }
 
 template <class Workload, class Map>
-void addKernels(const resample::Subsamples& subsamples)
+void addMap(const resample::Subsamples& subsamples)
 {
     const std::pair<const char*, resample::Options> kernels[] = {
         {"nearest", core::NearestNeighbor()},
@@ -84,12 +84,12 @@ void addEachLabel()
 int main(int argc, char** argv)
 {
     namespace bench = volux::bench;
-    bench::addKernels<bench::ObliqueVolume, bench::Regions>({});
-    bench::addKernels<bench::ObliqueVolume, bench::Noise>({});
-    bench::addKernels<bench::UpsampledVolume, bench::Regions>({});
-    bench::addKernels<bench::UpsampledVolume, bench::Noise>({});
-    bench::addKernels<bench::Reduced, bench::Regions>(volux::resample::kAntialiased);
-    bench::addKernels<bench::Reduced, bench::Noise>(volux::resample::kAntialiased);
+    bench::addMap<bench::ObliqueVolume, bench::Regions>({});
+    bench::addMap<bench::ObliqueVolume, bench::Noise>({});
+    bench::addMap<bench::UpsampledVolume, bench::Regions>({});
+    bench::addMap<bench::UpsampledVolume, bench::Noise>({});
+    bench::addMap<bench::Reduced, bench::Regions>(volux::resample::kAntialiased);
+    bench::addMap<bench::Reduced, bench::Noise>(volux::resample::kAntialiased);
     bench::addEachLabel<bench::ObliqueVolume, bench::Regions>();
     bench::addEachLabel<bench::UpsampledVolume, bench::Regions>();
     return bench::serveBulk(argc, argv);

@@ -17,4 +17,7 @@ void makeWarp(const Volume& volume, const Window& window, const OutputFolder& fo
 /// The brightest voxels of a CT volume, from three sides and going round.
 void makeMaxima(const Volume& volume, const OutputFolder& folder);
 
+/// A label map as it is, and with a quarter as many voxels along each axis.
+void makeLabelPictures(const Volume& volume, const OutputFolder& folder);
+
 }  // namespace reslice

@@ -9,6 +9,7 @@ namespace reslice {
 const char* const kUsage =
     "Usage: reslice [--output DIR] FILE          pictures of a NIfTI-1 volume (.nii, .nii.gz)\n"
     "       reslice [--output DIR] --ct FILE     the skull of an InVesalius project (.inv3)\n"
+    "       reslice [--output DIR] --labels FILE a label map, NIfTI-1, made smaller\n"
     "       reslice [--output DIR] --synthetic [--ct]\n"
     "                                            the same of a head computed on the spot\n"
     "       reslice --help\n"
@@ -33,6 +34,8 @@ Request parseCommandLine(int count, const char* const* arguments)
             request.help = true;
         else if (argument == "--ct")
             request.ct = true;
+        else if (argument == "--labels")
+            request.labels = true;
         else if (argument == "--synthetic")
             request.synthetic = true;
         else if (argument == "--output" && i + 1 < count)
@@ -41,6 +44,8 @@ Request parseCommandLine(int count, const char* const* arguments)
             throw Misuse(argument == "--output" ? "--output needs a folder"
                                                 : "there is no option " + argument);
     }
+    if (request.labels && (request.ct || request.synthetic))
+        throw Misuse("--labels takes a file alone");
     if (!request.help && files.size() != (request.synthetic ? 0U : 1U))
         throw Misuse(request.synthetic ? "--synthetic takes no file" : "give one file");
     if (!files.empty())

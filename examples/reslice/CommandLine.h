@@ -10,6 +10,7 @@ struct Request {
     std::string file;
     bool synthetic = false;  ///< in place of the file
     bool ct = false;
+    bool labels = false;  ///< the file is a label map
     bool help = false;
 };
 

@@ -58,4 +58,9 @@ void makeMaxima(const Volume&, const OutputFolder&)
         "resample)");
 }
 
+void makeLabelPictures(const Volume&, const OutputFolder&)
+{
+    say("(without volux_resample no label map is made smaller; scripts/install-packages resample)");
+}
+
 }  // namespace reslice

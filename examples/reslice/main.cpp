@@ -7,6 +7,7 @@
 #include <string>
 
 #include "BrainPictures.h"
+#include "BulkPictures.h"
 #include "CommandLine.h"
 #include "Failure.h"
 #include "Interrupt.h"
@@ -31,7 +32,9 @@ void drawPictures(const Request& request)
 {
     const std::unique_ptr<Volume> volume = obtain(request);
     const OutputFolder folder(request.output);
-    if (request.ct)
+    if (request.labels)
+        makeLabelPictures(*volume, folder);
+    else if (request.ct)
         makeSkullPictures(*volume, folder);
     else
         makeBrainPictures(*volume, folder);

@@ -116,6 +116,10 @@ class SoundVolumes(Demo):
         for line in lines:
             self.assertRegex(line, r'\.(png|gif) +\d+ x \d+ +\d+\.\d\d s  \w')
 
+    @unittest.skipUnless(BULK, 'without volux_resample')
+    def test_label_map(self):
+        self.assertEqual(set(self.draw(slim('h'), 'labels.nii', '--labels')), {'labels.png'})
+
 
 class UnsoundVolumes(Demo):
     def test_missing_file(self):

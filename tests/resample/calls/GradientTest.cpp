@@ -300,6 +300,8 @@ TEST(GradientThatIsRefused, ChangesNothingAndSaysWhy)
          sampleGradient(view, at, 2, kVoxels, 9, results, Options(Linear(), Constant(), 0.5))},
         {"no map", ERR_INVALID_ARGUMENT, sampleGradient(view, zeros, at, 2, 9, results)},
         {"own border", ERR_INVALID_ARGUMENT, sampleGradient(view, at, 2, kVoxels, 9, results, own)},
+        {"labels", ERR_INVALID_ARGUMENT,
+         sampleGradient(view, at, 2, kVoxels, 9, results, Options(resample::Labels()))},
         {"no channel", ERR_INVALID_CHANNEL, sampleGradient(view, at, 2, kVoxels, 1, results)},
         {"no spacing", ERR_INVALID_ARGUMENT,
          sampleGradient(noSpacing, at, 2, Units::PHYSICAL, 0, results)},

@@ -106,14 +106,15 @@ TYPED_TEST(EverySampler, ReadsNothingBesideTheRows)
     });
 }
 
-TYPED_TEST(EverySampler, ServesPoliciesOfTheCallersOwn)
+TYPED_TEST(EverySampler, ServesLabelsAndPoliciesOfTheCallersOwn)
 {
     PeriodicBorder border;
     struct OwnKernel : Linear {
     } kernel;
     ViewedVolume<TypeParam> volume(this->random, {4, 3, 5}, 2, false);
     volume.image.setVoxelSize(1, 1, 1);
-    for (const Options& options : {Options(Cubic(), &border), Options(&kernel, Constant(), 7)}) {
+    for (const Options& options : {Options(Cubic(), &border), Options(&kernel, Constant(), 7),
+                                   Options(resample::Labels(), Constant(), 7)}) {
         const Sampler sampler(volume.view, options, 1);
         ASSERT_EQ(sampler.error(), SUCCESS);
         for (int n = 0; n < 200; ++n) {
