@@ -13,34 +13,15 @@
 #include <cmath>
 
 #include "Lanes-inl.h"
-#include "OneSample.h"
+#include "OneInside.h"
 #include "Single.h"
 #include "exact/ElementTypes.h"
-#include "exact/Truncation.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace volux::resample::detail {
 namespace HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
-
-inline Axis axisOf(const SampledChannel& channel, int n)
-{
-    const int extent = static_cast<int>(channel.extents[n]);
-    return {extent, 0, extent - 1, channel.strides[n]};
-}
-
-template <class T, Kernel K>
-HWY_NOINLINE double readEdge(const SampledChannel& sampled, double x, double y, double z)
-{
-    const Channel channel = {{},
-                             static_cast<const unsigned char*>(sampled.data),
-                             axisOf(sampled, 0),
-                             axisOf(sampled, 1),
-                             axisOf(sampled, 2),
-                             0};
-    return readOne<T, K>(channel, {sampled.isConstant, sampled.outside}, x, y, z);
-}
 
 #if HWY_MAX_BYTES >= 32
 
@@ -143,63 +124,44 @@ HWY_INLINE bool isInterior(const SampledChannel& channel, Quad positions)
     return hn::AllTrue(Fours(), hn::And(positions >= begin, hn::Lt(positions.lanes, end.lanes)));
 }
 
-// The neighbours of a sample of the interior, of voxels that are contiguous along x or not.
+// Four neighbours along x, from `row` on.
 template <class T, bool Contiguous>
-struct Inside {
-    const unsigned char* first;
-    std::int64_t strideX;
-    std::int64_t strideY;
-    std::int64_t strideZ;
-
-    HWY_INLINE Inside(const SampledChannel& channel, double x, double y, double z)
-        : strideX(Contiguous ? kBytes<T> : channel.strides[0]),
-          strideY(channel.strides[1]),
-          strideZ(channel.strides[2])
-    {
-        first = static_cast<const unsigned char*>(channel.data) +
-                (exact::truncateToInt64(x) * strideX + exact::truncateToInt64(y) * strideY +
-                 exact::truncateToInt64(z) * strideZ - channel.back);
+HWY_INLINE Quad fourOf(const Inside<T, Contiguous>& voxels, const unsigned char* row)
+{
+    if constexpr (Contiguous) {
+        return loadVoxels<T, Fours>(reinterpret_cast<const T*>(row));
+    } else {
+        return quadOf(voxels.pair(row), voxels.pair(row + 2 * voxels.strideX));
     }
+}
 
-    // The four along x of one row.
-    HWY_INLINE Quad row(int j, int k) const
-    {
-        const unsigned char* const row = first + strideY * j + strideZ * k;
-        if constexpr (Contiguous) {
-            return loadVoxels<T, Fours>(reinterpret_cast<const T*>(row));
-        } else {
-            return quadOf(pair(row), pair(row + 2 * strideX));
-        }
+// Two of each of two rows.
+template <class T, bool Contiguous>
+HWY_INLINE Quad faceOf(const Inside<T, Contiguous>& voxels, const unsigned char* row)
+{
+    const unsigned char* const next = row + voxels.strideY;
+    if constexpr (Contiguous) {
+        const hn::FixedTag<T, 2> two;
+        const auto lower = hn::LoadU(two, reinterpret_cast<const T*>(row));
+        const auto upper = hn::LoadU(two, reinterpret_cast<const T*>(next));
+        return widened<T>(Fours(), hn::Combine(hn::FixedTag<T, 4>(), upper, lower));
+    } else {
+        return quadOf(voxels.pair(row), voxels.pair(next));
     }
+}
 
-    // The two along x of two rows.
-    HWY_INLINE Quad face(int k) const
-    {
-        const unsigned char* const row = first + strideZ * k;
-        const unsigned char* const next = row + strideY;
-        if constexpr (Contiguous) {
-            const hn::FixedTag<T, 2> two;
-            const auto lower = hn::LoadU(two, reinterpret_cast<const T*>(row));
-            const auto upper = hn::LoadU(two, reinterpret_cast<const T*>(next));
-            return widened<T>(Fours(), hn::Combine(hn::FixedTag<T, 4>(), upper, lower));
-        } else {
-            return quadOf(pair(row), pair(next));
-        }
-    }
+// No position of the interior is below zero, so the voxel there is what truncating gives; that of
+// -0.0 is 0.0.
+HWY_INLINE Quad voxelsAt(Quad positions)
+{
+    return Quad(hn::Trunc(hn::Abs(positions.lanes)));
+}
 
-private:
-    HWY_INLINE exact::Pair pair(const unsigned char* voxel) const
-    {
-        return {elementAt<T>(voxel), elementAt<T>(voxel + strideX)};
-    }
-};
-
-// No position of the interior is negative, so the voxel below it is what truncating gives.
 template <class Voxels>
 HWY_INLINE double linearSum(Quad positions, const Voxels& voxels)
 {
     Quad weights[2];
-    weigh(positions, truncated(positions), weights);
+    weigh(positions, voxelsAt(positions), weights);
     const Quad xAndZ = firsts(weights[0], weights[1]);
     const Quad x = lowers(xAndZ, xAndZ);
     const Quad y = lowers(seconds(weights[0], weights[0]), seconds(weights[1], weights[1]));
@@ -207,7 +169,9 @@ HWY_INLINE double linearSum(Quad positions, const Voxels& voxels)
     const Cell ys[1] = {{y, y}};
     const Cell zs[1] = {{uppers(weights[0], weights[0]), uppers(weights[1], weights[1])}};
     return weightedSum<WeightedSum<Kernel::LINEAR, Cell>>(xs, ys, zs, [&](int, int) HWY_ATTR {
-        return [&](int) HWY_ATTR { return Cell(voxels.face(0), voxels.face(1)); };
+        return [&](int) HWY_ATTR {
+            return Cell(faceOf(voxels, voxels.row(0, 0)), faceOf(voxels, voxels.row(0, 1)));
+        };
     });
 }
 
@@ -215,7 +179,7 @@ template <class Voxels>
 HWY_INLINE double cubicSum(Quad positions, const Voxels& voxels)
 {
     Quad weights[4];
-    weigh(positions, offset(truncated(positions), -1), weights);
+    weigh(positions, offset(voxelsAt(positions), -1), weights);
     const Quad xs[1] = {lowers(firsts(weights[0], weights[1]), firsts(weights[2], weights[3]))};
     Quad ys[4];
     Quad zs[4];
@@ -225,18 +189,18 @@ HWY_INLINE double cubicSum(Quad positions, const Voxels& voxels)
         zs[n] = uppers(weights[n], weights[n]);
     }
     return weightedSum<WeightedSum<Kernel::CUBIC, Quad>>(xs, ys, zs, [&](int j, int k) HWY_ATTR {
-        return [row = voxels.row(j, k)](int) HWY_ATTR { return row; };
+        return [four = fourOf(voxels, voxels.row(j, k))](int) HWY_ATTR { return four; };
     });
 }
 
 template <class T, Kernel K, bool Contiguous>
-double readInterior(const SampledChannel& channel, double x, double y, double z)
+double readSingle(const SampledChannel& channel, double x, double y, double z)
 {
     const Quad positions = quadOf(exact::Pair(x, y), exact::Pair(z));
     if (HWY_UNLIKELY(!isInterior(channel, positions))) {
         return readEdge<T, K>(channel, x, y, z);
     }
-    const Inside<T, Contiguous> voxels(channel, x, y, z);
+    const Inside<T, Contiguous> voxels(channel, x, y, z, K == Kernel::CUBIC ? channel.back : 0);
     if constexpr (K == Kernel::LINEAR) {
         return linearSum(positions, voxels);
     } else {
@@ -270,27 +234,31 @@ double readNearestAt(const SampledChannel& channel, double x, double y, double z
 }
 
 template <class T, Kernel K>
-SampledChannel::Read weightedReader([[maybe_unused]] const Channel& channel)
+SampledChannel::Read readerOf(bool isContiguous)
 {
+    if constexpr (K == Kernel::NEAREST) {
+        return isContiguous ? readNearestAt<T, true> : readNearestAt<T, false>;
+    } else {
 #if HWY_MAX_BYTES >= 32
-    return channel.x.stride == kBytes<T> ? readInterior<T, K, true> : readInterior<T, K, false>;
+        return isContiguous ? readSingle<T, K, true> : readSingle<T, K, false>;
 #else
-    return readEdge<T, K>;
+        return isContiguous ? readInside<T, K, true> : readInside<T, K, false>;
 #endif
+    }
 }
 
 inline SampledChannel::Read singleReader(const Channel& channel, Kernel kernel)
 {
     return exact::withElementType(channel.type, [&](auto element) -> SampledChannel::Read {
         using T = typename decltype(element)::Type;
+        const bool isContiguous = channel.x.stride == kBytes<T>;
         switch (kernel) {
             case Kernel::NEAREST:
-                return channel.x.stride == kBytes<T> ? readNearestAt<T, true>
-                                                     : readNearestAt<T, false>;
+                return readerOf<T, Kernel::NEAREST>(isContiguous);
             case Kernel::LINEAR:
-                return weightedReader<T, Kernel::LINEAR>(channel);
+                return readerOf<T, Kernel::LINEAR>(isContiguous);
             case Kernel::CUBIC:
-                return weightedReader<T, Kernel::CUBIC>(channel);
+                return readerOf<T, Kernel::CUBIC>(isContiguous);
         }
         __builtin_unreachable();  // there is no other kernel
     });
