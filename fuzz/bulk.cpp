@@ -1,15 +1,17 @@
 // Calls on whole volumes against one call of volux_core for each sample, and the value outside
-// where the edge of a grid has ended: any map, grid, layout, result type and options, with the
-// source and a view of the result between forbidden pages, and nothing but the result written.
+// where the edge of a grid has ended: any map, field, grid, layout, result type and options, with
+// the source and a view of the result between forbidden pages, and nothing but the result written.
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <memory>
 #include <vector>
 
 #include "Input.h"
 #include "Places.h"
 #include "Scene.h"
 #include "Views.h"
+#include "Warps.h"
 #include "support/BitExact.h"
 #include "support/Described.h"
 #include "support/Difference.h"
@@ -110,11 +112,12 @@ core::Rect someOutput(const resample::Grid& grid, Input& input)
     return {x, grid.width - 1, y, grid.height - 1, z, grid.depth - 1};
 }
 
-/// A part of the grid from the brick that it reads, which is between guards of its own.
+/// A part of the grid from the brick that it reads, which is between guards of its own; through a
+/// field, if there is one.
 template <class T, class Destination>
 core::ErrorType resamplePart(const core::VxImage<T>& image, const resample::Grid& grid,
-                             const core::Rect& output, Input& input, const Destination& destination,
-                             const Options& options)
+                             const Field* field, const core::Rect& output, Input& input,
+                             const Destination& destination, const Options& options)
 {
     resample::ResampleRegion region;
     region.sourceWidth = image.getWidth();
@@ -122,13 +125,18 @@ core::ErrorType resamplePart(const core::VxImage<T>& image, const resample::Grid
     region.sourceDepth = image.getDepth();
     region.output = output;
     core::Rect box;
-    const core::ErrorType code = region.support(grid, &box, options);
+    const core::ErrorType code = field == nullptr
+                                     ? region.support(grid, &box, options)
+                                     : region.support(grid, field->warp(), &box, options);
     if (code != core::SUCCESS)
         return code;
     region.brickX = box.xStart;
     region.brickY = box.yStart;
     region.brickZ = box.zStart;
-    return resample::resample(cut(image, box, input), grid, region, destination, options);
+    const View<const T> brick = cut(image, box, input);
+    return field == nullptr
+               ? resample::resample(brick, grid, region, destination, options)
+               : resample::resample(brick, grid, field->warp(), region, destination, options);
 }
 
 /// Few, or as many as the steps are long, if these are short.
@@ -198,18 +206,24 @@ struct GridCall {
     resample::Grid grid;
     Options options;
     core::Rect box;
-    bool isPart;
+    unsigned int kind;  // the lowest bit: a part; the next two: through a field
+    std::unique_ptr<Field> field;
 
     GridCall(const Source<T>& from, Input& input)
         : source(from),
           grid(someGrid(input)),
           options(someOptions<T>(input)),
           box(someOutput(grid, input)),
-          isPart(input.flag())
+          kind(input.raw<std::uint8_t>())
     {
-        if (!isPart)
+        if ((kind & 1U) == 0)
             box.xStart = box.yStart = box.zStart = 0;
-        options.subsamples = someSubsamples(grid, input);
+        if ((kind & 6U) == 6) {
+            const AffineMap toField = someMap(input);
+            field = std::make_unique<Field>(input, toField, someMap(input));
+        } else {
+            options.subsamples = someSubsamples(grid, input);
+        }
     }
 
     /// Whether the call made a result; a map that is not invertible is refused.
@@ -217,9 +231,13 @@ struct GridCall {
     bool make(Input& input, const Destination& destination) const
     {
         const core::ErrorType code =
-            isPart ? resamplePart(source.image, grid, box, input, destination, options)
-                   : resample::resample(source.view, grid, destination, options);
-        if ((code == core::SUCCESS) != grid.map.isInvertible())
+            (kind & 1U) != 0
+                ? resamplePart(source.image, grid, field.get(), box, input, destination, options)
+            : field == nullptr
+                ? resample::resample(source.view, grid, destination, options)
+                : resample::resample(source.view, grid, field->warp(), destination, options);
+        const bool isRight = grid.map.isInvertible() && (field == nullptr || field->isRight());
+        if ((code == core::SUCCESS) != isRight)
             throw test::Difference("code " + std::to_string(code) + " for " +
                                    test::described(grid.map));
         return code == core::SUCCESS;
@@ -227,15 +245,20 @@ struct GridCall {
 
     void requireAll(const View<R>& result) const
     {
-        test::forEachElement(result, [&](unsigned int i, unsigned int j, unsigned int k,
-                                         unsigned int c) {
-            const unsigned int x = box.xStart + i, y = box.yStart + j, z = box.zStart + k;
-            const int channel = static_cast<int>(c);
-            const double mean =
-                test::meanReading(source.image, grid.map, x, y, z, channel, options);
-            requireSame(test::elementOf(result, i, j, k, c), test::storedReading<R>(mean, options),
-                        source.image, test::positionOf(grid.map, x, y, z), channel, options);
-        });
+        test::forEachElement(
+            result, [&](unsigned int i, unsigned int j, unsigned int k, unsigned int c) {
+                const unsigned int x = box.xStart + i, y = box.yStart + j, z = box.zStart + k;
+                const Position at = test::positionOf(grid.map, x, y, z);
+                const Position p = field == nullptr ? at : field->lead(at);
+                const int channel = static_cast<int>(c);
+                const double expected =
+                    field == nullptr
+                        ? test::meanReading(source.image, grid.map, x, y, z, channel, options)
+                        : test::gridReading(source.image, p, channel, options);
+                requireSame(test::elementOf(result, i, j, k, c),
+                            test::storedReading<R>(expected, options), source.image, p, channel,
+                            options);
+            });
     }
 };
 

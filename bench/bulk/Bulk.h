@@ -75,6 +75,46 @@ struct RandomPositions {
     }
 };
 
+/// A grid that a displacement field of float lies before, its nodes every 4 voxels.
+struct Warped {
+    static constexpr unsigned int kNodes = 64;
+    static constexpr double kApart = 4.0;
+    static constexpr double kFirst = 1.5;
+
+    Grid grid;
+    std::vector<float> vectors;
+
+    resample::Warp warp() const
+    {
+        constexpr double kScale = 1.0 / kApart;
+        constexpr double kOffset = -kFirst / kApart;
+        return {resample::View<const float>(vectors.data(), kNodes, kNodes, kNodes, 3),
+                {{{kScale, 0, 0, kOffset}, {0, kScale, 0, kOffset}, {0, 0, kScale, kOffset}}},
+                resample::AffineMap()};
+    }
+};
+
+/// W: an eighth of the slices of a volume that is registered, moved by up to 8 voxels.
+struct WarpedVolume {
+    static constexpr const char* kName = "W";
+    static constexpr int kExtent = 256;
+    static Warped target()
+    {
+        Warped made;
+        made.grid.width = made.grid.height = made.grid.depth = kExtent;
+        made.grid = slices(made.grid, 112, 32);
+        for (unsigned int n = 0; n < Warped::kNodes * Warped::kNodes * Warped::kNodes; ++n) {
+            const double x = 0.09 * (n % 64);
+            const double y = 0.07 * (n / 64 % 64);
+            const double z = 0.11 * (n / 4096);
+            for (const double wave : {std::sin(y + z), std::cos(x - z), std::sin(x + y)}) {
+                made.vectors.push_back(static_cast<float>(8.0 * wave));
+            }
+        }
+        return made;
+    }
+};
+
 /// One frame of a viewer.
 struct ViewersPlane {
     static constexpr const char* kName = "plane";
@@ -87,6 +127,11 @@ inline std::size_t count(const Grid& grid)
     return std::size_t{grid.width} * grid.height * grid.depth;
 }
 
+inline std::size_t count(const Warped& warped)
+{
+    return count(warped.grid);
+}
+
 inline std::size_t count(const Positions& positions)
 {
     return positions.size();
@@ -97,6 +142,11 @@ inline Position position(const Grid& grid, std::size_t n)
     const auto row = static_cast<unsigned int>(n / grid.width);
     return grid.map(static_cast<unsigned int>(n % grid.width), row % grid.height,
                     row / grid.height);
+}
+
+inline Position position(const Warped& warped, std::size_t n)
+{
+    return warped.warp()(position(warped.grid, n));
 }
 
 inline Position position(const Positions& positions, std::size_t n)
@@ -210,7 +260,7 @@ void addBulk(const std::string& library)
 
 /// What is written: elements onto a grid, readings at positions.
 template <class T, class Target>
-using Written = std::conditional_t<std::is_same_v<Target, Grid>, T, double>;
+using Written = std::conditional_t<std::is_same_v<Target, Positions>, double, T>;
 
 /// How far a result may be from volux_core's reading: a short is rounded, a float has 24 bits, and
 /// a library has a tolerance of its own.

@@ -3,10 +3,13 @@
 // left out. Means of blocks are BinShrinkImageFilter's.
 #include <itkAffineTransform.h>
 #include <itkBinShrinkImageFilter.h>
+#include <itkDisplacementFieldTransform.h>
 #include <itkLabelImageGaussianInterpolateImageFunction.h>
 #include <itkMultiThreaderBase.h>
 #include <itkNearestNeighborExtrapolateImageFunction.h>
 #include <itkResampleImageFilter.h>
+
+#include <cstring>
 
 #include "../times/ItkSampler.h"
 #include "LabelMap.h"
@@ -15,27 +18,15 @@
 namespace volux::bench {
 namespace {
 
-template <class T, Kernel K, Outside O>
+// Its transforms compute in a precision.
+template <class T, Kernel K, Outside O, class Precision>
 class Filter {
 public:
     static constexpr bool kComparable = true;
-    // It cuts the fraction off.
+    // It cuts the fraction of an integer off. In float, a position is known to some 2^-16 voxels.
     static constexpr double kTolerance =
-        (std::is_same_v<T, short> ? 0.5 : 0.0) + tolerance<T>(kLargestVoxel * 0x1p-46);
-
-    Filter(const Source<T>& source, const Grid& grid)
-    {
-        filter_->SetInput(Functions<T, K>::imageAround(source));
-        filter_->SetInterpolator(Functions<T, K>::Type::New());
-        filter_->SetSize({{grid.width, grid.height, grid.depth}});
-        filter_->SetTransform(transform(grid));
-        filter_->SetDefaultPixelValue(kOutsideValue);
-        if (O == Outside::kReplication) {
-            filter_->SetExtrapolator(
-                itk::NearestNeighborExtrapolateImageFunction<Image, double>::New());
-        }
-        filter_->SetNumberOfWorkUnits(1);
-    }
+        (std::is_same_v<T, short> ? 0.5 : 0.0) +
+        tolerance<T>(kLargestVoxel * (std::is_same_v<Precision, double> ? 0x1p-46 : 3 * 0x1p-16));
 
     void run()
     {
@@ -50,8 +41,37 @@ public:
 
     const T* result() const { return filter_->GetOutput()->GetBufferPointer(); }
 
-private:
+protected:
     using Image = itk::Image<T, 3>;
+    using Type = itk::ResampleImageFilter<Image, Image, double, Precision>;
+
+    Filter(const Source<T>& source, const Grid& grid,
+           const typename Type::TransformType::Pointer& transform)
+    {
+        filter_->SetInput(Functions<T, K>::imageAround(source));
+        filter_->SetInterpolator(Functions<T, K>::Type::New());
+        filter_->SetSize({{grid.width, grid.height, grid.depth}});
+        filter_->SetTransform(transform);
+        filter_->SetDefaultPixelValue(kOutsideValue);
+        if (O == Outside::kReplication) {
+            filter_->SetExtrapolator(
+                itk::NearestNeighborExtrapolateImageFunction<Image, double>::New());
+        }
+        filter_->SetNumberOfWorkUnits(1);
+    }
+
+    typename Type::Pointer filter_ = Type::New();
+};
+
+template <class T, Kernel K, Outside O>
+class AffineFilter : public Filter<T, K, O, double> {
+public:
+    AffineFilter(const Source<T>& source, const Grid& grid)
+        : Filter<T, K, O, double>(source, grid, transform(grid).GetPointer())
+    {
+    }
+
+private:
     using Transform = itk::AffineTransform<double, 3>;
 
     // From the indices of the output, whose spacing is 1, to those of the source.
@@ -70,9 +90,40 @@ private:
         made->SetOffset(offset);
         return made;
     }
+};
 
-    typename itk::ResampleImageFilter<Image, Image>::Pointer filter_ =
-        itk::ResampleImageFilter<Image, Image>::New();
+// The grid has steps of 1 along the axes: where it begins is the output's origin.
+template <class T, Kernel K, Outside O>
+class WarpFilter : public Filter<T, K, O, float> {
+public:
+    WarpFilter(const Source<T>& source, const Warped& warped)
+        : Filter<T, K, O, float>(source, warped.grid, transform(warped).GetPointer())
+    {
+        const auto& rows = warped.grid.map.rows;
+        const double origin[] = {rows[0][3], rows[1][3], rows[2][3]};
+        this->filter_->SetOutputOrigin(origin);
+    }
+
+private:
+    using Transform = itk::DisplacementFieldTransform<float, 3>;
+
+    static typename Transform::Pointer transform(const Warped& warped)
+    {
+        using Field = typename Transform::DisplacementFieldType;
+        constexpr itk::SizeValueType kNodes = Warped::kNodes;
+        auto field = Field::New();
+        field->SetRegions(typename Field::SizeType{{kNodes, kNodes, kNodes}});
+        field->SetSpacing(typename Field::SpacingType(Warped::kApart));
+        const double origin[] = {Warped::kFirst, Warped::kFirst, Warped::kFirst};
+        field->SetOrigin(origin);
+        field->Allocate();
+        static_assert(sizeof(typename Field::PixelType) == 3 * sizeof(float));
+        std::memcpy(field->GetBufferPointer(), warped.vectors.data(),
+                    warped.vectors.size() * sizeof(float));
+        auto made = Transform::New();
+        made->SetDisplacementField(field);
+        return made;
+    }
 };
 
 template <class T>
@@ -110,7 +161,7 @@ void measureLabels(benchmark::State& state)
     double sigma[3] = {0.5, 0.5, 0.5};
     function->SetParameters(sigma, 2.0);
     static const Grid grid = Workload::target();
-    Filter<short, Kernel::kNearest, Outside::kReplication> filter(
+    AffineFilter<short, Kernel::kNearest, Outside::kReplication> filter(
         labels<Regions, Workload::kExtent>(), grid);
     filter.use(function);
     filter.run();
@@ -129,8 +180,10 @@ void addLabels()
 }
 
 template <class T, Kernel K, Outside O, class Target>
-using Bulk = std::conditional_t<std::is_same_v<Target, Grid>, Filter<T, K, O>,
-                                Looped<ItkSampler<T, K, O>, T, Target>>;
+using Bulk =
+    std::conditional_t<std::is_same_v<Target, Grid>, AffineFilter<T, K, O>,
+                       std::conditional_t<std::is_same_v<Target, Warped>, WarpFilter<T, K, O>,
+                                          Looped<ItkSampler<T, K, O>, T, Target>>>;
 
 template <class Workload>
 void addBoth()
@@ -150,6 +203,7 @@ int main(int argc, char** argv)
     bench::addBoth<bench::UpsampledVolume>();
     bench::addBoth<bench::RandomPositions>();
     bench::addKernel<bench::Bulk, bench::ViewersPlane, bench::Kernel::kLinear>("ITK");
+    bench::addKernel<bench::Bulk, bench::WarpedVolume, bench::Kernel::kLinear>("ITK");
     bench::addMeans<bench::BinShrink>("ITK");
     bench::addLabels<bench::ObliqueVolume>();
     bench::addLabels<bench::UpsampledVolume>();

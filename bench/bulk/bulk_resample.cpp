@@ -26,8 +26,9 @@ public:
         options_.edgeExtends = true;  // every position is read
         result_.resize(count(target));
         if constexpr (std::is_same_v<Target, Grid>) {
-            image_.initializeWithPointer(result_.data(), target.width, target.height, target.depth,
-                                         1);
+            place(target);
+        } else if constexpr (std::is_same_v<Target, Warped>) {
+            place(target.grid);
         }
     }
 
@@ -41,10 +42,18 @@ public:
     const Result* result() const { return result_.data(); }
 
 private:
+    void place(const Grid& grid)
+    {
+        image_.initializeWithPointer(result_.data(), grid.width, grid.height, grid.depth, 1);
+    }
+
     core::ErrorType call()
     {
         if constexpr (std::is_same_v<Target, Grid>) {
             return resample::resample(source_.image(), target_, &image_, options_);
+        } else if constexpr (std::is_same_v<Target, Warped>) {
+            return resample::resample(source_.image(), target_.grid, target_.warp(), &image_,
+                                      options_);
         } else {
             return resample::sample(source_.image(), target_.data(), target_.size(),
                                     resample::Units::VOXELS, 0, result_.data(), options_);
@@ -75,6 +84,7 @@ void addInstructions(const std::string& name)
 {
     if ((hwy::SupportedTargets() & Targets) != 0) {
         addBulk<With<Targets>::template Bulk>(name);
+        addKernel<With<Targets>::template Bulk, WarpedVolume, Kernel::kLinear>(name);
     }
 }
 

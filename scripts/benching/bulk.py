@@ -19,6 +19,7 @@ WORKLOADS = {
     "A": "Whole volumes, A: oblique",
     "B": "Whole volumes, B: upsampling along the axes",
     "C": "Whole volumes, C: random positions",
+    "W": "Whole volumes, W: through a displacement field",
 }
 
 

@@ -55,6 +55,7 @@ BULK = [
     Goal("nearest C", ["C/*/nearest/*"], BULK_ALIKE, None, None, WIDEST),
     Goal("trilinear C", ["C/*/linear/*"], BULK_ALIKE, 0.55, 0.45, WIDEST),
     Goal("tricubic C", ["C/*/cubic/*"], SAME_TRICUBIC, None, None, WIDEST),
+    Goal("trilinear W", ["W/*/linear/*"], ("ITK",), 0.50, None, WIDEST),
     Goal("trilinear plane", ["plane/*"], BULK_ALIKE, None, None, WIDEST),
     Goal("means of blocks", ["means/*"], ("ITK",), 1.30, None, MEANS),
     Goal("means of blocks", ["means/*"], ("scipy",), 0.20, None, MEANS),
