@@ -58,7 +58,7 @@ void forEachInstructionSet(const Test& test)
     }
 }
 
-// Calls visit(interpolator, border) with each kernel and border of volux_core, up to a failure.
+// Calls visit(interpolator, border) with each kernel and border of both libraries, up to a failure.
 template <class Visit>
 void forEachPolicy(const Visit& visit)
 {
@@ -68,6 +68,16 @@ void forEachPolicy(const Visit& visit)
             if (::testing::Test::HasFatalFailure())
                 return;
         }
+}
+
+// The same without Labels.
+template <class Visit>
+void forEachPolicyOfCore(const Visit& visit)
+{
+    forEachPolicy([&](Interpolator* interpolator, Border* border) {
+        if (interpolator != &resample::LABELS)
+            visit(interpolator, border);
+    });
 }
 
 inline Grid gridOf(const AffineMap& map, unsigned int width, unsigned int height,

@@ -105,26 +105,36 @@ inline double electedOf(const std::vector<double>& samples, double nearest)
     return winner.first;
 }
 
-// Voxel (i, j, k) of a plane of the grid, before it is stored.
-template <class T>
-double meanReading(const VxImage<T>& source, const AffineMap& map, unsigned int i, unsigned int j,
-                   unsigned int k, int channel, const Options& options)
+// Voxel (i, j, k) of a plane of the grid, before it is stored. `lead` gives the place in the source
+// for one where a map leads.
+template <class T, class Lead>
+double meanReading(const VxImage<T>& source, const AffineMap& map, const Subsamples& n,
+                   unsigned int i, unsigned int j, unsigned int k, int channel,
+                   const Options& options, const Lead& lead)
 {
-    const Subsamples n = subsamplesOf(map, options.subsamples);
     const AffineMap finer = finerMapOf(map, n);
     std::vector<double> samples;
     for (unsigned int z = k * n.z; z < (k + 1) * n.z; ++z)
         for (unsigned int y = j * n.y; y < (j + 1) * n.y; ++y)
             for (unsigned int x = i * n.x; x < (i + 1) * n.x; ++x)
                 samples.push_back(
-                    gridReading(source, positionOf(finer, x, y, z), channel, options));
+                    gridReading(source, lead(positionOf(finer, x, y, z)), channel, options));
     if (samples.size() == 1)
         return samples[0];
     if (options.interpolator != &resample::LABELS)
         return meanOf(samples);
     Options nearest = options;
     nearest.interpolator = &NEAREST_NEIGHBOR;
-    return electedOf(samples, gridReading(source, positionOf(map, i, j, k), channel, nearest));
+    const Position centre = lead(positionOf(map, i, j, k));
+    return electedOf(samples, gridReading(source, centre, channel, nearest));
+}
+
+template <class T>
+double meanReading(const VxImage<T>& source, const AffineMap& map, unsigned int i, unsigned int j,
+                   unsigned int k, int channel, const Options& options)
+{
+    return meanReading(source, map, subsamplesOf(map, options.subsamples), i, j, k, channel,
+                       options, [](const Position& p) { return p; });
 }
 
 template <class T>

@@ -52,7 +52,7 @@ void expectEveryGradient(const Source& source, const VxImage<T>& image, Random& 
     const Extents extents{image.getWidth(), image.getHeight(), image.getDepth()};
     const auto positions = positionsAround(random, extents, count);
     const std::size_t channels = image.getChannels();
-    forEachPolicy([&](Interpolator* interpolator, Border* border) {
+    forEachPolicyOfCore([&](Interpolator* interpolator, Border* border) {
         const Options options(interpolator, border, insideValue<T>(random));
         std::vector<ReadingAndGradient> results(count * channels);
         ASSERT_EQ(sampleGradient(source, positions.data(), count, Units::VOXELS, kAllChannels,
@@ -149,7 +149,7 @@ TYPED_TEST(EveryGradient, AgreesWithCentralDifferences)
     ASSERT_EQ(image.initialize(6, 5, 4, 1), SUCCESS);
     for (int n = 0; n < 120; ++n)
         image.getBufferPointer()[n] = static_cast<TypeParam>(this->random.below(100));
-    forEachPolicy([&](Interpolator* interpolator, Border* border) {
+    forEachPolicyOfCore([&](Interpolator* interpolator, Border* border) {
         const Options options(interpolator, border, 40);
         const double fromWhole = interpolator == kInterpolators[0] ? 0.45 : 0.99;
         for (int n = 0; n < 300; ++n) {
@@ -171,7 +171,7 @@ TYPED_TEST(EveryGradient, IsTheSameOnAnyNumberOfThreads)
 {
     const WrappedVolume<TypeParam> scene(randomVolume<TypeParam>(this->random));
     const auto positions = positionsAround(this->random, scene.volume.extents, 60000);
-    forEachPolicy([&](Interpolator* interpolator, Border* border) {
+    forEachPolicyOfCore([&](Interpolator* interpolator, Border* border) {
         Options options(interpolator, border, 3);
         options.threads = 1;
         std::vector<ReadingAndGradient> first(positions.size());

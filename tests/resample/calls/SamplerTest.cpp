@@ -201,7 +201,7 @@ TEST(SamplerOfOneVolume, AllocatesNothing)
     Seeded random(317);
     const ViewedVolume<short> volume(random, {9, 8, 7}, 1, false);
     double sum = 0.0;
-    forEachPolicy([&](Interpolator* interpolator, Border* border) {
+    forEachPolicyOfCore([&](Interpolator* interpolator, Border* border) {
         const AllocationWatch watch;
         newFailsIn = 1;
         const Sampler sampler(volume.view, Options(interpolator, border));

@@ -2,8 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
-#include <vector>
 
 #include "resample/AntialiasOracle.h"
 #include "resample/WarpOracle.h"
@@ -18,23 +16,6 @@ using resample::ResampleRegion;
 template <class T>
 class WarpedMeans : public ::testing::Test {
 protected:
-    // Voxel (i, j, k) of a result, before it is stored.
-    template <class V>
-    static double expected(const VxImage<T>& source, const VxImage<V>& field, const AffineMap& map,
-                           const Warp& warp, const Subsamples& n, const std::array<unsigned, 3>& at,
-                           int channel, const Options& options)
-    {
-        const AffineMap finer = finerMapOf(map, n);
-        std::vector<double> samples;
-        for (unsigned int z = at[2] * n.z; z < (at[2] + 1) * n.z; ++z)
-            for (unsigned int y = at[1] * n.y; y < (at[1] + 1) * n.y; ++y)
-                for (unsigned int x = at[0] * n.x; x < (at[0] + 1) * n.x; ++x) {
-                    const Position s = expectedPlace(field, warp, positionOf(finer, x, y, z));
-                    samples.push_back(gridReading(source, s, channel, options));
-                }
-        return samples.size() == 1 ? samples[0] : meanOf(samples);
-    }
-
     template <class V>
     static void compare(const ViewedVolume<T>& source, const WarpScene<V>& scene, const Grid& grid,
                         const Subsamples& n, const Options& options)
@@ -44,8 +25,11 @@ protected:
         forEachElement(resample::viewOf(result), [&](auto i, auto j, auto k, auto c) {
             if (::testing::Test::HasFatalFailure())
                 return;
-            const double mean = expected(source.image, scene.vectors.image, grid.map, scene.warp, n,
-                                         {i, j, k}, static_cast<int>(c), options);
+            const double mean =
+                meanReading(source.image, grid.map, n, i, j, k, static_cast<int>(c), options,
+                            [&](const Position& p) {
+                                return expectedPlace(scene.vectors.image, scene.warp, p);
+                            });
             ASSERT_TRUE(bitEqual(at(result, i, j, k, c), mean))
                 << "voxel " << i << ' ' << j << ' ' << k << " channel " << c << ", "
                 << described(options) << ", " << described(grid.map) << ", "
