@@ -6,6 +6,7 @@
 
 #include "AxisTables.h"
 #include "Subsamples.h"
+#include "VoxelModes.h"
 #include "resample/vectors/Block.h"
 #include "resample/vectors/Elements.h"
 #include "resample/vectors/VoxelSums.h"
@@ -64,7 +65,7 @@ bool VoxelMeans::serve(const Task& task)
     const Reading& reading = task.source.reading;
     return countOf(n) > 1 && n.x <= kMostAlong && std::uint64_t{n.y} * n.z <= kMostRows &&
            countOf(n) <= kMostVoxels && task.slab.planes == 1 && !reading.isOwn &&
-           !reading.isLabels && std::isfinite(reading.outside.value) &&
+           std::isfinite(reading.outside.value) &&
            areVoxels(task.map, finerBox(task.output, n), task.source.region);
 }
 
@@ -80,8 +81,8 @@ bool VoxelMeans::fill(std::size_t slice, Range rows, unsigned int c) const
 bool VoxelMeans::areFiniteAround(std::size_t slice, Range rows, unsigned int c) const
 {
     const Kernel kernel = task_.source.reading.kernel;
-    if (kernel == Kernel::NEAREST) {
-        return true;  // it has no weights
+    if (kernel == Kernel::NEAREST || task_.source.reading.isLabels) {
+        return true;  // it has no weights, or does not multiply by them
     }
     const Channel channel = task_.source.channel(c);
     const Subsamples& n = task_.subsamples;
@@ -112,10 +113,25 @@ bool VoxelMeans::fillRow(std::size_t slice, std::size_t row, unsigned int c) con
     for (std::size_t column = 0; column < to.width; column += kBlock) {
         const int x = voxelOf(task_.map, 0, (box.xStart + column) * n.x);
         const std::size_t count = std::min(kBlock, to.width - column);
-        findMeans({channel.type, at(channel, x, y, z), channel.x.stride, channel.y.stride,
-                   channel.z.stride, n.x, n.y, n.z, count},
-                  means);
-        if (task_.source.reading.kernel != Kernel::NEAREST &&
+        const VoxelBlocks blocks = {channel.type,
+                                    at(channel, x, y, z),
+                                    channel.x.stride,
+                                    channel.y.stride,
+                                    channel.z.stride,
+                                    n.x,
+                                    n.y,
+                                    n.z,
+                                    count};
+        if (task_.source.reading.isLabels) {
+            double nearest[kBlock];
+            nearest_.read(box.xStart + static_cast<unsigned int>(column),
+                          box.yStart + static_cast<unsigned int>(row),
+                          box.zStart + static_cast<unsigned int>(slice), c, count, nearest);
+            findModes(blocks, nearest, means);
+        } else {
+            findMeans(blocks, means);
+        }
+        if (!task_.source.reading.isLabels && task_.source.reading.kernel != Kernel::NEAREST &&
             std::any_of(means, means + count,
                         [](double mean) { return mean == 0.0 && std::signbit(mean); })) {
             return false;

@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "FieldOfView.h"
+#include "NearestLabels.h"
 #include "Task.h"
 #include "volux/resample/Options.h"
 
@@ -12,7 +13,10 @@ namespace volux::resample::detail {
 // Safe from many threads.
 class VoxelMeans {
 public:
-    VoxelMeans(const Task& task, Overflow overflow) : task_(task), overflow_(overflow) {}
+    VoxelMeans(const Task& task, Overflow overflow)
+        : task_(task), overflow_(overflow), nearest_(task)
+    {
+    }
 
     // Whether all positions are voxels and everything else allows it.
     static bool serve(const Task& task);
@@ -27,6 +31,7 @@ private:
 
     const Task& task_;
     Overflow overflow_;
+    NearestLabels nearest_;
 };
 
 }  // namespace volux::resample::detail
