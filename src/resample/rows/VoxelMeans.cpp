@@ -7,6 +7,7 @@
 #include "AxisTables.h"
 #include "Subsamples.h"
 #include "VoxelModes.h"
+#include "exact/Rules.h"
 #include "resample/vectors/Block.h"
 #include "resample/vectors/Elements.h"
 #include "resample/vectors/VoxelSums.h"
@@ -101,6 +102,24 @@ bool VoxelMeans::areFiniteAround(std::size_t slice, Range rows, unsigned int c) 
                       channel.y.stride, channel.z.stride, x.count(), y.count(), z.count(), 1});
 }
 
+// The nearest voxels to the centres of `count` voxels of the grid from (i, j, k) on. Those are
+// inside the source, as the sub-samples on both sides of them are.
+void VoxelMeans::findNearest(const Channel& channel, std::size_t i, std::size_t j, std::size_t k,
+                             std::size_t count, const unsigned char** nearest) const
+{
+    const auto& rows = task_.centres.rows;
+    const auto voxel = [&](int axis, std::size_t x, std::size_t y, std::size_t z) {
+        const auto number = [](std::size_t n) { return static_cast<double>(n); };
+        return exact::firstNeighbour<Kernel::NEAREST>(exact::along(
+            exact::rowStart(rows[axis], number(y), number(z)), rows[axis][0], number(x)));
+    };
+    const int y = channel.y.clamped(voxel(1, i, j, k));
+    const int z = channel.z.clamped(voxel(2, i, j, k));
+    for (std::size_t n = 0; n < count; ++n) {
+        nearest[n] = at(channel, channel.x.clamped(voxel(0, i + n, j, k)), y, z);
+    }
+}
+
 bool VoxelMeans::fillRow(std::size_t slice, std::size_t row, unsigned int c) const
 {
     const UntypedImage& to = task_.destination;
@@ -123,10 +142,9 @@ bool VoxelMeans::fillRow(std::size_t slice, std::size_t row, unsigned int c) con
                                     n.z,
                                     count};
         if (task_.source.reading.isLabels) {
-            double nearest[kBlock];
-            nearest_.read(box.xStart + static_cast<unsigned int>(column),
-                          box.yStart + static_cast<unsigned int>(row),
-                          box.zStart + static_cast<unsigned int>(slice), c, count, nearest);
+            const unsigned char* nearest[kBlock];
+            findNearest(channel, box.xStart + column, box.yStart + row, box.zStart + slice, count,
+                        nearest);
             findModes(blocks, nearest, means);
         } else {
             findMeans(blocks, means);

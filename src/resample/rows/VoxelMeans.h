@@ -4,7 +4,6 @@
 #include <cstddef>
 
 #include "FieldOfView.h"
-#include "NearestLabels.h"
 #include "Task.h"
 #include "volux/resample/Options.h"
 
@@ -13,10 +12,7 @@ namespace volux::resample::detail {
 // Safe from many threads.
 class VoxelMeans {
 public:
-    VoxelMeans(const Task& task, Overflow overflow)
-        : task_(task), overflow_(overflow), nearest_(task)
-    {
-    }
+    VoxelMeans(const Task& task, Overflow overflow) : task_(task), overflow_(overflow) {}
 
     // Whether all positions are voxels and everything else allows it.
     static bool serve(const Task& task);
@@ -27,11 +23,12 @@ public:
 
 private:
     bool areFiniteAround(std::size_t slice, Range rows, unsigned int c) const;
+    void findNearest(const Channel& channel, std::size_t i, std::size_t j, std::size_t k,
+                     std::size_t count, const unsigned char** nearest) const;
     bool fillRow(std::size_t slice, std::size_t row, unsigned int c) const;
 
     const Task& task_;
     Overflow overflow_;
-    NearestLabels nearest_;
 };
 
 }  // namespace volux::resample::detail

@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <cstring>
 #include <numeric>
+#include <optional>
 #include <type_traits>
 
 #include "Votes.h"
 #include "exact/ElementTypes.h"
+#include "resample/vectors/Channel.h"
 
 namespace volux::resample::detail {
 
@@ -19,12 +21,9 @@ static_assert(kMostAlong <= kTogether);
 template <class T>
 class Modes {
 public:
-    explicit Modes(const VoxelBlocks& blocks)
-        : blocks_(blocks), votes_({static_cast<unsigned int>(kMostAlong), 1, 1}, 1)
-    {
-    }
+    explicit Modes(const VoxelBlocks& blocks) : blocks_(blocks) {}
 
-    void operator()(const double* nearest, double* modes)
+    void operator()(const unsigned char* const* nearest, double* modes)
     {
         const std::size_t together = kTogether / blocks_.width;
         for (std::size_t first = 0; first < blocks_.count; first += together) {
@@ -34,22 +33,24 @@ public:
 
 private:
     // Most blocks have one label, or more than half of the nearest voxel's or of the first one's.
-    void find(std::size_t first, std::size_t count, const double* nearest, double* modes)
+    void find(std::size_t first, std::size_t count, const unsigned char* const* nearest,
+              double* modes)
     {
         T labels[kTogether];
         bool isFound[kTogether] = {};
-        std::transform(nearest + first, nearest + first + count, labels,
-                       [](double label) { return static_cast<T>(label); });
+        for (std::size_t n = 0; n < count; ++n) {
+            std::memcpy(labels + n, nearest[first + n], sizeof(T));
+        }
         bool areFound = findMajorities(first, count, labels, isFound, modes + first);
         if (!areFound) {
             for (std::size_t n = 0; n < count; ++n) {
-                load(0, (first + n) * blocks_.width, 1, labels + n);
+                labels[n] = *load(0, (first + n) * blocks_.width, 1);
             }
             areFound = findMajorities(first, count, labels, isFound, modes + first);
         }
         for (std::size_t n = 0; !areFound && n < count; ++n) {
             if (!isFound[n]) {
-                modes[first + n] = counted(first + n, nearest[first + n]);
+                modes[first + n] = counted(first + n, elementAt<T>(nearest[first + n]));
             }
         }
     }
@@ -65,9 +66,9 @@ private:
             std::fill_n(leaders_ + n * width, width, labels[n]);
         }
         for (std::size_t row = 0; row < rows; ++row) {
-            load(row, first * width, count * width, row_);
+            const T* const voxels = load(row, first * width, count * width);
             for (std::size_t n = 0; n < count * width; ++n) {
-                matches[n] = static_cast<unsigned short>(matches[n] + (row_[n] == leaders_[n]));
+                matches[n] = static_cast<unsigned short>(matches[n] + (voxels[n] == leaders_[n]));
             }
         }
         bool areFound = true;
@@ -87,9 +88,9 @@ private:
     double asFirst(std::size_t block, T label)
     {
         for (std::size_t row = 0; label == T{0} && std::is_floating_point_v<T>; ++row) {
-            load(row, block * blocks_.width, blocks_.width, row_);
-            const T* const found = std::find(row_, row_ + blocks_.width, label);
-            if (found != row_ + blocks_.width) {
+            const T* const voxels = load(row, block * blocks_.width, blocks_.width);
+            const T* const found = std::find(voxels, voxels + blocks_.width, label);
+            if (found != voxels + blocks_.width) {
                 return static_cast<double>(*found);
             }
         }
@@ -99,38 +100,42 @@ private:
     double counted(std::size_t block, double nearest)
     {
         const std::size_t width = blocks_.width;
-        votes_.begin(1, &nearest);
+        if (!votes_) {
+            votes_.emplace(Subsamples{static_cast<unsigned int>(kMostAlong), 1, 1}, 1);
+        }
+        votes_->begin(1, &nearest);
         do {
             for (std::size_t row = 0; row < blocks_.height * blocks_.depth; ++row) {
-                load(row, block * width, width, row_);
-                std::copy_n(row_, width, labels_);
-                votes_.take(0, labels_, width);
+                std::copy_n(load(row, block * width, width), width, labels_);
+                votes_->take(0, labels_, width);
             }
-        } while (votes_.goesOn());
-        return *votes_.finish();
+        } while (votes_->goesOn());
+        return *votes_->finish();
     }
 
-    // `count` voxels of a row, counted through the slices, from a column on.
-    void load(std::size_t row, std::size_t column, std::size_t count, T* to) const
+    // `count` voxels of a row, counted through the slices, from a column on. They are copied unless
+    // they are contiguous.
+    const T* load(std::size_t row, std::size_t column, std::size_t count)
     {
         const auto steps = [](std::size_t n) { return static_cast<std::int64_t>(n); };
-        const unsigned char* const from =
-            blocks_.first +
-            static_cast<std::ptrdiff_t>(blocks_.strideX * steps(column) +
-                                        blocks_.strideY * steps(row % blocks_.height) +
-                                        blocks_.strideZ * steps(row / blocks_.height));
+        const auto voxel = [&](std::size_t x) {
+            return reinterpret_cast<const T*>(
+                blocks_.first +
+                static_cast<std::ptrdiff_t>(blocks_.strideX * steps(x) +
+                                            blocks_.strideY * steps(row % blocks_.height) +
+                                            blocks_.strideZ * steps(row / blocks_.height)));
+        };
         if (blocks_.strideX == static_cast<std::int64_t>(sizeof(T))) {
-            std::memcpy(to, from, count * sizeof(T));
-            return;
+            return voxel(column);
         }
         for (std::size_t n = 0; n < count; ++n) {
-            std::memcpy(to + n, from + static_cast<std::ptrdiff_t>(blocks_.strideX * steps(n)),
-                        sizeof(T));
+            row_[n] = *voxel(column + n);
         }
+        return row_;
     }
 
     const VoxelBlocks& blocks_;
-    Votes votes_;
+    std::optional<Votes> votes_;
     T row_[kTogether];
     T leaders_[kTogether];
     double labels_[kMostAlong];
@@ -138,7 +143,7 @@ private:
 
 }  // namespace
 
-void findModes(const VoxelBlocks& blocks, const double* nearest, double* modes)
+void findModes(const VoxelBlocks& blocks, const unsigned char* const* nearest, double* modes)
 {
     exact::withElementType(blocks.type, [&](auto element) {
         using T = typename decltype(element)::Type;

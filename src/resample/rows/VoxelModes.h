@@ -5,8 +5,8 @@
 
 namespace volux::resample::detail {
 
-// The vote of the voxels of each block, as Votes has it; `nearest` has the label of the voxel
-// nearest to each block's centre.
-void findModes(const VoxelBlocks& blocks, const double* nearest, double* modes);
+// The vote of the voxels of each block, as Votes has it; `nearest` has the address of the
+// voxel nearest to each block's centre.
+void findModes(const VoxelBlocks& blocks, const unsigned char* const* nearest, double* modes);
 
 }  // namespace volux::resample::detail
