@@ -40,6 +40,7 @@ volux_add_library(resample
     src/resample/rows/Task.cpp
     src/resample/rows/Votes.cpp
     src/resample/rows/VoxelMeans.cpp
+    src/resample/rows/VoxelModes.cpp
     src/resample/rows/Work.cpp
     src/resample/vectors/Block.cpp
     src/resample/vectors/Elements.cpp

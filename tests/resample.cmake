@@ -18,6 +18,7 @@ set(VOLUX_RESAMPLE_TESTS
     resample/calls/ResliceTest.cpp
     resample/calls/DescribeTest.cpp
     resample/calls/ImageTest.cpp
+    resample/calls/LabelsOnGridsTest.cpp
     resample/calls/LabelsTest.cpp
     resample/calls/LabelsVoteTest.cpp
     resample/calls/ResultTypesTest.cpp

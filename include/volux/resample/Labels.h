@@ -46,9 +46,11 @@ namespace volux::resample {
 /// address in Options; the results have the same bits. A call allocates nothing and is thread-safe
 /// while nobody modifies the image. It throws only what a border of the caller's own throws.
 struct VOLUX_RESAMPLE_API Labels : core::Interpolator {
+    /// @{
     /// Has no state to set, copy or free. Never throws; thread-safe.
     Labels() = default;
     constexpr explicit Labels(core::detail::ConstantInitialized tag) noexcept : Interpolator(tag) {}
+    /// @}
 
     /// Samples channel c at (x, y, z), in voxels, with 8 reads. Constant reads `value` outside.
     template <class T, class B>

@@ -6,6 +6,8 @@
 
 #include "AxisTables.h"
 #include "Subsamples.h"
+#include "VoxelModes.h"
+#include "exact/Rules.h"
 #include "resample/vectors/Block.h"
 #include "resample/vectors/Elements.h"
 #include "resample/vectors/VoxelSums.h"
@@ -64,7 +66,7 @@ bool VoxelMeans::serve(const Task& task)
     const Reading& reading = task.source.reading;
     return countOf(n) > 1 && n.x <= kMostAlong && std::uint64_t{n.y} * n.z <= kMostRows &&
            countOf(n) <= kMostVoxels && task.slab.planes == 1 && !reading.isOwn &&
-           !reading.isLabels && std::isfinite(reading.outside.value) &&
+           std::isfinite(reading.outside.value) &&
            areVoxels(task.map, finerBox(task.output, n), task.source.region);
 }
 
@@ -80,8 +82,8 @@ bool VoxelMeans::fill(std::size_t slice, Range rows, unsigned int c) const
 bool VoxelMeans::areFiniteAround(std::size_t slice, Range rows, unsigned int c) const
 {
     const Kernel kernel = task_.source.reading.kernel;
-    if (kernel == Kernel::NEAREST) {
-        return true;  // it has no weights
+    if (kernel == Kernel::NEAREST || task_.source.reading.isLabels) {
+        return true;  // it has no weights, or does not multiply by them
     }
     const Channel channel = task_.source.channel(c);
     const Subsamples& n = task_.subsamples;
@@ -100,6 +102,24 @@ bool VoxelMeans::areFiniteAround(std::size_t slice, Range rows, unsigned int c) 
                       channel.y.stride, channel.z.stride, x.count(), y.count(), z.count(), 1});
 }
 
+// The nearest voxels to the centres of `count` voxels of the grid from (i, j, k) on. Those are
+// inside the source, as the sub-samples on both sides of them are.
+void VoxelMeans::findNearest(const Channel& channel, std::size_t i, std::size_t j, std::size_t k,
+                             std::size_t count, const unsigned char** nearest) const
+{
+    const auto& rows = task_.centres.rows;
+    const auto voxel = [&](int axis, std::size_t x, std::size_t y, std::size_t z) {
+        const auto number = [](std::size_t n) { return static_cast<double>(n); };
+        return exact::firstNeighbour<Kernel::NEAREST>(exact::along(
+            exact::rowStart(rows[axis], number(y), number(z)), rows[axis][0], number(x)));
+    };
+    const int y = channel.y.clamped(voxel(1, i, j, k));
+    const int z = channel.z.clamped(voxel(2, i, j, k));
+    for (std::size_t n = 0; n < count; ++n) {
+        nearest[n] = at(channel, channel.x.clamped(voxel(0, i + n, j, k)), y, z);
+    }
+}
+
 bool VoxelMeans::fillRow(std::size_t slice, std::size_t row, unsigned int c) const
 {
     const UntypedImage& to = task_.destination;
@@ -112,10 +132,24 @@ bool VoxelMeans::fillRow(std::size_t slice, std::size_t row, unsigned int c) con
     for (std::size_t column = 0; column < to.width; column += kBlock) {
         const int x = voxelOf(task_.map, 0, (box.xStart + column) * n.x);
         const std::size_t count = std::min(kBlock, to.width - column);
-        findMeans({channel.type, at(channel, x, y, z), channel.x.stride, channel.y.stride,
-                   channel.z.stride, n.x, n.y, n.z, count},
-                  means);
-        if (task_.source.reading.kernel != Kernel::NEAREST &&
+        const VoxelBlocks blocks = {channel.type,
+                                    at(channel, x, y, z),
+                                    channel.x.stride,
+                                    channel.y.stride,
+                                    channel.z.stride,
+                                    n.x,
+                                    n.y,
+                                    n.z,
+                                    count};
+        if (task_.source.reading.isLabels) {
+            const unsigned char* nearest[kBlock];
+            findNearest(channel, box.xStart + column, box.yStart + row, box.zStart + slice, count,
+                        nearest);
+            findModes(blocks, nearest, means);
+        } else {
+            findMeans(blocks, means);
+        }
+        if (!task_.source.reading.isLabels && task_.source.reading.kernel != Kernel::NEAREST &&
             std::any_of(means, means + count,
                         [](double mean) { return mean == 0.0 && std::signbit(mean); })) {
             return false;

@@ -23,6 +23,8 @@ public:
 
 private:
     bool areFiniteAround(std::size_t slice, Range rows, unsigned int c) const;
+    void findNearest(const Channel& channel, std::size_t i, std::size_t j, std::size_t k,
+                     std::size_t count, const unsigned char** nearest) const;
     bool fillRow(std::size_t slice, std::size_t row, unsigned int c) const;
 
     const Task& task_;

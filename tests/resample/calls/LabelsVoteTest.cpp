@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 #include <map>
 #include <random>
 #include <vector>
@@ -120,6 +121,29 @@ TYPED_TEST(LabelsVote, ByWholeFactorsIsTheModeOfEachBlock)
                             << n.x << ' ' << n.y << ' ' << n.z << ", voxel " << i << ' ' << j << ' '
                             << k << ", " << labels << " labels";
         }
+}
+
+// Zeros of both signs, NaN, and few of anything else.
+TEST(LabelsVoteOfFloats, ByWholeFactorsKeepsTheFirstZerosSign)
+{
+    Seeded random(934);
+    constexpr std::array<float, 5> labels{0.0F, -0.0F, std::numeric_limits<float>::quiet_NaN(),
+                                          3.0F, -std::numeric_limits<float>::infinity()};
+    for (int n = 0; n < 60; ++n) {
+        Volume<float> volume = blankVolume<float>({12, 8, 6});
+        const auto few = random.between(2, 5);
+        for (float& voxel : volume.block)
+            voxel = labels.at(random.below(few));
+        const WrappedVolume<float> scene(volume);
+        Options options{Labels()};
+        options.subsamples = kAntialiased;
+        options.edgeExtends = true;
+        VxImage<float> result;
+        ASSERT_EQ(resize(scene.image, 4, 4, 3, Align::EDGES, &result, options), SUCCESS);
+        const Grid grid = resample::gridOfSize(core::ImageSize(12, 8, 6, 1), VoxelSize(1, 1, 1), 4,
+                                               4, 3, Align::EDGES);
+        expectEveryMean(scene.image, grid.map, result, options);
+    }
 }
 
 TYPED_TEST(LabelsVote, CountsMoreLabelsThanOnePassHasRoomFor)
