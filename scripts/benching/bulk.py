@@ -34,7 +34,7 @@ def is_wanted(measured, competitor):
 
 def check_goals(rows):
     goals.check([row for row in rows if not row.startswith(("growth/", "views/"))],
-                (*goals.BULK, goals.THREADS))
+                (*goals.BULK, goals.GRADIENTS, goals.THREADS))
 
 
 def run(options):
@@ -112,6 +112,18 @@ def views(record):
                    rows)]
 
 
+def gradients(record):
+    rows = [[*row.split("/")[1:], times.shown(median(found, "reading")),
+             times.shown(median(found, "gradient")),
+             *times.ratio_cells(found, goals.GRADIENTS)[1:4]]
+            for row, found in begins(record, "gradients").items()]
+    if not rows:
+        return []
+    return [*heading(3, "Derivatives beside readings alone"),
+            *table(["workload", "voxels", "kernel", "reading, ns", "with derivatives, ns",
+                    *times.RATIO_HEADS[1:4]], rows)]
+
+
 def growth(record):
     """A line for each size, from the rows growth/WHAT/SIZE."""
     cells = {}
@@ -134,5 +146,6 @@ def tables(record):
     lines = [*times.beside(record), *times.overview(record, goals.BULK)]
     for letter in WORKLOADS:
         lines += workload(letter, record)
-    return [*lines, *plane(record), *threads(record), *views(record), *growth(record),
+    return [*lines, *plane(record), *threads(record), *views(record), *gradients(record),
+            *growth(record),
             *times.agreement(record, "Whole volumes: agreement with volux_core")]
