@@ -82,6 +82,18 @@ struct OwnBorder : Border {
     sample(image, grid.map, &place, 1, 0, result->getBufferPointer());
 #elif CASE == 28  // ignoring return value of
     ResampleRegion().support(grid, nullptr);
+#elif CASE == 29  // reads a VxImage, an Image or a View
+    const Sampler sampler(&image);
+#elif CASE == 30  // serves images of unsigned char, short, unsigned short
+    const Sampler sampler(unserved);
+#elif CASE == 31  // ignoring return value of
+    Sampler(image).error();
+#elif CASE == 32  // serves images of unsigned char, short, unsigned short
+    volux::resample::sampleGradient(unserved, &place, 1, Units::VOXELS, 0, nullptr);
+#elif CASE == 33  // ignoring return value of
+    sampleGradient(image, &place, 1, Units::VOXELS, 0, nullptr);
+#elif CASE == 34  // ignoring return value of
+    sampleGradient(image, grid.map, &place, 1, 0, nullptr);
 #endif
 }
 
