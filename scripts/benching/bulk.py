@@ -36,7 +36,7 @@ def is_wanted(measured, competitor):
 
 def check_goals(rows):
     goals.check([row for row in rows if not row.startswith(("growth/", "labels/", "views/"))],
-                (*goals.BULK, goals.THREADS))
+                (*goals.BULK, goals.GRADIENTS, goals.THREADS))
 
 
 def run(options):
@@ -146,6 +146,18 @@ def labels(record):
                     "Labels to linear (quartiles)"], rows)]
 
 
+def gradients(record):
+    rows = [[*row.split("/")[1:], times.shown(median(found, "reading")),
+             times.shown(median(found, "gradient")),
+             *times.ratio_cells(found, goals.GRADIENTS)[1:4]]
+            for row, found in begins(record, "gradients").items()]
+    if not rows:
+        return []
+    return [*heading(3, "Derivatives beside readings alone"),
+            *table(["workload", "voxels", "kernel", "reading, ns", "with derivatives, ns",
+                    *times.RATIO_HEADS[1:4]], rows)]
+
+
 def growth(record):
     """A line for each size, from the rows growth/WHAT/SIZE."""
     cells = {}
@@ -169,6 +181,6 @@ def tables(record):
     for letter in WORKLOADS:
         lines += workload(letter, record)
     return [*lines, *plane(record), *threads(record), *views(record), *means(record),
-            *labels(record),
+            *labels(record), *gradients(record),
             *growth(record),
             *times.agreement(record, "Whole volumes: agreement with volux_core")]

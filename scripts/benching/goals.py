@@ -61,6 +61,9 @@ BULK = [
     Goal("means of blocks", ["means/*"], ("scipy",), 0.20, None, MEANS),
 ]
 
+# A reading with its derivatives.
+GRADIENTS = Goal("derivatives", ["gradients/*"], ("reading",), 2.00, None, "gradient")
+
 # Two threads' time to one's: 1.6 and 1.9 times as fast.
 THREADS = Goal("two threads", ["threads/*"], ("one thread",), 1 / 1.6, 1 / 1.9, "two threads")
 

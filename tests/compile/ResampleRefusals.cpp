@@ -96,6 +96,18 @@ struct OwnBorder : Border {
     volux::resample::resample(image, grid, Warp(), ResampleRegion(), result);
 #elif CASE == 35  // ignoring return value of
     ResampleRegion().support(grid, Warp(), nullptr);
+#elif CASE == 36  // reads a VxImage, an Image or a View
+    const Sampler sampler(&image);
+#elif CASE == 37  // serves images of unsigned char, short, unsigned short
+    const Sampler sampler(unserved);
+#elif CASE == 38  // ignoring return value of
+    Sampler(image).error();
+#elif CASE == 39  // serves images of unsigned char, short, unsigned short
+    volux::resample::sampleGradient(unserved, &place, 1, Units::VOXELS, 0, nullptr);
+#elif CASE == 40  // ignoring return value of
+    sampleGradient(image, &place, 1, Units::VOXELS, 0, nullptr);
+#elif CASE == 41  // ignoring return value of
+    sampleGradient(image, grid.map, &place, 1, 0, nullptr);
 #endif
 }
 
