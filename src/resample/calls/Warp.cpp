@@ -23,21 +23,22 @@ core::ErrorType displacementOf(const Warp& warp, std::optional<Displacement>& di
 WarpedGrid warpedGrid(const Geometry& output, const Geometry& field, const Geometry& source,
                       VectorUnits units)
 {
+    const auto mapBetween = [](const Geometry& from, const Geometry& to) {
+        return gridBetween(from, to).map;
+    };
     WarpedGrid warped;
+    warped.grid = gridBetween(output, units == VectorUnits::FIELD_VOXELS ? field : source);
     switch (units) {
         case VectorUnits::WORLD:
-            warped.grid = gridBetween(output, Geometry());
             warped.grid.map = output.toWorld();
             warped.warp.toField = field.toVoxels();
             warped.warp.toVoxels = source.toVoxels();
             break;
         case VectorUnits::SOURCE_VOXELS:
-            warped.grid = gridBetween(output, source);
-            warped.warp.toField = gridBetween(source, field).map;
+            warped.warp.toField = mapBetween(source, field);
             break;
         case VectorUnits::FIELD_VOXELS:
-            warped.grid = gridBetween(output, field);
-            warped.warp.toVoxels = gridBetween(field, source).map;
+            warped.warp.toVoxels = mapBetween(field, source);
             break;
     }
     return warped;

@@ -34,8 +34,17 @@ struct Interval {
     // What is not finite says nothing of what is between.
     void add(double number)
     {
-        least = std::isfinite(number) ? std::min(least, number) : -kInfinity;
-        greatest = std::isfinite(number) ? std::max(greatest, number) : kInfinity;
+        if (std::isfinite(number)) {
+            least = std::min(least, number);
+            greatest = std::max(greatest, number);
+        } else {
+            addAll();
+        }
+    }
+    void addAll()
+    {
+        least = -kInfinity;
+        greatest = kInfinity;
     }
 };
 
@@ -126,7 +135,7 @@ public:
     void addAny()
     {
         for (Interval& along : along_) {
-            along = {-kInfinity, kInfinity};
+            along.addAll();
         }
     }
 
