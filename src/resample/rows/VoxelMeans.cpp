@@ -84,20 +84,27 @@ bool VoxelMeans::areFiniteAround(std::size_t slice, Range rows, unsigned int c) 
         return true;  // it has no weights
     }
     const Channel channel = task_.source.channel(c);
-    const Subsamples& n = task_.subsamples;
-    const core::Rect& box = task_.output;
-    const auto around = [&](const Axis& axis, int number, std::size_t first, std::size_t end) {
-        return Around(axis, kernel, voxelOf(task_.map, number, first),
-                      voxelOf(task_.map, number, end - 1));
-    };
-    const Around x =
-        around(channel.x, 0, std::size_t{box.xStart} * n.x, (std::size_t{box.xEnd} + 1) * n.x);
-    const Around y =
-        around(channel.y, 1, (box.yStart + rows.first) * n.y, (box.yStart + rows.end) * n.y);
-    const Around z =
-        around(channel.z, 2, (box.zStart + slice) * n.z, (box.zStart + slice + 1) * n.z);
-    return areFinite({channel.type, at(channel, x.first, y.first, z.first), channel.x.stride,
-                      channel.y.stride, channel.z.stride, x.count(), y.count(), z.count(), 1});
+    core::Rect output = task_.output;
+    output.zStart = output.zEnd = output.zStart + static_cast<unsigned int>(slice);
+    output.yEnd = output.yStart + static_cast<unsigned int>(rows.end - 1);
+    output.yStart += static_cast<unsigned int>(rows.first);
+    const core::Rect finer = finerBox(output, task_.subsamples);
+    const Around x(channel.x, kernel, voxelOf(task_.map, 0, finer.xStart),
+                   voxelOf(task_.map, 0, finer.xEnd));
+    const Around y(channel.y, kernel, voxelOf(task_.map, 1, finer.yStart),
+                   voxelOf(task_.map, 1, finer.yEnd));
+    const Around z(channel.z, kernel, voxelOf(task_.map, 2, finer.zStart),
+                   voxelOf(task_.map, 2, finer.zEnd));
+    const VoxelBlocks box = {channel.type,
+                             at(channel, x.first, y.first, z.first),
+                             channel.x.stride,
+                             channel.y.stride,
+                             channel.z.stride,
+                             x.count(),
+                             y.count(),
+                             z.count(),
+                             1};
+    return areFinite(box);
 }
 
 bool VoxelMeans::fillRow(std::size_t slice, std::size_t row, unsigned int c) const
