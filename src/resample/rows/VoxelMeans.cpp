@@ -37,23 +37,54 @@ int voxelOf(const AffineMap& map, int axis, std::size_t n)
     return static_cast<int>(map.rows[axis][3] + static_cast<double>(n));
 }
 
-// Indices `first` to `last`, and those that a kernel reads around them, cut to the axis.
-struct Around {
+// The indices from `first` to `last`.
+struct Span {
     int first;
     int last;
 
-    Around(const Axis& axis, Kernel kernel, int from, int to)
-        : first(axis.clamped(kernel == Kernel::CUBIC ? from - 1 : from)),
-          last(axis.clamped(to + reach(kernel) / 2))
+    std::size_t count() const
+    {
+        return first > last ? 0 : static_cast<std::size_t>(last - first) + 1;
+    }
+};
+
+// Voxels along an axis, and those that a kernel reads besides: there are none beyond the ends.
+struct Reached {
+    Span voxels;
+    Span all;
+
+    Reached(const AffineMap& map, const Axis& axis, int number, Kernel kernel, unsigned int first,
+            unsigned int last)
+        : voxels{voxelOf(map, number, first), voxelOf(map, number, last)},
+          all{axis.clamped(kernel == Kernel::CUBIC ? voxels.first - 1 : voxels.first),
+              axis.clamped(voxels.last + reach(kernel) / 2)}
     {
     }
-    std::size_t count() const { return static_cast<std::size_t>(last - first) + 1; }
+    Span before() const { return {all.first, voxels.first - 1}; }
+    Span behind() const { return {voxels.last + 1, all.last}; }
 };
 
 const unsigned char* at(const Channel& channel, int x, int y, int z)
 {
     return channel.data + static_cast<std::ptrdiff_t>(channel.x.bytes(x) + channel.y.bytes(y) +
                                                       channel.z.bytes(z));
+}
+
+bool areFiniteIn(const Channel& channel, Span x, Span y, Span z)
+{
+    if (x.count() == 0 || y.count() == 0 || z.count() == 0) {
+        return true;
+    }
+    const VoxelBlocks box = {channel.type,
+                             at(channel, x.first, y.first, z.first),
+                             channel.x.stride,
+                             channel.y.stride,
+                             channel.z.stride,
+                             x.count(),
+                             y.count(),
+                             z.count(),
+                             1};
+    return areFinite(box);
 }
 
 }  // namespace
@@ -77,6 +108,7 @@ bool VoxelMeans::fill(std::size_t slice, Range rows, unsigned int c) const
     return isFilled;
 }
 
+// Whether the voxels beside the blocks of some rows are; those inside show in the means.
 bool VoxelMeans::areFiniteAround(std::size_t slice, Range rows, unsigned int c) const
 {
     const Kernel kernel = task_.source.reading.kernel;
@@ -89,22 +121,15 @@ bool VoxelMeans::areFiniteAround(std::size_t slice, Range rows, unsigned int c) 
     output.yEnd = output.yStart + static_cast<unsigned int>(rows.end - 1);
     output.yStart += static_cast<unsigned int>(rows.first);
     const core::Rect finer = finerBox(output, task_.subsamples);
-    const Around x(channel.x, kernel, voxelOf(task_.map, 0, finer.xStart),
-                   voxelOf(task_.map, 0, finer.xEnd));
-    const Around y(channel.y, kernel, voxelOf(task_.map, 1, finer.yStart),
-                   voxelOf(task_.map, 1, finer.yEnd));
-    const Around z(channel.z, kernel, voxelOf(task_.map, 2, finer.zStart),
-                   voxelOf(task_.map, 2, finer.zEnd));
-    const VoxelBlocks box = {channel.type,
-                             at(channel, x.first, y.first, z.first),
-                             channel.x.stride,
-                             channel.y.stride,
-                             channel.z.stride,
-                             x.count(),
-                             y.count(),
-                             z.count(),
-                             1};
-    return areFinite(box);
+    const Reached x(task_.map, channel.x, 0, kernel, finer.xStart, finer.xEnd);
+    const Reached y(task_.map, channel.y, 1, kernel, finer.yStart, finer.yEnd);
+    const Reached z(task_.map, channel.z, 2, kernel, finer.zStart, finer.zEnd);
+    return areFiniteIn(channel, x.all, y.all, z.before()) &&
+           areFiniteIn(channel, x.all, y.all, z.behind()) &&
+           areFiniteIn(channel, x.all, y.before(), z.voxels) &&
+           areFiniteIn(channel, x.all, y.behind(), z.voxels) &&
+           areFiniteIn(channel, x.before(), y.voxels, z.voxels) &&
+           areFiniteIn(channel, x.behind(), y.voxels, z.voxels);
 }
 
 bool VoxelMeans::fillRow(std::size_t slice, std::size_t row, unsigned int c) const
@@ -122,9 +147,7 @@ bool VoxelMeans::fillRow(std::size_t slice, std::size_t row, unsigned int c) con
         findMeans({channel.type, at(channel, x, y, z), channel.x.stride, channel.y.stride,
                    channel.z.stride, n.x, n.y, n.z, count},
                   means);
-        if (task_.source.reading.kernel != Kernel::NEAREST &&
-            std::any_of(means, means + count,
-                        [](double mean) { return mean == 0.0 && std::signbit(mean); })) {
+        if (task_.source.reading.kernel != Kernel::NEAREST && !arePlain(means, count)) {
             return false;
         }
         storeElements({to.type, overflow_}, means, count, to.strideX,
