@@ -1,6 +1,7 @@
 set(VOLUX_RESAMPLE_TESTS
     resample/calls/AffineMapTest.cpp
     resample/calls/AntialiasTest.cpp
+    resample/calls/BlockMeansTest.cpp
     resample/calls/GeometryTest.cpp
     resample/calls/GradientTest.cpp
     resample/calls/GridTest.cpp

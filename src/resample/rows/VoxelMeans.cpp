@@ -39,23 +39,54 @@ int voxelOf(const AffineMap& map, int axis, std::size_t n)
     return static_cast<int>(map.rows[axis][3] + static_cast<double>(n));
 }
 
-// Indices `first` to `last`, and those that a kernel reads around them, cut to the axis.
-struct Around {
+// The indices from `first` to `last`.
+struct Span {
     int first;
     int last;
 
-    Around(const Axis& axis, Kernel kernel, int from, int to)
-        : first(axis.clamped(kernel == Kernel::CUBIC ? from - 1 : from)),
-          last(axis.clamped(to + reach(kernel) / 2))
+    std::size_t count() const
+    {
+        return first > last ? 0 : static_cast<std::size_t>(last - first) + 1;
+    }
+};
+
+// Voxels along an axis, and those that a kernel reads besides: there are none beyond the ends.
+struct Reached {
+    Span voxels;
+    Span all;
+
+    Reached(const AffineMap& map, const Axis& axis, int number, Kernel kernel, unsigned int first,
+            unsigned int last)
+        : voxels{voxelOf(map, number, first), voxelOf(map, number, last)},
+          all{axis.clamped(kernel == Kernel::CUBIC ? voxels.first - 1 : voxels.first),
+              axis.clamped(voxels.last + reach(kernel) / 2)}
     {
     }
-    std::size_t count() const { return static_cast<std::size_t>(last - first) + 1; }
+    Span before() const { return {all.first, voxels.first - 1}; }
+    Span behind() const { return {voxels.last + 1, all.last}; }
 };
 
 const unsigned char* at(const Channel& channel, int x, int y, int z)
 {
     return channel.data + static_cast<std::ptrdiff_t>(channel.x.bytes(x) + channel.y.bytes(y) +
                                                       channel.z.bytes(z));
+}
+
+bool areFiniteIn(const Channel& channel, Span x, Span y, Span z)
+{
+    if (x.count() == 0 || y.count() == 0 || z.count() == 0) {
+        return true;
+    }
+    const VoxelBlocks box = {channel.type,
+                             at(channel, x.first, y.first, z.first),
+                             channel.x.stride,
+                             channel.y.stride,
+                             channel.z.stride,
+                             x.count(),
+                             y.count(),
+                             z.count(),
+                             1};
+    return areFinite(box);
 }
 
 }  // namespace
@@ -79,6 +110,7 @@ bool VoxelMeans::fill(std::size_t slice, Range rows, unsigned int c) const
     return isFilled;
 }
 
+// Whether the voxels beside the blocks of some rows are; those inside show in the means.
 bool VoxelMeans::areFiniteAround(std::size_t slice, Range rows, unsigned int c) const
 {
     const Kernel kernel = task_.source.reading.kernel;
@@ -86,20 +118,20 @@ bool VoxelMeans::areFiniteAround(std::size_t slice, Range rows, unsigned int c) 
         return true;  // it has no weights, or does not multiply by them
     }
     const Channel channel = task_.source.channel(c);
-    const Subsamples& n = task_.subsamples;
-    const core::Rect& box = task_.output;
-    const auto around = [&](const Axis& axis, int number, std::size_t first, std::size_t end) {
-        return Around(axis, kernel, voxelOf(task_.map, number, first),
-                      voxelOf(task_.map, number, end - 1));
-    };
-    const Around x =
-        around(channel.x, 0, std::size_t{box.xStart} * n.x, (std::size_t{box.xEnd} + 1) * n.x);
-    const Around y =
-        around(channel.y, 1, (box.yStart + rows.first) * n.y, (box.yStart + rows.end) * n.y);
-    const Around z =
-        around(channel.z, 2, (box.zStart + slice) * n.z, (box.zStart + slice + 1) * n.z);
-    return areFinite({channel.type, at(channel, x.first, y.first, z.first), channel.x.stride,
-                      channel.y.stride, channel.z.stride, x.count(), y.count(), z.count(), 1});
+    core::Rect output = task_.output;
+    output.zStart = output.zEnd = output.zStart + static_cast<unsigned int>(slice);
+    output.yEnd = output.yStart + static_cast<unsigned int>(rows.end - 1);
+    output.yStart += static_cast<unsigned int>(rows.first);
+    const core::Rect finer = finerBox(output, task_.subsamples);
+    const Reached x(task_.map, channel.x, 0, kernel, finer.xStart, finer.xEnd);
+    const Reached y(task_.map, channel.y, 1, kernel, finer.yStart, finer.yEnd);
+    const Reached z(task_.map, channel.z, 2, kernel, finer.zStart, finer.zEnd);
+    return areFiniteIn(channel, x.all, y.all, z.before()) &&
+           areFiniteIn(channel, x.all, y.all, z.behind()) &&
+           areFiniteIn(channel, x.all, y.before(), z.voxels) &&
+           areFiniteIn(channel, x.all, y.behind(), z.voxels) &&
+           areFiniteIn(channel, x.before(), y.voxels, z.voxels) &&
+           areFiniteIn(channel, x.behind(), y.voxels, z.voxels);
 }
 
 // The nearest voxels to the centres of `count` voxels of the grid from (i, j, k) on. Those are
@@ -150,8 +182,7 @@ bool VoxelMeans::fillRow(std::size_t slice, std::size_t row, unsigned int c) con
             findMeans(blocks, means);
         }
         if (!task_.source.reading.isLabels && task_.source.reading.kernel != Kernel::NEAREST &&
-            std::any_of(means, means + count,
-                        [](double mean) { return mean == 0.0 && std::signbit(mean); })) {
+            !arePlain(means, count)) {
             return false;
         }
         storeElements({to.type, overflow_}, means, count, to.strideX,

@@ -276,6 +276,20 @@ bool areFiniteIn(const VoxelBlocks& blocks)
     return areAll;
 }
 
+// No early end: a compiler makes vectors of it then.
+inline bool arePlainHere(const double* means, std::size_t count)
+{
+    constexpr std::uint64_t kSign = std::uint64_t{1} << 63U;
+    constexpr std::uint64_t kExponent = std::uint64_t{0x7FF} << 52U;
+    std::uint64_t odd = 0;
+    for (std::size_t n = 0; n < count; ++n) {
+        std::uint64_t bits = 0;
+        std::memcpy(&bits, means + n, sizeof bits);
+        odd |= std::uint64_t{bits == kSign} | std::uint64_t{(bits & kExponent) == kExponent};
+    }
+    return odd == 0;
+}
+
 // Calls `function` with the element type, and with whether voxels are contiguous.
 template <class Function>
 auto withVoxels(const VoxelBlocks& blocks, const Function& function)

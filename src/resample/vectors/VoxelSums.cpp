@@ -14,6 +14,7 @@ namespace volux::resample::detail {
 
 HWY_EXPORT(findMeansHere);
 HWY_EXPORT(areFiniteHere);
+HWY_EXPORT(arePlainHere);
 
 void findMeans(const VoxelBlocks& blocks, double* means)
 {
@@ -23,6 +24,11 @@ void findMeans(const VoxelBlocks& blocks, double* means)
 bool areFinite(const VoxelBlocks& blocks)
 {
     return HWY_DYNAMIC_DISPATCH(areFiniteHere)(blocks);
+}
+
+bool arePlain(const double* means, std::size_t count)
+{
+    return HWY_DYNAMIC_DISPATCH(arePlainHere)(means, count);
 }
 
 }  // namespace volux::resample::detail

@@ -35,4 +35,7 @@ void findMeans(const VoxelBlocks& blocks, double* means);
 // Whether all voxels of the blocks are finite.
 bool areFinite(const VoxelBlocks& blocks);
 
+// Whether no mean is infinite, NaN or -0.0.
+bool arePlain(const double* means, std::size_t count);
+
 }  // namespace volux::resample::detail

@@ -62,11 +62,16 @@ protected:
         PeriodicBorder periodic;
         const AffineMap aligned = {{{0.5, 0, 0, -1}, {0, 0.5, 0, -1}, {0, 0, 0.5, -1}}};
         const AffineMap oblique = {{{0.5, 0.1, 0, 0}, {0, 0.5, 0.1, 0}, {0.1, 0, 0.5, 0}}};
+        const AffineMap blocks = {{{2, 0, 0, 0.5}, {0, 2, 0, 0.5}, {0, 0, 2, 0.5}}};
         Options own = options;
         own.border = &periodic;
+        Options means = options;
+        means.subsamples = {2, 2, 2};
+        VxImage<T> small;
+        ASSERT_EQ(resample::resample(source, gridOf(blocks, 20, 20, 20), &small, means), SUCCESS);
         VxImage<T> result;
         for (const AffineMap& map : {aligned, oblique})
-            for (const Options& each : {options, own})
+            for (const Options& each : {options, own, means})
                 ASSERT_EQ(resample::resample(source, gridOf(map, 90, 80, 6), &result, each),
                           SUCCESS);
         const resample::Warp warp(field, AffineMap(), AffineMap());
