@@ -33,12 +33,6 @@ Volume<T> labelsOf(Random& random, const Extents& extents, unsigned int labels)
     return volume;
 }
 
-Subsamples someSubsamples(Random& random)
-{
-    constexpr std::array<unsigned int, 7> counts{1, 1, 2, 2, 3, 4, 5};
-    return {anyOf(random, counts), anyOf(random, counts), anyOf(random, counts)};
-}
-
 template <class T>
 class LabelsVote : public ::testing::Test {
 protected:
