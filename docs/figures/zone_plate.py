@@ -1,6 +1,6 @@
 #!/usr/bin/python3
-"""What scipy.ndimage keeps of the zone plate of reducing.svg, made smaller by a factor of 4: of what
-the result cannot hold, which is aliased, and of what it can. Prints a row for each way."""
+"""What scipy.ndimage keeps of the zone plate of reducing.svg, made smaller by a factor of 4: of
+what the result cannot hold, which is aliased, and of what it can. Prints a row for each way."""
 import numpy
 from scipy import ndimage
 

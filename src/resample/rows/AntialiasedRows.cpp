@@ -12,9 +12,6 @@ namespace volux::resample::detail {
 
 namespace {
 
-// Rows that are folded together, so that lines share what they read.
-constexpr std::size_t kRows = 16;
-
 Range finer(Range range, std::size_t n)
 {
     return {range.first * n, range.end * n};

@@ -16,6 +16,9 @@ namespace volux::resample::detail {
 // Rows `first` to `end` - 1 of the destination, counted through its slices; safe from many threads.
 class AntialiasedRows {
 public:
+    // Rows that are filled together, and share what they read.
+    static constexpr std::size_t kRows = 16;
+
     AntialiasedRows(const Task& task, Overflow overflow);
 
     // Whether the map runs along the axes and everything else allows it.

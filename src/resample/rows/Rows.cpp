@@ -1,5 +1,7 @@
 #include "Rows.h"
 
+#include <algorithm>
+
 #include "AlignedRows.h"
 #include "AntialiasedRows.h"
 #include "Cost.h"
@@ -35,7 +37,8 @@ bool fillRows(const Task& task, const Options& options)
     }
     if (AntialiasedRows::serve(task)) {
         return share(AntialiasedRows(task, options.overflow),
-                     {rowCount, partRows, samples * costAlongAxes(reading)});
+                     {rowCount, std::max(partRows, AntialiasedRows::kRows),
+                      samples * costAlongAxes(reading)});
     }
     const ObliqueRows rows(task, options.overflow);
     const double displaced = task.displacement ? kCostOfField / to.channels : 0.0;

@@ -196,14 +196,15 @@ private:
         }
     }
 
+    // Whatever becomes of a NaN here: the mean is NaN then, and compares with neither.
     template <class V, int N>
     HWY_INLINE void widen(const V (&columns)[N], std::size_t block)
     {
         auto least = load(least_ + block).lanes;
         auto greatest = load(greatest_ + block).lanes;
         for (const V& column : columns) {
-            least = hn::IfThenElse(hn::Lt(column, least), column, least);
-            greatest = hn::IfThenElse(hn::Gt(column, greatest), column, greatest);
+            least = hn::Min(column, least);
+            greatest = hn::Max(column, greatest);
         }
         store(Real(least), least_ + block);
         store(Real(greatest), greatest_ + block);
