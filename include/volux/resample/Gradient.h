@@ -23,9 +23,8 @@
 /// - Cubic: the reading r is a quotient by the sum of the weights. Let X, Y, Z be the sums of the
 ///   weights along the axes, X', Y', Z' those of their derivatives, and W = (X * Y) * Z. Then the
 ///   derivatives are (sx - r * ((X' * Y) * Z)) / W, (sy - r * ((X * Y') * Z)) / W and
-///   (sz - r * ((X * Y) * Z')) / W. They are continuous wherever no border replaces a voxel by
-///   another number. The distances d from the position are those of the weights, and the
-///   derivatives of the four weights are o(d), n(d), -n(d) and -o(d):
+///   (sz - r * ((X * Y) * Z')) / W. They are continuous. The distances d from the position are
+///   those of the weights, and the derivatives of the four weights are o(d), n(d), -n(d) and -o(d):
 ///
 ///     n(d) = (d * 4.5 - 5) * d
 ///     o(d) = (d * 5 - 4) - (d * d) * 1.5

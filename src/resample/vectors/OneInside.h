@@ -16,16 +16,20 @@ inline Axis axisOf(const SampledChannel& channel, int n)
     return {extent, 0, extent - 1, channel.strides[n]};
 }
 
+inline Channel channelOf(const SampledChannel& sampled)
+{
+    return {{},
+            static_cast<const unsigned char*>(sampled.data),
+            axisOf(sampled, 0),
+            axisOf(sampled, 1),
+            axisOf(sampled, 2),
+            0};
+}
+
 template <class T, Kernel K>
 [[gnu::noinline]] double readEdge(const SampledChannel& sampled, double x, double y, double z)
 {
-    const Channel channel = {{},
-                             static_cast<const unsigned char*>(sampled.data),
-                             axisOf(sampled, 0),
-                             axisOf(sampled, 1),
-                             axisOf(sampled, 2),
-                             0};
-    return readOne<T, K>(channel, {sampled.isConstant, sampled.outside}, x, y, z);
+    return readOne<T, K>(channelOf(sampled), {sampled.isConstant, sampled.outside}, x, y, z);
 }
 
 // The neighbours of a sample of the interior, of voxels that are contiguous along x or not.

@@ -29,10 +29,10 @@ struct AxisReads {
 template <class T>
 double readNearest(const Channel& channel, const Outside& outside, double x, double y, double z)
 {
-    constexpr Kernel K = Kernel::NEAREST;
-    const int column = exact::firstNeighbour<K>(x);
-    const int row = exact::firstNeighbour<K>(y);
-    const int slice = exact::firstNeighbour<K>(z);
+    constexpr Kernel kNearest = Kernel::NEAREST;
+    const int column = exact::firstNeighbour<kNearest>(x);
+    const int row = exact::firstNeighbour<kNearest>(y);
+    const int slice = exact::firstNeighbour<kNearest>(z);
     const bool isInside = channel.x.holds(column) && channel.y.holds(row) && channel.z.holds(slice);
     if (!isInside && outside.isConstant) {
         return outside.value;

@@ -124,31 +124,87 @@ HWY_INLINE bool isInterior(const SampledChannel& channel, Quad positions)
     return hn::AllTrue(Fours(), hn::And(positions >= begin, hn::Lt(positions.lanes, end.lanes)));
 }
 
-// Four neighbours along x, from `row` on.
-template <class T, bool Contiguous>
-HWY_INLINE Quad fourOf(const Inside<T, Contiguous>& voxels, const unsigned char* row)
-{
-    if constexpr (Contiguous) {
-        return loadVoxels<T, Fours>(reinterpret_cast<const T*>(row));
-    } else {
-        return quadOf(voxels.pair(row), voxels.pair(row + 2 * voxels.strideX));
-    }
-}
+// The neighbours inside, in vectors.
+template <class T, Kernel, bool Contiguous>
+struct InsideQuads {
+    Inside<T, Contiguous> voxels;
 
-// Two of each of two rows.
-template <class T, bool Contiguous>
-HWY_INLINE Quad faceOf(const Inside<T, Contiguous>& voxels, const unsigned char* row)
-{
-    const unsigned char* const next = row + voxels.strideY;
-    if constexpr (Contiguous) {
-        const hn::FixedTag<T, 2> two;
-        const auto lower = hn::LoadU(two, reinterpret_cast<const T*>(row));
-        const auto upper = hn::LoadU(two, reinterpret_cast<const T*>(next));
-        return widened<T>(Fours(), hn::Combine(hn::FixedTag<T, 4>(), upper, lower));
-    } else {
-        return quadOf(voxels.pair(row), voxels.pair(next));
+    // Four along x, of one row.
+    HWY_INLINE Quad four(int j, int k) const
+    {
+        const unsigned char* const row = voxels.row(j, k);
+        if constexpr (Contiguous) {
+            return loadVoxels<T, Fours>(reinterpret_cast<const T*>(row));
+        } else {
+            return quadOf(voxels.pair(row), voxels.pair(row + 2 * voxels.strideX));
+        }
     }
-}
+
+    // Two along x, of each of two rows.
+    HWY_INLINE Quad face(int k) const
+    {
+        const unsigned char* const row = voxels.row(0, k);
+        const unsigned char* const next = row + voxels.strideY;
+        if constexpr (Contiguous) {
+            const hn::FixedTag<T, 2> two;
+            const auto lower = hn::LoadU(two, reinterpret_cast<const T*>(row));
+            const auto upper = hn::LoadU(two, reinterpret_cast<const T*>(next));
+            return widened<T>(Fours(), hn::Combine(hn::FixedTag<T, 4>(), upper, lower));
+        } else {
+            return quadOf(voxels.pair(row), voxels.pair(next));
+        }
+    }
+};
+
+// The neighbours where some are outside, each axis resolved once.
+template <class T, Kernel K, bool Contiguous>
+struct EdgeQuads {
+    const SampledChannel& channel;
+    AxisReads<K> columns;
+    AxisReads<K> rows;
+    AxisReads<K> slices;
+    bool isRun;
+
+    EdgeQuads(const SampledChannel& sampled, const Channel& axes, const Outside& outside, double x,
+              double y, double z)
+        : channel(sampled),
+          columns(axes.x, outside, exact::firstNeighbour<K>(x)),
+          rows(axes.y, outside, exact::firstNeighbour<K>(y)),
+          slices(axes.z, outside, exact::firstNeighbour<K>(z)),
+          isRun(Contiguous && x >= sampled.begin[0] && x < sampled.end[0])
+    {
+    }
+
+    HWY_INLINE Quad four(int j, int k) const
+    {
+        const unsigned char* const row = rowAt(j, k);
+        if (row == nullptr) {
+            return Quad(channel.outside);
+        }
+        return isRun ? loadVoxels<T, Fours>(reinterpret_cast<const T*>(row + columns.bytes[0]))
+                     : quadOf(pair(row, 0), pair(row, 2));
+    }
+
+    HWY_INLINE Quad face(int k) const { return quadOf(pair(rowAt(0, k), 0), pair(rowAt(1, k), 0)); }
+
+private:
+    // Null outside.
+    const unsigned char* rowAt(int j, int k) const
+    {
+        const auto* const data = static_cast<const unsigned char*>(channel.data);
+        return rows.isInside[j] && slices.isInside[k] ? data + rows.bytes[j] + slices.bytes[k]
+                                                      : nullptr;
+    }
+    double voxel(const unsigned char* row, int i) const
+    {
+        return row != nullptr && columns.isInside[i] ? elementAt<T>(row + columns.bytes[i])
+                                                     : channel.outside;
+    }
+    exact::Pair pair(const unsigned char* row, int i) const
+    {
+        return {voxel(row, i), voxel(row, i + 1)};
+    }
+};
 
 // No position of the interior is below zero, so the voxel there is what truncating gives; that of
 // -0.0 is 0.0.
@@ -158,10 +214,10 @@ HWY_INLINE Quad voxelsAt(Quad positions)
 }
 
 template <class Voxels>
-HWY_INLINE double linearSum(Quad positions, const Voxels& voxels)
+HWY_INLINE double linearSum(Quad positions, Quad lowest, const Voxels& voxels)
 {
     Quad weights[2];
-    weigh(positions, voxelsAt(positions), weights);
+    weigh(positions, lowest, weights);
     const Quad xAndZ = firsts(weights[0], weights[1]);
     const Quad x = lowers(xAndZ, xAndZ);
     const Quad y = lowers(seconds(weights[0], weights[0]), seconds(weights[1], weights[1]));
@@ -169,17 +225,15 @@ HWY_INLINE double linearSum(Quad positions, const Voxels& voxels)
     const Cell ys[1] = {{y, y}};
     const Cell zs[1] = {{uppers(weights[0], weights[0]), uppers(weights[1], weights[1])}};
     return weightedSum<WeightedSum<Kernel::LINEAR, Cell>>(xs, ys, zs, [&](int, int) HWY_ATTR {
-        return [&](int) HWY_ATTR {
-            return Cell(faceOf(voxels, voxels.row(0, 0)), faceOf(voxels, voxels.row(0, 1)));
-        };
+        return [&](int) HWY_ATTR { return Cell(voxels.face(0), voxels.face(1)); };
     });
 }
 
 template <class Voxels>
-HWY_INLINE double cubicSum(Quad positions, const Voxels& voxels)
+HWY_INLINE double cubicSum(Quad positions, Quad lowest, const Voxels& voxels)
 {
     Quad weights[4];
-    weigh(positions, offset(voxelsAt(positions), -1), weights);
+    weigh(positions, offset(lowest, -1), weights);
     const Quad xs[1] = {lowers(firsts(weights[0], weights[1]), firsts(weights[2], weights[3]))};
     Quad ys[4];
     Quad zs[4];
@@ -189,8 +243,32 @@ HWY_INLINE double cubicSum(Quad positions, const Voxels& voxels)
         zs[n] = uppers(weights[n], weights[n]);
     }
     return weightedSum<WeightedSum<Kernel::CUBIC, Quad>>(xs, ys, zs, [&](int j, int k) HWY_ATTR {
-        return [four = fourOf(voxels, voxels.row(j, k))](int) HWY_ATTR { return four; };
+        return [four = voxels.four(j, k)](int) HWY_ATTR { return four; };
     });
+}
+
+// `lowest` are the voxels at or below the position.
+template <class T, Kernel K, bool Contiguous, template <class, Kernel, bool> class Quads>
+HWY_INLINE double sumOf(Quad positions, Quad lowest, const Quads<T, K, Contiguous>& voxels)
+{
+    if constexpr (K == Kernel::LINEAR) {
+        return linearSum(positions, lowest, voxels);
+    } else {
+        return cubicSum(positions, lowest, voxels);
+    }
+}
+
+// Where indices need no care in 32 bits, a number stands for each; NaN is not near.
+template <class T, Kernel K, bool Contiguous>
+HWY_NOINLINE double readAround(const SampledChannel& channel, double x, double y, double z)
+{
+    const Quad positions = quadOf(exact::Pair(x, y), exact::Pair(z));
+    if (!hn::AllTrue(Fours(), Quad(hn::Abs(positions.lanes)) <= Quad(kNear))) {
+        return readEdge<T, K>(channel, x, y, z);
+    }
+    const EdgeQuads<T, K, Contiguous> voxels(channel, channelOf(channel),
+                                             {channel.isConstant, channel.outside}, x, y, z);
+    return sumOf(positions, lowerVoxel(positions), voxels);
 }
 
 template <class T, Kernel K, bool Contiguous>
@@ -198,14 +276,11 @@ double readSingle(const SampledChannel& channel, double x, double y, double z)
 {
     const Quad positions = quadOf(exact::Pair(x, y), exact::Pair(z));
     if (HWY_UNLIKELY(!isInterior(channel, positions))) {
-        return readEdge<T, K>(channel, x, y, z);
+        return readAround<T, K, Contiguous>(channel, x, y, z);
     }
-    const Inside<T, Contiguous> voxels(channel, x, y, z, K == Kernel::CUBIC ? channel.back : 0);
-    if constexpr (K == Kernel::LINEAR) {
-        return linearSum(positions, voxels);
-    } else {
-        return cubicSum(positions, voxels);
-    }
+    const std::int64_t back = K == Kernel::CUBIC ? channel.back : 0;
+    const InsideQuads<T, K, Contiguous> voxels = {{channel, x, y, z, back}};
+    return sumOf(positions, voxelsAt(positions), voxels);
 }
 
 #endif
