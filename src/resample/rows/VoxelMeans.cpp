@@ -152,6 +152,20 @@ void VoxelMeans::findNearest(const Channel& channel, std::size_t i, std::size_t 
     }
 }
 
+// The means or modes of blocks, the first of which is voxel (i, j, k) of the grid.
+bool VoxelMeans::find(const Channel& channel, const VoxelBlocks& blocks, std::size_t i,
+                      std::size_t j, std::size_t k, double* means) const
+{
+    if (task_.source.reading.isLabels) {
+        const unsigned char* nearest[kBlock];
+        findNearest(channel, i, j, k, blocks.count, nearest);
+        findModes(blocks, nearest, means);
+        return true;
+    }
+    findMeans(blocks, means);
+    return task_.source.reading.kernel == Kernel::NEAREST || arePlain(means, blocks.count);
+}
+
 bool VoxelMeans::fillRow(std::size_t slice, std::size_t row, unsigned int c) const
 {
     const UntypedImage& to = task_.destination;
@@ -173,16 +187,8 @@ bool VoxelMeans::fillRow(std::size_t slice, std::size_t row, unsigned int c) con
                                     n.y,
                                     n.z,
                                     count};
-        if (task_.source.reading.isLabels) {
-            const unsigned char* nearest[kBlock];
-            findNearest(channel, box.xStart + column, box.yStart + row, box.zStart + slice, count,
-                        nearest);
-            findModes(blocks, nearest, means);
-        } else {
-            findMeans(blocks, means);
-        }
-        if (!task_.source.reading.isLabels && task_.source.reading.kernel != Kernel::NEAREST &&
-            !arePlain(means, count)) {
+        if (!find(channel, blocks, box.xStart + column, box.yStart + row, box.zStart + slice,
+                  means)) {
             return false;
         }
         storeElements({to.type, overflow_}, means, count, to.strideX,

@@ -5,6 +5,7 @@
 
 #include "FieldOfView.h"
 #include "Task.h"
+#include "resample/vectors/VoxelSums.h"
 #include "volux/resample/Options.h"
 
 namespace volux::resample::detail {
@@ -25,6 +26,8 @@ private:
     bool areFiniteAround(std::size_t slice, Range rows, unsigned int c) const;
     void findNearest(const Channel& channel, std::size_t i, std::size_t j, std::size_t k,
                      std::size_t count, const unsigned char** nearest) const;
+    bool find(const Channel& channel, const VoxelBlocks& blocks, std::size_t i, std::size_t j,
+              std::size_t k, double* means) const;
     bool fillRow(std::size_t slice, std::size_t row, unsigned int c) const;
 
     const Task& task_;

@@ -73,15 +73,12 @@ struct Voted {
         if (HWY_LIKELY(areAllSame(labels))) {
             return labels[0];
         }
-        const auto again = [&labels](int j, int k) HWY_ATTR {
-            return [&labels, j, k](int i) HWY_ATTR { return labels[4 * k + 2 * j + i]; };
-        };
-        // Far positions, whose weights may be anything, are read one by one.
-        const auto voters = weightedSum<Voters<T, true, Real>>(xs, ys, zs, again);
-        return elected(voters, [&labels, &positions]() HWY_ATTR {
-            return nearestOf(labels, isLowerNearest(positions.x), isLowerNearest(positions.y),
-                             isLowerNearest(positions.z));
-        });
+        if constexpr (std::is_floating_point_v<T>) {
+            if (!anyOf(isNaN(sumOf(labels)))) {
+                return vote<NoNaN>(xs, ys, zs, labels, positions);
+            }
+        }
+        return vote<T>(xs, ys, zs, labels, positions);
     }
 
     static void readOneByOne(const Channel& channel, const Outside& outside, Block& block,
@@ -91,6 +88,31 @@ struct Voted {
     }
 
 private:
+    template <class Label, class Ys>
+    static HWY_INLINE Real vote(const Real (&xs)[2], const Ys (&ys)[2], const Ys (&zs)[2],
+                                const Real (&labels)[8], const Reals& positions)
+    {
+        const auto again = [&labels](int j, int k) HWY_ATTR {
+            return [&labels, j, k](int i) HWY_ATTR { return labels[4 * k + 2 * j + i]; };
+        };
+        // Far positions, whose weights may be anything, are read one by one.
+        const auto voters = weightedSum<Voters<Label, true, Real>>(xs, ys, zs, again);
+        return elected(voters, [&labels, &positions]() HWY_ATTR {
+            return nearestOf(labels, isLowerNearest(positions.x), isLowerNearest(positions.y),
+                             isLowerNearest(positions.z));
+        });
+    }
+
+    // NaN if one of them is, and perhaps if two are infinite.
+    static HWY_INLINE Real sumOf(const Real (&labels)[8])
+    {
+        Real sum = labels[0];
+        for (int n = 1; n < 8; ++n) {
+            sum = sum + labels[n];
+        }
+        return sum;
+    }
+
     // Inside a region all are, which is nearly everywhere in most maps.
     static HWY_INLINE bool areAllSame(const Real (&labels)[8])
     {

@@ -5,6 +5,7 @@
 #include <array>
 #include <cmath>
 #include <set>
+#include <utility>
 #include <vector>
 
 #include "resample/LabelOracle.h"
@@ -122,6 +123,23 @@ short greatestOf(const std::vector<VxImage<double>>& volumes, int i, int j, int 
     return lowest;
 }
 
+template <class Kernel>
+Options extending(Kernel kernel)
+{
+    Options options(kernel);
+    options.edgeExtends = true;
+    return options;
+}
+
+// Linear, of 1 where a label is and 0 elsewhere.
+void readShare(Volume<short> volume, short label, const Grid& grid, VxImage<double>* share)
+{
+    for (short& voxel : volume.block)
+        voxel = voxel == label ? 1 : 0;
+    const WrappedVolume<short> scene(std::move(volume));
+    ASSERT_EQ(resample::resample(scene.image, grid, share, extending(Linear())), SUCCESS);
+}
+
 TEST(Labels, AreTheGreatestOfOneLinearVolumeForEachLabel)
 {
     constexpr short kLabels = 6;
@@ -134,24 +152,13 @@ TEST(Labels, AreTheGreatestOfOneLinearVolumeForEachLabel)
         const WrappedVolume<short> scene(volume);
         const Grid grid = gridOf(
             n % 2 == 0 ? halfMap(random, extents) : obliqueMap(random, extents, 0.3), 19, 7, 5);
-        const auto with = [&](auto kernel) {
-            Options options(kernel);
-            options.edgeExtends = true;
-            return options;
-        };
         std::vector<VxImage<double>> volumes(kLabels);
-        for (short label = 0; label < kLabels; ++label) {
-            Volume<short> share = volume;
-            for (short& voxel : share.block)
-                voxel = voxel == label ? 1 : 0;
-            ASSERT_EQ(resample::resample(WrappedVolume<short>(share).image, grid,
-                                         &volumes[static_cast<std::size_t>(label)], with(Linear())),
-                      SUCCESS);
-        }
+        for (short label = 0; label < kLabels; ++label)
+            readShare(volume, label, grid, &volumes[static_cast<std::size_t>(label)]);
         VxImage<short> labels;
         VxImage<short> nearest;
-        ASSERT_EQ(resample::resample(scene.image, grid, &labels, with(Labels())), SUCCESS);
-        ASSERT_EQ(resample::resample(scene.image, grid, &nearest, with(NearestNeighbor())),
+        ASSERT_EQ(resample::resample(scene.image, grid, &labels, extending(Labels())), SUCCESS);
+        ASSERT_EQ(resample::resample(scene.image, grid, &nearest, extending(NearestNeighbor())),
                   SUCCESS);
         for (int k = 0; k < 5; ++k)
             for (int j = 0; j < 7; ++j)

@@ -196,6 +196,19 @@ TYPED_TEST(LabelsVote, OfABoxIsThatOfTheWhole)
     }
 }
 
+Planes somePlanes(double tilt)
+{
+    Planes planes;
+    planes.origin = {1.3, 0.7, 0.25};
+    planes.across = {0.9, 0.1, tilt};
+    planes.down = {-0.1, 1.1, 0.0};
+    planes.step = {0.0, 0.0, 0.75};
+    planes.width = 9;
+    planes.height = 7;
+    planes.count = 3;
+    return planes;
+}
+
 // Sub-sample by sub-sample, plane by plane.
 TYPED_TEST(LabelsVote, OfASlabIsThatOfAllItsPlanes)
 {
@@ -204,14 +217,7 @@ TYPED_TEST(LabelsVote, OfASlabIsThatOfAllItsPlanes)
     for (int n = 0; n < 12; ++n) {
         const Extents extents{12, 11, 10};
         const WrappedVolume<T> scene(labelsOf<T>(random, extents, 4));
-        Planes planes;
-        planes.origin = {1.3, 0.7, 0.25};
-        planes.across = {0.9, 0.1, n % 2 == 0 ? 0.0 : 0.2};
-        planes.down = {-0.1, 1.1, 0.0};
-        planes.step = {0.0, 0.0, 0.75};
-        planes.width = 9;
-        planes.height = 7;
-        planes.count = 3;
+        const Planes planes = somePlanes(n % 2 == 0 ? 0.0 : 0.2);
         Options options = this->someOptions(random);
         options.subsamples.x = options.subsamples.y = 1;
         VxImage<T> result;
