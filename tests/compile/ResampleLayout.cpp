@@ -5,12 +5,14 @@
 namespace volux::resample {
 
 #if defined(__GLIBCXX__) && __SIZEOF_POINTER__ == 8
-static_assert(sizeof(Options) == 104);
+static_assert(sizeof(Options) == 112);
 static_assert(sizeof(Grid) == 136);
 static_assert(sizeof(Geometry) == 136);
 static_assert(sizeof(PlacedGrid) == 272);
 static_assert(sizeof(Planes) == 136);
 static_assert(sizeof(Slab) == 8);
+static_assert(sizeof(Subsamples) == 12);
+static_assert(sizeof(Labels) == 8);
 static_assert(sizeof(ResampleRegion) == 48);
 static_assert(sizeof(Warp) == 280);
 static_assert(sizeof(WarpedGrid) == 416);

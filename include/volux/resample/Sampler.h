@@ -59,9 +59,9 @@ VOLUX_RESAMPLE_API SamplerParts makeSampler(const View<const void>& source, int 
 ///
 /// A sampler is a value of fixed size. It refers to the voxels, which must outlive it and all its
 /// copies; the view or the image that it was made of need not, as long as the voxels stay where
-/// they are. Labels and policies of the caller's own are called through volux_core at every reading;
-/// the caller's must outlive it, too. For them alone a sampler allocates memory when it is made, and
-/// copies share it.
+/// they are. Labels and policies of the caller's own are called through volux_core at every
+/// reading; the caller's must outlive it, too. For them alone a sampler allocates memory when it is
+/// made, and copies share it.
 ///
 /// Threads: any number of threads may call one sampler at once, while nobody writes the voxels.
 /// Calls are O(1), lock nothing and allocate nothing.
