@@ -59,6 +59,6 @@ install(DIRECTORY include/volux DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONEN
 if(TARGET volux_resample)
     volux_install(volux_resample resample)
     install(DIRECTORY include/volux DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT resample
-        FILES_MATCHING REGEX "volux/(resample|adapt)[./].*h$"
+        FILES_MATCHING REGEX "volux/(resample|adapt)[./].*(h|inc)$"
         PATTERN "core*" EXCLUDE PATTERN "base" EXCLUDE)
 endif()
