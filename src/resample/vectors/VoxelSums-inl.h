@@ -286,7 +286,8 @@ inline bool arePlainHere(const double* means, std::size_t count)
     for (std::size_t n = 0; n < count; ++n) {
         std::uint64_t bits = 0;
         std::memcpy(&bits, means + n, sizeof bits);
-        odd |= std::uint64_t{bits == kSign} | std::uint64_t{(bits & kExponent) == kExponent};
+        odd |= static_cast<std::uint64_t>(bits == kSign);
+        odd |= static_cast<std::uint64_t>((bits & kExponent) == kExponent);
     }
     return odd == 0;
 }
