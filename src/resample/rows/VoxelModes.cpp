@@ -138,7 +138,7 @@ private:
     std::optional<Votes> votes_;
     T row_[kTogether];
     T leaders_[kTogether];
-    double labels_[kMostAlong];
+    double labels_[kMostAlong] = {};
 };
 
 }  // namespace
