@@ -86,10 +86,10 @@ double readWeighted(const Channel& channel, const Outside& outside, double x, do
 template <class T>
 double readLabel(const Channel& channel, const Outside& outside, double x, double y, double z)
 {
-    constexpr Kernel K = Kernel::LINEAR;
-    const AxisReads<K> columns(channel.x, outside, exact::firstNeighbour<K>(x));
-    const AxisReads<K> rows(channel.y, outside, exact::firstNeighbour<K>(y));
-    const AxisReads<K> slices(channel.z, outside, exact::firstNeighbour<K>(z));
+    constexpr Kernel kKernel = Kernel::LINEAR;
+    const AxisReads<kKernel> columns(channel.x, outside, exact::firstNeighbour<kKernel>(x));
+    const AxisReads<kKernel> rows(channel.y, outside, exact::firstNeighbour<kKernel>(y));
+    const AxisReads<kKernel> slices(channel.z, outside, exact::firstNeighbour<kKernel>(z));
     return labelAt<T>(x, y, z, [&](int i, int j, int k) {
         const bool isInside = columns.isInside[i] && rows.isInside[j] && slices.isInside[k];
         return isInside

@@ -51,8 +51,7 @@ private:
     ViewedVolume<short> source{random, {9, 8, 7}, 1, false};
     const GuardedPages pages{2};
 };
-using Fractions = ::testing::Types<float, double>;
-TYPED_TEST_SUITE(GuardedFields, Fractions);
+TYPED_TEST_SUITE(GuardedFields, RealTypes, ElementTypeNames);
 
 TYPED_TEST(GuardedFields, AreReadInsideAlone)
 {
