@@ -29,12 +29,14 @@ public:
     {
     }
 
-    // Only on a grid does the edge end, unless the options say that it extends.
+    // Only on a grid does the edge end, unless the options say that it extends. Labels is the last
+    // kernel.
     template <class Ask>
-    void operator()(const std::string& operation, bool isGrid, const Ask& ask) const
+    void operator()(const std::string& operation, bool isGrid, const Ask& ask,
+                    std::size_t kernels = kInterpolators.size()) const
     {
         const bool isWrapping = random_.below(3) == 0;
-        for (std::size_t kernel = 0; kernel < kInterpolators.size(); ++kernel)
+        for (std::size_t kernel = 0; kernel < kernels; ++kernel)
             for (std::size_t border = 0; border < 2; ++border)
                 ask(optionsOf(kernel, border, isWrapping, isGrid),
                     streams_[operation + ", " + test::kKernelNames[kernel] + ", " +

@@ -31,9 +31,10 @@ public:
             withEachPolicy_("sampler", false, [&](const Options& options, Stream& stream) {
                 append(stream, calls_.readings(wrapped_.image, places, options));
             });
-            withEachPolicy_("gradient", false, [&](const Options& options, Stream& stream) {
+            const auto derive = [&](const Options& options, Stream& stream) {
                 append(stream, calls_.gradients(wrapped_.image, places, options));
-            });
+            };
+            withEachPolicy_("gradient", false, derive, kInterpolators.size() - 1);
         }
     }
 
