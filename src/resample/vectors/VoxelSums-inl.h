@@ -14,6 +14,7 @@
 #include <limits>
 #include <type_traits>
 
+#include "Block.h"
 #include "Lanes-inl.h"
 #include "VoxelSums.h"
 #include "exact/ElementTypes.h"
@@ -231,9 +232,9 @@ private:
 
     std::size_t width_;
     std::size_t count_;
-    double sums_[kTogether];
-    double least_[kRounds ? kTogether : 1];
-    double greatest_[kRounds ? kTogether : 1];
+    double sums_[kBlock];
+    double least_[kRounds ? kBlock : 1];
+    double greatest_[kRounds ? kBlock : 1];
 };
 
 template <class T>

@@ -20,7 +20,7 @@ struct VoxelBlocks {
     std::size_t width;  // at most kMostAlong
     std::size_t height;
     std::size_t depth;
-    std::size_t count;
+    std::size_t count;  // at most kBlock, where means are found
 };
 
 // Up to here, and to so many rows and voxels of a block, the sums of integers are exact.
