@@ -22,17 +22,17 @@ constexpr unsigned int kPixels = 420;
 constexpr double kFactor = 4.0;
 constexpr double kNothing = 0.0;  // a label that most maps keep for the background
 
-/// One of six bytes, so that neighbouring labels look different.
+/// Goes up from 60 to 255 by `step` a label and begins again, so that neighbouring ones look different.
 unsigned char level(double label, double step)
 {
-    return static_cast<unsigned char>(60 + 39 * std::fmod(std::abs(label) * step, 6.0));
+    return static_cast<unsigned char>(60 + step * std::fmod(std::abs(label), 195 / step));
 }
 
 Colour colourOf(double label)
 {
-    if (label == kNothing)
+    if (label == kNothing || !std::isfinite(label))
         return {0, 0, 0};
-    return {level(label, 1.7), level(label, 2.9), level(label, 4.3)};
+    return {level(label, 66.3), level(label, 113.1), level(label, 167.7)};
 }
 
 unsigned int reduced(unsigned int extent)

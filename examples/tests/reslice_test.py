@@ -120,6 +120,12 @@ class SoundVolumes(Demo):
     def test_label_map(self):
         self.assertEqual(set(self.draw(slim('h'), 'labels.nii', '--labels')), {'labels.png'})
 
+    @unittest.skipUnless(BULK, 'without volux_resample')
+    def test_label_map_of_any_numbers(self):
+        values = [float('nan'), float('inf'), -1e308, 0.5, 1e308, -3.0] * 231
+        self.assertEqual(set(self.draw(slim('d', values=values), 'labels.nii', '--labels')),
+                         {'labels.png'})
+
 
 class UnsoundVolumes(Demo):
     def test_missing_file(self):
