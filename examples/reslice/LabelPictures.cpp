@@ -22,7 +22,7 @@ constexpr unsigned int kPixels = 420;
 constexpr double kFactor = 4.0;
 constexpr double kNothing = 0.0;  // a label that most maps keep for the background
 
-/// Goes up from 60 to 255 by `step` a label and begins again, so that neighbouring ones look different.
+/// Goes up from 60 to 255 by `step` a label and begins again, so that neighbours look different.
 unsigned char level(double label, double step)
 {
     return static_cast<unsigned char>(60 + step * std::fmod(std::abs(label), 195 / step));
