@@ -49,6 +49,7 @@ set(VOLUX_RESAMPLE_TESTS
 )
 # The undefined-behaviour sanitizer reads the type of every object whose virtual function is called.
 if(NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize")
+    set_property(SOURCE resample/calls/PoliciesWithoutRtti.cpp PROPERTY SKIP_PRECOMPILE_HEADERS ON)
     set_property(SOURCE resample/calls/PoliciesWithoutRtti.cpp APPEND PROPERTY COMPILE_OPTIONS
         $<$<CXX_COMPILER_ID:GNU,Clang,AppleClang>:-fno-rtti>)
 endif()

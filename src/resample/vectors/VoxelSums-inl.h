@@ -10,6 +10,7 @@
 #include <hwy/highway.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <limits>
 #include <type_traits>
@@ -39,18 +40,21 @@ struct VoxelRow {
     }
 };
 
+template <class T, bool Contiguous>
+VoxelRow<T, Contiguous> rowOf(const VoxelBlocks& blocks, std::size_t y, std::size_t z)
+{
+    const auto offset = blocks.strideY * static_cast<std::int64_t>(y) +
+                        blocks.strideZ * static_cast<std::int64_t>(z);
+    return {reinterpret_cast<const T*>(blocks.first + static_cast<std::ptrdiff_t>(offset)),
+            static_cast<std::ptrdiff_t>(blocks.strideX) / static_cast<std::ptrdiff_t>(sizeof(T))};
+}
+
 template <class T, bool Contiguous, class Visit>
 void forEachRow(const VoxelBlocks& blocks, const Visit& visit)
 {
-    const auto stride =
-        static_cast<std::ptrdiff_t>(blocks.strideX) / static_cast<std::ptrdiff_t>(sizeof(T));
     for (std::size_t z = 0; z < blocks.depth; ++z) {
         for (std::size_t y = 0; y < blocks.height; ++y) {
-            const auto offset = blocks.strideY * static_cast<std::int64_t>(y) +
-                                blocks.strideZ * static_cast<std::int64_t>(z);
-            visit(VoxelRow<T, Contiguous>{
-                reinterpret_cast<const T*>(blocks.first + static_cast<std::ptrdiff_t>(offset)),
-                stride});
+            visit(rowOf<T, Contiguous>(blocks, y, z));
         }
     }
 }
@@ -117,18 +121,13 @@ HWY_INLINE void loadBlocks(D d, const T* voxels, hn::Vec<D> (&columns)[N])
 
 #endif
 
-// Sums of floats are rounded, but none leaves its voxels: so few multiples of a float are doubles,
-// and rounding keeps the order.
+// Sums of floats and doubles, in the order of the voxels.
 template <class T>
 class RealSums {
 public:
     explicit RealSums(const VoxelBlocks& blocks) : width_(blocks.width), count_(blocks.count)
     {
         std::fill_n(sums_, count_, -0.0);  // to which the first is added without a change
-        if constexpr (kRounds) {
-            std::fill_n(least_, count_, std::numeric_limits<double>::infinity());
-            std::fill_n(greatest_, count_, -std::numeric_limits<double>::infinity());
-        }
     }
 
     template <bool Contiguous>
@@ -150,20 +149,9 @@ public:
         }
     }
 
-    double mean(std::size_t block, double number) const
-    {
-        const double mean = sums_[block] / number;
-        if constexpr (kRounds) {
-            return mean < least_[block]      ? least_[block]
-                   : mean > greatest_[block] ? greatest_[block]
-                                             : mean;
-        }
-        return mean;
-    }
+    double mean(std::size_t block, double number) const { return sums_[block] / number; }
 
 private:
-    static constexpr bool kRounds = std::is_same_v<T, double>;
-
     // As many blocks at once as there are lanes.
     template <int N>
     void addBlocks(const T* row)
@@ -179,9 +167,6 @@ private:
                 sum = sum + widened(column);
             }
             store(sum, sums_ + block);
-            if constexpr (kRounds) {
-                widen(columns, block);
-            }
         }
 #endif
         addFrom(block, VoxelRow<T, true>{row, 1}, std::integral_constant<std::size_t, N>());
@@ -190,25 +175,11 @@ private:
     template <class V>
     static HWY_INLINE Real widened(V voxels)
     {
-        if constexpr (kRounds) {
+        if constexpr (std::is_same_v<T, double>) {
             return Real(voxels);
         } else {
             return Real(hn::PromoteTo(Doubles(), voxels));
         }
-    }
-
-    // Whatever becomes of a NaN here: the mean is NaN then, and compares with neither.
-    template <class V, int N>
-    HWY_INLINE void widen(const V (&columns)[N], std::size_t block)
-    {
-        auto least = load(least_ + block).lanes;
-        auto greatest = load(greatest_ + block).lanes;
-        for (const V& column : columns) {
-            least = hn::Min(column, least);
-            greatest = hn::Max(column, greatest);
-        }
-        store(Real(least), least_ + block);
-        store(Real(greatest), greatest_ + block);
     }
 #endif
 
@@ -219,12 +190,7 @@ private:
         for (; block < count_; ++block) {
             double sum = sums_[block];
             for (std::size_t n = 0; n < width; ++n) {
-                const double voxel{row[block * width + n]};
-                sum += voxel;
-                if constexpr (kRounds) {
-                    least_[block] = voxel < least_[block] ? voxel : least_[block];
-                    greatest_[block] = voxel > greatest_[block] ? voxel : greatest_[block];
-                }
+                sum += double{row[block * width + n]};
             }
             sums_[block] = sum;
         }
@@ -233,9 +199,81 @@ private:
     std::size_t width_;
     std::size_t count_;
     double sums_[kBlock];
-    double least_[kRounds ? kBlock : 1];
-    double greatest_[kRounds ? kBlock : 1];
 };
+
+// The least and the greatest voxel of each block: rows first, then columns.
+class Extremes {
+public:
+    explicit Extremes(const VoxelBlocks& blocks)
+        : width_(blocks.width), columns_(blocks.width * blocks.count)
+    {
+        std::fill_n(least_, columns_, std::numeric_limits<double>::infinity());
+        std::fill_n(greatest_, columns_, -std::numeric_limits<double>::infinity());
+    }
+
+    // Whatever becomes of a NaN here: the mean is NaN then, and compares with neither.
+    template <bool Contiguous>
+    void add(const VoxelRow<double, Contiguous>& row)
+    {
+        for (std::size_t n = 0; n < columns_; ++n) {
+            const double voxel = row[n];
+            least_[n] = voxel < least_[n] ? voxel : least_[n];
+            greatest_[n] = voxel > greatest_[n] ? voxel : greatest_[n];
+        }
+    }
+
+    double clamped(double mean, std::size_t block) const
+    {
+        const std::size_t first = block * width_;
+        const double least = *std::min_element(least_ + first, least_ + first + width_);
+        const double greatest = *std::max_element(greatest_ + first, greatest_ + first + width_);
+        return mean < least ? least : mean > greatest ? greatest : mean;
+    }
+
+private:
+    std::size_t width_;
+    std::size_t columns_;
+    double least_[kTogether];
+    double greatest_[kTogether];
+};
+
+// Whether rounding may have moved a mean of doubles beyond their least or greatest: not where the
+// mean is a voxel, and only where it hardly differs from any. In n voxels up to M in size the sum's
+// error moves the mean by at most n * 2^-53 * M. The exact mean is at least 1/n of the range away
+// from both ends, so to leave the range it must be narrower than n * n * 2^-53 * M, and then no
+// voxel differs more than that from the mean, which nearly is M. Infinite means and NaN do not
+// compare.
+template <bool Contiguous>
+bool mayLeave(const double* means, std::size_t count, const VoxelRow<double, Contiguous>& row,
+              std::size_t width, double number)
+{
+    constexpr double kRounding = 0x1p-50;
+    const double narrow = number * number * kRounding;
+    bool mayAny = false;
+    for (std::size_t n = 0; n < count; ++n) {
+        const double first = row[n * width];
+        const double distance = std::abs(means[n] - first);
+        mayAny |= !(distance > narrow * std::abs(means[n]) || means[n] == first);
+    }
+    return mayAny;
+}
+
+// Sums of floats are rounded, but their means stay among them: so few multiples of a float are
+// doubles, and rounding keeps the order.
+template <class T, bool Contiguous>
+void keepAmongVoxels(const VoxelBlocks& blocks, double number, double* means)
+{
+    if constexpr (std::is_same_v<T, double>) {
+        if (mayLeave(means, blocks.count, rowOf<T, Contiguous>(blocks, 0, 0), blocks.width,
+                     number)) {
+            Extremes extremes(blocks);
+            forEachRow<T, Contiguous>(blocks, [&](const auto& row) { extremes.add(row); });
+            for (std::size_t n = 0; n < blocks.count; ++n) {
+                means[n] = extremes.clamped(means[n], n);
+            }
+        }
+    }
+}
 
 template <class T>
 using SumsOf = std::conditional_t<std::is_integral_v<T>, IntegerSums<T>, RealSums<T>>;
@@ -252,6 +290,7 @@ void findMeansOf(VoxelBlocks blocks, double* means)
         for (std::size_t n = 0; n < blocks.count; ++n) {
             means[first + n] = sums.mean(n, number);
         }
+        keepAmongVoxels<T, Contiguous>(blocks, number, means + first);
         blocks.first += static_cast<std::ptrdiff_t>(
             blocks.strideX * static_cast<std::int64_t>(blocks.count * blocks.width));
     }

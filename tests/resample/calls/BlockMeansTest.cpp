@@ -112,6 +112,33 @@ TEST(AntialiasMean, KeepsTheLargestDoubles)
     }
 }
 
+// The error of a sum may exceed the range of voxels that hardly differ.
+TEST(AntialiasMean, StaysAmongDoublesThatHardlyDiffer)
+{
+    Seeded random(83);
+    for (int round = 0; round < 4000; ++round) {
+        const Subsamples n = {random.between(1, 9), random.between(1, 5), random.between(1, 4)};
+        const unsigned int width = random.between(1, 6);
+        Volume<double> volume = blankVolume<double>({width * n.x, n.y, n.z});
+        const double fraction = static_cast<double>(random.bits()) - 0x1p63;
+        const double least = std::ldexp(fraction, static_cast<int>(random.below(2090)) - 1130);
+        const unsigned int steps = random.below(3);
+        for (double& voxel : volume.block) {
+            voxel = least;
+            for (unsigned int step = random.below(steps + 1); step > 0; --step)
+                voxel = std::nextafter(voxel, std::numeric_limits<double>::max());
+        }
+        const WrappedVolume<double> scene(volume);
+        Options options(kInterpolators[random.below(2)]);
+        options.subsamples = kAntialiased;
+        VxImage<double> result;
+        ASSERT_EQ(resize(scene.image, width, 1, 1, Align::EDGES, &result, options), SUCCESS);
+        for (unsigned int i = 0; i < width; ++i)
+            ASSERT_TRUE(bitEqual(result(i, 0, 0, 0), blockMean(scene.image, n, i, 0, 0, 0)))
+                << "round " << round << ", voxel " << i;
+    }
+}
+
 // Linear multiplies the next voxel by 0, also that of the next block.
 TEST(AntialiasMean, IsNaNWhereASubsampleIs)
 {
