@@ -69,6 +69,7 @@ void addMeans(const std::string& library)
     };
     add("short", measureMeans<Library, short>);
     add("float", measureMeans<Library, float>);
+    add("double", measureMeans<Library, double>);
 }
 
 }  // namespace volux::bench
