@@ -134,7 +134,7 @@ TEST(AntialiasMean, StaysAmongDoublesThatHardlyDiffer)
         VxImage<double> result;
         ASSERT_EQ(resize(scene.image, width, 1, 1, Align::EDGES, &result, options), SUCCESS);
         for (unsigned int i = 0; i < width; ++i)
-            ASSERT_TRUE(bitEqual(result(i, 0, 0, 0), blockMean(scene.image, n, i, 0, 0, 0)))
+            ASSERT_TRUE(bitEqual(at(result, i, 0, 0, 0), blockMean(scene.image, n, i, 0, 0, 0)))
                 << "round " << round << ", voxel " << i;
     }
 }
