@@ -1,0 +1,222 @@
+"""Volumes on other grids."""
+
+from __future__ import annotations
+
+import warnings
+from typing import TYPE_CHECKING, Literal, TypeAlias, overload
+
+import numpy as np
+import numpy.typing as npt
+
+from volux import _core
+from volux._displacement import IDENTITY, Displacement, Transform, parts_of
+from volux._grid import Grid
+from volux._image import Image
+from volux._reading import reading
+from volux._subject import Subject, result, subject
+from volux._types import Antialias, Array, Border, DLPackProducer, FillingOptions, Interpolation
+from volux._types import Ints, Matrix, NotGiven, Number, Outside, Overflow, Progress
+from volux._words import in_our_words, one_of
+
+if TYPE_CHECKING:
+    from typing_extensions import Unpack
+
+# A step that exceeds a whole number of voxels by less counts as that number, as in the library.
+_TWO = 2.0 * (1.0 - 2.0**-20)
+
+
+class AliasingWarning(UserWarning):
+    """A result of larger voxels than its source, made without a decision about aliasing."""
+
+
+class PlacingOptions(FillingOptions, total=False):
+    """What resample() takes besides."""
+
+    like: Image | Array | DLPackProducer | None
+    transform: Transform | None
+
+
+@overload
+def resample(image: Image, grid: Grid | None = None, **options: Unpack[PlacingOptions]) -> Image: ...
+
+
+@overload
+def resample(
+    image: Array | DLPackProducer, grid: Grid | None = None, **options: Unpack[PlacingOptions]
+) -> Array: ...
+
+
+@in_our_words
+def resample(
+    image: Image | Array | DLPackProducer,
+    grid: Grid | None = None,
+    *,
+    like: Image | Array | DLPackProducer | None = None,
+    transform: Transform | None = None,
+    interpolation: Interpolation = "linear",
+    border: Border = "edge",
+    fill: Number = 0,
+    outside: Outside = "fill",
+    antialias: Antialias | None | Literal[NotGiven.NOT_GIVEN] = NotGiven.NOT_GIVEN,
+    overflow: Overflow = "saturate",
+    dtype: npt.DTypeLike | None = None,
+    out: Array | None = None,
+    threads: int | None = None,
+    progress: Progress | None = None,
+) -> Image | Array:
+    """Bring a volume onto a grid.
+
+    Parameters
+    ----------
+    image : Image, ndarray or DLPack producer
+        Three axes, and a last one for channels. It is read where it is. The world of a plain array
+        is its index space, component by component in the order of its axes.
+    grid : Grid, optional
+        Where the voxels of the result lie in the world. A box of a grid, ``grid[10:20]``, gets
+        the voxels that the whole has there.
+    like : Image or ndarray, optional
+        Gives its grid instead: an image for an image, an array for an array.
+    transform : Affine, Displacement or what compose() made, optional
+        Takes a point of the result to the point of the image that is read for it, both in the
+        world. With neither `grid` nor `like` the result has the image's own grid.
+    interpolation : {"linear", "nearest", "cubic", "label"}
+        The kernel; "label" for segmentations: it reads the label that "linear" would weigh most.
+    border : {"edge", "constant"}
+        What a kernel reads for voxels outside the image: the nearest one, or `fill`.
+    fill : number
+        For voxels outside; an integer image must be able to hold it.
+    outside : {"fill", "extend"}
+        What the border "edge" gives farther than half a voxel beyond the outer centres.
+    antialias : {None, "mean", "auto"}, optional
+        "mean": each voxel of the result is the mean of as many samples as it is long; labels vote.
+        "auto": so with every kernel but "nearest". None: one sample, and no warning.
+    overflow : {"saturate", "wrap"}
+        What integers store for a reading that they can not hold.
+    dtype : dtype, optional
+        Of the result: the image's, float32 or float64. None: that of `out`, or the image's.
+        Integers round half away from zero; float64 is the reading itself.
+    out : ndarray, optional
+        Gets the result; any strides, but no overlap with what is read.
+    threads : int, optional
+        How many work at most; None: as `threads` says. The bits are the same.
+    progress : callable, optional
+        Is called now and then with the fraction that is done; what it raises ends the call.
+
+    Returns
+    -------
+    Image or ndarray
+        As `image` is. Its axes are those that the grid names, or the image's.
+
+    Raises
+    ------
+    TypeError
+        If an argument is of another kind.
+    ValueError
+        If a value is not allowed; then nothing has been written.
+
+    Warns
+    -----
+    AliasingWarning
+        If voxels of the result are as long as two of the image, or longer, and `antialias` was not
+        given.
+
+    See Also
+    --------
+    resize : Another number of voxels in the same place.
+
+    Examples
+    --------
+    >>> import numpy as np
+    >>> import volux
+    >>> ct = volux.Image(np.arange(8.0).reshape(2, 2, 2), np.diag([3.0, 1.0, 1.0, 1.0]))
+    >>> between = volux.Grid((1, 2, 2), [[1, 0, 0, 1.5], [0, 1, 0, 0], [0, 0, 1, 0], [0, 0, 0, 1]])
+    >>> volux.resample(ct, between).array
+    array([[[2., 3.],
+            [4., 5.]]])
+    """
+    source = subject(image)
+    target = _target(source, grid, like, transform)
+    map, field, to_voxels = route(source.grid, target, transform)
+    if isinstance(antialias, NotGiven):
+        _warn_of_aliasing(map if field is None else _core.composed(to_voxels, map))
+        antialias = None
+    how = reading(
+        source.array.dtype,
+        interpolation=interpolation,
+        border=border,
+        fill=fill,
+        outside=outside,
+        antialias=antialias,
+        overflow=overflow,
+        threads=threads,
+        progress=progress,
+    )
+    made = result(source, target, dtype, out, field)
+    warp = None if field is None else field.warp(source.axes, to_voxels)
+    region = _region(source, target)
+    _core.fill(source.voxels, made.voxels, map, how, warp=warp, region=region)
+    return made.handed_on()
+
+
+def _target(source: Subject, grid: object, like: object, transform: object) -> Grid:
+    given = one_of({"grid": grid, "like": like}, required=transform is None)
+    if given == "grid":
+        return _checked(grid).named(source.axes)
+    return source.grid if given is None else _grid_like(source, like)
+
+
+def _checked(grid: object) -> Grid:
+    if isinstance(grid, Grid):
+        return grid
+    hint = ": like= takes images" if isinstance(grid, (Image, np.ndarray)) else ""
+    raise TypeError(f"grid is a {type(grid).__name__}; it must be a volux.Grid{hint}")
+
+
+def _grid_like(source: Subject, like: object) -> Grid:
+    if isinstance(like, Grid):
+        raise TypeError("like is a Grid; it must be an image: grid= takes grids")
+    other = subject(like)
+    if other.is_image is not source.is_image:
+        raise TypeError(
+            "like and image must both be a volux.Image or both a plain array, whose world is its "
+            "index space: volux.Image(array, affine) says where one lies"
+        )
+    return other.grid
+
+
+Route: TypeAlias = tuple[Matrix, Displacement | None, Matrix]
+
+
+def route(source: Grid, target: Grid, transform: Transform | None) -> Route:
+    """Return where voxels of one grid are read in another one; both name their axes.
+
+    Without a field: the map to voxels of the source. With one: the map to the space of its
+    vectors, the field, and the map from there to voxels of the source.
+    """
+    from_source, rows = source.whole[0].rows, target.whole[0].rows
+    if transform is None:
+        return _core.between(rows, from_source), None, IDENTITY
+    before, field, after = parts_of(transform)
+    moved = _core.composed(before, rows)
+    if field is None:
+        return _core.between(_core.composed(after, moved), from_source), None, IDENTITY
+    return moved, field, _core.composed(_core.inverse(from_source), after)
+
+
+def _warn_of_aliasing(map: Matrix) -> None:
+    longest = max(_core.spacing_of(map))
+    if longest >= _TWO:
+        warnings.warn(
+            f"voxels of the result are as long as {longest:.3g} of the image, and detail between "
+            "them is skipped: antialias='mean' takes means, antialias=None says that this is meant",
+            AliasingWarning,
+            stacklevel=4,
+        )
+
+
+def _region(source: Subject, target: Grid) -> tuple[Ints, Ints, Ints, Ints] | None:
+    if not (source.grid.is_box or target.is_box):
+        return None
+    image, brick_start = source.grid.whole
+    whole, start = target.whole
+    return image.extents, whole.extents, whole.in_xyz(start), image.in_xyz(brick_start)
