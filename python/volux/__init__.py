@@ -5,6 +5,8 @@ are read and written where they are, and every result has the same bits on every
 any number of threads and in any layout of memory.
 """
 
+from typing import TYPE_CHECKING
+
 from volux._affine import Affine
 from volux._digest import digest
 from volux._displacement import Composite, Displacement, compose
@@ -17,6 +19,9 @@ from volux._reslice import reslice
 from volux._sample import sample, sample_gradient
 from volux._support import support
 from volux._threads import threads
+
+if TYPE_CHECKING:
+    __version__: str
 
 __all__ = [
     "Affine",
@@ -36,3 +41,12 @@ __all__ = [
     "support",
     "threads",
 ]
+
+
+def __getattr__(name: str) -> str:
+    # Looked up when it is asked for: the files about installed packages take long to read.
+    if name == "__version__":
+        from importlib.metadata import version
+
+        return version("volux")
+    raise AttributeError(f"module 'volux' has no attribute {name!r}")

@@ -14,6 +14,8 @@ from volux._words import listed
 _NAMES = ("uint8", "int16", "uint16", "int32", "uint32", "float32", "float64")
 SERVED = frozenset([np.dtype(np.bool_), *map(np.dtype, _NAMES)])
 
+_FRACTIONS = (np.dtype(np.float32), np.dtype(np.float64))
+
 # Which type holds the numbers of one that is not served.
 _NEAREST = {"int8": "int16", "int64": "int32", "uint64": "uint32", "float16": "float32"}
 
@@ -92,23 +94,18 @@ def _of_other_type(dtype: np.dtype[Any], name: str) -> str:
 
 def in_xyz(array: Array, axes: Axes) -> Array:
     """Return the same voxels with the axes x, y, z and channel; bools as bytes."""
-    order = PLACES[axes]
     if array.dtype.kind == "b":
         array = array.view(np.uint8)
     if array.ndim == 3:
-        return array.transpose(order)[..., np.newaxis]
-    return array.transpose((*order, 3))
+        array = array[..., np.newaxis]
+    return np.transpose(array, (*PLACES[axes], 3))
 
 
 def new_array(shape: Ints, channels: int | None, dtype: np.dtype[Any], axes: Axes) -> Array:
     """Return memory for a result, x fastest, with these axes; `shape` is along x, y and z."""
-    memory = np.empty((*shape[::-1], *_last(channels)), dtype)
-    order = from_xyz((2, 1, 0), axes)
-    return memory.transpose(order if channels is None else (*order, 3))
-
-
-def _last(channels: int | None) -> tuple[int, ...]:
-    return () if channels is None else (channels,)
+    last = () if channels is None else (channels,)
+    memory = np.empty((*shape[::-1], *last), dtype)
+    return np.transpose(memory, (*from_xyz((2, 1, 0), axes), 3)[: memory.ndim])
 
 
 def checked_out(
@@ -159,13 +156,14 @@ def result_dtype(
         wanted = out.dtype if isinstance(out, np.ndarray) else source
     else:
         wanted = _named_dtype(dtype)
-    if wanted not in (source, np.float32, np.float64):
-        name = "out.dtype" if dtype is None else "dtype"
-        raise ValueError(
-            f"{name}={str(wanted)!r}: allowed are {listed(dict.fromkeys([str(source), 'float32', 'float64']))}; "
-            f"the result's astype({str(wanted)!r}) converts further"
-        )
-    return wanted
+    allowed = dict.fromkeys([source, *_FRACTIONS])
+    if wanted in allowed:
+        return wanted
+    name = "out.dtype" if dtype is None else "dtype"
+    raise ValueError(
+        f"{name}={str(wanted)!r}: allowed are {listed(map(str, allowed))}; "
+        f"result.astype({str(wanted)!r}) converts further"
+    )
 
 
 def _named_dtype(dtype: npt.DTypeLike) -> np.dtype[Any]:

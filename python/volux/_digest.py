@@ -3,8 +3,6 @@
 from __future__ import annotations
 
 from hashlib import sha256
-from typing import Any
-
 import numpy as np
 
 from volux._image import Image
@@ -50,16 +48,16 @@ def digest(image: Image | Array | DLPackProducer) -> str:
     given = subject(image)
     hashed = sha256(_said(given).encode("ascii"))
     for z in range(given.voxels.shape[2]):
-        hashed.update(_plain(given.voxels[:, :, z, :]))
+        hashed.update(_plain(given.voxels[:, :, z, :]).data)
     return hashed.hexdigest()
 
 
 def _said(given: Subject) -> str:
-    numbers = [float(number).hex() for number in given.rows.flat]
+    numbers = [(float(number) + 0.0).hex() for number in given.rows.flat]  # -0.0 is 0.0
     return " ".join([given.array.dtype.name, *map(str, given.voxels.shape), *numbers]) + "\n"
 
 
-def _plain(slab: Array) -> np.ndarray[Any, np.dtype[Any]]:
+def _plain(slab: Array) -> Array:
     # A slab of one z: x, y, channel.
     numbers = np.ascontiguousarray(slab.T, dtype=slab.dtype.newbyteorder("<"))
     if slab.dtype.kind == "f" and np.isnan(numbers).any():

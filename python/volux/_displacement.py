@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from typing import Any, TypeAlias
+from typing import Any, TypeAlias, overload
 
 import numpy as np
 import numpy.typing as npt
@@ -183,7 +183,15 @@ def parts_of(transform: Transform, name: str = "transform") -> tuple[Matrix, Dis
     )
 
 
-def compose(first: Transform, then: Transform) -> Transform:
+@overload
+def compose(first: Affine, then: Affine) -> Affine: ...
+
+
+@overload
+def compose(first: Transform, then: Transform) -> Affine | Composite: ...
+
+
+def compose(first: Transform, then: Transform) -> Affine | Composite:
     """Return the transform that takes a point through one and then through another.
 
     Parameters

@@ -226,7 +226,7 @@ class Grid:
         return named
 
     def _key(self) -> tuple[object, ...]:
-        return (self.shape, self.affine.tobytes(), self.axes, self._whole)
+        return (self.shape, tuple(self.affine.flat), self.axes, self._whole)
 
     def __eq__(self, other: object) -> bool:
         return isinstance(other, Grid) and self._key() == other._key()
@@ -257,16 +257,16 @@ def placed(image: Image | Grid | Array | DLPackProducer) -> Grid:
 def sized(place: Grid, shape: Any, align: int) -> tuple[Grid, Matrix]:
     """Return the grid of another number of voxels, and the map from its voxels to those of now."""
     wanted = extents("shape", shape)
-    map, rows = _core.size_grid(place.rows, place.extents, place.in_xyz(wanted), align)
-    return Grid(wanted, affine_of(rows, place.order), axes=place.axes), map
+    affine_map, rows = _core.size_grid(place.rows, place.extents, place.in_xyz(wanted), align)
+    return Grid(wanted, affine_of(rows, place.order), axes=place.axes), affine_map
 
 
 def spaced(place: Grid, spacing: Floats, align: int) -> tuple[Grid, Matrix]:
     """Return the grid of another spacing, and the map from its voxels to those of now."""
     wanted = place.in_xyz(spacing)
-    shape, map, rows = _core.spacing_grid(place.rows, place.extents, wanted, align)
+    shape, affine_map, rows = _core.spacing_grid(place.rows, place.extents, wanted, align)
     order = place.order
-    return Grid(from_xyz(shape, order), affine_of(rows, order), axes=place.axes), map
+    return Grid(from_xyz(shape, order), affine_of(rows, order), axes=place.axes), affine_map
 
 
 def box_of(box: slice | tuple[slice, ...], shape: Ints) -> Box:

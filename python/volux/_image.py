@@ -155,7 +155,7 @@ class Image:
         return None if self.array.ndim == 3 else int(self.array.shape[3])
 
     @classmethod
-    def from_nibabel(cls, image: nibabel.spatialimages.SpatialImage) -> Image:
+    def from_nibabel(cls, image: Any) -> Image:
         """Return an image of nibabel's, where it is.
 
         Parameters
@@ -207,10 +207,11 @@ class Image:
         >>> volux.Image(np.zeros((60, 64, 32), np.int16)).to_nibabel().shape
         (32, 64, 60)
         """
-        return _nibabel.made(self.array, self.affine, self.axes)
+        image: nibabel.Nifti1Image = _nibabel.made(self.array, self.affine, self.axes)
+        return image
 
     @classmethod
-    def from_sitk(cls, image: SimpleITK.Image) -> Image:
+    def from_sitk(cls, image: Any) -> Image:
         """Return an image of SimpleITK's, where it is.
 
         Parameters
@@ -263,7 +264,8 @@ class Image:
         >>> volux.Image(np.zeros((16, 32, 64), np.int16), axes="zyx").to_sitk().GetSize()
         (64, 32, 16)
         """
-        return _sitk.made(self.array, self.affine, self.axes)
+        image: SimpleITK.Image = _sitk.made(self.array, self.affine, self.axes)
+        return image
 
     def __repr__(self) -> str:
         channels = "" if self.channels is None else f", channels={self.channels}"

@@ -2,15 +2,13 @@
 
 from __future__ import annotations
 
-from typing import TYPE_CHECKING, Any
+from importlib import import_module
+from typing import Any
 
 import numpy as np
 
 from volux._axes import PLACES, affine_of, rows_of
 from volux._types import Array, Axes, Matrix
-
-if TYPE_CHECKING:
-    import nibabel
 
 
 def read(image: Any) -> tuple[Array, Matrix]:
@@ -23,10 +21,9 @@ def read(image: Any) -> tuple[Array, Matrix]:
     return array, image.affine
 
 
-def made(array: Array, affine: Matrix, axes: Axes) -> nibabel.Nifti1Image:
+def made(array: Array, affine: Matrix, axes: Axes) -> Any:
     """Return an image of nibabel that shares the memory of the array."""
-    import nibabel
-
+    nibabel: Any = import_module("nibabel")
     voxels = array.view(np.uint8) if array.dtype.kind == "b" else array
     order = PLACES[axes] if array.ndim == 3 else (*PLACES[axes], 3)
     place = affine_of(rows_of(affine, axes), "xyz")

@@ -181,11 +181,12 @@ class Plane:
         (4, 3, 5)
         """
         planes = whole("count", count)
+        rows, columns = self.shape
         step = self.spacing[0] if distance is None else positive("distance", distance)
         along = self._normal() if direction is None else place("direction", direction)
-        rows = _core.stack_along(self.grid.rows, along, step)
+        first = _core.stack_along(self.grid.rows, along, step)
         words = f"direction={along} must not be 0 and must leave the plane"
-        return _grid_at(rows, self.shape[::-1], words, planes)
+        return _grid_at(first, (columns, rows), words, planes)
 
     def _normal(self) -> Floats:
         x, y, z = self.grid.affine[:3, 0].tolist()
@@ -200,7 +201,8 @@ class Plane:
     @property
     def shape(self) -> tuple[int, int]:
         """Rows and columns of the picture."""
-        return self.grid.shape[1:]
+        _, rows, columns = self.grid.shape
+        return rows, columns
 
     @property
     def spacing(self) -> Floats:

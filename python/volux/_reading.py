@@ -2,7 +2,6 @@
 
 from __future__ import annotations
 
-import math
 from typing import Any, SupportsFloat
 
 import numpy as np
@@ -68,6 +67,6 @@ def _fill_of(fill: Number, dtype: np.dtype[Any]) -> float:
     if dtype.kind == "f":
         return float(fill)
     least, most = (0, 1) if dtype.kind == "b" else (np.iinfo(dtype).min, np.iinfo(dtype).max)
-    if not (least <= fill <= most and math.trunc(fill) == fill):
+    if not (least <= fill <= most and float(fill).is_integer()):
         raise ValueError(f"fill={fill!r}: voxels of {dtype} are whole numbers from {least} to {most}")
     return float(fill)

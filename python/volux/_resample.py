@@ -136,9 +136,9 @@ def resample(
     """
     source = subject(image)
     target = _target(source, grid, like, transform)
-    map, field, to_voxels = route(source.grid, target, transform)
+    affine_map, field, to_voxels = route(source.grid, target, transform)
     if isinstance(antialias, NotGiven):
-        _warn_of_aliasing(map if field is None else _core.composed(to_voxels, map))
+        _warn_of_aliasing(affine_map if field is None else _core.composed(to_voxels, affine_map))
         antialias = None
     how = reading(
         source.array.dtype,
@@ -154,7 +154,7 @@ def resample(
     made = result(source, target, dtype, out, field)
     warp = None if field is None else field.warp(source.axes, to_voxels)
     region = _region(source, target)
-    _core.fill(source.voxels, made.voxels, map, how, warp=warp, region=region)
+    _core.fill(source.voxels, made.voxels, affine_map, how, warp=warp, region=region)
     return made.handed_on()
 
 
@@ -203,8 +203,8 @@ def route(source: Grid, target: Grid, transform: Transform | None) -> Route:
     return moved, field, _core.composed(_core.inverse(from_source), after)
 
 
-def _warn_of_aliasing(map: Matrix) -> None:
-    longest = max(_core.spacing_of(map))
+def _warn_of_aliasing(affine_map: Matrix) -> None:
+    longest = max(_core.spacing_of(affine_map))
     if longest >= _TWO:
         warnings.warn(
             f"voxels of the result are as long as {longest:.3g} of the image, and detail between "

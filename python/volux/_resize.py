@@ -119,7 +119,7 @@ def resize(
     array([[[0.5, 2.5]]])
     """
     source = whole_subject(image, "resize")
-    target, map = _target(source.grid, shape, spacing, scale, chosen("align", align, ALIGNS))
+    target, affine_map = _target(source.grid, shape, spacing, scale, chosen("align", align, ALIGNS))
     how = reading(
         source.array.dtype,
         interpolation=interpolation,
@@ -132,7 +132,7 @@ def resize(
         progress=progress,
     )
     made = result(source, target, dtype, out)
-    _core.fill(source.voxels, made.voxels, map, how)
+    _core.fill(source.voxels, made.voxels, affine_map, how)
     return made.handed_on()
 
 

@@ -151,8 +151,8 @@ def reslice(
 
 
 def _cut(source: Subject, made: Result, how: _core.Reading, slabs: dict[str, int]) -> Image | Array:
-    map = _core.planes_between(made.grid.rows, source.rows, slabs["slab"])
-    _core.reslice(source.voxels, made.voxels, map, how, **slabs)
+    affine_map = _core.planes_between(made.grid.rows, source.rows, slabs["slab"])
+    _core.reslice(source.voxels, made.voxels, affine_map, how, **slabs)
     return made.handed_on()
 
 

@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from typing import Any, NamedTuple
+from typing import NamedTuple
 
 import numpy as np
 import numpy.typing as npt
@@ -71,7 +71,7 @@ class Result(NamedTuple):
         """What the axes of the array are called."""
         return self.grid.order
 
-    def handed_on(self) -> Any:
+    def handed_on(self) -> Image | Array:
         """Return it as the caller gave the image: with a place in the world, or as an array."""
         return Image._on(self.array, self.grid.alone()) if self.is_image else self.array
 

@@ -68,7 +68,7 @@ def support(
     source = placed(image)
     source = source.named(source.order)
     part = grid.named(source.order)[box]
-    map, field, to_voxels = route(source, part, transform)
+    affine_map, field, to_voxels = route(source, part, transform)
     how = reading(
         np.dtype(np.float64),
         interpolation=interpolation,
@@ -81,7 +81,7 @@ def support(
     begin, size = _core.support(
         source.whole[0].extents,
         whole.extents,
-        map,
+        affine_map,
         part.in_xyz(start),
         part.extents,
         how,
