@@ -14,7 +14,7 @@ from volux._words import listed
 _NAMES = ("uint8", "int16", "uint16", "int32", "uint32", "float32", "float64")
 SERVED = frozenset([np.dtype(np.bool_), *map(np.dtype, _NAMES)])
 
-_FRACTIONS = (np.dtype(np.float32), np.dtype(np.float64))
+_FRACTIONS: dict[Any, np.dtype[Any]] = {name: np.dtype(name) for name in ("float32", "float64")}
 
 # Which type holds the numbers of one that is not served.
 _NEAREST = {"int8": "int16", "int64": "int32", "uint64": "uint32", "float16": "float32"}
@@ -62,13 +62,13 @@ def _foreign(image: object, name: str) -> str:
 
 
 def _served(array: Array, name: str) -> Array:
-    if array.ndim not in (3, 4):
+    if not 3 <= array.ndim <= 4:
         raise ValueError(_of_other_axes(array, name))
     if array.dtype not in SERVED:
         raise TypeError(_of_other_type(array.dtype, name))
     if array.size == 0:
         raise ValueError(f"{name} has the shape {array.shape}, and so no voxels")
-    if not array.flags.aligned or any(stride % array.itemsize for stride in array.strides):
+    if not array.flags.aligned:
         raise ValueError(f"{name} is not aligned to its elements; {name}.copy() is")
     return array
 
@@ -96,9 +96,8 @@ def in_xyz(array: Array, axes: Axes) -> Array:
     """Return the same voxels with the axes x, y, z and channel; bools as bytes."""
     if array.dtype.kind == "b":
         array = array.view(np.uint8)
-    if array.ndim == 3:
-        array = array[..., np.newaxis]
-    return np.transpose(array, (*PLACES[axes], 3))
+    voxels: Array = array if array.ndim == 4 else array[..., np.newaxis]
+    return voxels.transpose((*PLACES[axes], 3))
 
 
 def new_array(shape: Ints, channels: int | None, dtype: np.dtype[Any], axes: Axes) -> Array:
@@ -120,7 +119,7 @@ def checked_out(
         raise TypeError(f"out has the dtype {out.dtype}; the result has {dtype}")
     if not out.flags.writeable:
         raise ValueError("out is read-only; it must be writable")
-    if not out.flags.aligned or any(stride % out.itemsize for stride in out.strides):
+    if not out.flags.aligned:
         raise ValueError("out is not aligned to its elements; np.empty(shape, dtype) is")
     if _is_folded(out):
         raise ValueError(f"out has the strides {out.strides}, by which its own voxels overlap")
@@ -155,13 +154,13 @@ def result_dtype(
     if dtype is None:
         wanted = out.dtype if isinstance(out, np.ndarray) else source
     else:
-        wanted = _named_dtype(dtype)
-    allowed = dict.fromkeys([source, *_FRACTIONS])
-    if wanted in allowed:
+        wanted = _FRACTIONS.get(dtype) or _named_dtype(dtype)
+    if wanted == source or wanted in _FRACTIONS.values():
         return wanted
+    allowed = dict.fromkeys([str(source), *_FRACTIONS])
     name = "out.dtype" if dtype is None else "dtype"
     raise ValueError(
-        f"{name}={str(wanted)!r}: allowed are {listed(map(str, allowed))}; "
+        f"{name}={str(wanted)!r}: allowed are {listed(allowed)}; "
         f"result.astype({str(wanted)!r}) converts further"
     )
 

@@ -6,7 +6,7 @@ from hashlib import sha256
 import numpy as np
 
 from volux._image import Image
-from volux._subject import Subject, subject
+from volux._subject import Subject
 from volux._types import Array, DLPackProducer
 
 
@@ -45,7 +45,7 @@ def digest(image: Image | Array | DLPackProducer) -> str:
     >>> volux.digest(voxels) == volux.digest(np.asfortranarray(voxels))
     True
     """
-    given = subject(image)
+    given = Subject(image)
     hashed = sha256(_said(given).encode("ascii"))
     for z in range(given.voxels.shape[2]):
         hashed.update(_plain(given.voxels[:, :, z, :]).data)
@@ -53,7 +53,7 @@ def digest(image: Image | Array | DLPackProducer) -> str:
 
 
 def _said(given: Subject) -> str:
-    numbers = [(float(number) + 0.0).hex() for number in given.rows.flat]  # -0.0 is 0.0
+    numbers = [(float(number) + 0.0).hex() for number in given.grid.rows.flat]  # -0.0 is 0.0
     return " ".join([given.array.dtype.name, *map(str, given.voxels.shape), *numbers]) + "\n"
 
 

@@ -8,7 +8,7 @@ import numpy as np
 import numpy.typing as npt
 
 from volux import _nibabel, _sitk
-from volux._arrays import array_of
+from volux._arrays import array_of, in_xyz
 from volux._axes import checked_axes
 from volux._grid import Grid
 from volux._numbers import whole
@@ -59,9 +59,10 @@ class Image:
     ((60, 64, 64), (3.0, 0.5, 0.5))
     """
 
-    __slots__ = ("array", "grid")
-    array: Array
-    grid: Grid
+    __slots__ = ("_array", "_grid", "_voxels")
+    _array: Array
+    _grid: Grid
+    _voxels: Array
 
     def __init__(
         self,
@@ -71,10 +72,9 @@ class Image:
         axes: Axes = "zyx",
         channels: int | None = None,
     ) -> None:
-        self.array = array_of(array, "array")
-        self.grid = Grid(
-            self.array.shape[:3], np.eye(4) if affine is None else affine, axes=checked_axes(axes)
-        )
+        voxels = array_of(array, "array")
+        place = np.eye(4) if affine is None else affine
+        self._set(voxels, Grid(voxels.shape[:3], place, axes=checked_axes(axes)))
         if channels is not None and whole("channels", channels) != self.channels:
             raise ValueError(
                 f"channels={channels}, but the array has the shape {self.array.shape}: three axes, "
@@ -125,9 +125,28 @@ class Image:
     @classmethod
     def _on(cls, array: Array, grid: Grid) -> Image:
         image = cls.__new__(cls)
-        image.array = array
-        image.grid = grid
+        image._set(array, grid)
         return image
+
+    def _set(self, array: Array, grid: Grid) -> None:
+        self._array = array
+        self._grid = grid
+        self._voxels = in_xyz(array, grid.order)
+
+    @property
+    def array(self) -> Array:
+        """The voxels, where they are."""
+        return self._array
+
+    @property
+    def voxels(self) -> Array:
+        """The same memory as the compiled part takes it: x, y, z and channel, bools as bytes."""
+        return self._voxels
+
+    @property
+    def grid(self) -> Grid:
+        """Where the voxels lie."""
+        return self._grid
 
     @property
     def affine(self) -> Matrix:
@@ -147,7 +166,7 @@ class Image:
     @property
     def axes(self) -> Axes:
         """What the axes of the array are called."""
-        return self.grid.axes or "zyx"
+        return self._grid.order
 
     @property
     def channels(self) -> int | None:

@@ -13,7 +13,7 @@ from volux._types import Matrix
 def triples(points: npt.ArrayLike) -> Matrix:
     """Return points as doubles, (..., 3); an array of doubles stays where it is."""
     try:
-        given = np.asarray(points, dtype=np.float64)
+        given: Matrix = np.asarray(points, np.float64)
     except (TypeError, ValueError):
         raise TypeError("points must be numbers, three for each point") from None
     if given.ndim == 0 or given.shape[-1] != 3:

@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from typing import Any, SupportsFloat
+from typing import Any
 
 import numpy as np
 
@@ -16,6 +16,10 @@ BORDERS = {"edge": 0, "constant": 1}
 OUTSIDES = {"fill": 0, "extend": 1}
 OVERFLOWS = {"saturate": 0, "wrap": 1}
 ANTIALIASES = {None: 0, "mean": 1, "auto": 2}
+
+_INTEGERS = map(np.iinfo, ("uint8", "int16", "uint16", "int32", "uint32"))
+_LIMITS: dict[np.dtype[Any], tuple[int, int]] = {i.dtype: (i.min, i.max) for i in _INTEGERS}
+_LIMITS[np.dtype(np.bool_)] = (0, 1)
 
 # The subsamples of the compiled part: one, and as many as the step is long.
 _ONE: Ints = (1, 1, 1)
@@ -62,11 +66,11 @@ def _subsamples(antialias: Antialias | None, kernel: int) -> Ints:
 
 
 def _fill_of(fill: Number, dtype: np.dtype[Any]) -> float:
-    if isinstance(fill, (str, bytes, np.ndarray)) or not isinstance(fill, SupportsFloat):
+    if not isinstance(fill, (int, float, np.integer, np.floating, np.bool_)):
         raise TypeError(f"fill={fill!r} must be a number")
     if dtype.kind == "f":
         return float(fill)
-    least, most = (0, 1) if dtype.kind == "b" else (np.iinfo(dtype).min, np.iinfo(dtype).max)
+    least, most = _LIMITS[dtype]
     if not (least <= fill <= most and float(fill).is_integer()):
         raise ValueError(f"fill={fill!r}: voxels of {dtype} are whole numbers from {least} to {most}")
     return float(fill)

@@ -13,7 +13,7 @@ from volux._displacement import IDENTITY, Displacement, Transform, parts_of
 from volux._grid import Grid
 from volux._image import Image
 from volux._reading import reading
-from volux._subject import Subject, result, subject
+from volux._subject import Subject, result
 from volux._types import Antialias, Array, Border, DLPackProducer, FillingOptions, Interpolation
 from volux._types import Ints, Matrix, NotGiven, Number, Outside, Overflow, Progress
 from volux._words import in_our_words, one_of
@@ -134,9 +134,10 @@ def resample(
     array([[[2., 3.],
             [4., 5.]]])
     """
-    source = subject(image)
-    target = _target(source, grid, like, transform)
-    affine_map, field, to_voxels = route(source.grid, target, transform)
+    source = Subject(image)
+    place = source.grid
+    target = _target(source, place, grid, like, transform)
+    affine_map, field, to_voxels = route(place, target, transform)
     if isinstance(antialias, NotGiven):
         _warn_of_aliasing(affine_map if field is None else _core.composed(to_voxels, affine_map))
         antialias = None
@@ -153,16 +154,18 @@ def resample(
     )
     made = result(source, target, dtype, out, field)
     warp = None if field is None else field.warp(source.axes, to_voxels)
-    region = _region(source, target)
+    region = _region(place, target)
     _core.fill(source.voxels, made.voxels, affine_map, how, warp=warp, region=region)
     return made.handed_on()
 
 
-def _target(source: Subject, grid: object, like: object, transform: object) -> Grid:
+def _target(
+    source: Subject, place: Grid, grid: object, like: object, transform: object
+) -> Grid:
     given = one_of({"grid": grid, "like": like}, required=transform is None)
     if given == "grid":
         return _checked(grid).named(source.axes)
-    return source.grid if given is None else _grid_like(source, like)
+    return place if given is None else _grid_like(source, like)
 
 
 def _checked(grid: object) -> Grid:
@@ -175,8 +178,8 @@ def _checked(grid: object) -> Grid:
 def _grid_like(source: Subject, like: object) -> Grid:
     if isinstance(like, Grid):
         raise TypeError("like is a Grid; it must be an image: grid= takes grids")
-    other = subject(like)
-    if other.is_image is not source.is_image:
+    other = Subject(like)
+    if (other.image is None) is not (source.image is None):
         raise TypeError(
             "like and image must both be a volux.Image or both a plain array, whose world is its "
             "index space: volux.Image(array, affine) says where one lies"
@@ -214,9 +217,9 @@ def _warn_of_aliasing(affine_map: Matrix) -> None:
         )
 
 
-def _region(source: Subject, target: Grid) -> tuple[Ints, Ints, Ints, Ints] | None:
-    if not (source.grid.is_box or target.is_box):
+def _region(source: Grid, target: Grid) -> tuple[Ints, Ints, Ints, Ints] | None:
+    if not (source.is_box or target.is_box):
         return None
-    image, brick_start = source.grid.whole
+    image, brick_start = source.whole
     whole, start = target.whole
     return image.extents, whole.extents, whole.in_xyz(start), image.in_xyz(brick_start)

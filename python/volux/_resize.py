@@ -11,7 +11,7 @@ from volux._grid import ALIGNS, Grid, sized, spaced
 from volux._image import Image
 from volux._numbers import steps
 from volux._reading import reading
-from volux._subject import result, whole_subject
+from volux._subject import Subject, result
 from volux._types import Align, Antialias, Array, Border, DLPackProducer, FillingOptions
 from volux._types import Interpolation, Matrix, Number, Outside, Overflow, Progress, Shape, Vector
 from volux._words import chosen, in_our_words, one_of
@@ -118,7 +118,7 @@ def resize(
     >>> volux.resize(np.arange(4.0).reshape(1, 1, 4), scale=(1, 1, 0.5))
     array([[[0.5, 2.5]]])
     """
-    source = whole_subject(image, "resize")
+    source = Subject(image).refuse_brick("resize")
     target, affine_map = _target(source.grid, shape, spacing, scale, chosen("align", align, ALIGNS))
     how = reading(
         source.array.dtype,

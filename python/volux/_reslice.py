@@ -13,7 +13,7 @@ from volux._image import Image
 from volux._numbers import whole
 from volux._plane import Plane
 from volux._reading import reading
-from volux._subject import Result, Subject, result, whole_subject
+from volux._subject import Result, Subject, result
 from volux._types import Antialias, Array, Border, DLPackProducer, FillingOptions, Interpolation
 from volux._types import Number, Outside, Overflow, Progress, Projection
 from volux._words import chosen, in_our_words
@@ -129,7 +129,7 @@ def reslice(
            [12., 13., 14.],
            [15., 16., 17.]])
     """
-    source = whole_subject(image, "reslice")
+    source = Subject(image).refuse_brick("reslice")
     how = reading(
         source.array.dtype,
         interpolation=interpolation,
@@ -151,7 +151,7 @@ def reslice(
 
 
 def _cut(source: Subject, made: Result, how: _core.Reading, slabs: dict[str, int]) -> Image | Array:
-    affine_map = _core.planes_between(made.grid.rows, source.rows, slabs["slab"])
+    affine_map = _core.planes_between(made.grid.rows, source.grid.rows, slabs["slab"])
     _core.reslice(source.voxels, made.voxels, affine_map, how, **slabs)
     return made.handed_on()
 

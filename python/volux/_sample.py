@@ -14,7 +14,7 @@ from volux._image import Image
 from volux._numbers import whole
 from volux._points import listed, triples
 from volux._reading import reading
-from volux._subject import Subject, whole_subject
+from volux._subject import Subject
 from volux._types import Array, Axes, Border, DLPackProducer, Interpolation, Matrix, Number, Space
 from volux._words import chosen, in_our_words
 
@@ -86,7 +86,7 @@ def sample(
     >>> volux.sample(np.arange(8.0).reshape(2, 2, 2), [(0.5, 0, 0), (0, 0, 0.25)])
     array([2.  , 0.25])
     """
-    source = whole_subject(image, "sample")
+    source = Subject(image).refuse_brick("sample")
     where = _where(source, points, space)
     one = _channel(channel, source)
     given = source.array.dtype
@@ -154,7 +154,7 @@ def sample_gradient(
     >>> values, gradients
     (array(3.5), array([4., 2., 1.]))
     """
-    source = whole_subject(image, "sample_gradient")
+    source = Subject(image).refuse_brick("sample_gradient")
     if interpolation == "label":
         raise ValueError("interpolation='label' has no derivatives; allowed are the other kernels")
     where = _where(source, points, space)
@@ -180,8 +180,8 @@ def _where(source: Subject, points: npt.ArrayLike, space: Space) -> _Places:
     given = triples(points)
     flat = listed(given)
     in_world = chosen("space", space, SPACES) == 1
-    if in_world and source.is_image:
-        return _Places(flat, _core.inverse(source.rows), given.shape[:-1])
+    if in_world and source.image is not None:
+        return _Places(flat, _core.inverse(source.grid.rows), given.shape[:-1])
     return _Places(_in_xyz(flat, source.axes), None, given.shape[:-1])
 
 

@@ -11,51 +11,47 @@ from volux._arrays import array_of, checked_out, in_xyz, new_array, result_dtype
 from volux._displacement import Displacement
 from volux._grid import Grid
 from volux._image import Image
-from volux._types import Array, Axes, Matrix
+from volux._types import Array, Axes
 
 
-class Subject(NamedTuple):
-    """An image as a call reads it."""
+class Subject:
+    """An image as a call reads it: an Image, or a plain array whose world is its index space."""
 
+    __slots__ = ("array", "axes", "image", "voxels")
     array: Array
-    voxels: Array  # the same memory: x, y, z, channel
-    grid: Grid  # which names the axes
-    is_image: bool
+    axes: Axes
+    image: Image | None
+    voxels: Array  # the memory of the array: x, y, z, channel
+
+    def __init__(self, image: object) -> None:
+        if isinstance(image, Image):
+            self.image = image
+            self.array, self.axes, self.voxels = image.array, image.axes, image.voxels
+        else:
+            self.image = None
+            self.array, self.axes = array_of(image, "image"), "zyx"
+            self.voxels = in_xyz(self.array, "zyx")
 
     @property
-    def axes(self) -> Axes:
-        """What the axes of the array are called."""
-        return self.grid.order
-
-    @property
-    def rows(self) -> Matrix:
-        """Where its voxels lie: the columns for x, y, z and the origin."""
-        return self.grid.rows
+    def grid(self) -> Grid:
+        """Where the voxels lie."""
+        if self.image is not None:
+            return self.image.grid
+        return Grid(self.array.shape[:3], np.eye(4), axes="zyx")
 
     @property
     def channels(self) -> int | None:
         """How many channels there are; None without an axis for them."""
         return None if self.array.ndim == 3 else int(self.array.shape[3])
 
-
-def subject(image: object) -> Subject:
-    """Return an image, or a plain array with its index space for a world."""
-    if isinstance(image, Image):
-        return Subject(image.array, in_xyz(image.array, image.axes), image.grid, True)
-    array = array_of(image, "image")
-    grid = Grid(array.shape[:3], np.eye(4), axes="zyx")
-    return Subject(array, in_xyz(array, "zyx"), grid, False)
-
-
-def whole_subject(image: object, function: str) -> Subject:
-    """Return an image that is no box of a larger one."""
-    given = subject(image)
-    if given.grid.is_box:
+    def refuse_brick(self, function: str) -> Subject:
+        """Return the subject, unless it is a box of a larger image."""
+        if self.image is None or not self.image.grid.is_box:
+            return self
         raise ValueError(
             f"image is a brick of a larger one; resample() alone takes those, and {function}() "
             "takes volux.Image(image.array, image.affine, axes=image.axes)"
         )
-    return given
 
 
 class Result(NamedTuple):
@@ -94,4 +90,4 @@ def result(
             inputs["transform's vectors"] = field.vectors
         shape = (*grid.shape, *source.array.shape[3:])
         array = checked_out(out, shape, wanted, inputs)
-    return Result(array, in_xyz(array, axes), grid, source.is_image)
+    return Result(array, in_xyz(array, axes), grid, source.image is not None)
