@@ -40,7 +40,7 @@ def _produced(producer: Any, name: str) -> Array:
     device = int(producer.__dlpack_device__()[0])
     if device not in _ON_THE_CPU:
         raise TypeError(
-            f"{name} is on a device (DLPack's number {device}); {name} must be in the memory of the "
+            f"{name} is on a device (DLPack's number {device}); it must be in the memory of the "
             f"processor, for instance {name}.cpu() of torch"
         )
     try:
@@ -85,7 +85,8 @@ def _of_other_axes(array: Array, name: str) -> str:
 def _of_other_type(dtype: np.dtype[Any], name: str) -> str:
     said = f"{name} has the dtype {dtype}; allowed are {listed(_NAMES)}, and bool for labels"
     if not dtype.isnative and dtype.newbyteorder("=") in SERVED:
-        return f"{said}, in the byte order of the machine: {name}.astype({name}.dtype.newbyteorder('='))"
+        native = f"{name}.astype({name}.dtype.newbyteorder('='))"
+        return f"{said}, in the byte order of the machine: {native}"
     if dtype.kind == "c":
         return f"{said}: {name}.real and {name}.imag, one after the other"
     nearest = _NEAREST.get(dtype.newbyteorder("=").name, "float64")
@@ -97,7 +98,8 @@ def in_xyz(array: Array, axes: Axes) -> Array:
     if array.dtype.kind == "b":
         array = array.view(np.uint8)
     voxels: Array = array if array.ndim == 4 else array[..., np.newaxis]
-    return voxels.transpose((*PLACES[axes], 3))
+    ordered: Array = voxels.transpose((*PLACES[axes], 3))
+    return ordered
 
 
 def new_array(shape: Ints, channels: int | None, dtype: np.dtype[Any], axes: Axes) -> Array:
@@ -147,9 +149,7 @@ def _refuse_overlap(out: Array, inputs: dict[str, Array]) -> None:
             )
 
 
-def result_dtype(
-    dtype: npt.DTypeLike | None, source: np.dtype[Any], out: object
-) -> np.dtype[Any]:
+def result_dtype(dtype: npt.DTypeLike | None, source: np.dtype[Any], out: object) -> np.dtype[Any]:
     """Return the type of a result: the source's, float32 or float64."""
     if dtype is None:
         wanted = out.dtype if isinstance(out, np.ndarray) else source

@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 from hashlib import sha256
+
 import numpy as np
 
 from volux._image import Image

@@ -169,7 +169,9 @@ class Composite:
 Transform: TypeAlias = Affine | Displacement | Composite
 
 
-def parts_of(transform: Transform, name: str = "transform") -> tuple[Matrix, Displacement | None, Matrix]:
+def parts_of(
+    transform: Transform, name: str = "transform"
+) -> tuple[Matrix, Displacement | None, Matrix]:
     """Return the maps before and after the field of a transform, and the field."""
     if isinstance(transform, Affine):
         return transform.rows, None, IDENTITY

@@ -14,8 +14,19 @@ from volux import _core
 from volux._arrays import array_of
 from volux._axes import affine_of, checked_axes, from_xyz, rows_of, to_xyz
 from volux._numbers import extents, placing, steps
-from volux._types import Align, Array, Axes, Box, DLPackProducer, Floats, Ints, Matrix, Shape
-from volux._types import Number, Vector
+from volux._types import (
+    Align,
+    Array,
+    Axes,
+    Box,
+    DLPackProducer,
+    Floats,
+    Ints,
+    Matrix,
+    Number,
+    Shape,
+    Vector,
+)
 from volux._words import chosen
 
 if TYPE_CHECKING:
@@ -79,9 +90,7 @@ class Grid:
     axes: Axes | None
     _whole: tuple[Grid, Ints] | None
 
-    def __init__(
-        self, shape: Shape, affine: npt.ArrayLike, *, axes: Axes | None = None
-    ) -> None:
+    def __init__(self, shape: Shape, affine: npt.ArrayLike, *, axes: Axes | None = None) -> None:
         self.shape = extents("shape", shape)
         self.affine = placing("affine", affine)
         self.axes = axes if axes is None else checked_axes(axes)
@@ -171,7 +180,9 @@ class Grid:
         slices = box_of(box, self.shape)
         i, j, k = (along.start for along in slices)
         part = Grid(
-            [along.stop - along.start for along in slices], self._beginning_at((i, j, k)), axes=self.axes
+            [along.stop - along.start for along in slices],
+            self._beginning_at((i, j, k)),
+            axes=self.axes,
         )
         whole, first = self.whole
         part._whole = (whole, (first[0] + i, first[1] + j, first[2] + k))

@@ -102,5 +102,3 @@ def placing(name: str, value: Any) -> Matrix:
     if refusal is not None:
         raise ValueError(f"{name}={matrix.tolist()} is singular: {refusal}")
     return matrix
-
-

@@ -8,7 +8,7 @@ KEYWORDS = {
     "mode": "scipy's word for border='edge' or 'constant', and torch's for interpolation=",
     "cval": "scipy's word; here it is fill=",
     "zoom": "scipy's word; here it is scale= of resize()",
-    "align_corners": "torch's word; here it is align='edges' (False) or 'centres' (True) of resize()",
+    "align_corners": "torch's word; for resize() it is align='edges' (False) or 'centres' (True)",
     "output_shape": "scipy's word; here it is shape= of resize(), or grid=Grid(shape, affine)",
     "fill_value": "a word of scipy and nilearn; here it is fill=",
     "target_affine": "nilearn's word; here it is grid=Grid(shape, affine)",

@@ -17,8 +17,8 @@ OUTSIDES = {"fill": 0, "extend": 1}
 OVERFLOWS = {"saturate": 0, "wrap": 1}
 ANTIALIASES = {None: 0, "mean": 1, "auto": 2}
 
-_INTEGERS = map(np.iinfo, ("uint8", "int16", "uint16", "int32", "uint32"))
-_LIMITS: dict[np.dtype[Any], tuple[int, int]] = {i.dtype: (i.min, i.max) for i in _INTEGERS}
+_INTEGERS = ("uint8", "int16", "uint16", "int32", "uint32")
+_LIMITS = {np.dtype(name): (int(np.iinfo(name).min), int(np.iinfo(name).max)) for name in _INTEGERS}
 _LIMITS[np.dtype(np.bool_)] = (0, 1)
 
 # The subsamples of the compiled part: one, and as many as the step is long.
@@ -72,5 +72,5 @@ def _fill_of(fill: Number, dtype: np.dtype[Any]) -> float:
         return float(fill)
     least, most = _LIMITS[dtype]
     if not (least <= fill <= most and float(fill).is_integer()):
-        raise ValueError(f"fill={fill!r}: voxels of {dtype} are whole numbers from {least} to {most}")
+        raise ValueError(f"fill={fill!r}: {dtype} holds whole numbers from {least} to {most}")
     return float(fill)

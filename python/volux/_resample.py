@@ -14,8 +14,21 @@ from volux._grid import Grid
 from volux._image import Image
 from volux._reading import reading
 from volux._subject import Subject, result
-from volux._types import Antialias, Array, Border, DLPackProducer, FillingOptions, Interpolation
-from volux._types import Ints, Matrix, NotGiven, Number, Outside, Overflow, Progress
+from volux._types import (
+    Antialias,
+    Array,
+    Border,
+    DLPackProducer,
+    FillingOptions,
+    Interpolation,
+    Ints,
+    Matrix,
+    NotGiven,
+    Number,
+    Outside,
+    Overflow,
+    Progress,
+)
 from volux._words import in_our_words, one_of
 
 if TYPE_CHECKING:
@@ -37,7 +50,9 @@ class PlacingOptions(FillingOptions, total=False):
 
 
 @overload
-def resample(image: Image, grid: Grid | None = None, **options: Unpack[PlacingOptions]) -> Image: ...
+def resample(
+    image: Image, grid: Grid | None = None, **options: Unpack[PlacingOptions]
+) -> Image: ...
 
 
 @overload
@@ -57,7 +72,7 @@ def resample(
     border: Border = "edge",
     fill: Number = 0,
     outside: Outside = "fill",
-    antialias: Antialias | None | Literal[NotGiven.NOT_GIVEN] = NotGiven.NOT_GIVEN,
+    antialias: Antialias | Literal[NotGiven.NOT_GIVEN] | None = NotGiven.NOT_GIVEN,
     overflow: Overflow = "saturate",
     dtype: npt.DTypeLike | None = None,
     out: Array | None = None,
@@ -159,9 +174,7 @@ def resample(
     return made.handed_on()
 
 
-def _target(
-    source: Subject, place: Grid, grid: object, like: object, transform: object
-) -> Grid:
+def _target(source: Subject, place: Grid, grid: object, like: object, transform: object) -> Grid:
     given = one_of({"grid": grid, "like": like}, required=transform is None)
     if given == "grid":
         return _checked(grid).named(source.axes)

@@ -12,8 +12,22 @@ from volux._image import Image
 from volux._numbers import steps
 from volux._reading import reading
 from volux._subject import Subject, result
-from volux._types import Align, Antialias, Array, Border, DLPackProducer, FillingOptions
-from volux._types import Interpolation, Matrix, Number, Outside, Overflow, Progress, Shape, Vector
+from volux._types import (
+    Align,
+    Antialias,
+    Array,
+    Border,
+    DLPackProducer,
+    FillingOptions,
+    Interpolation,
+    Matrix,
+    Number,
+    Outside,
+    Overflow,
+    Progress,
+    Shape,
+    Vector,
+)
 from volux._words import chosen, in_our_words, one_of
 
 if TYPE_CHECKING:

@@ -14,8 +14,19 @@ from volux._numbers import whole
 from volux._plane import Plane
 from volux._reading import reading
 from volux._subject import Result, Subject, result
-from volux._types import Antialias, Array, Border, DLPackProducer, FillingOptions, Interpolation
-from volux._types import Number, Outside, Overflow, Progress, Projection
+from volux._types import (
+    Antialias,
+    Array,
+    Border,
+    DLPackProducer,
+    FillingOptions,
+    Interpolation,
+    Number,
+    Outside,
+    Overflow,
+    Progress,
+    Projection,
+)
 from volux._words import chosen, in_our_words
 
 if TYPE_CHECKING:

@@ -14,6 +14,7 @@ from volux._resample import route
 from volux._types import Antialias, Array, Border, Box, DLPackProducer, Interpolation, Outside
 from volux._words import in_our_words
 
+
 @in_our_words
 def support(
     grid: Grid,
