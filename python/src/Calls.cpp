@@ -173,7 +173,7 @@ void sampleGradient(const Source& source, const Points& points, const std::optio
 
 void addCalls(nb::module_& module)
 {
-    nb::class_<FieldWarp>(module, "Warp")
+    nb::class_<FieldWarp>(module, "Warp", nb::is_final())
         .def(nb::init<Source, const Rows&, const Rows&>(), "vectors"_a.noconvert(), "to_field"_a,
              "to_voxels"_a)
         .def("apply", &FieldWarp::apply, "points"_a, "results"_a);

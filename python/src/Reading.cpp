@@ -99,7 +99,7 @@ void raiseUnlessSuccess(core::ErrorType result)
 
 void addReading(nb::module_& module)
 {
-    nb::class_<Reading>(module, "Reading")
+    nb::class_<Reading>(module, "Reading", nb::is_final())
         .def(nb::init<int, int, double, bool, int, const Extents&, unsigned int, nb::object>(),
              nb::kw_only(), "kernel"_a, "border"_a, "outside"_a, "edge_extends"_a, "overflow"_a,
              "subsamples"_a, "threads"_a, "progress"_a.none());
