@@ -18,7 +18,9 @@ OVERFLOWS = {"saturate": 0, "wrap": 1}
 ANTIALIASES = {None: 0, "mean": 1, "auto": 2}
 
 _INTEGERS = ("uint8", "int16", "uint16", "int32", "uint32")
-_LIMITS = {np.dtype(name): (int(np.iinfo(name).min), int(np.iinfo(name).max)) for name in _INTEGERS}
+_LIMITS: dict[np.dtype[Any], tuple[int, int]] = {
+    np.dtype(name): (int(np.iinfo(name).min), int(np.iinfo(name).max)) for name in _INTEGERS
+}
 _LIMITS[np.dtype(np.bool_)] = (0, 1)
 
 # The subsamples of the compiled part: one, and as many as the step is long.

@@ -9,6 +9,7 @@ import numpy as np
 import numpy.typing as npt
 
 from volux import _core
+from volux._axes import PLACES
 from volux._displacement import IDENTITY, Displacement, Transform, parts_of
 from volux._grid import Grid
 from volux._image import Image
@@ -33,6 +34,8 @@ from volux._words import in_our_words, one_of
 
 if TYPE_CHECKING:
     from typing_extensions import Unpack
+
+_INDEX_SPACE = np.eye(4)
 
 # A step that exceeds a whole number of voxels by less counts as that number, as in the library.
 _TWO = 2.0 * (1.0 - 2.0**-20)
@@ -209,14 +212,21 @@ def route(source: Grid, target: Grid, transform: Transform | None) -> Route:
     Without a field: the map to voxels of the source. With one: the map to the space of its
     vectors, the field, and the map from there to voxels of the source.
     """
-    from_source, rows = source.whole[0].rows, target.whole[0].rows
+    image, rows = source.whole[0], target.whole[0].rows
     if transform is None:
-        return _core.between(rows, from_source), None, IDENTITY
+        return _between(rows, image), None, IDENTITY
     before, field, after = parts_of(transform)
     moved = _core.composed(before, rows)
     if field is None:
-        return _core.between(_core.composed(after, moved), from_source), None, IDENTITY
-    return moved, field, _core.composed(_core.inverse(from_source), after)
+        return _between(_core.composed(after, moved), image), None, IDENTITY
+    return moved, field, _core.composed(_core.inverse(image.rows), after)
+
+
+def _between(rows: Matrix, image: Grid) -> Matrix:
+    # In an index space a grid says itself which voxels it reads, and to the last bit.
+    if np.array_equal(image.affine, _INDEX_SPACE):
+        return np.ascontiguousarray(rows[list(PLACES[image.order])])
+    return _core.between(rows, image.rows)
 
 
 def _warn_of_aliasing(affine_map: Matrix) -> None:
