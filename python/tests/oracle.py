@@ -123,16 +123,10 @@ def mean_of_subsamples(array, rows, index, counts, **how):
     for column, count in zip(columns, counts, strict=True):
         origin = origin + column * ((1 - count) / 2)
     finer = np.column_stack([*columns, origin]).tolist()
-    samples = [
-        reading(
-            array,
-            position_of(finer, *(i * n + s for i, n, s in zip(index, counts, sub, strict=True))),
-            **how,
-        )
-        for sub in (
-            (x, y, z) for z in range(counts[2]) for y in range(counts[1]) for x in range(counts[0])
-        )
-    ]
+    samples = []
+    for z, y, x in np.ndindex(*counts[::-1]):
+        at = [i * n + sub for i, n, sub in zip(index, counts, (x, y, z), strict=True)]
+        samples.append(reading(array, position_of(finer, *at), **how))
     total = samples[0]
     for sample in samples[1:]:
         total += sample
