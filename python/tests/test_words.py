@@ -17,6 +17,12 @@ resample = partial(volux.resample, ARRAY, GRID)
 resize = partial(volux.resize, ARRAY, shape=(2, 2, 2))
 sample = partial(volux.sample, ARRAY, (0, 0, 0))
 
+
+def spoken(cases):
+    """What the errors of a table say, for the names of its tests."""
+    return [words for _, _, words in cases]
+
+
 PEERS = {
     "order": "scipy's word; here it is interpolation=",
     "mode": "scipy's word for border=",
@@ -38,7 +44,7 @@ def test_a_keyword_of_another_library_is_answered_with_ours(keyword, function):
 
 
 def test_a_misspelt_keyword_is_answered_with_the_nearest_one():
-    with pytest.raises(TypeError, match="did you mean interpolation=?"):
+    with pytest.raises(TypeError, match="did you mean interpolation="):
         resample(interpolate="linear")
 
 
@@ -48,27 +54,15 @@ def test_a_keyword_of_another_function_is_answered_with_that_function():
 
 
 def test_signatures_are_those_that_are_documented():
-    names = list(inspect.signature(volux.resample).parameters)
-    assert names == [
-        "image",
-        "grid",
-        "like",
-        "transform",
-        "interpolation",
-        "border",
-        "fill",
-        "outside",
-        "antialias",
-        "overflow",
-        "dtype",
-        "out",
-        "threads",
-        "progress",
-    ]
+    names = " ".join(inspect.signature(volux.resample).parameters)
+    assert names == (
+        "image grid like transform interpolation border fill outside antialias overflow dtype out "
+        "threads progress"
+    )
 
 
 def test_an_antialias_that_is_not_given_looks_like_none():
-    assert "] = None" in str(inspect.signature(volux.resample)).partition("antialias:")[2]
+    assert repr(inspect.signature(volux.resample).parameters["antialias"].default) == "None"
 
 
 # What is called, the error, and what it says.
@@ -268,7 +262,7 @@ OUTS = [
 ]
 
 
-@pytest.mark.parametrize(("out", "error", "words"), OUTS, ids=[words for _, _, words in OUTS])
+@pytest.mark.parametrize(("out", "error", "words"), OUTS, ids=spoken(OUTS))
 def test_an_out_that_can_not_be_written_is_refused_untouched(out, error, words):
     before = np.array(out)
     with pytest.raises(error, match=words):
