@@ -31,10 +31,8 @@ def test_a_volume_of_half_the_voxels_has_the_means_of_blocks():
     array = volume("float64", (4, 6, 2))
     made = volux.resize(array, scale=0.5)
     wanted = np.zeros((2, 3, 1))
-    for x, y, z in ((x, y, z) for z in (0, 1) for y in (0, 1) for x in (0, 1)):
-        wanted = (
-            array[z::2, y::2, x::2] + wanted if (x, y, z) != (0, 0, 0) else array[::2, ::2, ::2]
-        )
+    for z, y, x in np.ndindex(2, 2, 2):
+        wanted += array[z::2, y::2, x::2]
     assert np.array_equal(made, wanted / 8)
 
 

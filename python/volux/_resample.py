@@ -173,8 +173,20 @@ def resample(
     made = result(source, target, dtype, out, field)
     warp = None if field is None else field.warp(source.axes, to_voxels)
     region = _region(place, target)
-    _core.fill(source.voxels, made.voxels, affine_map, how, warp=warp, region=region)
+    try:
+        _core.fill(source.voxels, made.voxels, affine_map, how, warp=warp, region=region)
+    except ValueError as error:
+        raise _in_words_of_bricks(error, place) from None
     return made.handed_on()
+
+
+def _in_words_of_bricks(error: ValueError, place: Grid) -> ValueError:
+    if not place.is_box:
+        return error
+    return ValueError(
+        f"image is the brick {place.shape} at {place.whole[1]} of a larger one, and lacks what the "
+        "grid reads: volux.support(grid, box, image=whole) says which box that is"
+    )
 
 
 def _target(source: Subject, place: Grid, grid: object, like: object, transform: object) -> Grid:
