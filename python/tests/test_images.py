@@ -184,9 +184,7 @@ def test_a_displacement_field_of_sitk_leads_where_it_leads_there():
     field.SetSpacing((1.5, 0.75, 2.0))
     field.SetOrigin((-5.0, 3.0, 20.0))
     turn = 0.3
-    field.SetDirection(
-        (np.cos(turn), -np.sin(turn), 0, np.sin(turn), np.cos(turn), 0, 0, 0, 1)
-    )
+    field.SetDirection((np.cos(turn), -np.sin(turn), 0, np.sin(turn), np.cos(turn), 0, 0, 0, 1))
     transform = volux.Displacement.from_sitk(field)
     theirs = sitk.DisplacementFieldTransform(sitk.Image(field))
     index = random.uniform((0, 0, 0), (7, 6, 5), (50, 3))

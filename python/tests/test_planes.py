@@ -87,7 +87,8 @@ def test_a_slab_is_made_of_planes_that_divide_its_thickness():
     made = volux.reslice(IMAGE, PLANE, slab=3, dtype="float64")
     thin = [
         volux.reslice(
-            IMAGE, volux.Plane(MIDDLE + steps(PLANE)[0] * k, (1, 2, 3), (0, 0, 1), (6, 7), (3, 0.5, 0.25))
+            IMAGE,
+            volux.Plane(MIDDLE + steps(PLANE)[0] * k, (1, 2, 3), (0, 0, 1), (6, 7), (3, 0.5, 0.25)),
         ).array
         for k in (-1 / 3, 0, 1 / 3)
     ]
@@ -129,7 +130,10 @@ def test_an_out_does_not_go_with_a_sequence():
 @pytest.mark.parametrize(
     ("make", "words"),
     [
-        (lambda: volux.Plane((0, 0, 0), (0, 0, 0), (0, 1, 0), (2, 2), 1.0), "normal=.*must not be 0"),
+        (
+            lambda: volux.Plane((0, 0, 0), (0, 0, 0), (0, 1, 0), (2, 2), 1.0),
+            "normal=.*must not be 0",
+        ),
         (lambda: volux.Plane((0, 0, 0), (0, 2, 0), (0, 1, 0), (2, 2), 1.0), "up=.* not parallel"),
         (lambda: volux.Plane((0, 0), (0, 0, 1), (0, 1, 0), (2, 2), 1.0), "x, y and z in the world"),
         (lambda: volux.Plane((0, 0, 0), (0, 0, 1), (0, 1, 0), (2, 2, 2), 1.0), "rows and columns"),

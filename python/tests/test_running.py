@@ -93,13 +93,13 @@ def test_progress_is_told_on_the_thread_of_the_call():
 
 
 def test_what_progress_raises_ends_the_call():
-    class Enough(Exception):
+    class EnoughError(Exception):
         pass
 
-    def stop(fraction):
-        raise Enough
+    def stop(_fraction):
+        raise EnoughError
 
-    with pytest.raises(Enough):
+    with pytest.raises(EnoughError):
         volux.resample(ARRAY, LONG, interpolation="cubic", progress=stop)
 
 
@@ -107,7 +107,7 @@ def test_what_progress_raises_ends_the_call():
 def test_a_signal_ends_a_long_call_within_half_a_second(threads):
     asked = []
 
-    def interrupt(number, frame):
+    def interrupt(_number, _frame):
         asked.append(time.perf_counter())
         raise KeyboardInterrupt
 

@@ -70,7 +70,9 @@ def test_the_grid_of_a_box_is_as_good_as_the_box():
 def test_a_brick_without_what_is_read_is_refused():
     image = volux.Image(ARRAY, PLACE)
     brick = volux.Image.brick(ARRAY[:2], image.grid[:2])
-    with pytest.raises(ValueError, match=r"image is the brick .* lacks what the grid reads: volux\.support"):
+    with pytest.raises(
+        ValueError, match=r"image is the brick .* lacks what the grid reads: volux\.support"
+    ):
         volux.resample(brick, GRID, antialias=None)
 
 
@@ -92,7 +94,9 @@ def test_a_brick_serves_no_other_call(call):
 
 
 def test_a_brick_has_the_shape_of_its_grid():
-    with pytest.raises(ValueError, match=r"array has the shape \(7, 8, 9\), and the grid \(2, 8, 9\)"):
+    with pytest.raises(
+        ValueError, match=r"array has the shape \(7, 8, 9\), and the grid \(2, 8, 9\)"
+    ):
         volux.Image.brick(ARRAY, volux.Grid((7, 8, 9), PLACE)[:2])
 
 

@@ -69,7 +69,9 @@ def test_a_composite_leads_through_the_first_and_then_the_second():
 
 def test_a_composite_may_have_several_affines_on_either_side():
     first, then = volux.Affine(TURN), volux.Affine(SHEAR)
-    both = volux.compose(volux.compose(then, first), volux.compose(FIELD, volux.compose(first, then)))
+    both = volux.compose(
+        volux.compose(then, first), volux.compose(FIELD, volux.compose(first, then))
+    )
     assert both(POINTS) == pytest.approx(then(first(FIELD(first(then(POINTS))))), abs=1e-11)
 
 

@@ -62,7 +62,7 @@ class Affine:
         ndarray, float64
             Of the shape of `points`.
         """
-        return moved(points, lambda given, results: _core.apply(self.rows, given, results))
+        return moved(points, lambda given, results: _core.apply(self._rows, given, results))
 
     def inverse(self) -> Affine:
         """Return the map that leads back.
@@ -72,10 +72,10 @@ class Affine:
         Affine
             The inverse, rounded once for each product and sum.
         """
-        return Affine(affine_of(_core.inverse(self.rows), "xyz"))
+        return Affine(affine_of(_core.inverse(self._rows), "xyz"))
 
     @property
-    def rows(self) -> Matrix:
+    def _rows(self) -> Matrix:
         """The upper three rows, as the compiled part takes them."""
         return self.matrix[:3]
 

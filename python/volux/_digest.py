@@ -54,7 +54,7 @@ def digest(image: Image | Array | DLPackProducer) -> str:
 
 
 def _said(given: Subject) -> str:
-    numbers = [(float(number) + 0.0).hex() for number in given.grid.rows.flat]  # -0.0 is 0.0
+    numbers = [(float(number) + 0.0).hex() for number in given.grid._rows.flat]  # -0.0 is 0.0
     return " ".join([given.array.dtype.name, *map(str, given.voxels.shape), *numbers]) + "\n"
 
 

@@ -64,7 +64,7 @@ class Displacement:
         if not isinstance(grid, Grid):
             raise TypeError(f"grid is a {type(grid).__name__}; it must be a volux.Grid")
         self.vectors = array_of(vectors, "vectors")
-        self.grid = grid.alone()
+        self.grid = grid._alone()
         if self.vectors.dtype.kind != "f":
             raise TypeError(
                 f"vectors have the dtype {self.vectors.dtype}; allowed are 'float32' or 'float64': "
@@ -106,7 +106,7 @@ class Displacement:
         vectors, affine = _sitk.read(field)
         turn = Affine(np.diag([-1.0, -1.0, 1.0, 1.0]))
         in_lps = cls(vectors, Grid(vectors.shape[:3], _sitk.turned(affine), axes="zyx"))
-        return Composite(turn.rows, in_lps, turn.rows)
+        return Composite(turn._rows, in_lps, turn._rows)
 
     def __call__(self, points: npt.ArrayLike) -> Matrix:
         """Return where points of the world lead.
@@ -121,13 +121,13 @@ class Displacement:
         ndarray, float64
             Of the shape of `points`.
         """
-        return moved(points, self.warp("zyx", IDENTITY).apply)
+        return moved(points, self._warp("zyx", IDENTITY).apply)
 
-    def warp(self, axes: Axes, to_voxels: Matrix) -> _core.Warp:
+    def _warp(self, axes: Axes, to_voxels: Matrix) -> _core.Warp:
         """Return the field as the compiled part takes it, to voxels of a source."""
-        grid = self.grid.named(axes)
-        vectors = in_xyz(self.vectors, grid.order)
-        return _core.Warp(vectors, _core.inverse(grid.rows), to_voxels)
+        grid = self.grid._named(axes)
+        vectors = in_xyz(self.vectors, grid._order)
+        return _core.Warp(vectors, _core.inverse(grid._rows), to_voxels)
 
     def __repr__(self) -> str:
         return f"<Displacement of {self.vectors.dtype}, {self.grid!r}>"
@@ -160,7 +160,7 @@ class Composite:
             Of the shape of `points`.
         """
         placed = moved(points, lambda given, results: _core.apply(self.before, given, results))
-        return moved(placed, self.field.warp("zyx", self.after).apply)
+        return moved(placed, self.field._warp("zyx", self.after).apply)
 
     def __repr__(self) -> str:
         return f"<Composite of {self.field!r}>"
@@ -174,7 +174,7 @@ def parts_of(
 ) -> tuple[Matrix, Displacement | None, Matrix]:
     """Return the maps before and after the field of a transform, and the field."""
     if isinstance(transform, Affine):
-        return transform.rows, None, IDENTITY
+        return transform._rows, None, IDENTITY
     if isinstance(transform, Displacement):
         return IDENTITY, transform, IDENTITY
     if isinstance(transform, Composite):

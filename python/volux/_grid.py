@@ -190,27 +190,27 @@ class Grid:
 
     def _beginning_at(self, start: Ints) -> Matrix:
         step = np.eye(3, 4)
-        step[:, 3] = self.in_xyz(start)
-        return affine_of(_core.composed(self.rows, step), self.order)
+        step[:, 3] = self._in_xyz(start)
+        return affine_of(_core.composed(self._rows, step), self._order)
 
     @property
-    def order(self) -> Axes:
+    def _order(self) -> Axes:
         """What the axes are called; unless named, as those of a plain array."""
         return self.axes or "zyx"
 
     @property
-    def rows(self) -> Matrix:
+    def _rows(self) -> Matrix:
         """The upper three rows of the affine, with the columns in the order x, y, z, origin."""
-        return rows_of(self.affine, self.order)
+        return rows_of(self.affine, self._order)
 
     @property
-    def extents(self) -> Ints:
+    def _extents(self) -> Ints:
         """Voxels along x, y and z."""
-        return self.in_xyz(self.shape)
+        return self._in_xyz(self.shape)
 
-    def in_xyz(self, values: Sequence[T]) -> tuple[T, T, T]:
+    def _in_xyz(self, values: Sequence[T]) -> tuple[T, T, T]:
         """Return a triple in the order of the axes as one of x, y and z."""
-        return to_xyz(values, self.order)
+        return to_xyz(values, self._order)
 
     @property
     def whole(self) -> tuple[Grid, Ints]:
@@ -222,18 +222,18 @@ class Grid:
         """Whether it is a box of a larger grid."""
         return self._whole is not None
 
-    def alone(self) -> Grid:
+    def _alone(self) -> Grid:
         """Return the same voxels as a grid that is no box of another one."""
         return Grid(self.shape, self.affine, axes=self.axes) if self.is_box else self
 
-    def named(self, axes: Axes) -> Grid:
+    def _named(self, axes: Axes) -> Grid:
         """Return the same grid with these axes, unless it names its own."""
         if self.axes is not None:
             return self
         named = Grid(self.shape, self.affine, axes=axes)
         if self._whole is not None:
             whole, start = self._whole
-            named._whole = (whole.named(axes), start)
+            named._whole = (whole._named(axes), start)
         return named
 
     def _key(self) -> tuple[object, ...]:
@@ -268,15 +268,15 @@ def placed(image: Image | Grid | Array | DLPackProducer) -> Grid:
 def sized(place: Grid, shape: Any, align: int) -> tuple[Grid, Matrix]:
     """Return the grid of another number of voxels, and the map from its voxels to those of now."""
     wanted = extents("shape", shape)
-    affine_map, rows = _core.size_grid(place.rows, place.extents, place.in_xyz(wanted), align)
-    return Grid(wanted, affine_of(rows, place.order), axes=place.axes), affine_map
+    affine_map, rows = _core.size_grid(place._rows, place._extents, place._in_xyz(wanted), align)
+    return Grid(wanted, affine_of(rows, place._order), axes=place.axes), affine_map
 
 
 def spaced(place: Grid, spacing: Floats, align: int) -> tuple[Grid, Matrix]:
     """Return the grid of another spacing, and the map from its voxels to those of now."""
-    wanted = place.in_xyz(spacing)
-    shape, affine_map, rows = _core.spacing_grid(place.rows, place.extents, wanted, align)
-    order = place.order
+    wanted = place._in_xyz(spacing)
+    shape, affine_map, rows = _core.spacing_grid(place._rows, place._extents, wanted, align)
+    order = place._order
     return Grid(from_xyz(shape, order), affine_of(rows, order), axes=place.axes), affine_map
 
 

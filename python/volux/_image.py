@@ -62,7 +62,7 @@ class Image:
     __slots__ = ("_array", "_grid", "_voxels")
     _array: Array
     _grid: Grid
-    _voxels: Array
+    _voxels: Array  # the same memory as the compiled part takes it: x, y, z and channel
 
     def __init__(
         self,
@@ -120,7 +120,7 @@ class Image:
         voxels = array_of(array, "array")
         if voxels.shape[:3] != grid.shape:
             raise ValueError(f"array has the shape {voxels.shape}, and the grid {grid.shape}")
-        return cls._on(voxels, grid.named("zyx"))
+        return cls._on(voxels, grid._named("zyx"))
 
     @classmethod
     def _on(cls, array: Array, grid: Grid) -> Image:
@@ -131,17 +131,12 @@ class Image:
     def _set(self, array: Array, grid: Grid) -> None:
         self._array = array
         self._grid = grid
-        self._voxels = in_xyz(array, grid.order)
+        self._voxels = in_xyz(array, grid._order)
 
     @property
     def array(self) -> Array:
         """The voxels, where they are."""
         return self._array
-
-    @property
-    def voxels(self) -> Array:
-        """The same memory as the compiled part takes it: x, y, z and channel, bools as bytes."""
-        return self._voxels
 
     @property
     def grid(self) -> Grid:
@@ -166,7 +161,7 @@ class Image:
     @property
     def axes(self) -> Axes:
         """What the axes of the array are called."""
-        return self._grid.order
+        return self._grid._order
 
     @property
     def channels(self) -> int | None:

@@ -184,7 +184,7 @@ class Plane:
         rows, columns = self.shape
         step = self.spacing[0] if distance is None else positive("distance", distance)
         along = self._normal() if direction is None else place("direction", direction)
-        first = _core.stack_along(self.grid.rows, along, step)
+        first = _core.stack_along(self.grid._rows, along, step)
         words = f"direction={along} must not be 0 and must leave the plane"
         return _grid_at(first, (columns, rows), words, planes)
 

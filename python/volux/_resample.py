@@ -171,7 +171,7 @@ def resample(
         progress=progress,
     )
     made = result(source, target, dtype, out, field)
-    warp = None if field is None else field.warp(source.axes, to_voxels)
+    warp = None if field is None else field._warp(source.axes, to_voxels)
     region = _region(place, target)
     try:
         _core.fill(source.voxels, made.voxels, affine_map, how, warp=warp, region=region)
@@ -192,7 +192,7 @@ def _in_words_of_bricks(error: ValueError, place: Grid) -> ValueError:
 def _target(source: Subject, place: Grid, grid: object, like: object, transform: object) -> Grid:
     given = one_of({"grid": grid, "like": like}, required=transform is None)
     if given == "grid":
-        return _checked(grid).named(source.axes)
+        return _checked(grid)._named(source.axes)
     return place if given is None else _grid_like(source, like)
 
 
@@ -224,21 +224,21 @@ def route(source: Grid, target: Grid, transform: Transform | None) -> Route:
     Without a field: the map to voxels of the source. With one: the map to the space of its
     vectors, the field, and the map from there to voxels of the source.
     """
-    image, rows = source.whole[0], target.whole[0].rows
+    image, rows = source.whole[0], target.whole[0]._rows
     if transform is None:
         return _between(rows, image), None, IDENTITY
     before, field, after = parts_of(transform)
     moved = _core.composed(before, rows)
     if field is None:
         return _between(_core.composed(after, moved), image), None, IDENTITY
-    return moved, field, _core.composed(_core.inverse(image.rows), after)
+    return moved, field, _core.composed(_core.inverse(image._rows), after)
 
 
 def _between(rows: Matrix, image: Grid) -> Matrix:
     # In an index space a grid says itself which voxels it reads, and to the last bit.
     if np.array_equal(image.affine, _INDEX_SPACE):
-        return np.ascontiguousarray(rows[list(PLACES[image.order])])
-    return _core.between(rows, image.rows)
+        return np.ascontiguousarray(rows[list(PLACES[image._order])])
+    return _core.between(rows, image._rows)
 
 
 def _warn_of_aliasing(affine_map: Matrix) -> None:
@@ -257,4 +257,4 @@ def _region(source: Grid, target: Grid) -> tuple[Ints, Ints, Ints, Ints] | None:
         return None
     image, brick_start = source.whole
     whole, start = target.whole
-    return image.extents, whole.extents, whole.in_xyz(start), image.in_xyz(brick_start)
+    return image._extents, whole._extents, whole._in_xyz(start), image._in_xyz(brick_start)

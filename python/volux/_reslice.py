@@ -162,7 +162,7 @@ def reslice(
 
 
 def _cut(source: Subject, made: Result, how: _core.Reading, slabs: dict[str, int]) -> Image | Array:
-    affine_map = _core.planes_between(made.grid.rows, source.grid.rows, slabs["slab"])
+    affine_map = _core.planes_between(made.grid._rows, source.grid._rows, slabs["slab"])
     _core.reslice(source.voxels, made.voxels, affine_map, how, **slabs)
     return made.handed_on()
 
@@ -171,7 +171,7 @@ def _grids(planes: object, source: Subject, out: object) -> list[Grid]:
     if isinstance(planes, Plane):
         return [planes.grid]
     if isinstance(planes, Grid):
-        return [planes.alone().named(source.axes)]
+        return [planes._alone()._named(source.axes)]
     if not isinstance(planes, Sequence) or not all(isinstance(plane, Plane) for plane in planes):
         raise TypeError(
             f"planes is a {type(planes).__name__}; allowed are a volux.Plane, a sequence of them "

@@ -181,7 +181,7 @@ def _where(source: Subject, points: npt.ArrayLike, space: Space) -> _Places:
     flat = listed(given)
     in_world = chosen("space", space, SPACES) == 1
     if in_world and source.image is not None:
-        return _Places(flat, _core.inverse(source.grid.rows), given.shape[:-1])
+        return _Places(flat, _core.inverse(source.grid._rows), given.shape[:-1])
     return _Places(_in_xyz(flat, source.axes), None, given.shape[:-1])
 
 

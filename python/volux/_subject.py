@@ -26,7 +26,7 @@ class Subject:
     def __init__(self, image: object) -> None:
         if isinstance(image, Image):
             self.image = image
-            self.array, self.axes, self.voxels = image.array, image.axes, image.voxels
+            self.array, self.axes, self.voxels = image.array, image.axes, image._voxels
         else:
             self.image = None
             self.array, self.axes = array_of(image, "image"), "zyx"
@@ -65,11 +65,11 @@ class Result(NamedTuple):
     @property
     def axes(self) -> Axes:
         """What the axes of the array are called."""
-        return self.grid.order
+        return self.grid._order
 
     def handed_on(self) -> Image | Array:
         """Return it as the caller gave the image: with a place in the world, or as an array."""
-        return Image._on(self.array, self.grid.alone()) if self.is_image else self.array
+        return Image._on(self.array, self.grid._alone()) if self.is_image else self.array
 
 
 def result(
@@ -80,10 +80,10 @@ def result(
     field: Displacement | None = None,
 ) -> Result:
     """Return the memory of a result on a grid that names its axes: the caller's, or new."""
-    axes = grid.order
+    axes = grid._order
     wanted = result_dtype(dtype, source.array.dtype, out)
     if out is None:
-        array = new_array(grid.extents, source.channels, wanted, axes)
+        array = new_array(grid._extents, source.channels, wanted, axes)
     else:
         inputs = {"image": source.array}
         if field is not None:

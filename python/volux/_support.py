@@ -67,8 +67,8 @@ def support(
     if not isinstance(grid, Grid):
         raise TypeError(f"grid is a {type(grid).__name__}; it must be a volux.Grid")
     source = placed(image)
-    source = source.named(source.order)
-    part = grid.named(source.order)[box]
+    source = source._named(source._order)
+    part = grid._named(source._order)[box]
     affine_map, field, to_voxels = route(source, part, transform)
     how = reading(
         np.dtype(np.float64),
@@ -80,13 +80,13 @@ def support(
     )
     whole, start = part.whole
     begin, size = _core.support(
-        source.whole[0].extents,
-        whole.extents,
+        source.whole[0]._extents,
+        whole._extents,
         affine_map,
-        part.in_xyz(start),
-        part.extents,
+        part._in_xyz(start),
+        part._extents,
         how,
-        warp=None if field is None else field.warp(source.order, to_voxels),
+        warp=None if field is None else field._warp(source._order, to_voxels),
     )
     ends = [slice(i, i + n) for i, n in zip(begin, size, strict=True)]
-    return from_xyz(ends, source.order)
+    return from_xyz(ends, source._order)
