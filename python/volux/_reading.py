@@ -30,7 +30,6 @@ _AS_LONG: Ints = (0, 0, 0)
 
 def reading(
     dtype: np.dtype[Any],
-    *,
     interpolation: Interpolation,
     border: Border,
     fill: Number,

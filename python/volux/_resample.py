@@ -3,18 +3,18 @@
 from __future__ import annotations
 
 import warnings
-from typing import TYPE_CHECKING, Literal, TypeAlias, overload
+from typing import TYPE_CHECKING, Literal, overload
 
 import numpy as np
 import numpy.typing as npt
 
 from volux import _core
-from volux._axes import PLACES
-from volux._displacement import IDENTITY, Displacement, Transform, parts_of
+from volux._displacement import Transform
 from volux._grid import Grid
 from volux._image import Image
 from volux._reading import reading
-from volux._subject import Subject, result
+from volux._route import Route, route
+from volux._subject import Result, Subject, result
 from volux._types import (
     Antialias,
     Array,
@@ -22,8 +22,6 @@ from volux._types import (
     DLPackProducer,
     FillingOptions,
     Interpolation,
-    Ints,
-    Matrix,
     NotGiven,
     Number,
     Outside,
@@ -34,8 +32,6 @@ from volux._words import in_our_words, one_of
 
 if TYPE_CHECKING:
     from typing_extensions import Unpack
-
-_INDEX_SPACE = np.eye(4)
 
 # A step that exceeds a whole number of voxels by less counts as that number, as in the library.
 _TWO = 2.0 * (1.0 - 2.0**-20)
@@ -153,47 +149,37 @@ def resample(
             [4., 5.]]])
     """
     source = Subject(image)
-    place = source.grid
-    target = _target(source, place, grid, like, transform)
-    affine_map, field, to_voxels = route(place, target, transform)
+    way = route(source.grid, _target(source, grid, like, transform), transform)
     if isinstance(antialias, NotGiven):
-        _warn_of_aliasing(affine_map if field is None else _core.composed(to_voxels, affine_map))
         antialias = None
+        _warn_of_aliasing(way)
+    kind = source.array.dtype
     how = reading(
-        source.array.dtype,
-        interpolation=interpolation,
-        border=border,
-        fill=fill,
-        outside=outside,
-        antialias=antialias,
-        overflow=overflow,
-        threads=threads,
-        progress=progress,
+        kind, interpolation, border, fill, outside, antialias, overflow, threads, progress
     )
-    made = result(source, target, dtype, out, field)
-    warp = None if field is None else field._warp(source.axes, to_voxels)
-    region = _region(place, target)
-    try:
-        _core.fill(source.voxels, made.voxels, affine_map, how, warp=warp, region=region)
-    except ValueError as error:
-        raise _in_words_of_bricks(error, place) from None
+    made = result(source, way.target, dtype, out, way.field)
+    _fill(source, made, way, how)
     return made.handed_on()
 
 
-def _in_words_of_bricks(error: ValueError, place: Grid) -> ValueError:
-    if not place.is_box:
-        return error
-    return ValueError(
-        f"image is the brick {place.shape} at {place.whole[1]} of a larger one, and lacks what the "
-        "grid reads: volux.support(grid, box, image=whole) says which box that is"
-    )
+def _fill(source: Subject, made: Result, way: Route, how: _core.Reading) -> None:
+    warp, region = way.warp(), way.region()
+    try:
+        _core.fill(source.voxels, made.voxels, way.affine, how, warp=warp, region=region)
+    except ValueError:
+        if not way.source.is_box:
+            raise
+        raise ValueError(
+            f"image is the brick {way.source.shape} at {way.source.whole[1]} of a larger one, and "
+            "lacks what the grid reads: volux.support(grid, box, image=whole) says which box it is"
+        ) from None
 
 
-def _target(source: Subject, place: Grid, grid: object, like: object, transform: object) -> Grid:
+def _target(source: Subject, grid: object, like: object, transform: object) -> Grid:
     given = one_of({"grid": grid, "like": like}, required=transform is None)
     if given == "grid":
         return _checked(grid)._named(source.axes)
-    return place if given is None else _grid_like(source, like)
+    return source.grid if given is None else _grid_like(source, like)
 
 
 def _checked(grid: object) -> Grid:
@@ -215,34 +201,8 @@ def _grid_like(source: Subject, like: object) -> Grid:
     return other.grid
 
 
-Route: TypeAlias = tuple[Matrix, Displacement | None, Matrix]
-
-
-def route(source: Grid, target: Grid, transform: Transform | None) -> Route:
-    """Return where voxels of one grid are read in another one; both name their axes.
-
-    Without a field: the map to voxels of the source. With one: the map to the space of its
-    vectors, the field, and the map from there to voxels of the source.
-    """
-    image, rows = source.whole[0], target.whole[0]._rows
-    if transform is None:
-        return _between(rows, image), None, IDENTITY
-    before, field, after = parts_of(transform)
-    moved = _core.composed(before, rows)
-    if field is None:
-        return _between(_core.composed(after, moved), image), None, IDENTITY
-    return moved, field, _core.composed(_core.inverse(image._rows), after)
-
-
-def _between(rows: Matrix, image: Grid) -> Matrix:
-    # In an index space a grid says itself which voxels it reads, and to the last bit.
-    if np.array_equal(image.affine, _INDEX_SPACE):
-        return np.ascontiguousarray(rows[list(PLACES[image._order])])
-    return _core.between(rows, image._rows)
-
-
-def _warn_of_aliasing(affine_map: Matrix) -> None:
-    longest = max(_core.spacing_of(affine_map))
+def _warn_of_aliasing(way: Route) -> None:
+    longest = way.longest_step()
     if longest >= _TWO:
         warnings.warn(
             f"voxels of the result are as long as {longest:.3g} of the image, and detail between "
@@ -250,11 +210,3 @@ def _warn_of_aliasing(affine_map: Matrix) -> None:
             AliasingWarning,
             stacklevel=4,
         )
-
-
-def _region(source: Grid, target: Grid) -> tuple[Ints, Ints, Ints, Ints] | None:
-    if not (source.is_box or target.is_box):
-        return None
-    image, brick_start = source.whole
-    whole, start = target.whole
-    return image._extents, whole._extents, whole._in_xyz(start), image._in_xyz(brick_start)

@@ -134,16 +134,9 @@ def resize(
     """
     source = Subject(image).refuse_brick("resize")
     target, affine_map = _target(source.grid, shape, spacing, scale, chosen("align", align, ALIGNS))
+    kind = source.array.dtype
     how = reading(
-        source.array.dtype,
-        interpolation=interpolation,
-        border=border,
-        fill=fill,
-        outside=outside,
-        antialias=antialias,
-        overflow=overflow,
-        threads=threads,
-        progress=progress,
+        kind, interpolation, border, fill, outside, antialias, overflow, threads, progress
     )
     made = result(source, target, dtype, out)
     _core.fill(source.voxels, made.voxels, affine_map, how)

@@ -141,16 +141,9 @@ def reslice(
            [15., 16., 17.]])
     """
     source = Subject(image).refuse_brick("reslice")
+    kind = source.array.dtype
     how = reading(
-        source.array.dtype,
-        interpolation=interpolation,
-        border=border,
-        fill=fill,
-        outside=outside,
-        antialias=antialias,
-        overflow=overflow,
-        threads=threads,
-        progress=progress,
+        kind, interpolation, border, fill, outside, antialias, overflow, threads, progress
     )
     slabs = {
         "slab": 1 if slab is None else whole("slab", slab),

@@ -90,7 +90,7 @@ def sample(
     where = _where(source, points, space)
     one = _channel(channel, source)
     given = source.array.dtype
-    how = reading(given, interpolation=interpolation, border=border, fill=fill, threads=threads)
+    how = reading(given, interpolation, border, fill, threads=threads)
     shape = (*where.shape, *(source.array.shape[3:] if one < 0 else ()))
     wanted = result_dtype(dtype, given, out)
     if out is None:
@@ -160,7 +160,7 @@ def sample_gradient(
     where = _where(source, points, space)
     one = _channel(channel, source)
     given = source.array.dtype
-    how = reading(given, interpolation=interpolation, border=border, fill=fill, threads=threads)
+    how = reading(given, interpolation, border, fill, threads=threads)
     count = source.voxels.shape[3] if one < 0 else 1
     results = np.empty((len(where.points), count, 4))
     _core.sample_gradient(source.voxels, where.points, where.map, one, results, how)

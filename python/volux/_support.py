@@ -10,7 +10,7 @@ from volux._displacement import Transform
 from volux._grid import Grid, placed
 from volux._image import Image
 from volux._reading import reading
-from volux._resample import route
+from volux._route import route
 from volux._types import Antialias, Array, Border, Box, DLPackProducer, Interpolation, Outside
 from volux._words import in_our_words
 
@@ -69,24 +69,17 @@ def support(
     source = placed(image)
     source = source._named(source._order)
     part = grid._named(source._order)[box]
-    affine_map, field, to_voxels = route(source, part, transform)
-    how = reading(
-        np.dtype(np.float64),
-        interpolation=interpolation,
-        border=border,
-        fill=0,
-        outside=outside,
-        antialias=antialias,
-    )
-    whole, start = part.whole
-    begin, size = _core.support(
-        source.whole[0]._extents,
+    way = route(source, part, transform)
+    how = reading(np.dtype(np.float64), interpolation, border, 0, outside, antialias)
+    extents, (whole, start) = source.whole[0]._extents, part.whole
+    first, count = _core.support(
+        extents,
         whole._extents,
-        affine_map,
+        way.affine,
         part._in_xyz(start),
         part._extents,
         how,
-        warp=None if field is None else field._warp(source._order, to_voxels),
+        warp=way.warp(),
     )
-    ends = [slice(i, i + n) for i, n in zip(begin, size, strict=True)]
+    ends = [slice(i, i + n) for i, n in zip(first, count, strict=True)]
     return from_xyz(ends, source._order)
