@@ -97,8 +97,11 @@ def in_xyz(array: Array, axes: Axes) -> Array:
     """Return the same voxels with the axes x, y, z and channel; bools as bytes."""
     if array.dtype.kind == "b":
         array = array.view(np.uint8)
-    voxels: Array = array if array.ndim == 4 else array[..., np.newaxis]
-    ordered: Array = voxels.transpose((*PLACES[axes], 3))
+    ordered: Array
+    if array.ndim == 3:
+        ordered = array.transpose(PLACES[axes])[..., np.newaxis]
+    else:
+        ordered = array.transpose((*PLACES[axes], 3))
     return ordered
 
 

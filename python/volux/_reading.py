@@ -2,7 +2,8 @@
 
 from __future__ import annotations
 
-from typing import Any
+from functools import lru_cache
+from typing import Any, NamedTuple
 
 import numpy as np
 
@@ -28,6 +29,40 @@ _ONE: Ints = (1, 1, 1)
 _AS_LONG: Ints = (0, 0, 0)
 
 
+class _Choices(NamedTuple):
+    """The numbers that stand for words in the compiled part."""
+
+    kernel: int
+    border: int
+    extends: bool
+    overflow: int
+    subsamples: Ints
+
+
+@lru_cache
+def _choices(
+    interpolation: object, border: object, outside: object, antialias: object, overflow: object
+) -> _Choices:
+    kernel = chosen("interpolation", interpolation, KERNELS)
+    number = chosen("antialias", antialias, ANTIALIASES)
+    wanted = number == 1 or (number == 2 and kernel != KERNELS["nearest"])
+    return _Choices(
+        kernel,
+        chosen("border", border, BORDERS),
+        chosen("outside", outside, OUTSIDES) == 1,
+        chosen("overflow", overflow, OVERFLOWS),
+        _AS_LONG if wanted else _ONE,
+    )
+
+
+def _kept_choices(*words: object) -> _Choices:
+    try:
+        return _choices(*words)
+    except TypeError:
+        pass
+    return _choices.__wrapped__(*words)  # in words also where one can not be hashed
+
+
 def reading(
     dtype: np.dtype[Any],
     interpolation: Interpolation,
@@ -40,7 +75,7 @@ def reading(
     progress: Progress | None = None,
 ) -> _core.Reading:
     """Check the keywords for voxels of a type, and return them as the compiled part takes them."""
-    kernel = chosen("interpolation", interpolation, KERNELS)
+    choices = _kept_choices(interpolation, border, outside, antialias, overflow)
     if dtype.kind == "b" and interpolation in ("linear", "cubic"):
         raise ValueError(
             f"interpolation={interpolation!r} of bools: allowed are 'nearest' and 'label'; "
@@ -49,21 +84,15 @@ def reading(
     if progress is not None and not callable(progress):
         raise TypeError(f"progress={progress!r} must be called with a fraction, or None")
     return _core.Reading(
-        kernel=kernel,
-        border=chosen("border", border, BORDERS),
+        kernel=choices.kernel,
+        border=choices.border,
         outside=_fill_of(fill, dtype),
-        edge_extends=chosen("outside", outside, OUTSIDES) == 1,
-        overflow=chosen("overflow", overflow, OVERFLOWS),
-        subsamples=_subsamples(antialias, kernel),
+        edge_extends=choices.extends,
+        overflow=choices.overflow,
+        subsamples=choices.subsamples,
         threads=threads_of(threads),
         progress=progress,
     )
-
-
-def _subsamples(antialias: Antialias | None, kernel: int) -> Ints:
-    number = chosen("antialias", antialias, ANTIALIASES)
-    wanted = number == 1 or (number == 2 and kernel != KERNELS["nearest"])
-    return _AS_LONG if wanted else _ONE
 
 
 def _fill_of(fill: Number, dtype: np.dtype[Any]) -> float:
