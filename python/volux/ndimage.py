@@ -8,7 +8,7 @@ of order 1 differ in the last bits, since the products are summed in another ord
 from __future__ import annotations
 
 import re
-from collections.abc import Callable
+from collections.abc import Callable, Sequence
 from functools import wraps
 from typing import Any, Literal, ParamSpec, TypeAlias
 
@@ -246,9 +246,9 @@ def zoom(
 
     Notes
     -----
-    As in scipy, nothing smooths where the array becomes smaller. Positions of `grid_mode` may
-    differ in the last bit from those of scipy; order 0 may then read the other voxel where one is
-    half way between two.
+    As in scipy, nothing smooths where the array becomes smaller. With `grid_mode` both round
+    positions, in formulas of their own: half way between two voxels, order 0 may read the other
+    one. Without it both read the same voxels.
 
     Examples
     --------
@@ -267,6 +267,8 @@ def zoom(
     shape = [round(extent * factor) for extent, factor in factors]
     if not all(1 <= extent <= MOST_VOXELS for extent in shape):
         raise ValueError(f"zoom={zoom!r} makes the shape {shape} of {source.shape}")
+    if not grid_mode:
+        source = _without_ends(source, shape)
     return resize(
         source,
         shape=shape,
@@ -310,6 +312,14 @@ def _checked_mode(mode: object) -> Literal["edge", "constant"]:
         return _BORDERS[mode]
     hint = _REFUSED_MODES.get(mode, "") if isinstance(mode, str) else ""
     raise ValueError(f"mode={mode!r}: allowed are 'nearest' and 'grid-constant'{hint}")
+
+
+def _without_ends(source: Array, shape: Sequence[int]) -> Array:
+    """Return what scipy reads where one centre is first and last: the first voxel throughout."""
+    alone = [1 in pair for pair in zip(source.shape, shape, strict=True)]
+    first = source[tuple(slice(1 if one else None) for one in alone)]
+    whole = zip(source.shape, shape, alone, strict=True)
+    return np.broadcast_to(first, [wanted if one else extent for extent, wanted, one in whole])
 
 
 def _wanted(output: Output) -> dict[str, Any]:
