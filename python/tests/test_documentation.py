@@ -51,6 +51,15 @@ def test_every_call_says_what_it_returns(call):
     assert "Returns\n-------\n" in inspect.getdoc(call)
 
 
+@pytest.mark.parametrize(
+    "thing",
+    [thing for thing in described() if thing is not volux.AliasingWarning],
+    ids=lambda thing: thing.__qualname__,
+)
+def test_everything_that_is_called_has_an_example(thing):
+    assert "Examples\n--------\n>>> " in inspect.getdoc(thing)
+
+
 def test_the_version_is_that_of_the_distribution():
     from importlib.metadata import version
 

@@ -5,7 +5,7 @@ import pytest
 import volux
 
 from . import oracle
-from .volumes import same_bits, volume
+from .volumes import placed, same_bits, volume
 
 
 @pytest.mark.parametrize("kernel", oracle.KERNELS)
@@ -80,3 +80,12 @@ def test_an_edge_may_end_with_the_field_of_view():
     one = np.full((1, 1, 1), 5.0)
     made = volux.resize(one, shape=(1, 1, 3), align="centres", outside="fill", fill=-1)
     assert made.ravel().tolist() == [-1.0, 5.0, -1.0]
+
+
+def test_a_volume_that_keeps_its_size_keeps_its_place_exactly():
+    oblique = placed([[0.3, 0.4, -0.1, 10], [-0.5, 0.2, 0.7, 20], [0.1, 0.6, 2.1, 30]])
+    image = volux.Image(volume(), oblique)
+    for wanted in ({"shape": image.shape}, {"spacing": image.spacing}, {"scale": 1}):
+        made = volux.resize(image, interpolation="cubic", **wanted)
+        assert made.affine.tobytes() == oblique.tobytes()
+        assert same_bits(made.array, image.array)

@@ -71,6 +71,13 @@ class Affine:
         -------
         Affine
             The inverse, rounded once for each product and sum.
+
+        Examples
+        --------
+        >>> import numpy as np
+        >>> import volux
+        >>> volux.Affine(np.diag([2, 4, 8, 1])).inverse()([2, 4, 8])
+        array([1., 1., 1.])
         """
         return Affine(affine_of(_core.inverse(self._rows), "xyz"))
 

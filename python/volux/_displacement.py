@@ -137,7 +137,17 @@ class Displacement:
 
 
 class Composite:
-    """A displacement field with affine maps before and after it, as `compose` makes it."""
+    """A displacement field with affine maps before and after it, as `compose` makes it.
+
+    Examples
+    --------
+    >>> import numpy as np
+    >>> import volux
+    >>> field = volux.Displacement(np.full((4, 4, 4, 3), 0.5), volux.Grid((4, 4, 4), np.eye(4)))
+    >>> double = volux.Affine(np.diag([2.0, 2.0, 2.0, 1.0]))
+    >>> volux.compose(field, double)([1, 2, 3])
+    array([3., 5., 7.])
+    """
 
     __slots__ = ("after", "before", "field")
 

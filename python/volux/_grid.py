@@ -269,15 +269,21 @@ def sized(place: Grid, shape: Any, align: int) -> tuple[Grid, Matrix]:
     """Return the grid of another number of voxels, and the map from its voxels to those of now."""
     wanted = extents("shape", shape)
     affine_map, rows = _core.size_grid(place._rows, place._extents, place._in_xyz(wanted), align)
-    return Grid(wanted, affine_of(rows, place._order), axes=place.axes), affine_map
+    return _resized(place, wanted, affine_map, rows), affine_map
 
 
 def spaced(place: Grid, spacing: Floats, align: int) -> tuple[Grid, Matrix]:
     """Return the grid of another spacing, and the map from its voxels to those of now."""
     wanted = place._in_xyz(spacing)
     shape, affine_map, rows = _core.spacing_grid(place._rows, place._extents, wanted, align)
-    order = place._order
-    return Grid(from_xyz(shape, order), affine_of(rows, order), axes=place.axes), affine_map
+    return _resized(place, from_xyz(shape, place._order), affine_map, rows), affine_map
+
+
+def _resized(place: Grid, shape: Ints, affine_map: Matrix, rows: Matrix) -> Grid:
+    # The same voxels keep their place to the last bit, which is rounded in all others.
+    is_same = np.array_equal(affine_map, np.eye(3, 4))
+    affine = place.affine if is_same else affine_of(rows, place._order)
+    return Grid(shape, affine, axes=place.axes)
 
 
 def box_of(box: slice | tuple[slice, ...], shape: Ints) -> Box:

@@ -114,7 +114,8 @@ def reslice(
     threads : int, optional
         How many work at most; None: as `threads` says. The bits are the same.
     progress : callable, optional
-        Is called now and then with the fraction that is done; what it raises ends the call.
+        Is called now and then with the fraction that is done of each plane or grid; what it raises
+        ends the call.
 
     Returns
     -------
