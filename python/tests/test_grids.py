@@ -143,6 +143,12 @@ def test_the_affine_of_a_grid_can_not_be_changed():
         grid.affine[0, 3] = 7.0
 
 
+@pytest.mark.parametrize("name", ["shape", "affine", "axes", "spacing"])
+def test_a_grid_can_not_be_changed(name):
+    with pytest.raises(AttributeError):
+        setattr(volux.Grid((2, 2, 2), np.eye(4)), name, None)
+
+
 def test_a_grid_is_printed_as_it_is_made():
     grid = volux.Grid((2, 3, 4), OBLIQUE, axes="xyz")
     assert eval(repr(grid), {"Grid": volux.Grid}) == grid

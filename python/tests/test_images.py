@@ -42,6 +42,12 @@ def test_a_number_of_channels_that_is_there_is_accepted():
     assert volux.Image(volume(shape=(2, 2, 2, 3)), channels=3).channels == 3
 
 
+@pytest.mark.parametrize("name", ["array", "affine", "shape", "grid"])
+def test_an_image_can_not_be_changed(name):
+    with pytest.raises(AttributeError):
+        setattr(volux.Image(volume()), name, None)
+
+
 def test_an_image_pickles():
     image = volux.Image(volume(), PLACE, axes="xyz")
     again = pickle.loads(pickle.dumps(image))

@@ -9,12 +9,13 @@ import numpy.typing as npt
 
 from volux import _core
 from volux._axes import affine_of
+from volux._fixed import Fixed
 from volux._numbers import placing
 from volux._points import moved
 from volux._types import Matrix
 
 
-class Affine:
+class Affine(Fixed):
     """An affine map from the world to the world.
 
     Parameters

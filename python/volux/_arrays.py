@@ -52,7 +52,8 @@ def _produced(producer: Any, name: str) -> Array:
 def _foreign(image: object, name: str) -> str:
     kind = type(image)
     package = kind.__module__.partition(".")[0]
-    said = f"{name} is a {kind.__name__}; allowed are a volux.Image, a numpy array"
+    images = "a volux.Image, " if name in ("image", "like") else ""
+    said = f"{name} is a {kind.__name__}; allowed are {images}a numpy array"
     said += " and an array that DLPack hands on"
     if package == "nibabel":
         return f"{said}: volux.Image.from_nibabel({name})"

@@ -11,6 +11,7 @@ from volux import _core, _sitk
 from volux._affine import Affine
 from volux._arrays import array_of, in_xyz
 from volux._axes import affine_of
+from volux._fixed import Fixed
 from volux._grid import Grid
 from volux._points import moved
 from volux._types import Array, Axes, DLPackProducer, Matrix
@@ -18,7 +19,7 @@ from volux._types import Array, Axes, DLPackProducer, Matrix
 IDENTITY = np.eye(3, 4)
 
 
-class Displacement:
+class Displacement(Fixed):
     """A displacement field: takes a point p of the world to p + u(p).
 
     Parameters

@@ -13,6 +13,7 @@ import numpy.typing as npt
 from volux import _core
 from volux._arrays import array_of
 from volux._axes import affine_of, checked_axes, from_xyz, rows_of, to_xyz
+from volux._fixed import Fixed
 from volux._numbers import extents, placing, steps
 from volux._types import (
     Align,
@@ -37,7 +38,7 @@ T = TypeVar("T")
 ALIGNS = {"edges": 0, "centres": 1}
 
 
-class Grid:
+class Grid(Fixed):
     """The voxels of a volume without their values: how many, and where in the world.
 
     Parameters
@@ -170,6 +171,16 @@ class Grid:
         return spaced(placed(image), steps("spacing", spacing), chosen("align", align, ALIGNS))[0]
 
     @property
+    def whole(self) -> tuple[Grid, Ints]:
+        """The grid that this one is a box of, or itself, and where the box begins there."""
+        return self._whole or (self, (0, 0, 0))
+
+    @property
+    def is_box(self) -> bool:
+        """Whether it is a box of a larger grid."""
+        return self._whole is not None
+
+    @property
     def spacing(self) -> Floats:
         """World units from a voxel to the next along each axis of the array."""
         first, second, third = _core.spacing_of(self.affine[:3])
@@ -185,13 +196,18 @@ class Grid:
             axes=self.axes,
         )
         whole, first = self.whole
-        part._whole = (whole, (first[0] + i, first[1] + j, first[2] + k))
-        return part
+        return part._as_box_of(whole, (first[0] + i, first[1] + j, first[2] + k))
+
+    def _as_box_of(self, whole: Grid, start: Ints) -> Grid:
+        object.__setattr__(self, "_whole", (whole, start))  # before anybody else has seen it
+        return self
 
     def _beginning_at(self, start: Ints) -> Matrix:
         step = np.eye(3, 4)
         step[:, 3] = self._in_xyz(start)
         return affine_of(_core.composed(self._rows, step), self._order)
+
+    # The following are for the other modules of the package.
 
     @property
     def _order(self) -> Axes:
@@ -212,16 +228,6 @@ class Grid:
         """Return a triple in the order of the axes as one of x, y and z."""
         return to_xyz(values, self._order)
 
-    @property
-    def whole(self) -> tuple[Grid, Ints]:
-        """The grid that this one is a box of, or itself, and where the box begins there."""
-        return self._whole or (self, (0, 0, 0))
-
-    @property
-    def is_box(self) -> bool:
-        """Whether it is a box of a larger grid."""
-        return self._whole is not None
-
     def _alone(self) -> Grid:
         """Return the same voxels as a grid that is no box of another one."""
         return Grid(self.shape, self.affine, axes=self.axes) if self.is_box else self
@@ -231,10 +237,8 @@ class Grid:
         if self.axes is not None:
             return self
         named = Grid(self.shape, self.affine, axes=axes)
-        if self._whole is not None:
-            whole, start = self._whole
-            named._whole = (whole._named(axes), start)
-        return named
+        whole, start = self.whole
+        return named._as_box_of(whole._named(axes), start) if self.is_box else named
 
     def _key(self) -> tuple[object, ...]:
         return (self.shape, tuple(self.affine.flat), self.axes, self._whole)

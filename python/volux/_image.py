@@ -10,6 +10,7 @@ import numpy.typing as npt
 from volux import _nibabel, _sitk
 from volux._arrays import array_of, in_xyz
 from volux._axes import checked_axes
+from volux._fixed import Fixed
 from volux._grid import Grid
 from volux._numbers import whole
 from volux._types import Array, Axes, DLPackProducer, Floats, Ints, Matrix
@@ -19,7 +20,7 @@ if TYPE_CHECKING:
     import SimpleITK
 
 
-class Image:
+class Image(Fixed):
     """Voxels with a place in the world.
 
     Parameters

@@ -9,6 +9,7 @@ import numpy.typing as npt
 
 from volux import _core
 from volux._axes import affine_of
+from volux._fixed import Fixed
 from volux._grid import Grid
 from volux._numbers import extents, place, positive, steps, whole
 from volux._points import listed, triples
@@ -18,7 +19,7 @@ _OF_A_PICTURE = "rows and columns"
 _OF_PLANES = "between planes, between rows and between columns"
 
 
-class Plane:
+class Plane(Fixed):
     """A plane in the world, by its centre, its normal and what is up in the picture.
 
     The plane depends on no image: the same one cuts a CT and a PET of another pose. Its picture

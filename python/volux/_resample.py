@@ -192,7 +192,7 @@ def _checked(grid: object) -> Grid:
 def _grid_like(source: Subject, like: object) -> Grid:
     if isinstance(like, Grid):
         raise TypeError("like is a Grid; it must be an image: grid= takes grids")
-    other = Subject(like)
+    other = Subject(like, "like")
     if (other.image is None) is not (source.image is None):
         raise TypeError(
             "like and image must both be a volux.Image or both a plain array, whose world is its "

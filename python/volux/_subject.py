@@ -23,13 +23,13 @@ class Subject:
     image: Image | None
     voxels: Array  # the memory of the array: x, y, z, channel
 
-    def __init__(self, image: object) -> None:
+    def __init__(self, image: object, name: str = "image") -> None:
         if isinstance(image, Image):
             self.image = image
             self.array, self.axes, self.voxels = image.array, image.axes, image._voxels
         else:
             self.image = None
-            self.array, self.axes = array_of(image, "image"), "zyx"
+            self.array, self.axes = array_of(image, name), "zyx"
             self.voxels = in_xyz(self.array, "zyx")
 
     @property
