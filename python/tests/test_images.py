@@ -73,8 +73,7 @@ def test_an_image_of_nibabel_is_read_where_it_is():
 def test_a_file_of_nibabel_that_is_not_compressed_stays_on_disk(tmp_path):
     nibabel.save(nibabel.Nifti1Image(volume(), PLACE), tmp_path / "scan.nii")
     image = volux.Image.from_nibabel(nibabel.load(tmp_path / "scan.nii"))
-    assert isinstance(image.array.base, (np.memmap, type(image.array.base)))
-    assert not image.array.flags.owndata
+    assert isinstance(image.array.base, np.memmap)
     assert same_bits(np.ascontiguousarray(image.array), volume())
 
 

@@ -169,6 +169,7 @@ REFUSALS = [
         ValueError,
         r"points have the shape \(2,\); .*\(\.\.\., 3\)",
     ),
+    (lambda: volux.sample(ARRAY, np.zeros((3, 7))), ValueError, r"points\.T, if these are coordin"),
     (lambda: volux.sample(ARRAY, "abc"), TypeError, "points must be numbers"),
     (lambda: sample(space="voxel"), ValueError, "space='voxel': allowed are 'index' or 'world'"),
     (lambda: sample(channel=1), ValueError, "channel=1 must be from 0 to 0"),

@@ -11,5 +11,5 @@ class Fixed:
     def __setattr__(self, name: str, value: object) -> None:
         """Set an attribute that has no value yet."""
         if hasattr(self, name):
-            raise AttributeError(f"{name} of a {type(self).__name__} can not be changed")
+            raise AttributeError(f"{name} of a {type(self).__name__} cannot be changed")
         object.__setattr__(self, name, value)

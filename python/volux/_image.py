@@ -36,7 +36,7 @@ class Image(Fixed):
         the order of the voxels in memory.
     channels : int, optional
         How many channels there must be; None takes any number. An array of three axes has none,
-        so that a picture in colours, (rows, columns, 3), can not pass for a volume.
+        so that a picture in colours, (rows, columns, 3), cannot pass for a volume.
 
     Attributes
     ----------

@@ -22,8 +22,9 @@ _OF_PLANES = "between planes, between rows and between columns"
 class Plane(Fixed):
     """A plane in the world, by its centre, its normal and what is up in the picture.
 
-    The plane depends on no image: the same one cuts a CT and a PET of another pose. Its picture
-    is seen against the normal, which points away from the viewer; columns x rows = normal.
+    The plane depends on no image: the same one cuts a CT and a PET of another pose. The normal
+    points away from the viewer: the direction along a row, times that from row to row, is the
+    normal.
 
     Parameters
     ----------

@@ -17,7 +17,8 @@ def triples(points: npt.ArrayLike) -> Matrix:
     except (TypeError, ValueError):
         raise TypeError("points must be numbers, three for each point") from None
     if given.ndim == 0 or given.shape[-1] != 3:
-        raise ValueError(f"points have the shape {given.shape}; it must be (..., 3)")
+        hint = ": points.T, if these are coordinates for scipy" if given.shape[:1] == (3,) else ""
+        raise ValueError(f"points have the shape {given.shape}; it must be (..., 3){hint}")
     return given
 
 

@@ -60,7 +60,7 @@ def _kept_choices(*words: object) -> _Choices:
         return _choices(*words)
     except TypeError:
         pass
-    return _choices.__wrapped__(*words)  # in words also where one can not be hashed
+    return _choices.__wrapped__(*words)  # in words also where one cannot be hashed
 
 
 def reading(

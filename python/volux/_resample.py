@@ -105,7 +105,7 @@ def resample(
         "mean": each voxel of the result is the mean of as many samples as it is long; labels vote.
         "auto": so with every kernel but "nearest". None: one sample, and no warning.
     overflow : {"saturate", "wrap"}
-        What integers store for a reading that they can not hold.
+        What integers store for a reading that they cannot hold.
     dtype : dtype, optional
         Of the result: the image's, float32 or float64. None: that of `out`, or the image's.
         Integers round half away from zero; float64 is the reading itself.

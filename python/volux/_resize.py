@@ -99,7 +99,7 @@ def resize(
         What the border "edge" gives beyond the field of view, where rounding may put the last
         centre.
     overflow : {"saturate", "wrap"}
-        What integers store for a reading that they can not hold.
+        What integers store for a reading that they cannot hold.
     dtype : dtype, optional
         Of the result: the image's, float32 or float64. None: that of `out`, or the image's.
     out : ndarray, optional

@@ -106,7 +106,7 @@ def reslice(
     antialias : {None, "mean", "auto"}
         "mean": each voxel of each plane is the mean of as many samples as it is long and thick.
     overflow : {"saturate", "wrap"}
-        What integers store for a reading that they can not hold.
+        What integers store for a reading that they cannot hold.
     dtype : dtype, optional
         Of the result: the image's, float32 or float64. None: that of `out`, or the image's.
     out : ndarray, optional

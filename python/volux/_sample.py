@@ -47,7 +47,7 @@ def sample(
     points : array_like, (..., 3)
         In the order of the array's axes, voxel centres at whole numbers, or (x, y, z) in the
         world. Doubles with the axes (n, 3) are read where they are; other numbers, and axes that
-        can not be joined, are converted first.
+        cannot be joined, are converted first.
     space : {"index", "world"}
         What the points count in. The world of a plain array is its index space.
     interpolation : {"linear", "nearest", "cubic", "label"}
