@@ -3,6 +3,7 @@
 #include <nanobind/stl/array.h>
 
 #include <new>
+#include <thread>
 #include <utility>
 
 namespace volux::python {
@@ -47,9 +48,20 @@ Reading::Reading(int kernel, int border, double outside, bool edgeExtends, int o
     options.threads = threads;
 }
 
+std::atomic<int> WatchedCall::running(0);
+std::atomic<bool> WatchedCall::isExiting(false);
+
 void WatchedCall::perform(const Reading& reading, const Function& function)
 {
     WatchedCall(reading).perform(function);
+}
+
+void WatchedCall::endAll()
+{
+    isExiting = true;
+    const nb::gil_scoped_release unlocked;
+    while (running > 0)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
 
 void WatchedCall::perform(const Function& function)
@@ -63,12 +75,18 @@ void WatchedCall::perform(const Function& function)
     }
     if (raised_)
         std::rethrow_exception(raised_);
+    if (isExiting) {
+        PyErr_SetNone(PyExc_SystemExit);
+        throw nb::python_error();
+    }
     raiseUnlessSuccess(result);
     tell(1.0);
 }
 
 bool WatchedCall::goesOn(double fraction) noexcept
 {
+    if (isExiting)
+        return false;
     if (std::this_thread::get_id() != caller_ || Clock::now() - looked_ < kBetweenLooks)
         return true;
     const nb::gil_scoped_acquire locked;
@@ -103,6 +121,9 @@ void addReading(nb::module_& module)
         .def(nb::init<int, int, double, bool, int, const Extents&, unsigned int, nb::object>(),
              nb::kw_only(), "kernel"_a, "border"_a, "outside"_a, "edge_extends"_a, "overflow"_a,
              "subsamples"_a, "threads"_a, "progress"_a.none());
+    nb::module_::import_("atexit").attr("register")(nb::cpp_function(&WatchedCall::endAll));
+    nb::module_::import_("os").attr("register_at_fork")(
+        "after_in_child"_a = nb::cpp_function(&WatchedCall::forgetOthers));
 }
 
 }  // namespace volux::python
