@@ -36,6 +36,26 @@ core::Border* borderOf(int number)
     return chosen(borders, number);
 }
 
+// A callback may hold what holds the reading, such as the traceback of what it raised: the
+// collector must see both.
+int visitHeld(PyObject* self, visitproc visit, void* arg)
+{
+    Py_VISIT(Py_TYPE(self));
+    if (nb::inst_ready(self))
+        Py_VISIT(nb::inst_ptr<Reading>(self)->progress.ptr());
+    return 0;
+}
+
+int dropHeld(PyObject* self)
+{
+    nb::inst_ptr<Reading>(self)->progress.reset();
+    return 0;
+}
+
+PyType_Slot COLLECTED[] = {{Py_tp_traverse, reinterpret_cast<void*>(visitHeld)},
+                           {Py_tp_clear, reinterpret_cast<void*>(dropHeld)},
+                           {0, nullptr}};
+
 }  // namespace
 
 Reading::Reading(int kernel, int border, double outside, bool edgeExtends, int overflow,
@@ -117,7 +137,7 @@ void raiseUnlessSuccess(core::ErrorType result)
 
 void addReading(nb::module_& module)
 {
-    nb::class_<Reading>(module, "Reading", nb::is_final())
+    nb::class_<Reading>(module, "Reading", nb::is_final(), nb::type_slots(COLLECTED))
         .def(nb::init<int, int, double, bool, int, const Extents&, unsigned int, nb::object>(),
              nb::kw_only(), "kernel"_a, "border"_a, "outside"_a, "edge_extends"_a, "overflow"_a,
              "subsamples"_a, "threads"_a, "progress"_a.none());
