@@ -10,7 +10,7 @@ import pytest
 import volux
 
 MODULES = [module.name for module in pkgutil.iter_modules(volux.__path__) if module.name != "_core"]
-PUBLIC = [getattr(volux, name) for name in volux.__all__]
+PUBLIC = [getattr(volux, name) for name in volux.__all__ if name != "ndimage"]
 
 
 def described():
@@ -64,6 +64,10 @@ def test_the_version_is_that_of_the_distribution():
     from importlib.metadata import version
 
     assert volux.__version__ == version("volux")
+
+
+def test_the_calls_of_scipy_are_there_without_an_import_of_their_own():
+    assert volux.ndimage.zoom.__module__ == "volux.ndimage"
 
 
 def test_a_name_that_is_not_there_is_refused():

@@ -21,6 +21,8 @@ from volux._support import support
 from volux._threads import threads
 
 if TYPE_CHECKING:
+    from volux import ndimage
+
     __version__: str
 
 __all__ = [
@@ -33,6 +35,7 @@ __all__ = [
     "Plane",
     "compose",
     "digest",
+    "ndimage",
     "resample",
     "resize",
     "reslice",
@@ -42,11 +45,16 @@ __all__ = [
     "threads",
 ]
 
+if not TYPE_CHECKING:
 
-def __getattr__(name: str) -> str:
-    # Looked up when it is asked for: the files about installed packages take long to read.
-    if name == "__version__":
-        from importlib.metadata import version
+    def __getattr__(name):
+        # What takes long to read is read when it is asked for.
+        if name == "__version__":
+            from importlib.metadata import version
 
-        return version("volux")
-    raise AttributeError(f"module 'volux' has no attribute {name!r}")
+            return version("volux")
+        if name == "ndimage":
+            from importlib import import_module
+
+            return import_module("volux.ndimage")
+        raise AttributeError(f"module 'volux' has no attribute {name!r}")

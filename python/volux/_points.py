@@ -13,9 +13,10 @@ from volux._types import Matrix
 def triples(points: npt.ArrayLike) -> Matrix:
     """Return points as doubles, (..., 3); an array of doubles stays where it is."""
     try:
-        given: Matrix = np.asarray(points, np.float64)
+        numbers = np.asarray(points)
+        given: Matrix = numbers.astype(np.float64, casting="same_kind", copy=False)
     except (TypeError, ValueError):
-        raise TypeError("points must be numbers, three for each point") from None
+        raise TypeError("points must be real numbers, three for each point") from None
     if given.ndim == 0 or given.shape[-1] != 3:
         hint = ": points.T, if these are coordinates for scipy" if given.shape[:1] == (3,) else ""
         raise ValueError(f"points have the shape {given.shape}; it must be (..., 3){hint}")
