@@ -1,0 +1,36 @@
+"""Points that come in: any array of triples."""
+
+from __future__ import annotations
+
+from collections.abc import Callable
+
+import numpy as np
+import numpy.typing as npt
+
+from volux._types import Matrix
+
+
+def triples(points: npt.ArrayLike) -> Matrix:
+    """Return points as doubles, (..., 3); an array of doubles stays where it is."""
+    try:
+        numbers = np.asarray(points)
+        given: Matrix = numbers.astype(np.float64, casting="same_kind", copy=False)
+    except (TypeError, ValueError):
+        raise TypeError("points must be real numbers, three for each point") from None
+    if given.ndim == 0 or given.shape[-1] != 3:
+        hint = ": points.T, if these are coordinates for scipy" if given.shape[:1] == (3,) else ""
+        raise ValueError(f"points have the shape {given.shape}; it must be (..., 3){hint}")
+    return given
+
+
+def listed(points: Matrix) -> Matrix:
+    """Return points one after the other, (n, 3)."""
+    return points if points.ndim == 2 else points.reshape(-1, 3)
+
+
+def moved(points: npt.ArrayLike, move: Callable[[Matrix, Matrix], None]) -> Matrix:
+    """Return what a function of points (n, 3) writes to an array of as many."""
+    given = triples(points)
+    results = np.empty(given.shape)
+    move(listed(given), results.reshape(-1, 3))
+    return results

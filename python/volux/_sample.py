@@ -1,0 +1,216 @@
+"""Readings at points."""
+
+from __future__ import annotations
+
+from typing import NamedTuple
+
+import numpy as np
+import numpy.typing as npt
+
+from volux import _core
+from volux._arrays import checked_out, result_dtype
+from volux._axes import PLACES, from_xyz
+from volux._image import Image
+from volux._numbers import whole
+from volux._points import listed, triples
+from volux._reading import reading
+from volux._subject import Subject
+from volux._types import Array, Axes, Border, DLPackProducer, Interpolation, Matrix, Number, Space
+from volux._words import chosen, in_our_words
+
+SPACES = {"index": 0, "world": 1}
+
+# So many points at once go through memory of our own to an `out` with gaps.
+_AT_ONCE = 1 << 16
+
+
+@in_our_words
+def sample(
+    image: Image | Array | DLPackProducer,
+    points: npt.ArrayLike,
+    *,
+    space: Space = "index",
+    interpolation: Interpolation = "linear",
+    border: Border = "edge",
+    fill: Number = 0,
+    channel: int | None = None,
+    dtype: npt.DTypeLike | None = "float64",
+    out: Array | None = None,
+    threads: int | None = None,
+) -> Array:
+    """Read an image at points.
+
+    Parameters
+    ----------
+    image : Image, ndarray or DLPack producer
+        Three axes, and a last one for channels. It is read where it is.
+    points : array_like, (..., 3)
+        In the order of the array's axes, voxel centres at whole numbers, or (x, y, z) in the
+        world. Doubles with the axes (n, 3) are read where they are; other numbers, and axes that
+        cannot be joined, are converted first.
+    space : {"index", "world"}
+        What the points count in. The world of a plain array is its index space.
+    interpolation : {"linear", "nearest", "cubic", "label"}
+        The kernel; "label" for segmentations.
+    border : {"edge", "constant"}
+        What a kernel reads for voxels outside the image, however far: the nearest one, or `fill`.
+    fill : number
+        For voxels outside; an integer image must be able to hold it.
+    channel : int, optional
+        Which one to read; None reads all.
+    dtype : dtype, optional
+        Of the readings: float64, float32 or the image's, as None is. Only float64 is the reading
+        itself.
+    out : ndarray, optional
+        Gets the readings; any strides, but no overlap with what is read.
+    threads : int, optional
+        How many work at most; None: as `threads` says. The bits are the same.
+
+    Returns
+    -------
+    ndarray
+        Of the shape of `points` without the last axis. If the image has an axis for channels and
+        `channel` is None, they come last.
+
+    Raises
+    ------
+    TypeError
+        If an argument is of another kind.
+    ValueError
+        If a value is not allowed; then nothing has been written.
+
+    Examples
+    --------
+    >>> import numpy as np
+    >>> import volux
+    >>> volux.sample(np.arange(8.0).reshape(2, 2, 2), [(0.5, 0, 0), (0, 0, 0.25)])
+    array([2.  , 0.25])
+    """
+    source = Subject(image).refuse_brick("sample")
+    where = _where(source, points, space)
+    one = _channel(channel, source)
+    given = source.array.dtype
+    how = reading(given, interpolation, border, fill, threads=threads)
+    shape = (*where.shape, *(source.array.shape[3:] if one < 0 else ()))
+    wanted = result_dtype(dtype, given, out)
+    if out is None:
+        results = np.empty(shape, wanted)
+    else:
+        inputs = {"image": source.array, "points": where.points}
+        results = checked_out(out, shape, wanted, inputs)
+    _read(source, where, one, results, how)
+    return results
+
+
+@in_our_words
+def sample_gradient(
+    image: Image | Array | DLPackProducer,
+    points: npt.ArrayLike,
+    *,
+    space: Space = "index",
+    interpolation: Interpolation = "linear",
+    border: Border = "edge",
+    fill: Number = 0,
+    channel: int | None = None,
+    threads: int | None = None,
+) -> tuple[Matrix, Matrix]:
+    """Read an image and its derivatives at points.
+
+    The derivatives are those of the formula by which the kernel reads, not differences.
+
+    Parameters
+    ----------
+    image : Image, ndarray or DLPack producer
+        Three axes, and a last one for channels. It is read where it is.
+    points : array_like, (..., 3)
+        As of `sample`.
+    space : {"index", "world"}
+        What the points count in, and the derivatives.
+    interpolation : {"linear", "cubic", "nearest"}
+        The kernel; those of "nearest" are 0.
+    border, fill, channel, threads
+        As of `sample`.
+
+    Returns
+    -------
+    values : ndarray, float64
+        The readings, as `sample` gives them.
+    gradients : ndarray, float64, (..., 3)
+        How fast the reading grows along each axis of the array, by voxels; or along x, y and z of
+        the world, by its units.
+
+    Raises
+    ------
+    TypeError
+        If an argument is of another kind.
+    ValueError
+        If a value is not allowed; "label" has no derivatives.
+
+    Examples
+    --------
+    >>> import numpy as np
+    >>> import volux
+    >>> values, gradients = volux.sample_gradient(np.arange(8.0).reshape(2, 2, 2), (0.5, 0.5, 0.5))
+    >>> values, gradients
+    (array(3.5), array([4., 2., 1.]))
+    """
+    source = Subject(image).refuse_brick("sample_gradient")
+    if interpolation == "label":
+        raise ValueError("interpolation='label' has no derivatives; allowed are the other kernels")
+    where = _where(source, points, space)
+    one = _channel(channel, source)
+    given = source.array.dtype
+    how = reading(given, interpolation, border, fill, threads=threads)
+    count = source.voxels.shape[3] if one < 0 else 1
+    results = np.empty((len(where.points), count, 4))
+    _core.sample_gradient(source.voxels, where.points, where.map, one, results, how)
+    last = source.array.shape[3:] if one < 0 else ()
+    results = results.reshape(*where.shape, *last, 4)
+    order = (1, 2, 3) if where.map is not None else from_xyz((1, 2, 3), source.axes)
+    return results[..., 0].copy(), results[..., list(order)]
+
+
+class _Places(NamedTuple):
+    points: Matrix  # (n, 3): x, y, z
+    map: Matrix | None  # from their space to voxels; None: they count in voxels
+    shape: tuple[int, ...]
+
+
+def _where(source: Subject, points: npt.ArrayLike, space: Space) -> _Places:
+    given = triples(points)
+    flat = listed(given)
+    in_world = chosen("space", space, SPACES) == 1
+    if in_world and source.image is not None:
+        return _Places(flat, _core.inverse(source.grid._rows), given.shape[:-1])
+    return _Places(_in_xyz(flat, source.axes), None, given.shape[:-1])
+
+
+def _in_xyz(points: Matrix, axes: Axes) -> Matrix:
+    if axes == "xyz":
+        return points
+    return points[:, ::-1] if axes == "zyx" else points[:, list(PLACES[axes])]
+
+
+def _channel(channel: int | None, source: Subject) -> int:
+    # -1 is all of them; without an axis for channels, all is the only one.
+    if channel is None:
+        return 0 if source.channels is None else -1
+    return whole("channel", channel, least=0, most=source.voxels.shape[3] - 1)
+
+
+def _read(source: Subject, where: _Places, one: int, results: Array, how: _core.Reading) -> None:
+    rows = (-1, *(source.array.shape[3:] if one < 0 else ()))
+    if results.flags.c_contiguous:
+        _core.sample(source.voxels, where.points, where.map, one, _numbers(results, rows), how)
+        return
+    channels = results.size // max(len(where.points), 1)
+    for begin in range(0, len(where.points), _AT_ONCE):
+        points = where.points[begin : begin + _AT_ONCE]
+        block = np.empty(len(points) * channels, results.dtype)
+        _core.sample(source.voxels, points, where.map, one, _numbers(block, rows), how)
+        results.flat[begin * channels : begin * channels + block.size] = block
+
+
+def _numbers(results: Array, rows: tuple[int, ...]) -> Array:
+    numbers = results.view(np.uint8) if results.dtype.kind == "b" else results
+    return numbers.reshape(rows)
