@@ -35,6 +35,7 @@ set(VOLUX_RESAMPLE_TESTS
     resample/calls/WarpTest.cpp
     resample/calls/WarpedMeansTest.cpp
     resample/rows/ExecutorTest.cpp
+    resample/rows/MissingMemoryTest.cpp
     resample/rows/ProcessorsTest.cpp
     resample/rows/StackTest.cpp
     resample/rows/ThreadsTest.cpp

@@ -1,5 +1,6 @@
 #include "FailingNew.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <new>
 
@@ -8,6 +9,29 @@
 namespace volux::test {
 
 thread_local int newFailsIn = 0;
+
+namespace {
+
+std::atomic<long> live{0};
+
+}  // namespace
+
+long liveNews()
+{
+    return live;
+}
+
+#ifndef VOLUX_TEST_SANITIZED_HEAP
+namespace {
+
+void release(void* block)
+{
+    live -= block != nullptr ? 1 : 0;
+    std::free(block);
+}
+
+}  // namespace
+#endif
 
 }  // namespace volux::test
 
@@ -18,14 +42,15 @@ void* operator new(std::size_t size)
     void* const block = failsIn > 0 && --failsIn == 0 ? nullptr : std::malloc(size != 0 ? size : 1);
     if (block == nullptr)
         throw std::bad_alloc();
+    ++volux::test::live;
     return block;
 }
 void operator delete(void* block) noexcept
 {
-    std::free(block);
+    volux::test::release(block);
 }
 void operator delete(void* block, std::size_t) noexcept
 {
-    std::free(block);
+    volux::test::release(block);
 }
 #endif

@@ -7,4 +7,7 @@ namespace volux::test {
 /// for itself: there none ever does (see AllocationWatch::kWorks).
 extern thread_local int newFailsIn;
 
+/// How many blocks of operator new this process holds now; always 0 under a sanitizer.
+long liveNews();
+
 }  // namespace volux::test

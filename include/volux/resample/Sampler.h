@@ -61,7 +61,8 @@ VOLUX_RESAMPLE_API SamplerParts makeSampler(const View<const void>& source, int 
 /// copies; the view or the image that it was made of need not, as long as the voxels stay where
 /// they are. Labels and policies of the caller's own are called through volux_core at every
 /// reading; the caller's must outlive it, too. For them alone a sampler allocates memory when it is
-/// made, and copies share it.
+/// made, and copies share it: a view that no VxImage describes (a stride below 0 or above 2^32 - 1)
+/// is copied then, and what is written to its voxels later is not read.
 ///
 /// Threads: any number of threads may call one sampler at once, while nobody writes the voxels.
 /// Calls are O(1), lock nothing and allocate nothing.
@@ -82,8 +83,8 @@ public:
     /// SUCCESS, or the first of these: ERR_NULL_POINTER for a source without a buffer or a null
     /// policy; ERR_INVALID_ARGUMENT for an extent that is 0 or above 2^31 - 1, strides that no
     /// memory has room for, an element type that is none, or an `outside` that an integer T does
-    /// not hold; ERR_INVALID_CHANNEL. With a policy of the caller's own also ERR_INVALID_ARGUMENT
-    /// for more bytes than 64 bits count, and ERR_ALLOCATION_FAILED.
+    /// not hold; ERR_INVALID_CHANNEL. With Labels or a policy of the caller's own also
+    /// ERR_INVALID_ARGUMENT for more bytes than 64 bits count, and ERR_ALLOCATION_FAILED.
     [[nodiscard]] core::ErrorType error() const { return parts_.error; }
 
     /// The reading at a position, in voxels; neither rounded nor saturated.

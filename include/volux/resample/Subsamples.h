@@ -33,12 +33,12 @@ namespace volux::resample {
 ///     X' = X / n, Y' = Y / m, Z' = Z / l
 ///     o' = ((o + X' * ((1 - n) / 2)) + Y' * ((1 - m) / 2)) + Z' * ((1 - l) / 2)
 ///
-/// and AffineMap::operator() gives the positions. They are added one by one from the first on, x
-/// fastest, then y, then z, and the sum is divided by their number, in doubles. A mean that
-/// rounding left below the least of them becomes the least, one above the greatest the greatest; so
-/// equal sub-samples keep their value. The mean is stored as any reading is. With a slab, each
-/// voxel of each plane is such a mean, and then the planes are projected. Labels has no mean: its
-/// sub-samples vote.
+/// and AffineMap::operator() gives the positions. Where n, m and l are all 1, it is the grid's own
+/// map. The sub-samples are added one by one from the first on, x fastest, then y, then z, and the
+/// sum is divided by their number, in doubles. A mean that rounding left below the least of them
+/// becomes the least, one above the greatest the greatest; so equal sub-samples keep their value.
+/// The mean is stored as any reading is. With a slab, each voxel of each plane is such a mean, and
+/// then the planes are projected. Labels has no mean: its sub-samples vote.
 ///
 /// resize() with Align::EDGES to an extent that divides the source's reads every voxel exactly once
 /// if n is their ratio, and gives the mean of each block.

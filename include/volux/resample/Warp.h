@@ -106,11 +106,11 @@ VOLUX_RESAMPLE_API WarpedGrid warpedGrid(const Geometry& output, const Geometry&
 
 /// The grid and the warp for an output, a field and a source that lie in the world.
 ///
-///                      grid.map                      toField                      toVoxels
-///     WORLD            output.toWorld()              field.toVoxels() source.toVoxels()
-///     SOURCE_VOXELS    gridBetween(output, source)   gridBetween(source, field)   the identity
-///     FIELD_VOXELS     gridBetween(output, field)    the identity gridBetween(field,
-///                                                                                   source)
+/// - WORLD: grid.map is output.toWorld(), toField field.toVoxels(), toVoxels source.toVoxels().
+/// - SOURCE_VOXELS: grid.map is that of gridBetween(output, source), toField that of
+///   gridBetween(source, field), toVoxels the identity.
+/// - FIELD_VOXELS: grid.map is that of gridBetween(output, field), toField the identity, toVoxels
+///   that of gridBetween(field, source).
 ///
 /// Extents and spacing of the grid are the output's. The extents of `field` and `source` are not
 /// used: those of the vectors and of the voxels count. Nothing is refused: a geometry that places

@@ -32,6 +32,11 @@ public:
             resample<double>("means into double", gridOf(axisMap(random_, extents_), random_));
             resample<T>("means of blocks", blocks());
         }
+        for (unsigned int round = 0; round < rounds_; ++round) {
+            source_.arrangement = someArrangement(random_);
+            reslice<T>("means of slabs");
+            reslice<double>("means of slabs into double");
+        }
     }
 
 private:
@@ -69,6 +74,21 @@ private:
             options.overflow = resample::Overflow::SATURATE;  // volux_core has no mean to wrap
             options.subsamples = n;
             append(stream, calls_.template resample<R>(source_, grid, to, options));
+        });
+    }
+
+    // All planes of Labels vote at once where the projection is the mean.
+    template <class R>
+    void reslice(const std::string& operation)
+    {
+        const Planes planes = somePlanes(random_, extents_);
+        const Slab slab = someSlab(random_);
+        const resample::Subsamples n = someSubsamples();
+        const Arrangement to = someArrangement(random_);
+        withEachPolicy_(operation, true, [&](Options options, Stream& stream) {
+            options.overflow = resample::Overflow::SATURATE;  // volux_core has no mean to wrap
+            options.subsamples = n;
+            append(stream, calls_.template reslice<R>(source_, planes, to, options, slab));
         });
     }
 

@@ -122,7 +122,7 @@ struct SingleCalls {
         grid.map = mapOf(planes);
         const core::VxImage<T>& image = source.wrapped.image;
         return eachResult(grid, image, [&](const Voxel& voxel, int c) {
-            return static_cast<R>(projected(image, voxel, c, options, slab));
+            return converted<R>(projected(image, voxel, c, options, slab));
         });
     }
 
@@ -178,14 +178,42 @@ private:
     static double projected(const core::VxImage<T>& source, const Voxel& voxel, int c,
                             const Options& options, const Slab& slab)
     {
+        const bool isMean = slab.projection == resample::Projection::MEAN && slab.planes > 1;
+        if (isMean && options.interpolator == &resample::LABELS)
+            return elected(source, voxel, c, options, slab.planes);
         double result = 0.0;
         for (unsigned int n = 0; n < slab.planes; ++n) {
-            const Voxel plane = {voxel.map, voxel.i, voxel.j, voxel.k * slab.planes + n};
-            const double sample = test::gridReading(source, plane.position(), c, options);
+            const unsigned int plane = voxel.k * slab.planes + n;
+            const double sample =
+                test::meanReading(source, voxel.map, voxel.i, voxel.j, plane, c, options);
             result = n == 0 ? sample : project(slab.projection, result, sample);
         }
-        const bool isMean = slab.projection == resample::Projection::MEAN && slab.planes > 1;
         return isMean ? result / slab.planes : result;
+    }
+
+    // The vote of the sub-samples of all planes of a slab.
+    template <class T>
+    static double elected(const core::VxImage<T>& source, const Voxel& voxel, int c,
+                          const Options& options, unsigned int planes)
+    {
+        const resample::Subsamples n = test::subsamplesOf(voxel.map, options.subsamples);
+        const AffineMap finer = test::finerMapOf(voxel.map, n);
+        std::vector<double> samples;
+        for (unsigned int z = voxel.k * planes * n.z; z < (voxel.k + 1) * planes * n.z; ++z)
+            for (unsigned int y = voxel.j * n.y; y < (voxel.j + 1) * n.y; ++y)
+                for (unsigned int x = voxel.i * n.x; x < (voxel.i + 1) * n.x; ++x)
+                    samples.push_back(
+                        test::gridReading(source, positionOf(finer, x, y, z), c, options));
+        AffineMap centres = voxel.map;
+        for (auto& row : centres.rows) {
+            const volatile double moved = row[2] * ((planes - 1.0) / 2.0);
+            row[3] = row[3] + moved;
+            row[2] = row[2] * planes;
+        }
+        Options nearest = options;
+        nearest.interpolator = test::kInterpolators[0];
+        const resample::Position centre = positionOf(centres, voxel.i, voxel.j, voxel.k);
+        return test::electedOf(samples, test::gridReading(source, centre, c, nearest));
     }
 
     // What a destination of type R keeps: the element, if that is the source's type, else the

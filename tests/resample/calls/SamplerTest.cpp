@@ -167,6 +167,18 @@ TEST(SamplerOfOneVolume, SeesWhatIsWrittenToItsVoxels)
     EXPECT_EQ(sampler(1.0, 0.0, 0.0), 5.0);
 }
 
+TEST(SamplerOfOneVolume, CopiesAViewThatNoImageDescribesForLabelsAlone)
+{
+    float voxels[] = {1.0F, 2.0F};
+    resample::View<const float> flipped(voxels + 1, 2, 1, 1);
+    flipped.strideX = -1;
+    const Sampler labels(flipped, resample::Labels());
+    const Sampler linear(flipped, Linear());
+    voxels[1] = 5.0F;
+    EXPECT_EQ(labels(0.0, 0.0, 0.0), 2.0);
+    EXPECT_EQ(linear(0.0, 0.0, 0.0), 5.0);
+}
+
 TEST(SamplerOfOneVolume, ServesManyThreadsAtOnce)
 {
     Seeded random(311);
