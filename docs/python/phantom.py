@@ -22,8 +22,6 @@ AFFINE = np.array(
 )
 AIR, FAT, TISSUE, LUNG, VESSEL, BONE = -1000, -90, 40, -820, 300, 700
 
-Volume = npt.NDArray[np.int16]
-
 
 def vessel(count: int = 40) -> npt.NDArray[np.float64]:
     """Return points on the middle of the vessel, (count, 3): x, y and z in mm, RAS+."""
@@ -77,9 +75,13 @@ def _parts() -> list[npt.NDArray[np.bool_]]:
     i, j, k = np.meshgrid(*(np.arange(n) for n in SHAPE), indexing="ij")
     x, y, z = (47.5 - i), (39.5 - j), (3.0 * k - 46.5)
 
-    def ball(centre: tuple[float, float, float], radii: tuple[float, float, float]) -> Volume:
-        squares = zip((x, y, z), centre, radii, strict=True)
-        return sum(((p - c) / r) ** 2 for p, c, r in squares)
+    def ball(
+        centre: tuple[float, float, float], radii: tuple[float, float, float]
+    ) -> npt.NDArray[np.float64]:
+        square = np.zeros(SHAPE)
+        for place, middle, radius in zip((x, y, z), centre, radii, strict=True):
+            square += ((place - middle) / radius) ** 2
+        return square
 
     trunk = ((x / 44.0) ** 2 + (y / 36.0) ** 2, (x / 40.0) ** 2 + (y / 32.0) ** 2)
     lungs = (ball((-20, 0, 4), (13, 20, 36)) < 1) | (ball((20, 0, 8), (12, 19, 32)) < 1)
