@@ -33,6 +33,5 @@ def test_a_page_links_to_what_is_there(page):
 
 def test_every_picture_is_shown():
     shown = "".join(page.read_text() for page in PAGES)
-    assert [
-        path.name for path in PICTURES.glob("*") if f"(pictures/{path.name})" not in shown
-    ] == []
+    hidden = [path.name for path in PICTURES.glob("*") if f"(pictures/{path.name})" not in shown]
+    assert hidden == []
