@@ -11,11 +11,11 @@ from volux import _core
 from volux._axes import affine_of
 from volux._fixed import Fixed
 from volux._numbers import placing
-from volux._points import moved
+from volux._points import PointMap
 from volux._types import Matrix
 
 
-class Affine(Fixed):
+class Affine(PointMap, Fixed):
     """An affine map from the world to the world.
 
     Parameters
@@ -50,20 +50,8 @@ class Affine(Fixed):
     def __init__(self, matrix: npt.ArrayLike) -> None:
         self.matrix = placing("matrix", matrix)
 
-    def __call__(self, points: npt.ArrayLike) -> Matrix:
-        """Return where points of the world lead.
-
-        Parameters
-        ----------
-        points : array_like, (..., 3)
-            In the world.
-
-        Returns
-        -------
-        ndarray, float64
-            Of the shape of `points`.
-        """
-        return moved(points, lambda given, results: _core.apply(self._rows, given, results))
+    def _move(self, points: Matrix, results: Matrix) -> None:
+        _core.apply(self._rows, points, results)
 
     def inverse(self) -> Affine:
         """Return the map that leads back.

@@ -5,7 +5,6 @@ from __future__ import annotations
 from typing import Any, TypeAlias, overload
 
 import numpy as np
-import numpy.typing as npt
 
 from volux import _core, _sitk
 from volux._affine import Affine
@@ -13,13 +12,13 @@ from volux._arrays import array_of, in_xyz
 from volux._axes import affine_of
 from volux._fixed import Fixed
 from volux._grid import Grid
-from volux._points import moved
+from volux._points import PointMap
 from volux._types import Array, Axes, DLPackProducer, Matrix
 
 IDENTITY = np.eye(3, 4)
 
 
-class Displacement(Fixed):
+class Displacement(PointMap, Fixed):
     """A displacement field: takes a point p of the world to p + u(p).
 
     Parameters
@@ -109,20 +108,8 @@ class Displacement(Fixed):
         in_lps = cls(vectors, Grid(vectors.shape[:3], _sitk.turned(affine), axes="zyx"))
         return Composite(turn._rows, in_lps, turn._rows)
 
-    def __call__(self, points: npt.ArrayLike) -> Matrix:
-        """Return where points of the world lead.
-
-        Parameters
-        ----------
-        points : array_like, (..., 3)
-            In the world.
-
-        Returns
-        -------
-        ndarray, float64
-            Of the shape of `points`.
-        """
-        return moved(points, self._warp("zyx", IDENTITY).apply)
+    def _move(self, points: Matrix, results: Matrix) -> None:
+        self._warp("zyx", IDENTITY).apply(points, results)
 
     def _warp(self, axes: Axes, to_voxels: Matrix) -> _core.Warp:
         """Return the field as the compiled part takes it, to voxels of a source."""
@@ -137,7 +124,7 @@ class Displacement(Fixed):
         return Displacement, (self.vectors, self.grid)
 
 
-class Composite:
+class Composite(PointMap):
     """A displacement field with affine maps before and after it, as `compose` makes it.
 
     Examples
@@ -157,21 +144,10 @@ class Composite:
         self.field = field
         self.after = after
 
-    def __call__(self, points: npt.ArrayLike) -> Matrix:
-        """Return where points of the world lead.
-
-        Parameters
-        ----------
-        points : array_like, (..., 3)
-            In the world.
-
-        Returns
-        -------
-        ndarray, float64
-            Of the shape of `points`.
-        """
-        placed = moved(points, lambda given, results: _core.apply(self.before, given, results))
-        return moved(placed, self.field._warp("zyx", self.after).apply)
+    def _move(self, points: Matrix, results: Matrix) -> None:
+        entered = np.empty(points.shape)
+        _core.apply(self.before, points, entered)
+        self.field._warp("zyx", self.after).apply(entered, results)
 
     def __repr__(self) -> str:
         return f"<Composite of {self.field!r}>"
@@ -219,10 +195,8 @@ def compose(first: Transform, then: Transform) -> Affine | Composite:
 
     Raises
     ------
-    TypeError
-        If one is no transform.
-    ValueError
-        If both have a displacement field.
+    TypeError, ValueError
+        If one is no transform, or both have a displacement field.
 
     Examples
     --------

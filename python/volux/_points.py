@@ -1,8 +1,6 @@
-"""Points that come in: any array of triples."""
+"""Points that come in, any array of triples, and what moves them."""
 
 from __future__ import annotations
-
-from collections.abc import Callable
 
 import numpy as np
 import numpy.typing as npt
@@ -28,9 +26,29 @@ def listed(points: Matrix) -> Matrix:
     return points if points.ndim == 2 else points.reshape(-1, 3)
 
 
-def moved(points: npt.ArrayLike, move: Callable[[Matrix, Matrix], None]) -> Matrix:
-    """Return what a function of points (n, 3) writes to an array of as many."""
-    given = triples(points)
-    results = np.empty(given.shape)
-    move(listed(given), results.reshape(-1, 3))
-    return results
+class PointMap:
+    """What takes points of the world to others."""
+
+    __slots__ = ()
+
+    def __call__(self, points: npt.ArrayLike) -> Matrix:
+        """Return where points of the world lead.
+
+        Parameters
+        ----------
+        points : array_like, (..., 3)
+            In the world.
+
+        Returns
+        -------
+        ndarray, float64
+            Of the shape of `points`.
+        """
+        given = triples(points)
+        results = np.empty(given.shape)
+        self._move(listed(given), results.reshape(-1, 3))
+        return results
+
+    def _move(self, points: Matrix, results: Matrix) -> None:
+        """Write where points (n, 3) lead to an array of as many."""
+        raise NotImplementedError

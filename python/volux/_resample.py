@@ -3,32 +3,25 @@
 from __future__ import annotations
 
 import warnings
-from typing import TYPE_CHECKING, Literal, overload
+from typing import TYPE_CHECKING, Any, overload
 
 import numpy as np
-import numpy.typing as npt
 
 from volux import _core
 from volux._displacement import Transform
 from volux._grid import Grid
 from volux._image import Image
+from volux._keywords import FILLING, takes
 from volux._reading import reading
 from volux._route import Route, route
 from volux._subject import Result, Subject, result
 from volux._types import (
-    Antialias,
     Array,
-    Border,
     DLPackProducer,
     FillingOptions,
-    Interpolation,
     NotGiven,
-    Number,
-    Outside,
-    Overflow,
-    Progress,
 )
-from volux._words import in_our_words, one_of
+from volux._words import one_of
 
 if TYPE_CHECKING:
     from typing_extensions import Unpack
@@ -60,31 +53,20 @@ def resample(
 ) -> Array: ...
 
 
-@in_our_words
+@takes(**FILLING | {"antialias": NotGiven.NOT_GIVEN})
 def resample(
     image: Image | Array | DLPackProducer,
     grid: Grid | None = None,
     *,
     like: Image | Array | DLPackProducer | None = None,
     transform: Transform | None = None,
-    interpolation: Interpolation = "linear",
-    border: Border = "edge",
-    fill: Number = 0,
-    outside: Outside = "fill",
-    antialias: Antialias | Literal[NotGiven.NOT_GIVEN] | None = NotGiven.NOT_GIVEN,
-    overflow: Overflow = "saturate",
-    dtype: npt.DTypeLike | None = None,
-    out: Array | None = None,
-    threads: int | None = None,
-    progress: Progress | None = None,
+    **options: Any,
 ) -> Image | Array:
     """Bring a volume onto a grid.
 
     Parameters
     ----------
-    image : Image, ndarray or DLPack producer
-        Three axes, and a last one for channels. It is read where it is. The world of a plain array
-        is its index space, component by component in the order of its axes.
+    $image
     grid : Grid, optional
         Where the voxels of the result lie in the world. A box of a grid, ``grid[10:20]``, gets
         the voxels that the whole has there.
@@ -93,70 +75,34 @@ def resample(
     transform : Affine, Displacement or what compose() made, optional
         Takes a point of the result to the point of the image that is read for it, both in the
         world. With neither `grid` nor `like` the result has the image's own grid.
-    interpolation : {"linear", "nearest", "cubic", "label"}
-        The kernel; "label" for segmentations: it reads the label that "linear" would weigh most.
-    border : {"edge", "constant"}
-        What a kernel reads for voxels outside the image: the nearest one, or `fill`.
-    fill : number
-        For voxels outside; an integer image must be able to hold it.
-    outside : {"fill", "extend"}
-        What the border "edge" gives farther than half a voxel beyond the outer centres.
-    antialias : {None, "mean", "auto"}, optional
-        "mean": each voxel of the result is the mean of as many samples as it is long; labels vote.
-        "auto": so with every kernel but "nearest". None: one sample, and no warning.
-    overflow : {"saturate", "wrap"}
-        What integers store for a reading that they cannot hold.
-    dtype : dtype, optional
-        Of the result: the image's, float32 or float64. None: that of `out`, or the image's.
-        Integers round half away from zero; float64 is the reading itself.
-    out : ndarray, optional
-        Gets the result; any strides, but no overlap with what is read.
-    threads : int, optional
-        How many work at most; None: as `threads` says. The bits are the same.
-    progress : callable, optional
-        Is called now and then with the fraction that is done; what it raises ends the call.
+    $filling
 
     Returns
     -------
     Image or ndarray
         As `image` is. Its axes are those that the grid names, or the image's.
-
-    Raises
-    ------
-    TypeError
-        If an argument is of another kind.
-    ValueError
-        If a value is not allowed; then nothing has been written.
-
-    Warns
-    -----
-    AliasingWarning
-        If voxels of the result are as long as two of the image, or longer, and `antialias` was not
-        given.
-
-    See Also
-    --------
-    resize : Another number of voxels in the same place.
+    $raises
+    $aliasing
 
     Examples
     --------
-    >>> import numpy as np
-    >>> import volux
-    >>> ct = volux.Image(np.arange(8.0).reshape(2, 2, 2), np.diag([3.0, 1.0, 1.0, 1.0]))
-    >>> between = volux.Grid((1, 2, 2), [[1, 0, 0, 1.5], [0, 1, 0, 0], [0, 0, 1, 0], [0, 0, 0, 1]])
-    >>> volux.resample(ct, between).array
-    array([[[2., 3.],
-            [4., 5.]]])
+    >>> import numpy, volux
+    >>> moved = volux.Affine([[1, 0, 0, 0], [0, 1, 0, 0], [0, 0, 1, 0.5], [0, 0, 0, 1]])
+    >>> volux.resample(numpy.arange(4.0).reshape(1, 1, 4), transform=moved, outside="extend")
+    array([[[0.5, 1.5, 2.5, 3. ]]])
     """
     source = Subject(image)
     way = route(source.grid, _target(source, grid, like, transform), transform)
+    return _filled(source, way, **options)
+
+
+def _filled(
+    source: Subject, way: Route, *, dtype: Any, out: Any, antialias: Any, **options: Any
+) -> Image | Array:
     if isinstance(antialias, NotGiven):
         antialias = None
         _warn_of_aliasing(way)
-    kind = source.array.dtype
-    how = reading(
-        kind, interpolation, border, fill, outside, antialias, overflow, threads, progress
-    )
+    how = reading(source.array.dtype, antialias=antialias, **options)
     made = result(source, way.target, dtype, out, way.field)
     _fill(source, made, way, how)
     return made.handed_on()
@@ -208,5 +154,5 @@ def _warn_of_aliasing(way: Route) -> None:
             f"voxels of the result are as long as {longest:.3g} of the image, and detail between "
             "them is skipped: antialias='mean' takes means, antialias=None says that this is meant",
             AliasingWarning,
-            stacklevel=4,
+            stacklevel=5,
         )

@@ -5,29 +5,21 @@ from __future__ import annotations
 from collections.abc import Sequence
 from typing import TYPE_CHECKING, Any, overload
 
-import numpy.typing as npt
-
 from volux import _core
 from volux._grid import Grid
 from volux._image import Image
+from volux._keywords import FILLING, takes
 from volux._numbers import whole
 from volux._plane import Plane
 from volux._reading import reading
 from volux._subject import Result, Subject, result
 from volux._types import (
-    Antialias,
     Array,
-    Border,
     DLPackProducer,
     FillingOptions,
-    Interpolation,
-    Number,
-    Outside,
-    Overflow,
-    Progress,
     Projection,
 )
-from volux._words import chosen, in_our_words
+from volux._words import chosen
 
 if TYPE_CHECKING:
     from typing_extensions import Unpack
@@ -64,30 +56,20 @@ def reslice(
 ) -> list[Array]: ...
 
 
-@in_our_words
+@takes(**FILLING)
 def reslice(
     image: Image | Array | DLPackProducer,
     planes: Plane | Grid | Sequence[Plane],
     *,
     slab: int | None = None,
     projection: Projection = "mean",
-    interpolation: Interpolation = "linear",
-    border: Border = "edge",
-    fill: Number = 0,
-    outside: Outside = "fill",
-    antialias: Antialias | None = None,
-    overflow: Overflow = "saturate",
-    dtype: npt.DTypeLike | None = None,
-    out: Array | None = None,
-    threads: int | None = None,
-    progress: Progress | None = None,
+    **options: Any,
 ) -> Any:
     """Cut planes out of a volume.
 
     Parameters
     ----------
-    image : Image, ndarray or DLPack producer
-        Three axes, and a last one for channels. It is read where it is.
+    $image
     planes : Plane, Grid or sequence of Plane
         Where to cut, in the world. A grid is a stack of planes, as `Plane.stack` makes it.
     slab : int, optional
@@ -95,64 +77,39 @@ def reslice(
         first number of the plane's spacing, and the plane is in their middle.
     projection : {"mean", "maximum", "minimum"}
         How they become one; with "label" the mean is a vote.
-    interpolation : {"linear", "nearest", "cubic", "label"}
-        The kernel; "label" for segmentations.
-    border : {"edge", "constant"}
-        What a kernel reads for voxels outside the image: the nearest one, or `fill`.
-    fill : number
-        For voxels outside; an integer image must be able to hold it.
-    outside : {"fill", "extend"}
-        What the border "edge" gives farther than half a voxel beyond the outer centres.
-    antialias : {None, "mean", "auto"}
-        "mean": each voxel of each plane is the mean of as many samples as it is long and thick.
-    overflow : {"saturate", "wrap"}
-        What integers store for a reading that they cannot hold.
-    dtype : dtype, optional
-        Of the result: the image's, float32 or float64. None: that of `out`, or the image's.
-    out : ndarray, optional
-        Gets the result of one plane or grid; any strides, but no overlap with the image.
-    threads : int, optional
-        How many work at most; None: as `threads` says. The bits are the same.
-    progress : callable, optional
-        Is called now and then with the fraction that is done of each plane or grid; what it raises
-        ends the call.
+    $filling
 
     Returns
     -------
     Image or ndarray, or a list of them
-        As `image` is, one for each Plane of a sequence. A plane has the axes "zyx" and the shape
-        (1, rows, columns); ``result.array[0]`` is its picture.
-
-    Raises
-    ------
-    TypeError
-        If an argument is of another kind.
-    ValueError
-        If a value is not allowed; then nothing has been written.
+        As `image` is, one for each Plane of a sequence, which takes no `out`. A plane has the axes
+        "zyx" and the shape (1, rows, columns); ``result.array[0]`` is its picture.
+    $raises
 
     Examples
     --------
-    >>> import numpy as np
-    >>> import volux
-    >>> ct = volux.Image(np.arange(27.0).reshape(3, 3, 3))
-    >>> plane = volux.Plane((1, 1, 1), (-1, 0, 0), (0, -1, 0), (3, 3), 1.0)
-    >>> volux.reslice(ct, plane).array[0]
-    array([[ 9., 10., 11.],
-           [12., 13., 14.],
-           [15., 16., 17.]])
+    >>> import numpy, volux
+    >>> plane = volux.Plane((1, 1, 1), (-1, 0, 0), (0, -1, 0), (2, 3), 1.0)
+    >>> volux.reslice(numpy.arange(27.0).reshape(3, 3, 3), plane)[0]
+    array([[10.5, 11.5, 12.5],
+           [13.5, 14.5, 15.5]])
     """
     source = Subject(image).refuse_brick("reslice")
-    kind = source.array.dtype
-    how = reading(
-        kind, interpolation, border, fill, outside, antialias, overflow, threads, progress
-    )
-    slabs = {
-        "slab": 1 if slab is None else whole("slab", slab),
-        "projection": chosen("projection", projection, PROJECTIONS),
-    }
-    grids = _grids(planes, source, out)
-    cuts = [_cut(source, result(source, grid, dtype, out), how, slabs) for grid in grids]
+    cuts = _cuts(source, planes, _slabs(slab, projection), **options)
     return cuts[0] if isinstance(planes, (Plane, Grid)) else cuts
+
+
+def _slabs(slab: int | None, projection: str) -> dict[str, int]:
+    count = 1 if slab is None else whole("slab", slab)
+    return {"slab": count, "projection": chosen("projection", projection, PROJECTIONS)}
+
+
+def _cuts(
+    source: Subject, planes: object, slabs: dict[str, int], *, dtype: Any, out: Any, **options: Any
+) -> list[Image | Array]:
+    how = reading(source.array.dtype, **options)
+    grids = _grids(planes, source, out)
+    return [_cut(source, result(source, grid, dtype, out), how, slabs) for grid in grids]
 
 
 def _cut(source: Subject, made: Result, how: _core.Reading, slabs: dict[str, int]) -> Image | Array:

@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from typing import NamedTuple
+from typing import TYPE_CHECKING, Any, NamedTuple, TypedDict
 
 import numpy as np
 import numpy.typing as npt
@@ -11,12 +11,16 @@ from volux import _core
 from volux._arrays import checked_out, result_dtype
 from volux._axes import PLACES, from_xyz
 from volux._image import Image
+from volux._keywords import READING, takes
 from volux._numbers import whole
 from volux._points import listed, triples
 from volux._reading import reading
 from volux._subject import Subject
 from volux._types import Array, Axes, Border, DLPackProducer, Interpolation, Matrix, Number, Space
-from volux._words import chosen, in_our_words
+from volux._words import chosen
+
+if TYPE_CHECKING:
+    from typing_extensions import Unpack
 
 SPACES = {"index": 0, "world": 1}
 
@@ -24,75 +28,64 @@ SPACES = {"index": 0, "world": 1}
 _AT_ONCE = 1 << 16
 
 
-@in_our_words
+class SamplingOptions(TypedDict, total=False):
+    """What both calls take."""
+
+    interpolation: Interpolation
+    border: Border
+    fill: Number
+    channel: int | None
+    threads: int | None
+
+
+@takes(**READING, channel=None, dtype="float64", out=None, threads=None)
 def sample(
     image: Image | Array | DLPackProducer,
     points: npt.ArrayLike,
     *,
     space: Space = "index",
-    interpolation: Interpolation = "linear",
-    border: Border = "edge",
-    fill: Number = 0,
-    channel: int | None = None,
     dtype: npt.DTypeLike | None = "float64",
     out: Array | None = None,
-    threads: int | None = None,
+    **options: Unpack[SamplingOptions],
 ) -> Array:
-    """Read an image at points.
+    """Read an image at points; the edge extends however far.
 
     Parameters
     ----------
-    image : Image, ndarray or DLPack producer
-        Three axes, and a last one for channels. It is read where it is.
-    points : array_like, (..., 3)
-        In the order of the array's axes, voxel centres at whole numbers, or (x, y, z) in the
-        world. Doubles with the axes (n, 3) are read where they are; other numbers, and axes that
-        cannot be joined, are converted first.
-    space : {"index", "world"}
-        What the points count in. The world of a plain array is its index space.
-    interpolation : {"linear", "nearest", "cubic", "label"}
-        The kernel; "label" for segmentations.
-    border : {"edge", "constant"}
-        What a kernel reads for voxels outside the image, however far: the nearest one, or `fill`.
-    fill : number
-        For voxels outside; an integer image must be able to hold it.
-    channel : int, optional
-        Which one to read; None reads all.
+    $image
+    $points
+    $reading
+    $channel
     dtype : dtype, optional
         Of the readings: float64, float32 or the image's, as None is. Only float64 is the reading
         itself.
     out : ndarray, optional
         Gets the readings; any strides, but no overlap with what is read.
-    threads : int, optional
-        How many work at most; None: as `threads` says. The bits are the same.
+    $threads
 
     Returns
     -------
     ndarray
-        Of the shape of `points` without the last axis. If the image has an axis for channels and
-        `channel` is None, they come last.
-
-    Raises
-    ------
-    TypeError
-        If an argument is of another kind.
-    ValueError
-        If a value is not allowed; then nothing has been written.
+        Of the shape of `points` without the last axis. Channels come last if all are read.
+    $raises
 
     Examples
     --------
-    >>> import numpy as np
-    >>> import volux
-    >>> volux.sample(np.arange(8.0).reshape(2, 2, 2), [(0.5, 0, 0), (0, 0, 0.25)])
+    >>> import numpy, volux
+    >>> volux.sample(numpy.arange(8.0).reshape(2, 2, 2), [(0.5, 0, 0), (0, 0, 0.25)])
     array([2.  , 0.25])
     """
     source = Subject(image).refuse_brick("sample")
-    where = _where(source, points, space)
+    return _readings(source, _where(source, points, space), dtype, out, **options)
+
+
+def _readings(
+    source: Subject, where: _Places, dtype: Any, out: Any, *, channel: Any, **options: Any
+) -> Array:
     one = _channel(channel, source)
-    given = source.array.dtype
-    how = reading(given, interpolation, border, fill, threads=threads)
+    how = reading(source.array.dtype, **options)
     shape = (*where.shape, *(source.array.shape[3:] if one < 0 else ()))
-    wanted = result_dtype(dtype, given, out)
+    wanted = result_dtype(dtype, source.array.dtype, out)
     if out is None:
         results = np.empty(shape, wanted)
     else:
@@ -102,34 +95,23 @@ def sample(
     return results
 
 
-@in_our_words
+@takes(**READING, channel=None, threads=None)
 def sample_gradient(
     image: Image | Array | DLPackProducer,
     points: npt.ArrayLike,
     *,
     space: Space = "index",
-    interpolation: Interpolation = "linear",
-    border: Border = "edge",
-    fill: Number = 0,
-    channel: int | None = None,
-    threads: int | None = None,
+    **options: Unpack[SamplingOptions],
 ) -> tuple[Matrix, Matrix]:
-    """Read an image and its derivatives at points.
-
-    The derivatives are those of the formula by which the kernel reads, not differences.
+    """Read an image and its derivatives at points, by the formula itself and not by differences.
 
     Parameters
     ----------
-    image : Image, ndarray or DLPack producer
-        Three axes, and a last one for channels. It is read where it is.
-    points : array_like, (..., 3)
-        As of `sample`.
-    space : {"index", "world"}
-        What the points count in, and the derivatives.
-    interpolation : {"linear", "cubic", "nearest"}
-        The kernel; those of "nearest" are 0.
-    border, fill, channel, threads
-        As of `sample`.
+    $image
+    $points
+    $reading
+    $channel
+    $threads
 
     Returns
     -------
@@ -137,30 +119,26 @@ def sample_gradient(
         The readings, as `sample` gives them.
     gradients : ndarray, float64, (..., 3)
         How fast the reading grows along each axis of the array, by voxels; or along x, y and z of
-        the world, by its units.
-
-    Raises
-    ------
-    TypeError
-        If an argument is of another kind.
-    ValueError
-        If a value is not allowed; "label" has no derivatives.
+        the world, by its units. Those of "nearest" are 0; "label" has none and is refused.
+    $raises
 
     Examples
     --------
-    >>> import numpy as np
-    >>> import volux
-    >>> values, gradients = volux.sample_gradient(np.arange(8.0).reshape(2, 2, 2), (0.5, 0.5, 0.5))
-    >>> values, gradients
+    >>> import numpy, volux
+    >>> volux.sample_gradient(numpy.arange(8.0).reshape(2, 2, 2), (0.5, 0.5, 0.5))
     (array(3.5), array([4., 2., 1.]))
     """
     source = Subject(image).refuse_brick("sample_gradient")
-    if interpolation == "label":
+    return _gradients(source, _where(source, points, space), **options)
+
+
+def _gradients(
+    source: Subject, where: _Places, *, channel: Any, **options: Any
+) -> tuple[Matrix, Matrix]:
+    if options["interpolation"] == "label":
         raise ValueError("interpolation='label' has no derivatives; allowed are the other kernels")
-    where = _where(source, points, space)
     one = _channel(channel, source)
-    given = source.array.dtype
-    how = reading(given, interpolation, border, fill, threads=threads)
+    how = reading(source.array.dtype, **options)
     count = source.voxels.shape[3] if one < 0 else 1
     results = np.empty((len(where.points), count, 4))
     _core.sample_gradient(source.voxels, where.points, where.map, one, results, how)

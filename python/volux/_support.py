@@ -2,6 +2,8 @@
 
 from __future__ import annotations
 
+from typing import TYPE_CHECKING, Any, TypedDict
+
 import numpy as np
 
 from volux import _core
@@ -9,29 +11,36 @@ from volux._axes import from_xyz
 from volux._displacement import Transform
 from volux._grid import Grid, placed
 from volux._image import Image
+from volux._keywords import takes
 from volux._reading import reading
 from volux._route import route
 from volux._types import Antialias, Array, Border, Box, DLPackProducer, Interpolation, Outside
-from volux._words import in_our_words
+
+if TYPE_CHECKING:
+    from typing_extensions import Unpack
 
 
-@in_our_words
+class SupportOptions(TypedDict, total=False):
+    """How the call of resample() reads."""
+
+    interpolation: Interpolation
+    border: Border
+    outside: Outside
+    antialias: Antialias | None
+
+
+@takes(interpolation="linear", border="edge", outside="fill", antialias=None)
 def support(
     grid: Grid,
     box: slice | tuple[slice, ...],
     *,
     image: Image | Grid | Array | DLPackProducer,
     transform: Transform | None = None,
-    interpolation: Interpolation = "linear",
-    border: Border = "edge",
-    outside: Outside = "fill",
-    antialias: Antialias | None = None,
+    **options: Unpack[SupportOptions],
 ) -> Box:
     """Return which box of an image is read for a box of a grid.
 
-    With it, volumes that no memory holds are made box by box: `resample` gives the same bits for
-    ``Image.brick(voxels, whole[box])``, where `whole` is the grid of the image and `voxels` those
-    of the box that is read, as for the whole image.
+    With it, volumes that no memory holds are made box by box: see `Image.brick`.
 
     Parameters
     ----------
@@ -47,30 +56,27 @@ def support(
     Returns
     -------
     tuple of three slices
-        Along the axes of the image. Under a displacement field a box that contains what is read,
-        however the field folds.
-
-    Raises
-    ------
-    TypeError, ValueError
-        As of `resample`; also if the box is empty.
+        Along the axes of the image; not empty. Under a displacement field a box that contains what
+        is read, however the field folds.
+    $raises
 
     Examples
     --------
-    >>> import numpy as np
-    >>> import volux
-    >>> whole = volux.Grid((100, 64, 64), np.eye(4), axes="zyx")
-    >>> fine = volux.Grid((200, 64, 64), np.diag([0.5, 1, 1, 1]), axes="zyx")
-    >>> volux.support(fine, np.s_[100:120], image=whole)
-    (slice(50, 61, None), slice(0, 64, None), slice(0, 64, None))
+    >>> import numpy, volux
+    >>> fine = volux.Grid((200, 1, 1), numpy.diag([0.5, 1, 1, 1]))
+    >>> volux.support(fine, numpy.s_[100:120], image=numpy.zeros((100, 1, 1)))
+    (slice(50, 61, None), slice(0, 1, None), slice(0, 1, None))
     """
     if not isinstance(grid, Grid):
         raise TypeError(f"grid is a {type(grid).__name__}; it must be a volux.Grid")
-    source = placed(image)
-    source = source._named(source._order)
+    return _box_read(placed(image), grid, box, transform, options)
+
+
+def _box_read(image: Grid, grid: Grid, box: Any, transform: Any, options: Any) -> Box:
+    source = image._named(image._order)
     part = grid._named(source._order)[box]
     way = route(source, part, transform)
-    how = reading(np.dtype(np.float64), interpolation, border, 0, outside, antialias)
+    how = reading(np.dtype(np.float64), fill=0, **options)
     extents, (whole, start) = source.whole[0]._extents, part.whole
     first, count = _core.support(
         extents,

@@ -2,15 +2,10 @@
 
 from __future__ import annotations
 
-from collections.abc import Callable, Iterable, Mapping
-from functools import wraps
-from inspect import signature
-from typing import Any, ParamSpec, TypeVar
+from collections.abc import Collection, Iterable, Mapping
+from typing import Any
 
 from volux._peers import ELSEWHERE, KEYWORDS, VALUES
-
-P = ParamSpec("P")
-R = TypeVar("R")
 
 
 def listed(words: Iterable[object]) -> str:
@@ -36,31 +31,24 @@ def _refused(name: str, value: object, allowed: Iterable[object]) -> Exception:
     return error(f"{name}={value!r}: allowed are {listed(allowed)}")
 
 
-def in_our_words(function: Callable[P, R]) -> Callable[P, R]:
-    """Let a function answer keywords that it does not take with what they are called here."""
-    known = frozenset(signature(function).parameters)
+def unknown_keyword(
+    function: str, given: Mapping[str, object], known: Collection[str]
+) -> TypeError:
+    """Return the answer to the first keyword that a function does not take."""
+    keyword = next(name for name in given if name not in known)
+    said = f"{function}() takes no {keyword}={_short(given[keyword])}: {keyword} is"
+    if keyword in KEYWORDS:
+        return TypeError(f"{said} {KEYWORDS[keyword]}")
+    if keyword in ELSEWHERE:
+        return TypeError(f"{said} not its keyword; {ELSEWHERE[keyword]}")
+    return TypeError(f"{said} not one of its keywords{_meant(keyword, known)}")
 
-    @wraps(function)
-    def call(*args: P.args, **kwargs: P.kwargs) -> R:
-        if not known.issuperset(kwargs):
-            stranger = next(keyword for keyword in kwargs if keyword not in known)
-            raise TypeError(_unknown(function.__name__, stranger, kwargs[stranger], known))
-        return function(*args, **kwargs)
 
-    return call
-
-
-def _unknown(function: str, keyword: str, value: object, known: Iterable[str]) -> str:
+def _meant(keyword: str, known: Collection[str]) -> str:
     from difflib import get_close_matches
 
-    said = f"{function}() takes no {keyword}={_short(value)}: {keyword} is"
-    if keyword in KEYWORDS:
-        return f"{said} {KEYWORDS[keyword]}"
-    if keyword in ELSEWHERE:
-        return f"{said} not its keyword; {ELSEWHERE[keyword]}"
     close = get_close_matches(keyword, known, 1)
-    meant = f"; did you mean {close[0]}=?" if close else ""
-    return f"{said} not one of its keywords{meant}"
+    return f"; did you mean {close[0]}=?" if close else ""
 
 
 def _short(value: object) -> str:

@@ -2,7 +2,14 @@
 
 They take orders 0 and 1, and the modes "nearest" and "grid-constant". Everything else is another
 function, and refused with the call that is nearest to it. Positions are those of scipy. Readings
-of order 1 differ in the last bits, since the products are summed in another order.
+of order 1 differ in the last bits, since the products are summed in another order: by at most 1e-12
+of the largest voxel. Order 0 gives the voxels of scipy, but where a position is half way between
+two voxels and rounds to one side or the other: in `affine_transform` with a diagonal of three
+numbers, to which scipy adds ``offset / matrix`` before it multiplies (3 x 3 gives the same voxels),
+and in `zoom` with `grid_mode`, where both round positions in formulas of their own.
+
+As in scipy, nothing smooths where voxels become larger. A coordinate that is not a number, for
+which scipy promises nothing, is outside.
 """
 
 from __future__ import annotations
@@ -18,6 +25,7 @@ import numpy.typing as npt
 from volux._arrays import array_of
 from volux._grid import Grid
 from volux._image import Image
+from volux._keywords import described
 from volux._numbers import MOST_VOXELS, placing, steps
 from volux._resample import resample
 from volux._resize import resize
@@ -57,7 +65,7 @@ _NAMES = re.compile("|".join(rf"(?<!\w){re.escape(word)}(?!\w)" for word in _WOR
 def _in_scipys_words(function: Callable[P, Array]) -> Callable[P, Array]:
     """Let the errors of the functions underneath name the parameters of this one."""
 
-    @wraps(function)
+    @wraps(described(function))
     def call(*args: P.args, **kwargs: P.kwargs) -> Array:
         try:
             return function(*args, **kwargs)
@@ -86,39 +94,13 @@ def map_coordinates(
         It is read where it is.
     coordinates : array_like, (3, ...)
         The index along each axis of `input`, voxel centres at whole numbers.
-    output : ndarray or dtype, optional
-        Gets the readings, or says their type: that of `input`, float32 or float64. None: that of
-        `input`; integers round half away from zero.
-    order : {0, 1}
-        0 reads the nearest voxel, a half goes up; 1 is linear. It must be given: 3, which is
-        scipy's default, is a B-spline.
-    mode : {"nearest", "grid-constant"}
-        What lies outside: the nearest voxel, or `cval`. It must be given as well.
-    cval : number
-        For voxels outside; an integer array must be able to hold it.
-    prefilter : bool
-        Counts for no order that is served.
+    $scipys
 
     Returns
     -------
     ndarray
         Of the shape of `coordinates` without the first axis; `output` itself, if it is an array.
-
-    Raises
-    ------
-    TypeError
-        If an argument is of another kind.
-    ValueError
-        If a value is not served.
-
-    See Also
-    --------
-    volux.sample : The same with points (..., 3), and with all kernels.
-
-    Notes
-    -----
-    Order 0 gives the voxels of scipy, and order 1 its readings within 1e-12 of the largest voxel.
-    A coordinate that is not a number, for which scipy promises nothing, is outside.
+    $raises
 
     Examples
     --------
@@ -129,12 +111,16 @@ def map_coordinates(
     array([2.  , 0.25])
     """
     source, how = _source(input, order, mode, cval, prefilter)
+    return sample(source, _points(coordinates), **how, **_wanted(output))
+
+
+def _points(coordinates: npt.ArrayLike) -> npt.NDArray[Any]:
     if np.iscomplexobj(coordinates):
         raise TypeError("coordinates are complex; they must be real")
     places = np.asarray(coordinates)
     if places.ndim == 0 or places.shape[0] != 3:
         raise ValueError(f"coordinates have the shape {places.shape}; it must be (3, ...)")
-    return sample(source, np.moveaxis(places, 0, -1), **how, **_wanted(output))
+    return np.moveaxis(places, 0, -1)
 
 
 @_in_scipys_words
@@ -161,31 +147,8 @@ def affine_transform(
         Is added, unless `matrix` has a column for it.
     output_shape : three ints, optional
         Of the result; None: that of `output`, if it is an array, or of `input`.
-    output, order, mode, cval, prefilter
-        As of `map_coordinates`.
-
-    Returns
-    -------
-    ndarray
-        The result; `output` itself, if it is an array.
-
-    Raises
-    ------
-    TypeError
-        If an argument is of another kind.
-    ValueError
-        If a value is not served; the matrix must not be singular.
-
-    See Also
-    --------
-    volux.resample : The same in the world, and with all kernels.
-
-    Notes
-    -----
-    As in scipy, nothing smooths where the result has larger voxels. With a diagonal of three
-    numbers scipy adds ``offset / matrix`` before it multiplies. Its positions then differ in the
-    last bit from those here, and order 0 may read the other voxel where one is half way between
-    two. With the matrix as 3 x 3 both give the same voxels.
+    $scipys
+    $scipys_result
 
     Examples
     --------
@@ -221,34 +184,12 @@ def zoom(
     input : ndarray or DLPack producer, three axes
         It is read where it is.
     zoom : float or three floats
-        How many voxels for each one along each axis. The extents are rounded to whole numbers, a
-        half to the even one; the factors that count are the quotients of the extents.
-    output, order, mode, cval, prefilter
-        As of `map_coordinates`.
+        Voxels for each one along each axis. The factors that count are the quotients of the
+        extents, which are rounded to whole numbers, a half to the even one.
+    $scipys
     grid_mode : bool
         What stays: the outer centres (False), or the outer edges (True).
-
-    Returns
-    -------
-    ndarray
-        The result; `output` itself, if it is an array.
-
-    Raises
-    ------
-    TypeError
-        If an argument is of another kind.
-    ValueError
-        If a value is not served, or an axis had no voxels.
-
-    See Also
-    --------
-    volux.resize : The same with all kernels; it prevents aliasing unless told otherwise.
-
-    Notes
-    -----
-    As in scipy, nothing smooths where the array becomes smaller. With `grid_mode` both round
-    positions, in formulas of their own: half way between two voxels, order 0 may read the other
-    one. Without it both read the same voxels.
+    $scipys_result
 
     Examples
     --------
@@ -257,26 +198,21 @@ def zoom(
     >>> image = np.array([[[0.0, 30.0, 60.0, 90.0]]])
     >>> zoom(image, (1, 1, 7 / 4), order=1, mode="nearest")
     array([[[ 0., 15., 30., 45., 60., 75., 90.]]])
-    >>> zoom(image, (1, 1, 2), order=1, mode="nearest", grid_mode=True)
-    array([[[ 0. ,  7.5, 22.5, 37.5, 52.5, 67.5, 82.5, 90. ]]])
     """
     source, how = _source(input, order, mode, cval, prefilter)
-    if not isinstance(grid_mode, (bool, np.bool_)):
-        raise TypeError(f"grid_mode={grid_mode!r} must be a bool")
-    factors = zip(source.shape, steps("zoom", zoom), strict=True)
-    shape = [round(extent * factor) for extent, factor in factors]
+    _check_bool("grid_mode", grid_mode)
+    shape = _zoomed(source.shape, zoom)
+    how |= {"shape": shape, "antialias": None} | _wanted(output)
+    if grid_mode:
+        return resize(source, **how)
+    return resize(_without_ends(source, shape), align="centres", **how)
+
+
+def _zoomed(extents: tuple[int, ...], zoom: float | Vector) -> list[int]:
+    shape = [round(extent * by) for extent, by in zip(extents, steps("zoom", zoom), strict=True)]
     if not all(1 <= extent <= MOST_VOXELS for extent in shape):
-        raise ValueError(f"zoom={zoom!r} makes the shape {shape} of {source.shape}")
-    if not grid_mode:
-        source = _without_ends(source, shape)
-    return resize(
-        source,
-        shape=shape,
-        align="edges" if grid_mode else "centres",
-        antialias=None,
-        **how,
-        **_wanted(output),
-    )
+        raise ValueError(f"zoom={zoom!r} makes the shape {shape} of {extents}")
+    return shape
 
 
 def _source(
@@ -291,10 +227,14 @@ def _source(
             f"input has the shape {source.shape}; it must have three axes: volux.resample() and "
             "volux.sample() read a fourth as channels"
         )
-    if not isinstance(prefilter, (bool, np.bool_)):
-        raise TypeError(f"prefilter={prefilter!r} must be a bool")
+    _check_bool("prefilter", prefilter)
     how = {"interpolation": _ORDERS[_checked_order(order)], "border": _checked_mode(mode)}
     return source, how | ({"fill": cval} if mode == "grid-constant" else {})
+
+
+def _check_bool(name: str, value: object) -> None:
+    if not isinstance(value, (bool, np.bool_)):
+        raise TypeError(f"{name}={value!r} must be a bool")
 
 
 def _checked_order(order: object) -> int:

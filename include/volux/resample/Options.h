@@ -28,7 +28,7 @@ enum class Overflow {
 };
 
 /// Receives the fraction of the work that is done, from 0 to 1, after each part of it. Returning
-/// false cancels the rest, if there is any.
+/// false before 1 cancels: parts that have begun are finished, and the operation gives kCancelled.
 ///
 /// The threads that work call it, one at a time in each operation, and the fraction never falls.
 /// What it throws ends the operation and leaves the call.

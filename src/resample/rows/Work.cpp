@@ -53,14 +53,14 @@ public:
         }
     }
 
-    // Throws what a part has thrown first.
+    // Throws what a part has thrown first. A callback that stopped before it was told of everything
+    // has cancelled, whatever other threads have finished since: the answer must not depend on them.
     bool areFinished() const
     {
-        const bool areAll = finished_ == items_;
         if (failure_ != nullptr) {
             std::rethrow_exception(failure_);
         }
-        return areAll;
+        return finished_ == items_ && (!stopped_ || told_ == items_);
     }
 
 private:
@@ -96,15 +96,17 @@ private:
         }
         for (std::size_t told = 0; told == 0 || untold_.fetch_sub(told) != told;) {
             told = untold_;
-            told_ += told;
-            ask();
+            ask(told);
         }
     }
 
-    void ask()
+    void ask(std::size_t more)
     {
-        if (!stopped_ &&
-            !options_.progress(static_cast<double>(told_) / static_cast<double>(items_))) {
+        if (stopped_) {
+            return;
+        }
+        told_ += more;
+        if (!options_.progress(static_cast<double>(told_) / static_cast<double>(items_))) {
             stopped_ = true;
         }
     }

@@ -317,5 +317,22 @@ TEST_F(Executors, MayRunFurtherPartsWithinTheCallback)
     EXPECT_TRUE(isRight());
 }
 
+// Whose answer does not depend on what other threads have finished before it.
+TEST_F(Executors, AreStoppedByTheCallbackThoughNothingIsLeft)
+{
+    std::function<void()> rest;
+    options.executor = [&](std::size_t parts, const Part& part) {
+        rest = [=, &part] { inOrder(parts, part); };
+        part(0);
+    };
+    options.progress = [&](double fraction) {
+        EXPECT_LT(fraction, 1.0);
+        rest();
+        return false;
+    };
+    EXPECT_EQ(perform(), resample::kCancelled);
+    EXPECT_TRUE(isRight());
+}
+
 }  // namespace
 }  // namespace volux::test

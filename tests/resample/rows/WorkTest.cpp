@@ -175,7 +175,9 @@ TEST_P(Progress, CancelsAndLeavesWholeRows)
         EXPECT_EQ(calls, 3);
         const int finished = asked.finishedRows();
         EXPECT_GT(finished, 0);
-        EXPECT_LT(finished, 128 * 128);
+        if (GetParam() <= 4) {  // of so many threads as can be, all may have begun
+            EXPECT_LT(finished, 128 * 128);
+        }
     }
 }
 
