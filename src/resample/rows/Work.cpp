@@ -53,8 +53,8 @@ public:
         }
     }
 
-    // Throws what a part has thrown first. A callback that stopped before it was told of everything
-    // has cancelled, whatever other threads have finished since: the answer must not depend on them.
+    // Throws what a part has thrown first. A callback that stopped before it was told of all items
+    // has cancelled, whatever other threads have finished since: the answer is none of theirs.
     bool areFinished() const
     {
         if (failure_ != nullptr) {
