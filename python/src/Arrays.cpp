@@ -11,7 +11,7 @@ struct ElementType {
     core::DataType tag;
 };
 
-const ElementType kElementTypes[] = {
+constexpr ElementType kElementTypes[] = {
     {nb::dtype<unsigned char>(), core::DT_UCHAR},   {nb::dtype<short>(), core::DT_SHORT},
     {nb::dtype<unsigned short>(), core::DT_USHORT}, {nb::dtype<int>(), core::DT_INT},
     {nb::dtype<unsigned int>(), core::DT_UINT},     {nb::dtype<float>(), core::DT_FLOAT},
@@ -28,8 +28,9 @@ unsigned int extentOf(std::size_t voxels)
 template <class View, class Array>
 View viewOfArray(const Array& array)
 {
-    if (array.ndim() != 4)
+    if (array.ndim() != 4) {
         throw nb::value_error("an array of voxels has the axes x, y, z and channel");
+    }
     View view;
     view.type = typeOf(array.dtype());
     view.data = array.data();
@@ -48,9 +49,11 @@ View viewOfArray(const Array& array)
 
 core::DataType typeOf(nb::dlpack::dtype type)
 {
-    for (const ElementType& element : kElementTypes)
-        if (element.type == type)
+    for (const ElementType& element : kElementTypes) {
+        if (element.type == type) {
             return element.tag;
+        }
+    }
     throw nb::value_error("voxels are uint8, int16, uint16, int32, uint32, float32 or float64");
 }
 

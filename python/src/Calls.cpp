@@ -73,12 +73,12 @@ void fill(const Source& source, const Destination& destination, const Rows& map,
             const resample::Grid grid = gridOf(map, gridExtents);
             const resample::ResampleRegion part =
                 regionOf(sourceExtents, boxOf(output, extentsOf(to)), brick);
-            return warp ? resample::resample(from, grid, warp->warp, part, to, options)
-                        : resample::resample(from, grid, part, to, options);
+            return warp != nullptr ? resample::resample(from, grid, warp->warp, part, to, options)
+                                   : resample::resample(from, grid, part, to, options);
         }
         const resample::Grid grid = gridOf(map, extentsOf(to));
-        return warp ? resample::resample(from, grid, warp->warp, to, options)
-                    : resample::resample(from, grid, to, options);
+        return warp != nullptr ? resample::resample(from, grid, warp->warp, to, options)
+                               : resample::resample(from, grid, to, options);
     });
 }
 
@@ -109,8 +109,8 @@ std::tuple<Extents, Extents> support(const Extents& source, const Extents& exten
         regionOf(source, boxOf(start, extents), Extents{0, 0, 0});
     const resample::Grid grid = gridOf(map, extentsOfGrid);
     core::Rect box;
-    raiseUnlessSuccess(warp ? region.support(grid, warp->warp, &box, reading.options)
-                            : region.support(grid, &box, reading.options));
+    raiseUnlessSuccess(warp != nullptr ? region.support(grid, warp->warp, &box, reading.options)
+                                       : region.support(grid, &box, reading.options));
     return {
         Extents{box.xStart, box.yStart, box.zStart},
         Extents{box.xEnd - box.xStart + 1, box.yEnd - box.yStart + 1, box.zEnd - box.zStart + 1}};

@@ -121,13 +121,13 @@ TypedRows stackAlong(const Rows& plane, const Triple& direction, double distance
 std::vector<TypedRows> planesAlong(const std::vector<Triple>& points, const Triple& up,
                                    const PlaneExtents& extents, const Triple& spacing)
 {
-    std::vector<resample::Position> curve;
-    for (const Triple& point : points)
-        curve.push_back(positionOf(point));
+    std::vector<resample::Position> curve(points.size());
+    std::transform(points.begin(), points.end(), curve.begin(), positionOf);
     std::vector<TypedRows> planes;
     for (const resample::Geometry& plane :
-         resample::planesAlong(curve, positionOf(up), extents[0], extents[1], spacingOf(spacing)))
+         resample::planesAlong(curve, positionOf(up), extents[0], extents[1], spacingOf(spacing))) {
         planes.push_back(rowsOf(plane.toWorld()));
+    }
     return planes;
 }
 
@@ -150,8 +150,9 @@ resample::Geometry geometryOf(const Rows& rows, const Extents& extents)
 {
     const resample::AffineMap map = mapOf(rows);
     resample::Geometry unscaled;
-    for (int r = 0; r < 3; ++r)
+    for (int r = 0; r < 3; ++r) {
         std::copy_n(map.rows[r], 3, unscaled.direction[r]);
+    }
     unscaled.origin = {map.rows[0][3], map.rows[1][3], map.rows[2][3]};
     return resample::geometryOf(unscaled, {extents[0], extents[1], extents[2], {1, 1, 1}, {}});
 }

@@ -16,8 +16,9 @@ constexpr std::chrono::milliseconds kBetweenLooks(50);
 template <std::size_t N, class Policy>
 Policy* chosen(Policy* const (&policies)[N], int number)
 {
-    if (number < 0 || static_cast<std::size_t>(number) >= N)
+    if (number < 0 || static_cast<std::size_t>(number) >= N) {
         throw nb::value_error("no kernel or border has this number");
+    }
     return policies[number];
 }
 
@@ -41,8 +42,9 @@ core::Border* borderOf(int number)
 int visitHeld(PyObject* self, visitproc visit, void* arg)
 {
     Py_VISIT(Py_TYPE(self));
-    if (nb::inst_ready(self))
+    if (nb::inst_ready(self)) {
         Py_VISIT(nb::inst_ptr<Reading>(self)->progress.ptr());
+    }
     return 0;
 }
 
@@ -68,8 +70,8 @@ Reading::Reading(int kernel, int border, double outside, bool edgeExtends, int o
     options.threads = threads;
 }
 
-std::atomic<int> WatchedCall::running(0);
-std::atomic<bool> WatchedCall::isExiting(false);
+std::atomic<int> WatchedCall::running_(0);
+std::atomic<bool> WatchedCall::isExiting_(false);
 
 void WatchedCall::perform(const Reading& reading, const Function& function)
 {
@@ -78,10 +80,11 @@ void WatchedCall::perform(const Reading& reading, const Function& function)
 
 void WatchedCall::endAll()
 {
-    isExiting = true;
+    isExiting_ = true;
     const nb::gil_scoped_release unlocked;
-    while (running > 0)
+    while (running_ > 0) {
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
 }
 
 void WatchedCall::perform(const Function& function)
@@ -93,9 +96,10 @@ void WatchedCall::perform(const Function& function)
         const nb::gil_scoped_release unlocked;
         result = function(options);
     }
-    if (raised_)
+    if (raised_) {
         std::rethrow_exception(raised_);
-    if (isExiting) {
+    }
+    if (isExiting_) {
         PyErr_SetNone(PyExc_SystemExit);
         throw nb::python_error();
     }
@@ -105,14 +109,17 @@ void WatchedCall::perform(const Function& function)
 
 bool WatchedCall::goesOn(double fraction) noexcept
 {
-    if (isExiting)
+    if (isExiting_) {
         return false;
-    if (std::this_thread::get_id() != caller_ || Clock::now() - looked_ < kBetweenLooks)
+    }
+    if (std::this_thread::get_id() != caller_ || Clock::now() - looked_ < kBetweenLooks) {
         return true;
+    }
     const nb::gil_scoped_acquire locked;
     try {
-        if (PyErr_CheckSignals() != 0)
+        if (PyErr_CheckSignals() != 0) {
             throw nb::python_error();
+        }
         tell(fraction);
     } catch (...) {
         raised_ = std::current_exception();
@@ -123,16 +130,19 @@ bool WatchedCall::goesOn(double fraction) noexcept
 
 void WatchedCall::tell(double fraction)
 {
-    if (!reading_.progress.is_none())
+    if (!reading_.progress.is_none()) {
         reading_.progress(fraction);
+    }
 }
 
 void raiseUnlessSuccess(core::ErrorType result)
 {
-    if (result == core::ERR_ALLOCATION_FAILED)
+    if (result == core::ERR_ALLOCATION_FAILED) {
         throw std::bad_alloc();
-    if (result != core::SUCCESS)
+    }
+    if (result != core::SUCCESS) {
         throw nb::value_error(resample::describe(result));
+    }
 }
 
 void addReading(nb::module_& module)

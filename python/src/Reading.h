@@ -38,22 +38,22 @@ public:
     /// Cancels the calls that other threads are in, and those that they will make.
     static void endAll();
     /// A child has only the thread that forked.
-    static void forgetOthers() { running = 0; }
+    static void forgetOthers() { running_ = 0; }
 
 private:
     using Clock = std::chrono::steady_clock;
 
-    explicit WatchedCall(const Reading& reading) : reading_(reading) { ++running; }
+    explicit WatchedCall(const Reading& reading) : reading_(reading) { ++running_; }
     WatchedCall(const WatchedCall&) = delete;
     WatchedCall& operator=(const WatchedCall&) = delete;
-    ~WatchedCall() { --running; }
+    ~WatchedCall() { --running_; }
 
     void perform(const Function& function);
     bool goesOn(double fraction) noexcept;
     void tell(double fraction);
 
-    static std::atomic<int> running;
-    static std::atomic<bool> isExiting;
+    static std::atomic<int> running_;
+    static std::atomic<bool> isExiting_;
 
     const Reading& reading_;
     const std::thread::id caller_ = std::this_thread::get_id();

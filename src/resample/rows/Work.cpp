@@ -54,7 +54,7 @@ public:
     }
 
     // Throws what a part has thrown first. A callback that stopped before it was told of all items
-    // has cancelled, whatever other threads have finished since: the answer is none of theirs.
+    // has cancelled: the answer must not depend on what other threads have finished since.
     bool areFinished() const
     {
         if (failure_ != nullptr) {
