@@ -163,6 +163,11 @@ REFUSALS = [
         ValueError,
         r"spacing\[1\]=nan must be finite",
     ),
+    (
+        lambda: volux.resize(ARRAY, spacing=1e-9),
+        ValueError,
+        "spacing=.*1e-09.* more than 2147483647",
+    ),
     (lambda: volux.resize(ARRAY, scale="2"), TypeError, "scale='2' must be 3 numbers"),
     (
         lambda: volux.sample(ARRAY, (0, 0)),

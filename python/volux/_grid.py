@@ -14,7 +14,7 @@ from volux import _core
 from volux._arrays import array_of
 from volux._axes import affine_of, checked_axes, from_xyz, rows_of, to_xyz
 from volux._fixed import Fixed
-from volux._numbers import extents, placing, steps
+from volux._numbers import MOST_VOXELS, extents, placing, steps
 from volux._types import (
     Align,
     Array,
@@ -280,6 +280,8 @@ def spaced(place: Grid, spacing: Floats, align: int) -> tuple[Grid, Matrix]:
     """Return the grid of another spacing, and the map from its voxels to those of now."""
     wanted = place._in_xyz(spacing)
     shape, affine_map, rows = _core.spacing_grid(place._rows, place._extents, wanted, align)
+    if 0 in shape:
+        raise ValueError(f"spacing={spacing} makes more than {MOST_VOXELS} voxels along an axis")
     return _resized(place, from_xyz(shape, place._order), affine_map, rows), affine_map
 
 
