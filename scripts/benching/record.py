@@ -11,6 +11,7 @@ from . import builds
 
 KEPT = ROOT / "docs" / "performance"
 KEY = "provenance"
+PACKAGE = ("python/src", "python/volux")
 
 
 def processor():
@@ -27,6 +28,8 @@ def load():
 
 
 def sources_today(name):
+    if name == "python":
+        return provenance.sources(True, PACKAGE)
     return provenance.sources(with_resample=name == "bulk")
 
 

@@ -1,0 +1,211 @@
+"""The Python package beside the C++ library that it calls and beside other packages, round by round;
+what its import costs, the memory of a large result, and how soon Ctrl-C ends a call."""
+import json
+import os
+import statistics
+import subprocess
+
+from evidence import commands
+from evidence.commands import ROOT, BadUse, Failure, output_of
+from evidence.markdown import heading, table
+
+from . import goals, overhead, programs, record, times
+
+TITLE = "Python"
+DIST = ROOT / "build" / "python" / "bench"
+PROGRAMS = ROOT / "bench" / "python"
+COMPETITORS = ("volux", "volux into out", "volux_resample", *programs.PACKAGE.peers, "numpy")
+GIB = 4.0
+INTERRUPTS = 50
+IMPORTS = 10  # for each round
+WORKLOADS = {
+    "A": "Python, A: oblique",
+    "B": "Python, B: upsampling along the axes",
+    "point": "Python, one point",
+}
+
+
+def add_arguments(parser):
+    times.add_arguments(parser, rounds=7)
+    parser.add_argument("--peers", action="store_true",
+                        help="beside torch as well, which is some gigabytes to install")
+    parser.add_argument("--gib", type=commands.positive, default=GIB, metavar="SIZE",
+                        help=f"how large the result is whose memory is measured ({GIB:g})")
+
+
+def check_options(options):
+    times.check_options(options)
+    if options.record and options.gib != GIB:
+        raise BadUse("only a run that leaves nothing out is recorded; leave out --gib.")
+
+
+def succeed(command):
+    """Runs a script of ours, which says in a log what it does."""
+    if commands.run(command, "bench-python").returncode != 0:
+        raise Failure(f"{' '.join(map(str, command))} fails; see build/logs/bench-python.log.")
+
+
+def wheel(is_fresh):
+    """The package as it is published, built anew if its sources have changed."""
+    made_of, today = DIST / "made-of", record.sources_today("python")
+    if is_fresh or not made_of.exists() or made_of.read_text(encoding="utf-8") != today:
+        succeed([ROOT / "scripts" / "python-wheel", DIST])
+        made_of.write_text(today, encoding="utf-8")
+    return next(DIST.glob("*.whl"))
+
+
+def interpreter(options):
+    """Python in an environment that has volux as it is published, and the packages beside it."""
+    group = "peers" if options.peers else "bench"
+    folder = output_of([ROOT / "scripts" / "python-env", group], text=True).strip()
+    succeed([f"{folder}/bin/pip", "install", "--no-index", "--no-deps", "--force-reinstall",
+             wheel(options.record)])
+    return f"{folder}/bin/python"
+
+
+def versions(python):
+    """Of Python and of each package that is there."""
+    said = output_of([python, "-c", "import importlib.metadata as m, json, platform; print("
+                      "json.dumps({d.metadata['Name'].lower(): d.version "
+                      "for d in m.distributions()} | {'python': platform.python_version()}))"])
+    return json.loads(said)
+
+
+def imports(python, rounds):
+    """Nanoseconds of processor time of processes that import a package and end, in turns."""
+    taken = {"volux": [], "numpy": []}
+    for package in taken:
+        output_of([python, "-I", "-c", f"import {package}"])  # what it reads is in memory then
+    for _ in range(rounds):
+        for package, found in taken.items():
+            seconds = overhead.processor_seconds([python, "-I", "-c", f"import {package}"])
+            found.append(float(f"{1e9 * seconds:.4g}"))
+    return taken
+
+
+def memory(python, gib):
+    """Bytes of the source and of the result of a resize, and the most that its process had."""
+    command = [python, str(PROGRAMS / "memory.py"), str(round(gib * 2**30))]
+    with subprocess.Popen(command, stdout=subprocess.PIPE, text=True) as child:
+        said = child.stdout.read()
+        _, status, usage = os.wait4(child.pid, 0)
+        child.returncode = os.waitstatus_to_exitcode(status)
+    if child.returncode != 0:
+        raise Failure(f"memory.py stopped with status {child.returncode}.")
+    source, result = map(int, said.split())
+    return {"source": source, "result": result, "most": 1024 * usage.ru_maxrss}
+
+
+def interrupts(python):
+    """Seconds from SIGINT to KeyboardInterrupt, by the number of threads."""
+    found = {}
+    for threads in ("1", "2"):
+        said = output_of([python, PROGRAMS / "interrupts.py", INTERRUPTS, threads], text=True)
+        found[threads] = [float(f"{float(line):.3g}") for line in said.splitlines()]
+    return found
+
+
+def whole(python, options, found):
+    """Adds what is no row of calls in turns."""
+    found["times"]["import"] = imports(python, IMPORTS * options.rounds)
+    found["memory"] = memory(python, options.gib)
+    found["interrupts"] = interrupts(python)
+
+
+def run(options):
+    check_options(options)
+    commands.install(*programs.PACKAGE.packages)
+    python = interpreter(options)
+    suite = programs.PACKAGE._replace(python=python)
+    programs.build(suite)
+    rows = programs.cases(suite)
+    goals.check([*rows, "import"], goals.PYTHON)
+    skipped = times.missing(suite, rows)
+    there = versions(python)
+    measured = times.measure(suite, times.chosen(rows, options.only), options.rounds, times.VISITS)
+    found = {"rounds": options.rounds, "skipped": skipped,
+             "python": {name: there[name] for name in ("python", "numpy")},
+             "peers": {peer: there[package] for peer, package in suite.peers.items()
+                       if peer not in skipped},
+             "agreement": dict(sorted(measured.agreement.items())), "times": measured.times}
+    if options.only is None:
+        whole(python, options, found)
+    return found
+
+
+def ratio_lines(row, found, names):
+    """A line for each goal of a row whose competitors are there; the first has the times."""
+    heads = [*row.split("/")[1:], *(times.shown(statistics.median(found[name]))
+                                    if name in found else "" for name in names)]
+    for goal in goals.goals_of(row, goals.PYTHON):
+        ratios = times.ratios(found, goal.against, goal.ours)
+        if ratios is None:
+            continue
+        fastest = min(found[goal.ours]) / min(found[goal.against[0]])
+        yield [*heads, f"{goal.ours} to {goal.against[0]}", times.spread(ratios),
+               f"{fastest:.2f}", times.limit(goal.most),
+               times.verdict(statistics.median(ratios), goal.most)]
+        heads = [""] * len(heads)
+
+
+def workload(name, kept):
+    rows = {row: found for row, found in kept["times"].items() if row.startswith(name + "/")}
+    names = [each for each in COMPETITORS if any(each in found for found in rows.values())]
+    if not rows:
+        return []
+    return [*heading(3, WORKLOADS[name]),
+            *table(["voxels", "kernel", "threads", *(f"{each}, ns" for each in names), "ratio of",
+                    "median (quartiles)", "of the fastest", "at most", "holds"],
+                   [line for row, found in rows.items() for line in ratio_lines(row, found, names)])]
+
+
+def import_table(kept):
+    if "import" not in kept["times"]:
+        return []
+    found = {name: [each / 1e6 for each in taken] for name, taken in kept["times"]["import"].items()}
+    return [*heading(3, "Import"),
+            *table(["volux, ms", "numpy, ms", "ratio of", "median (quartiles)", "of the fastest",
+                    "at most", "holds"], ratio_lines("import", found, ("volux", "numpy")))]
+
+
+def memory_table(kept):
+    if "memory" not in kept:
+        return []
+    found = kept["memory"]
+    beside = (found["most"] - found["source"] - found["result"]) / 1e6
+    return [*heading(3, "Memory of a resize"),
+            *table(["source, MB", "result, MB", "most, MB", "beside both, MB", "at most", "holds"],
+                   [[*(f"{found[name] / 1e6:,.1f}" for name in ("source", "result", "most")),
+                     f"{beside:.1f}", goals.MEMORY, times.verdict(beside, goals.MEMORY)]])]
+
+
+def interrupt_table(kept):
+    rows = []
+    for threads, found in kept.get("interrupts", {}).items():
+        for what, value in (("median", statistics.median(found)), ("longest", max(found))):
+            most = goals.INTERRUPTED[what]
+            rows.append([threads, len(found), what, f"{value:.3f}", f"{most:.1f}",
+                         times.verdict(value, most)])
+    if not rows:
+        return []
+    return [*heading(3, "From Ctrl-C to KeyboardInterrupt"),
+            *table(["threads", "calls", "", "seconds", "at most", "holds"], rows)]
+
+
+def beside(kept):
+    """Who was measured, and how often."""
+    packages = "; ".join(f"{name} {version}" for name, version in kept["peers"].items())
+    lines = [f"{kept['rounds']} rounds by Python {kept['python']['python']} with numpy "
+             f"{kept['python']['numpy']}. Beside volux: {packages or 'nobody'}."]
+    if kept["skipped"]:
+        lines += [f"Skipped, since it was not installed: {', '.join(kept['skipped'])}."]
+    return [*lines, ""]
+
+
+def tables(kept):
+    """The record as Markdown."""
+    lines = [*beside(kept), *times.overview(kept, goals.PYTHON)]
+    for name in WORKLOADS:
+        lines += workload(name, kept)
+    return [*lines, *import_table(kept), *memory_table(kept), *interrupt_table(kept),
+            *times.agreement(kept, "Python: agreement with volux_core")]
