@@ -1,9 +1,7 @@
 """The Python package beside the C++ library that it calls and beside other packages, round by round;
 what its import costs, the memory of a large result, and how soon Ctrl-C ends a call."""
 import json
-import os
 import statistics
-import subprocess
 
 from evidence import commands
 from evidence.commands import ROOT, BadUse, Failure, output_of
@@ -85,15 +83,8 @@ def imports(python, rounds):
 
 def memory(python, gib):
     """Bytes of the source and of the result of a resize, and the most that its process had."""
-    command = [python, str(PROGRAMS / "memory.py"), str(round(gib * 2**30))]
-    with subprocess.Popen(command, stdout=subprocess.PIPE, text=True) as child:
-        said = child.stdout.read()
-        _, status, usage = os.wait4(child.pid, 0)
-        child.returncode = os.waitstatus_to_exitcode(status)
-    if child.returncode != 0:
-        raise Failure(f"memory.py stopped with status {child.returncode}.")
-    source, result = map(int, said.split())
-    return {"source": source, "result": result, "most": 1024 * usage.ru_maxrss}
+    said = output_of([python, PROGRAMS / "memory.py", round(gib * 2**30)], text=True)
+    return dict(zip(("source", "result", "most"), map(int, said.split())))
 
 
 def interrupts(python):
