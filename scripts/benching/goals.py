@@ -67,7 +67,7 @@ GRADIENTS = Goal("derivatives", ["gradients/*"], ("reading",), 2.00, None, "grad
 # Two threads' time to one's: 1.6 and 1.9 times as fast.
 THREADS = Goal("two threads", ["threads/*"], ("one thread",), 1 / 1.6, 1 / 1.9, "two threads")
 
-# Through Python. What volux makes is new memory, as the peers' results are, unless it is told where.
+# Through Python. volux makes its results, as the peers do, unless it writes into memory of ours.
 PYTHON = [
     Goal("A, B, into memory that is there", ["[AB]/*"], ("volux_resample",), 1.03, None,
          "volux into out"),

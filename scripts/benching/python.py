@@ -1,5 +1,5 @@
-"""The Python package beside the C++ library that it calls and beside other packages, round by round;
-what its import costs, the memory of a large result, and how soon Ctrl-C ends a call."""
+"""The Python package beside the C++ library that it calls and beside other packages, round by
+round; what its import costs, the memory of a large result, and how soon Ctrl-C ends a call."""
 import json
 import statistics
 
@@ -12,7 +12,7 @@ from . import goals, overhead, programs, record, times
 TITLE = "Python"
 DIST = ROOT / "build" / "python" / "bench"
 PROGRAMS = ROOT / "bench" / "python"
-COMPETITORS = ("volux", "volux into out", "volux_resample", *programs.PACKAGE.peers, "numpy")
+COMPETITORS = ("volux", "volux into out", "volux_resample", *programs.PACKAGE.peers)
 GIB = 4.0
 INTERRUPTS = 50
 IMPORTS = 10  # for each round
@@ -21,6 +21,7 @@ WORKLOADS = {
     "B": "Python, B: upsampling along the axes",
     "point": "Python, one point",
 }
+RATIO_HEADS = ["ratio of", "median (quartiles)", "of the fastest", "at most", "holds"]
 
 
 def add_arguments(parser):
@@ -144,19 +145,19 @@ def workload(name, kept):
     names = [each for each in COMPETITORS if any(each in found for found in rows.values())]
     if not rows:
         return []
+    lines = [line for row, found in rows.items() for line in ratio_lines(row, found, names)]
     return [*heading(3, WORKLOADS[name]),
-            *table(["voxels", "kernel", "threads", *(f"{each}, ns" for each in names), "ratio of",
-                    "median (quartiles)", "of the fastest", "at most", "holds"],
-                   [line for row, found in rows.items() for line in ratio_lines(row, found, names)])]
+            *table(["voxels", "kernel", "threads", *(f"{each}, ns" for each in names), *RATIO_HEADS],
+                   lines)]
 
 
 def import_table(kept):
     if "import" not in kept["times"]:
         return []
-    found = {name: [each / 1e6 for each in taken] for name, taken in kept["times"]["import"].items()}
-    return [*heading(3, "Import"),
-            *table(["volux, ms", "numpy, ms", "ratio of", "median (quartiles)", "of the fastest",
-                    "at most", "holds"], ratio_lines("import", found, ("volux", "numpy")))]
+    found = {name: [nanoseconds / 1e6 for nanoseconds in taken]
+             for name, taken in kept["times"]["import"].items()}
+    return [*heading(3, "Import"), *table(["volux, ms", "numpy, ms", *RATIO_HEADS],
+                                          ratio_lines("import", found, ("volux", "numpy")))]
 
 
 def memory_table(kept):
