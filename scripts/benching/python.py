@@ -3,14 +3,13 @@ round; what its import costs, the memory of a large result, and how soon Ctrl-C 
 import json
 import statistics
 
-from evidence import commands
-from evidence.commands import ROOT, BadUse, Failure, output_of
+from evidence import commands, package
+from evidence.commands import ROOT, BadUse, output_of
 from evidence.markdown import heading, table
 
-from . import goals, overhead, programs, record, times
+from . import goals, overhead, programs, times
 
 TITLE = "Python"
-DIST = ROOT / "build" / "python" / "bench"
 PROGRAMS = ROOT / "bench" / "python"
 COMPETITORS = ("volux", "volux into out", "volux_resample", *programs.PACKAGE.peers)
 GIB = 4.0
@@ -36,30 +35,6 @@ def check_options(options):
     times.check_options(options)
     if options.record and options.gib != GIB:
         raise BadUse("only a run that leaves nothing out is recorded; leave out --gib.")
-
-
-def succeed(command):
-    """Runs a script of ours, which says in a log what it does."""
-    if commands.run(command, "bench-python").returncode != 0:
-        raise Failure(f"{' '.join(map(str, command))} fails; see build/logs/bench-python.log.")
-
-
-def wheel(is_fresh):
-    """The package as it is published, built anew if its sources have changed."""
-    made_of, today = DIST / "made-of", record.sources_today("python")
-    if is_fresh or not made_of.exists() or made_of.read_text(encoding="utf-8") != today:
-        succeed([ROOT / "scripts" / "python-wheel", DIST])
-        made_of.write_text(today, encoding="utf-8")
-    return next(DIST.glob("*.whl"))
-
-
-def interpreter(options):
-    """Python in an environment that has volux as it is published, and the packages beside it."""
-    group = "peers" if options.peers else "bench"
-    folder = output_of([ROOT / "scripts" / "python-env", group], text=True).strip()
-    succeed([f"{folder}/bin/pip", "install", "--no-index", "--no-deps", "--force-reinstall",
-             wheel(options.record)])
-    return f"{folder}/bin/python"
 
 
 def versions(python):
@@ -107,7 +82,7 @@ def whole(python, options, found):
 def run(options):
     check_options(options)
     commands.install(*programs.PACKAGE.packages)
-    python = interpreter(options)
+    python = package.interpreter("peers" if options.peers else "bench", options.record)
     suite = programs.PACKAGE._replace(python=python)
     programs.build(suite)
     rows = programs.cases(suite)

@@ -4,14 +4,13 @@ import platform
 import re
 import time
 
-from evidence import provenance
+from evidence import package, provenance
 from evidence.commands import ROOT, output_of, version
 
 from . import builds
 
 KEPT = ROOT / "docs" / "performance"
 KEY = "provenance"
-PACKAGE = ("python/src", "python/volux")
 
 
 def processor():
@@ -29,7 +28,7 @@ def load():
 
 def sources_today(name):
     if name == "python":
-        return provenance.sources(True, PACKAGE)
+        return package.sources()
     return provenance.sources(with_resample=name == "bulk")
 
 
