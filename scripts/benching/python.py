@@ -48,11 +48,11 @@ def versions(python):
 def imports(python, rounds):
     """Nanoseconds of processor time of processes that import a package and end, in turns."""
     taken = {"volux": [], "numpy": []}
-    for package in taken:
-        output_of([python, "-I", "-c", f"import {package}"])  # what it reads is in memory then
+    for name in taken:
+        output_of([python, "-I", "-c", f"import {name}"])  # what it reads is in memory then
     for _ in range(rounds):
-        for package, found in taken.items():
-            seconds = overhead.processor_seconds([python, "-I", "-c", f"import {package}"])
+        for name, found in taken.items():
+            seconds = overhead.processor_seconds([python, "-I", "-c", f"import {name}"])
             found.append(float(f"{1e9 * seconds:.4g}"))
     return taken
 
@@ -92,7 +92,7 @@ def run(options):
     measured = times.measure(suite, times.chosen(rows, options.only), options.rounds, times.VISITS)
     found = {"rounds": options.rounds, "skipped": skipped,
              "python": {name: there[name] for name in ("python", "numpy")},
-             "peers": {peer: there[package] for peer, package in suite.peers.items()
+             "peers": {peer: there[its] for peer, its in suite.peers.items()
                        if peer not in skipped},
              "agreement": dict(sorted(measured.agreement.items())), "times": measured.times}
     if options.only is None:

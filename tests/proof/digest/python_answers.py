@@ -1,11 +1,11 @@
 """Runs python_calls, answers its requests by the package volux, and hands on the results that it
 digests.
 
-What the public functions can say they answer: `resample`, `reslice`, `resize`, `sample` and
-`sample_gradient` of arrays in their index space. The rest goes to the functions of the compiled
-part that those call: maps and fields that no affine of an image gives to the last bit, numbers of
-sub-samples other than one and as many as a step is long, slabs, and readings that wrap. At the end
-it writes to the standard error how many requests went which way.
+What the public functions can say they answer: `resample`, `resize`, `sample` and `sample_gradient`
+of arrays in their index space. The rest goes to the functions of the compiled part that those call:
+maps, planes and fields that no affine gives to the last bit, numbers of sub-samples other than one
+and as many as a step is long, and readings that wrap. At the end it writes to the standard error
+how many requests went which way.
 Usage: python_answers.py THREADS PROGRAM ARGUMENT ...
 """
 import collections
@@ -19,11 +19,10 @@ from volux import _core
 
 KERNELS = ("nearest", "linear", "cubic", "label")
 BORDERS = ("constant", "edge")
-PROJECTIONS = ("mean", "maximum", "minimum")
 TYPES = dict(enumerate(("int16", "int32", "uint8", "uint16", "uint32", "float32", "float64"), 1))
 AS_LONG = [0, 0, 0]  # sub-samples: as many along each axis as a step is long
 UNWRITTEN = 77  # lies between the voxels of a result
-MOST_FILLED = 1 << 24  # elements; a result with more is far apart in memory that nothing has touched
+MOST_FILLED = 1 << 24  # elements; a result with more has its pieces far apart
 WITHOUT_SWAP = 0x4000  # MAP_NORESERVE
 
 
@@ -141,18 +140,11 @@ class Answers:
         return result.take()
 
     def reslice(self, fields):
-        source, result = source_of(fields), Memory(fields, "result")
-        rows, planes = fields.matrix("map"), fields.number("planes")
-        projection = fields.number("projection")
-        if planes == 1 and self.is_public(fields):
-            self.ways["reslice"] += 1
-            grid = volux.Grid(result.array.shape[:3], reversed_map(rows))
-            volux.reslice(source, grid, projection=PROJECTIONS[projection], out=result.array,
-                          **self.filling(fields))
-            return result.take()
         self.ways["reslice, compiled"] += 1
-        _core.reslice(in_xyz(source), in_xyz(result.array), rows, self.compiled(fields),
-                      slab=planes, projection=projection)
+        source, result = source_of(fields), Memory(fields, "result")
+        _core.reslice(in_xyz(source), in_xyz(result.array), fields.matrix("map"),
+                      self.compiled(fields), slab=fields.number("planes"),
+                      projection=fields.number("projection"))
         return result.take()
 
     def resize(self, fields):
