@@ -52,7 +52,7 @@ def test_the_program_names_its_cases():
     assert {name for row in SAME for name in row} <= set(named)
 
 
-def test_a_resize_has_its_source_and_its_result_and_little_more_in_memory():
+def test_a_resize_with_its_source_and_its_result_has_little_memory_beside():
     source, result, most = map(int, said_by("memory.py", "200000000").split())
     assert result == 8 * source
     assert result == pytest.approx(200e6, rel=0.02)
