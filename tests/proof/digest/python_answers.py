@@ -20,7 +20,7 @@ from volux import _core
 KERNELS = ("nearest", "linear", "cubic", "label")
 BORDERS = ("constant", "edge")
 TYPES = dict(enumerate(("int16", "int32", "uint8", "uint16", "uint32", "float32", "float64"), 1))
-AS_LONG = [0, 0, 0]  # sub-samples: as many along each axis as a step is long
+ONE, AS_LONG = [1, 1, 1], [0, 0, 0]  # sub-samples: as many along each axis as a step is long
 UNWRITTEN = 77  # lies between the voxels of a result
 MOST_FILLED = 1 << 24  # elements; a result with more has its pieces far apart
 WITHOUT_SWAP = 0x4000  # MAP_NORESERVE
@@ -118,25 +118,17 @@ class Answers:
             overflow=fields.number("wraps"), subsamples=[int(n) for n in fields["subsamples"]],
             threads=self.threads, progress=None)
 
-    @staticmethod
-    def is_public(fields):
-        return "field" not in fields and fields["subsamples"] in ([1, 1, 1], AS_LONG)
-
     def fill(self, fields):
         source, result = source_of(fields), Memory(fields, "result")
-        if self.is_public(fields):
-            try:
-                grid = volux.Grid(result.array.shape[:3], reversed_map(fields.matrix("map")))
-            except ValueError:
-                pass  # beyond what is finite it places no voxels
-            else:
-                self.ways["resample"] += 1
-                volux.resample(source, grid, out=result.array, **self.filling(fields))
-                return result.take()
+        rows = fields.matrix("map")
+        if "field" not in fields and fields["subsamples"] in (ONE, AS_LONG):
+            self.ways["resample"] += 1
+            grid = volux.Grid(result.array.shape[:3], reversed_map(rows))
+            volux.resample(source, grid, out=result.array, **self.filling(fields))
+            return result.take()
         self.ways["resample, compiled"] += 1
         warp = warp_of(fields) if "field" in fields else None
-        _core.fill(in_xyz(source), in_xyz(result.array), fields.matrix("map"),
-                   self.compiled(fields), warp=warp)
+        _core.fill(in_xyz(source), in_xyz(result.array), rows, self.compiled(fields), warp=warp)
         return result.take()
 
     def reslice(self, fields):
