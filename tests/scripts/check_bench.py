@@ -1,6 +1,7 @@
 """What scripts/bench says and refuses, and the arithmetic behind its tables. Nothing is timed."""
 import subprocess
 import sys
+import tempfile
 import unittest
 from pathlib import Path
 from unittest import mock
@@ -10,7 +11,7 @@ sys.path.insert(0, str(ROOT / "scripts"))
 
 from benching import (bulk, goals, programs, python, record, report,  # noqa: E402  (the path
                       times)  # comes first)
-from evidence import markdown, provenance  # noqa: E402
+from evidence import markdown, package, provenance  # noqa: E402
 from evidence.commands import BadUse, Failure  # noqa: E402
 
 
@@ -263,6 +264,32 @@ class Python(unittest.TestCase):
         with mock.patch.object(provenance, "sources", sources):
             self.assertIn("python/volux", record.sources_today("python"))
             self.assertNotIn("python/volux", record.sources_today("bulk"))
+
+
+class Package(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.built = []
+        for name, value in (("DIST", Path(folder.name)), ("succeed", self.build),
+                            ("sources", lambda: self.today)):
+            patch = mock.patch.object(package, name, value)
+            patch.start()
+            self.addCleanup(patch.stop)
+
+    def build(self, command):
+        self.built.append(self.today)
+        (command[1] / "volux-1.whl").touch()
+
+    def test_is_built_anew_if_its_sources_have_changed_or_if_that_is_wanted(self):
+        for self.today, is_fresh in (("a", False), ("a", False), ("b", False), ("b", True)):
+            self.assertEqual(package.wheel(is_fresh).name, "volux-1.whl")
+        self.assertEqual(self.built, ["a", "b", "b"])
+
+    def test_what_a_build_leaves_behind_is_no_source(self):
+        before = provenance.sources(True, ["tests/scripts"])
+        with mock.patch.object(provenance, "BUILT", {".py"}):
+            self.assertNotEqual(provenance.sources(True, ["tests/scripts"]), before)
 
 
 if __name__ == "__main__":
