@@ -2,6 +2,7 @@
 // python_answers.py reads from the standard output and answers on the standard input. A request is
 // a line "? OPERATION NAME=NUMBER,... NAME=@BYTES ..." and then those bytes; the answer is as many
 // doubles as the request asks for.
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
@@ -13,6 +14,16 @@
 
 namespace volux::digest {
 namespace {
+
+// In the order of an image: x fastest after the channels.
+template <class T>
+std::vector<T> elementsOf(const View<const T>& view)
+{
+    std::vector<T> elements;
+    test::forEachElement(view,
+                         [&](auto... at) { elements.push_back(test::elementOf(view, at...)); });
+    return elements;
+}
 
 class Request {
 public:
@@ -54,20 +65,16 @@ public:
         return numbers(name + "Type", {number(type)})
             .numbers(name + "Extents",
                      {number(l.width), number(l.height), number(l.depth), number(l.channels)})
-            .numbers(name + "Strides", {number(l.strideX), number(l.strideY), number(l.strideZ),
-                                        number(l.strideC)});
+            .numbers(name + "Strides",
+                     {number(l.strideX), number(l.strideY), number(l.strideZ), number(l.strideC)});
     }
 
-    // The voxels of a source as well, x fastest after the channels.
     template <class T>
     Request& source(const View<const T>& view)
     {
-        std::vector<T> elements;
-        test::forEachElement(
-            view, [&](auto... at) { elements.push_back(test::elementOf(view, at...)); });
         return layout("source", view.type, view)
             .numbers("unit", {view.spacing.x, view.spacing.y, view.spacing.z})
-            .bytes("source", elements);
+            .bytes("source", elementsOf(view));
     }
 
     Request& options(const Options& o)
@@ -96,11 +103,8 @@ public:
     Request& warp(const Moves<V>& moves)
     {
         const View<const V> field = resample::viewOf(moves.field);
-        std::vector<V> vectors;
-        test::forEachElement(
-            field, [&](auto... at) { vectors.push_back(test::elementOf(field, at...)); });
         return layout("field", field.type, field)
-            .bytes("field", vectors)
+            .bytes("field", elementsOf(field))
             .map("toField", moves.toField)
             .map("toVoxels", moves.toVoxels);
     }
@@ -132,7 +136,7 @@ inline VoxelLayout layoutOf(const Arrangement& to, const Grid& grid, unsigned in
     return Distances(to, {grid.width, grid.height, grid.depth, channels}, {}).layout;
 }
 
-inline std::size_t elementsOf(const VoxelLayout& l)
+inline std::size_t countOf(const VoxelLayout& l)
 {
     return std::size_t{l.width} * l.height * l.depth * l.channels;
 }
@@ -208,8 +212,7 @@ public:
     template <class V>
     static resample::Position lead(const Moves<V>& moves, const resample::Position& p)
     {
-        const std::vector<double> led =
-            Request("lead").warp(moves).positions(&p, 1).answer(3);
+        const std::vector<double> led = Request("lead").warp(moves).positions(&p, 1).answer(3);
         return {led[0], led[1], led[2]};
     }
 
@@ -240,14 +243,14 @@ private:
     }
 
     template <class T>
-    static void fill(Request request, const core::VxImage<T>& source,
-                     core::VxImage<T>& destination, const Options& options)
+    static void fill(Request request, const core::VxImage<T>& source, core::VxImage<T>& destination,
+                     const Options& options)
     {
         const VoxelLayout to = layoutOf(destination);
         const std::vector<double> values = request.source(View<const T>(resample::viewOf(source)))
                                                .layout("result", kTypeOf<T>, to)
                                                .options(options)
-                                               .answer(elementsOf(to));
+                                               .answer(countOf(to));
         auto value = values.begin();
         test::forEachElement(to, [&](int x, int y, int z, int c) {
             destination(x, y, z, c) = static_cast<T>(*value++);
@@ -264,7 +267,7 @@ private:
         return request.source(View<const T>(from.view))
             .layout("result", kTypeOf<R>, layout)
             .options(options)
-            .answer(elementsOf(layout));
+            .answer(countOf(layout));
     }
 
     template <class R, class T>
