@@ -27,16 +27,17 @@ def scattered(counters):
 
 
 def voxels(extent, kind):
-    """The cube of bench/times/Workloads.h."""
-    wave = numpy.sin(0.07 * numpy.arange(extent))
+    """The cube of bench/times/Workloads.h, to the last bit."""
+    wave = numpy.array([math.sin(0.07 * i) for i in range(extent)])  # numpy has a sine of its own
     noise = (scattered(numpy.arange(extent**3, dtype=numpy.uint64)) >> numpy.uint64(11)) * 2.0**-52
-    smooth = 800.0 * wave[:, None] * wave + 400.0 * wave[:, None, None]
+    smooth = 800.0 * wave * wave[:, None] + 400.0 * wave[:, None, None]
     return (smooth + 100.0 * (noise.reshape((extent,) * 3) - 1.0)).astype(kind)
 
 
 def turned(x, y, z):
     def turn(a, b, degrees):
-        cosine, sine = math.cos(math.radians(degrees)), math.sin(math.radians(degrees))
+        angle = degrees * math.pi / 180
+        cosine, sine = math.cos(angle), math.sin(angle)
         return cosine * a - sine * b, sine * a + cosine * b
     y, z = turn(y, z, 17)
     z, x = turn(z, x, 31)
@@ -45,10 +46,10 @@ def turned(x, y, z):
 
 
 def oblique(scale, width, height, depth):
-    """Matrix, offset and shape, in numpy's order of axes."""
+    """Matrix, offset and shape, in numpy's order of axes, to the bits of bench/bulk/Bulk.h."""
     matrix = numpy.column_stack([turned(0, 0, scale), turned(0, scale, 0), turned(scale, 0, 0)])
-    middle = numpy.array([depth - 1, height - 1, width - 1]) / 2
-    return matrix, 127.5 - matrix @ middle, (depth, height, width)
+    corner = turned(*(-scale * (extent - 1) / 2 for extent in (width, height, depth)))
+    return matrix, 127.5 + corner, (depth, height, width)
 
 
 def slices(target, first, count):

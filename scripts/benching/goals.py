@@ -67,6 +67,23 @@ GRADIENTS = Goal("derivatives", ["gradients/*"], ("reading",), 2.00, None, "grad
 # Two threads' time to one's: 1.6 and 1.9 times as fast.
 THREADS = Goal("two threads", ["threads/*"], ("one thread",), 1 / 1.6, 1 / 1.9, "two threads")
 
+# Through Python. volux makes its results, as the peers do, unless it writes into memory of ours.
+PYTHON = [
+    Goal("A, B, into memory that is there", ["[AB]/*"], ("volux_resample",), 1.03, None,
+         "volux into out"),
+    Goal("A, B", ["[AB]/*/nearest/1", "[AB]/*/linear/1"], ("scipy",), 1 / 5, None, "volux"),
+    Goal("A, B", ["[AB]/*/nearest/?", "[AB]/*/linear/?"], ("SimpleITK",), 1 / 2, None, "volux"),
+    Goal("A, B", ["[AB]/*/nearest/1", "[AB]/*/linear/1"], ("nibabel",), None, None, "volux"),
+    Goal("A", ["A/float/nearest/?", "A/float/linear/?"], ("grid_sample",), None, None, "volux"),
+    Goal("B", ["B/float/nearest/?", "B/float/linear/?"], ("interpolate",), None, None, "volux"),
+    Goal("A, B, by a B-spline", ["[AB]/*/cubic/1"], ("scipy",), None, None, "volux"),
+    Goal("one point", ["point/*"], ("scipy",), 0.50, None, "volux"),
+    Goal("one point", ["point/*"], ("SimpleITK",), None, None, "volux"),
+    Goal("import", ["import"], ("numpy",), 1.50, None, "volux"),
+]
+MEMORY = 50  # MB, beside the source and the result of a resize
+INTERRUPTED = {"median": 0.2, "longest": 0.5}  # seconds
+
 
 def goals_of(row, goals=tuple(GOALS)):
     return [goal for goal in goals

@@ -15,14 +15,19 @@ PYTHON = "/usr/bin/python3"  # Debian's, which has Debian's packages
 
 # Programs that take turns. target: what builds them; folder: where they are in bench; script: the
 # one in Python; needs: what it imports; packages: groups of scripts/packages; peers: what each is
-# called in the names of the cases, and its package.
-Suite = collections.namedtuple("Suite", "target folder script needs packages peers")
+# called in the names of the cases, and its package; python: the interpreter.
+Suite = collections.namedtuple("Suite", "target folder script needs packages peers python",
+                               defaults=[PYTHON])
 TIMES = Suite("bench_times", "times", "bench_numpy", "numpy", ("build", "bench"),
               {"CImg": "cimg-dev", "ITK": "libinsighttoolkit5-dev", "VTK": "libvtk9-dev",
                "numpy": "python3-numpy"})
 BULK = Suite("bench_bulk", "bulk", "bulk_scipy", "scipy", ("build", "bench", "resample"),
              {"VTK": "libvtk9-dev", "ITK": "libinsighttoolkit5-dev", "CImg": "cimg-dev",
               "scipy": "python3-scipy"})
+# Its packages are pip's, in an environment of their own.
+PACKAGE = Suite("bench_python", "python", "volumes", "volux", ("build", "bench", "resample"),
+                {"scipy": "scipy", "SimpleITK": "simpleitk", "nibabel": "nibabel",
+                 "grid_sample": "torch", "interpolate": "torch"})
 
 
 def install_packages(suite):
@@ -76,8 +81,9 @@ def command_lines(suite):
     built = builds.BUILD / "bench" / suite.folder
     names = (built / "programs").read_text(encoding="utf-8").split()
     found = {name: [str(built / name)] for name in names}
-    if commands.run([PYTHON, "-c", f"import {suite.needs}"]).returncode == 0:
-        found[suite.script] = [PYTHON, str(ROOT / "bench" / suite.folder / f"{suite.script}.py")]
+    if commands.run([suite.python, "-c", f"import {suite.needs}"]).returncode == 0:
+        script = ROOT / "bench" / suite.folder / f"{suite.script}.py"
+        found[suite.script] = [suite.python, str(script)]
     return found
 
 

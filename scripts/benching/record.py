@@ -4,7 +4,7 @@ import platform
 import re
 import time
 
-from evidence import provenance
+from evidence import package, provenance
 from evidence.commands import ROOT, output_of, version
 
 from . import builds
@@ -27,6 +27,8 @@ def load():
 
 
 def sources_today(name):
+    if name == "python":
+        return package.sources()
     return provenance.sources(with_resample=name == "bulk")
 
 

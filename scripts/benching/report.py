@@ -7,13 +7,14 @@ from pathlib import Path
 from evidence import markdown
 from evidence.commands import ROOT
 
-from . import bulk, counts, overhead, record, times
+from . import bulk, counts, overhead, python, record, times
 
 MEASUREMENTS = {
     "times": times,
     "bulk": bulk,
     "counts": counts,
     "overhead": overhead,
+    "python": python,
 }
 PAGE = ROOT / "docs" / "performance.md"
 README = ROOT / "README.md"

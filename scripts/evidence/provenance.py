@@ -15,13 +15,18 @@ def is_core(file):
     return not re.search(r"/(resample|adapt)\b", file)
 
 
-def sources(with_resample):
-    """Returns the first digits of a digest of the sources that a result holds for."""
+# What a build leaves beside the sources of the Python package.
+BUILT = {".pyc", ".so"}
+
+
+def sources(with_resample, more=()):
+    """Returns the first digits of a digest of the sources that a result holds for, those in more
+    folders among them."""
     digest = hashlib.sha256()
-    for folder in ("include", "src"):
+    for folder in ("include", "src", *more):
         for path in sorted((ROOT / folder).rglob("*")):
             file = path.relative_to(ROOT).as_posix()
-            if path.is_file() and (with_resample or is_core(file)):
+            if path.is_file() and path.suffix not in BUILT and (with_resample or is_core(file)):
                 digest.update(file.encode() + b"\0" + path.read_bytes())
     return digest.hexdigest()[:12]
 

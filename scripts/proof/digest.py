@@ -8,7 +8,7 @@ import shutil
 import subprocess
 import time
 
-from evidence import commands
+from evidence import commands, package
 from evidence.commands import CORES, LOGS, ROOT, BadUse, Failure, install, version
 
 from . import sysroot
@@ -24,6 +24,7 @@ CI_RUN = ["--rows", "^(x86-64 g[+][+]-12 (-O2|-O3 -march=x86-64-v3)( fused)?"
 
 SOURCE = ROOT / "tests" / "proof" / "digest"
 COMMITTED = SOURCE / "digests.txt"
+WHEEL = "the instruction set that the wheel chooses"
 
 
 @dataclasses.dataclass(frozen=True)
@@ -68,7 +69,7 @@ class Outcome:
 def provide(rows):
     """Sees to it that the compilers and emulators of the rows are there."""
     install("build")
-    if any(row.bulk for row in rows):
+    if any(row.bulk or row.python for row in rows):
         install("resample")
     for target in {row.target for row in rows if row.bulk} & SYSROOTS.keys():
         sysroot.provide(SYSROOTS[target])
@@ -95,7 +96,8 @@ def build(row):
         cross += [f"-Dhwy_DIR={sysroot_libraries(row.target) / 'cmake' / 'hwy'}"]
     commands.build(row.folder, row.log, targets, "-DCMAKE_BUILD_TYPE=None",
                    f"-DCMAKE_CXX_COMPILER={row.compiler}", f"-DCMAKE_CXX_FLAGS={row.flags}",
-                   f"-DVOLUX_RESAMPLE={'ON' if row.bulk else 'OFF'}", *cross, source=SOURCE, jobs=1)
+                   f"-DVOLUX_RESAMPLE={'ON' if row.bulk or row.python else 'OFF'}", *cross,
+           source=SOURCE, jobs=1)
 
 
 def runs_of(row):
@@ -103,6 +105,11 @@ def runs_of(row):
     for corpus in row.corpora:
         program = [*row.runner, row.folder / row.program_of(corpus)]
         size = str(SIZES[corpus][1])
+        if row.python:
+            asked = [package.interpreter("run"), SOURCE / "python_answers.py"]
+            yield from ((Run(corpus, WHEEL, threads), [*asked, str(threads), *program, size])
+                        for threads in THREADS)
+            continue
         if row.program_of(corpus) != "bulk_calls":
             yield Run(corpus), [*program, size]
             continue
@@ -220,7 +227,7 @@ def rows_table(outcomes, committed):
         row = outcome.row
         rows.append([row.target, versions[row.compiler],
                      f"`{row.flags}`" + (", fused" if row.fused else "")
-                     + (", bulk" if row.bulk else ""),
+                     + (", bulk" if row.bulk else "") + (", Python" if row.python else ""),
                      row.runner[0] if "qemu" in "".join(row.runner[:1]) else "the processor",
                      what_ran(outcome), verdict(outcome, committed)])
     return Table("Each build, compared with the committed digests",

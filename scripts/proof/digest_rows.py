@@ -21,6 +21,7 @@ WHOLE = tuple(SIZES)
 SMALL = ("small", "bulk-small", "world")
 BULK = ("bulk", "world")
 SMALL_BULK = ("bulk-small", "world")
+ASKED = ("bulk", "bulk-small")
 THREADS = (1, 2, 3, 7, 16)
 
 COMPILERS = ("g++-12", "g++-11", "clang++-14", "clang++-16", "clang++-19", "clang++-22")
@@ -48,12 +49,13 @@ class Row:
     corpora: tuple = WHOLE
     fused: bool = False
     bulk: bool = False  # volux_resample answers instead of volux_core
+    python: bool = False  # the Python package does
     linker: str = ""  # another compiler, whose libraries and linker this one uses
 
     @property
     def name(self):
         return (f"{self.target} {self.build}" + (" fused" if self.fused else "")
-                + (" bulk" if self.bulk else ""))
+                + (" bulk" if self.bulk else "") + (" python" if self.python else ""))
 
     @property
     def folder(self):
@@ -74,6 +76,8 @@ class Row:
 
     def program_of(self, corpus):
         program = SIZES[corpus][0]
+        if self.python:
+            return "python_calls"
         if self.bulk:
             return {"single_calls": "bulk_calls", "world_maps": "bulk_maps"}[program]
         if self.fused:
@@ -114,6 +118,11 @@ def bulk_rows():
         emulated("s390x", "-O2", SMALL_BULK)]
 
 
+def python_rows():
+    """The compiler and its flags are those of the program that asks: the wheel has its own."""
+    return [Row("x86-64", "g++-12", "-O2", corpora=ASKED, python=True)]
+
+
 def i386_rows():
     """Run by the processor itself, if the system lets it, with the cross compiler's C library."""
     folder = Path("/usr/i686-linux-gnu/lib")
@@ -140,4 +149,4 @@ def emulated_rows():
 
 
 def all_rows():
-    return native_rows() + bulk_rows() + i386_rows() + emulated_rows()
+    return native_rows() + bulk_rows() + python_rows() + i386_rows() + emulated_rows()

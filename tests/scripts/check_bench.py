@@ -1,14 +1,17 @@
 """What scripts/bench says and refuses, and the arithmetic behind its tables. Nothing is timed."""
 import subprocess
 import sys
+import tempfile
 import unittest
 from pathlib import Path
+from unittest import mock
 
 ROOT = Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "scripts"))
 
-from benching import bulk, goals, programs, record, report, times  # noqa: E402  (the path comes first)
-from evidence import markdown  # noqa: E402
+from benching import (bulk, goals, programs, python, record, report,  # noqa: E402  (the path
+                      times)  # comes first)
+from evidence import markdown, package, provenance  # noqa: E402
 from evidence.commands import BadUse, Failure  # noqa: E402
 
 
@@ -25,6 +28,10 @@ class Page(unittest.TestCase):
     def test_is_what_the_records_say(self):
         self.assertTrue(markdown.are_current(report.texts()),
                         "scripts/bench report writes docs/performance.md anew")
+
+    def test_says_of_a_part_without_a_record_that_it_is_not_measured(self):
+        with mock.patch.object(record, "kept", lambda _: None):
+            self.assertIn("**Not measured yet.**", report.section("python", python))
 
     def test_takes_a_record_of_other_sources_for_an_older_one(self):
         for sources, is_older in ((record.sources_today("bulk"), False), ("0" * 12, True)):
@@ -49,6 +56,8 @@ class BadUseTest(unittest.TestCase):
         self.assert_refused("times", "--record", "--only", "A/*")
         self.assert_refused("--record", "times", "--only", "A/*")
         self.assert_refused("bulk", "--record", "--only", "A/*")
+        self.assert_refused("python", "--record", "--only", "A/*")
+        self.assert_refused("python", "--record", "--gib", "1")
 
     def test_the_report_takes_no_arguments(self):
         self.assert_refused("report", "times")
@@ -196,6 +205,91 @@ class Bulk(unittest.TestCase):
     def test_a_row_without_a_goal_and_a_goal_without_a_row_are_found(self):
         with self.assertRaisesRegex(Failure, "no goal for .*B/melt.*, no row for .*two threads"):
             bulk.check_goals({"B/melt": {}, "growth/copy/32": {}})
+
+
+class Python(unittest.TestCase):
+    ROW = "A/short/linear/1"
+
+    def test_each_bound_of_a_row_has_a_line_if_its_peer_is_there(self):
+        measured = {self.ROW: {"volux": [2.0, 6.0, 4.0], "scipy": [8.0, 30.0, 20.0]}}
+        self.assertEqual([line for line in python.workload("A", record_of(measured))
+                          if line.startswith("| short")],
+                         ["| short | linear | 1 | 4 | 20 | volux to scipy | 0.20 (0.20 to 0.23) |"
+                          " 0.25 | 0.20 | yes |"])
+
+    def test_what_python_costs_is_judged_by_calls_that_both_write_into_memory(self):
+        measured = {self.ROW: {"volux": [9.0], "volux into out": [1.04], "volux_resample": [1.0]}}
+        said = "\n".join(python.workload("A", record_of(measured)))
+        self.assertIn("| volux into out to volux_resample | 1.04 (1.04 to 1.04) | 1.04 | 1.03 |"
+                      " **no** |", said)
+        self.assertNotIn("9.00", said)
+
+    def test_a_b_spline_has_no_bound(self):
+        bounds = {goal.against: goal.most for goal in goals.goals_of("B/float/cubic/1",
+                                                                     goals.PYTHON)}
+        self.assertIsNone(bounds[("scipy",)])
+
+    def test_imports_are_judged(self):
+        for spent, said in ((15.0, "yes"), (15.2, "**no**")):
+            kept = record_of({"import": {"volux": [spent * 1e6], "numpy": [10e6]}})
+            self.assertTrue(python.import_table(kept)[-2].endswith(f"| 1.50 | {said} |"))
+
+    def test_memory_beside_the_source_and_the_result_is_judged(self):
+        for most, said in ((350_000_000, "yes"), (350_100_000, "**no**")):
+            kept = {"memory": {"source": 100_000_000, "result": 200_000_000, "most": most}}
+            self.assertTrue(python.memory_table(kept)[-2].endswith(f"| 50 | {said} |"))
+
+    def test_the_median_and_the_longest_time_to_an_interrupt_are_judged(self):
+        lines = python.interrupt_table({"interrupts": {"2": [0.1, 0.2, 0.6]}})
+        self.assertIn("| 2 | 3 | median | 0.200 | 0.2 | yes |", lines)
+        self.assertIn("| 2 | 3 | longest | 0.600 | 0.5 | **no** |", lines)
+
+    def test_a_part_of_the_rows_has_no_tables_of_the_rest(self):
+        kept = {**record_of({}), "python": {"python": "3.11", "numpy": "2.4"}}
+        self.assertFalse([line for line in python.tables(kept) if "Ctrl-C" in line])
+
+    def test_results_of_python_that_differ_from_those_of_c_stop_the_run(self):
+        findings = times.Findings([self.ROW])
+        findings.add(self.ROW, "volux_resample", {"items_per_second": 1e9, "checksum": 7})
+        with self.assertRaisesRegex(Failure, "volux does not give what the others give"):
+            findings.add(self.ROW, "volux", {"items_per_second": 1e9, "checksum": 8})
+
+    def test_a_row_without_a_goal_is_found(self):
+        with self.assertRaisesRegex(Failure, "no goal for .*melt"):
+            goals.check(["melt"], goals.PYTHON)
+
+    def test_a_change_of_the_package_makes_its_record_an_older_one_and_no_other(self):
+        def sources(with_resample, more=()):
+            return f"{with_resample} {more}"
+        with mock.patch.object(provenance, "sources", sources):
+            self.assertIn("python/volux", record.sources_today("python"))
+            self.assertNotIn("python/volux", record.sources_today("bulk"))
+
+
+class Package(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.built = []
+        for name, value in (("DIST", Path(folder.name)), ("succeed", self.build),
+                            ("sources", lambda: self.today)):
+            patch = mock.patch.object(package, name, value)
+            patch.start()
+            self.addCleanup(patch.stop)
+
+    def build(self, command):
+        self.built.append(self.today)
+        (command[1] / "volux-1.whl").touch()
+
+    def test_is_built_anew_if_its_sources_have_changed_or_if_that_is_wanted(self):
+        for self.today, is_fresh in (("a", False), ("a", False), ("b", False), ("b", True)):
+            self.assertEqual(package.wheel(is_fresh).name, "volux-1.whl")
+        self.assertEqual(self.built, ["a", "b", "b"])
+
+    def test_what_a_build_leaves_behind_is_no_source(self):
+        before = provenance.sources(True, ["tests/scripts"])
+        with mock.patch.object(provenance, "BUILT", {".py"}):
+            self.assertNotEqual(provenance.sources(True, ["tests/scripts"]), before)
 
 
 if __name__ == "__main__":

@@ -14,9 +14,9 @@ from unittest import mock
 ROOT = Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "scripts"))
 
-from evidence import markdown, provenance  # noqa: E402  (the path comes first)
+from evidence import markdown, package, provenance  # noqa: E402  (the path comes first)
 from evidence.commands import Failure  # noqa: E402
-from proof import load, report, results  # noqa: E402
+from proof import digest, digest_rows, load, report, results  # noqa: E402
 from proof.results import Record, Result, Table  # noqa: E402
 
 COMMAND = str(ROOT / "scripts" / "prove")
@@ -97,6 +97,38 @@ class Page(unittest.TestCase):
 
     def test_has_no_field_left(self):
         self.assertNotIn("$", report.PAGE.read_text(encoding="utf-8").replace("`$", ""))
+
+
+class Python(unittest.TestCase):
+    """The row of the digests in which the Python package answers."""
+
+    def setUp(self):
+        [self.row] = digest_rows.python_rows()
+
+    def test_is_among_the_rows(self):
+        self.assertIn(self.row, digest.chosen_rows(" python$"))
+
+    def test_runs_on_each_number_of_threads_by_the_wheel(self):
+        with mock.patch.object(package, "interpreter", lambda group: f"python of {group}"):
+            runs = list(digest.runs_of(self.row))
+        self.assertEqual([(run.corpus, run.threads) for run, _ in runs],
+                         [(corpus, threads) for corpus in ("bulk", "bulk-small")
+                          for threads in digest_rows.THREADS])
+        run, command = runs[1]
+        answers = ROOT / "tests" / "proof" / "digest" / "python_answers.py"
+        self.assertEqual(command, ["python of run", answers, str(run.threads),
+                                   self.row.folder / "python_calls", "6"])
+
+    def outcome(self, digest_of_resize):
+        found = {"resample": ("aa", 3), "resize": (digest_of_resize, 2)}
+        return digest.Outcome(self.row, {digest.Run("bulk", digest.WHEEL, 2): found})
+
+    def test_a_family_that_differs_or_is_missing_fails(self):
+        committed = {"bulk": {"resample": "aa", "resize": "bb"}}
+        self.assertTrue(self.outcome("bb").passed(committed))
+        self.assertFalse(self.outcome("cc").passed(committed))
+        self.assertIn("differs in 1 of 2 families", digest.verdict(self.outcome("cc"), committed))
+        self.assertFalse(self.outcome("bb").passed({"bulk": {**committed["bulk"], "sample": "dd"}}))
 
 
 class InCi(unittest.TestCase):
