@@ -75,6 +75,20 @@ def test_a_plane_reads_where_its_pixels_are():
     assert made.array == pytest.approx(found, rel=1e-11)
 
 
+@pytest.mark.parametrize("image", [IMAGE, IMAGE.array], ids=["image", "array"])
+@pytest.mark.parametrize("seed", range(10))
+def test_planes_have_the_bits_of_their_grid(image, seed):
+    random = np.random.default_rng(seed)
+    middle = MIDDLE if isinstance(image, volux.Image) else (4, 4, 5)
+    stack = volux.Grid((3, 7, 9), placed(np.column_stack([random.normal(size=(3, 3)), middle])))
+    for kernel in ("nearest", "linear", "cubic"):
+        cut = volux.reslice(image, stack, interpolation=kernel)
+        whole = volux.resample(image, stack, interpolation=kernel, antialias=None)
+        if isinstance(image, volux.Image):
+            cut, whole = cut.array, whole.array
+        assert same_bits(cut, whole), (seed, kernel)
+
+
 def test_a_plane_is_a_picture_whatever_the_axes_of_the_image():
     turned = volux.Image(IMAGE.array.T, OBLIQUE[:, [2, 1, 0, 3]], axes="xyz")
     made, again = volux.reslice(IMAGE, PLANE), volux.reslice(turned, PLANE)

@@ -12,6 +12,7 @@ from volux._keywords import FILLING, takes
 from volux._numbers import whole
 from volux._plane import Plane
 from volux._reading import reading
+from volux._route import between
 from volux._subject import Result, Subject, result
 from volux._types import (
     Array,
@@ -113,7 +114,11 @@ def _cuts(
 
 
 def _cut(source: Subject, made: Result, how: _core.Reading, slabs: dict[str, int]) -> Image | Array:
-    affine_map = _core.planes_between(made.grid._rows, source.grid._rows, slabs["slab"])
+    rows = made.grid._rows
+    if slabs["slab"] == 1:
+        affine_map = between(rows, source.grid)  # as of resample(), to the last bit
+    else:
+        affine_map = _core.planes_between(rows, source.grid._rows, slabs["slab"])
     _core.reslice(source.voxels, made.voxels, affine_map, how, **slabs)
     return made.handed_on()
 

@@ -49,17 +49,18 @@ def route(source: Grid, target: Grid, transform: Transform | None) -> Route:
     """Return the way from a target, through a transform of the world, to a source."""
     image, rows = source.whole[0], target.whole[0]._rows
     if transform is None:
-        return Route(source, target, _between(rows, image), None, IDENTITY)
+        return Route(source, target, between(rows, image), None, IDENTITY)
     before, field, after = parts_of(transform)
     moved = _core.composed(before, rows)
     if field is None:
         moved = _core.composed(after, moved)
-        return Route(source, target, _between(moved, image), None, IDENTITY)
+        return Route(source, target, between(moved, image), None, IDENTITY)
     to_voxels = _core.composed(_core.inverse(image._rows), after)
     return Route(source, target, moved, field, to_voxels)
 
 
-def _between(rows: Matrix, image: Grid) -> Matrix:
+def between(rows: Matrix, image: Grid) -> Matrix:
+    """Return the map from the voxels of a target in the world to those of an image."""
     # In an index space a grid says itself which voxels it reads, and to the last bit.
     if np.array_equal(image.affine, _INDEX_SPACE):
         return np.ascontiguousarray(rows[list(PLACES[image._order])])
