@@ -35,6 +35,7 @@ def seconds_to_interrupt(delay, threads):
 
 
 def main(calls, threads):
+    signal.signal(signal.SIGINT, signal.default_int_handler)  # also in the background
     draw = random.Random(7)
     for _ in range(calls):
         print(seconds_to_interrupt(draw.uniform(EARLIEST, LATEST), threads), flush=True)
