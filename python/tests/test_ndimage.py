@@ -111,6 +111,7 @@ AFFINE = placed([[0.7, 0.2, 0.1, -0.8], [-0.1, 0.9, 0.3, 0.6], [0.2, -0.3, 1.1, 
     [(AFFINE, 9.0), (AFFINE[:3], 9.0), (AFFINE[:3, :3], 0.25), (np.array([0.5, 2, 1]), (1, 2, 0))],
     ids=["4 x 4", "3 x 4", "3 x 3", "3"],
 )
+@pytest.mark.filterwarnings("ignore:The behavior of affine_transform with a 1-D:UserWarning")
 def test_each_form_of_a_matrix_means_what_it_means_in_scipy(matrix, offset):
     how = {"offset": offset, "order": 1, "mode": "nearest"}
     ours = ndimage.affine_transform(ARRAY, matrix, **how)
