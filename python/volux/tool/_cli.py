@@ -1,0 +1,127 @@
+"""The command line: its verbs, and how it ends."""
+
+from __future__ import annotations
+
+import os
+import signal
+import sys
+from collections.abc import Iterator, Sequence
+from contextlib import contextmanager
+from importlib.util import find_spec
+from types import FrameType
+from typing import Any
+
+from volux.tool._errors import FAILURE, INSTALL, INTERRUPTED, MISUSE, SUCCESS, Refusal, say
+
+
+def main(arguments: Sequence[str] | None = None) -> int:
+    """Run the command, and return its exit code.
+
+    Parameters
+    ----------
+    arguments : sequence of str, optional
+        What follows ``volux``; None: those of the process.
+
+    Returns
+    -------
+    int
+        0, 1 for a failure or a negative answer, 2 for wrong use, 130 after an interruption.
+    """
+    given = list(sys.argv[1:] if arguments is None else arguments)
+    try:
+        with _interruptible():
+            code = _run(given)
+        sys.stdout.flush()
+    except Refusal as refusal:
+        say(refusal)
+        return refusal.code
+    except KeyboardInterrupt:
+        return _interrupted()
+    except BrokenPipeError:
+        return _nobody_reads()
+    except Exception as error:  # whatever happens: a line for the user, and no traceback
+        say(_described(error))
+        return FAILURE
+    return code
+
+
+def _run(given: list[str]) -> int:
+    if given == ["--version"]:
+        print(f"volux {version()}")
+        return SUCCESS
+    if find_spec("typer") is None:
+        raise Refusal(f"the package typer is not installed: {INSTALL}")
+    return _parsed_and_run(given)
+
+
+def _parsed_and_run(given: list[str]) -> int:
+    from typer.exceptions import TyperException
+
+    from volux.tool._verbs import command
+
+    try:
+        code = command()(given or ["--help"], prog_name="volux", standalone_mode=False)
+    except TyperException as error:
+        say(_misused(error))
+        return MISUSE
+    if code == INTERRUPTED:
+        return _interrupted()
+    return int(code or SUCCESS)
+
+
+def _misused(error: Any) -> str:
+    context = getattr(error, "ctx", None)
+    path = "volux" if context is None else context.command_path
+    said = error.format_message().rstrip(".")
+    return f"{said}: `{path} --help` shows what is allowed"
+
+
+def version() -> str:
+    """Return the version of the package."""
+    from importlib.metadata import PackageNotFoundError
+    from importlib.metadata import version as installed
+
+    try:
+        return installed("volux")
+    except PackageNotFoundError:
+        return "(not installed)"
+
+
+def _described(error: Exception) -> str:
+    if isinstance(error, MemoryError):
+        return f"not enough memory: --dry-run says how much is needed ({error or 'no details'})"
+    if isinstance(error, OSError) and error.strerror:
+        where = error.filename or "writing"
+        return f"{where}: {error.strerror}"
+    return f"failed, for a reason that it should have said itself: {type(error).__name__}: {error}"
+
+
+def _interrupted() -> int:
+    say("interrupted; no output was written")
+    return INTERRUPTED
+
+
+def _nobody_reads() -> int:
+    # Whatever is still in the buffer would fail again at exit.
+    os.dup2(os.open(os.devnull, os.O_WRONLY), sys.stdout.fileno())
+    return FAILURE
+
+
+@contextmanager
+def _interruptible() -> Iterator[None]:
+    """Let SIGTERM and SIGHUP clean up as Ctrl-C does."""
+    before = {}
+    for number in (signal.SIGTERM, signal.SIGHUP):
+        try:
+            before[number] = signal.signal(number, _stop)
+        except ValueError:  # not the main thread: whoever started this one takes care
+            break
+    try:
+        yield
+    finally:
+        for number, handler in before.items():
+            signal.signal(number, handler)
+
+
+def _stop(_number: int, _frame: FrameType | None) -> None:
+    raise KeyboardInterrupt

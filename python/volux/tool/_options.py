@@ -1,0 +1,196 @@
+"""Options that several verbs share, and how their values are read."""
+
+from __future__ import annotations
+
+import inspect
+import re
+from collections.abc import Callable
+from dataclasses import dataclass, fields, is_dataclass
+from typing import Annotated, Any, Literal, TypeVar, get_type_hints
+
+import typer
+
+from volux.tool._errors import Misuse
+
+T = TypeVar("T")
+
+Triple = tuple[float, float, float]
+
+_UNITS = {"": 1, "B": 1, "KiB": 2**10, "MiB": 2**20, "GiB": 2**30, "TiB": 2**40}
+_UNITS |= {"kB": 10**3, "MB": 10**6, "GB": 10**9, "TB": 10**12}
+
+
+def numbers(text: str, name: str) -> Triple:
+    """Return three numbers of a text such as 1,1,2.5; a single one stands for all axes."""
+    try:
+        values = [float(part) for part in text.split(",")]
+    except ValueError:
+        values = []
+    if len(values) == 1:
+        values *= 3
+    if len(values) != 3:
+        raise Misuse(f"{name} {text}: must be one number or three, such as 1,1,2.5")
+    first, second, third = values
+    return first, second, third
+
+
+def counts(text: str, name: str) -> tuple[int, int, int]:
+    """Return three whole numbers of a text such as 256,256,60."""
+    values = numbers(text, name)
+    if not all(value.is_integer() for value in values):
+        raise Misuse(f"{name} {text}: must be whole numbers, such as 256,256,60")
+    first, second, third = (int(value) for value in values)
+    return first, second, third
+
+
+def size(text: str, name: str) -> int:
+    """Return the bytes of a text such as 4GiB."""
+    match = re.fullmatch(r"\s*(\d+(?:\.\d+)?)\s*([A-Za-z]*)\s*", text)
+    units = {unit.lower(): factor for unit, factor in _UNITS.items()}
+    if match is None or match[2].lower() not in units:
+        raise Misuse(f"{name} {text}: must be a size, such as 4GiB or 500MB")
+    return int(float(match[1]) * units[match[2].lower()])
+
+
+def _option(*names: str, text: str, metavar: str | None = None) -> Any:
+    return typer.Option(*names, help=text, metavar=metavar, show_default=False)
+
+
+Input = Annotated[
+    str,
+    typer.Argument(
+        metavar="INPUT",
+        help="A file, a folder of DICOM slices, or - for NIfTI.",
+        show_default=False,
+    ),
+]
+Json = Annotated[bool, _option("--json", text="Say it as JSON on stdout.")]
+Quiet = Annotated[bool, _option("--quiet", "-q", text="Say nothing but errors.")]
+Threads = Annotated[
+    int | None, _option("--threads", text="How many work at most; the bits are the same.")
+]
+Spacing = Annotated[
+    str | None, _option("--spacing", metavar="MM", text="Between voxels, such as 1 or 1,1,2.5.")
+]
+Shape = Annotated[
+    str | None, _option("--shape", metavar="N", text="How many voxels, such as 256,256,60.")
+]
+Scale = Annotated[
+    str | None,
+    _option("--scale", metavar="FACTOR", text="2 is twice as many voxels along an axis."),
+]
+Align = Annotated[
+    Literal["edges", "centres"],
+    _option("--align", text="What stays: the field of view (edges, the default), or the centres."),
+]
+Output = Annotated[
+    str,
+    _option("--output", "-o", metavar="OUTPUT", text="The file to write; - is NIfTI on stdout."),
+]
+
+
+@dataclass(frozen=True)
+class Reading:
+    """How a volume is read between voxels and beyond them."""
+
+    interp: Annotated[
+        Literal["nearest", "linear", "cubic", "label"] | None,
+        _option("--interp", text="The kernel. Unless given: linear, and label for label maps."),
+    ] = None
+    border: Annotated[
+        Literal["edge", "constant"],
+        _option("--border", text="What a kernel reads outside: the edge (default), or --fill."),
+    ] = "edge"
+    fill: Annotated[
+        float, _option("--fill", text="The value outside the field of view; 0 unless given.")
+    ] = 0.0
+
+
+@dataclass(frozen=True)
+class Converting:
+    """Which type numbers get."""
+
+    dtype: Annotated[
+        str | None,
+        _option("--dtype", metavar="TYPE", text="Of the voxels, such as float32; as it is."),
+    ] = None
+    overflow: Annotated[
+        Literal["saturate", "wrap"],
+        _option("--overflow", text="Of numbers that the type cannot hold: saturate (default)."),
+    ] = "saturate"
+
+
+@dataclass(frozen=True)
+class Filling(Converting):
+    """How the voxels of a new volume come about."""
+
+    outside: Annotated[
+        Literal["fill", "extend"] | None,
+        _option("--outside", text="Beyond the field of view: --fill, or extend the edge."),
+    ] = None
+    antialias: Annotated[
+        Literal["none", "mean", "auto"] | None,
+        _option("--antialias", text="Means where voxels become larger; auto: not for nearest."),
+    ] = None
+
+
+@dataclass(frozen=True)
+class Conduct:
+    """Where the result goes, and what is said meanwhile."""
+
+    output: Output = ""
+    force: Annotated[bool, _option("--force", "-f", text="Replace an output that is there.")] = (
+        False
+    )
+    dry_run: Annotated[
+        bool, _option("--dry-run", "-n", text="Say what would be done, and write nothing.")
+    ] = False
+    json: Json = False
+    threads: Threads = None
+    memory: Annotated[
+        str | None,
+        _option("--memory", metavar="SIZE", text="Refuse what needs more, such as 4GiB."),
+    ] = None
+    quiet: Quiet = False
+    progress: Annotated[
+        Literal["auto", "plain", "none"],
+        _option("--progress", text="A bar on a terminal, lines elsewhere (auto, the default)."),
+    ] = "auto"
+    sidecar: Annotated[
+        bool,
+        _option("--sidecar/--no-sidecar", text="Write OUTPUT's .json beside it, as by default."),
+    ] = True
+
+
+def flat(verb: Callable[..., T]) -> Callable[..., T]:
+    """Return a verb whose groups of options are parameters one by one, as typer takes them."""
+    hints = get_type_hints(verb, include_extras=True)
+    groups = {name: hint for name, hint in hints.items() if is_dataclass(hint)}
+
+    def call(**given: Any) -> T:
+        made = {
+            name: group(**{part.name: given.pop(part.name) for part in fields(group)})
+            for name, group in groups.items()
+        }
+        return verb(**given, **made)
+
+    call.__name__, call.__doc__ = verb.__name__, verb.__doc__
+    call.__signature__ = inspect.Signature(_parameters(verb, hints))  # type: ignore[attr-defined]
+    call.__annotations__ = {}
+    return call
+
+
+def _parameters(verb: Callable[..., Any], hints: dict[str, Any]) -> list[inspect.Parameter]:
+    own, shared = [], []
+    for name, parameter in inspect.signature(verb).parameters.items():
+        if is_dataclass(hints[name]):
+            inside = get_type_hints(hints[name], include_extras=True)
+            shared += [_keyword(p.name, p.default, inside[p.name]) for p in fields(hints[name])]
+        else:
+            own.append(_keyword(name, parameter.default, hints[name]))
+    return own + shared
+
+
+def _keyword(name: str, default: Any, hint: Any) -> inspect.Parameter:
+    kind = inspect.Parameter.KEYWORD_ONLY
+    return inspect.Parameter(name, kind, default=default, annotation=hint)
