@@ -15,7 +15,7 @@ INTERRUPTED = 130
 INSTALL = "pip install 'volux[tool]'"
 
 
-class Refusal(Exception):
+class Refusal(Exception):  # noqa: N818 - what it says is an answer as often as an error
     """One line: what, which file, what was found, what to do."""
 
     code = FAILURE

@@ -77,7 +77,7 @@ def orientation(affine: Any) -> str:
     """Return where i, j and k run to, such as RAS."""
     places = np.argmax(abs(affine[:3, :3] / np.linalg.norm(affine[:3, :3], axis=0)), axis=0)
     return "".join(
-        _LETTERS[place][int(affine[place, axis] > 0)] for axis, place in enumerate(places)
+        str(_LETTERS[place][int(affine[place, axis] > 0)]) for axis, place in enumerate(places)
     )
 
 

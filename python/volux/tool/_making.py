@@ -82,7 +82,7 @@ def keywords(task: Task, scan: Scan, how: Reading, filling: Filling) -> dict[str
     }
     unsaid = {"outside"} if filling.outside is None else set()
     unsaid |= {"antialias"} if filling.antialias is None else set()
-    _warn_of_labels(task, scan, given["interpolation"])
+    _warn_of_labels(task, scan, str(given["interpolation"]))
     return {name: value for name, value in given.items() if name not in unsaid}
 
 

@@ -165,7 +165,7 @@ class Conduct:
 def flat(verb: Callable[..., T]) -> Callable[..., T]:
     """Return a verb whose groups of options are parameters one by one, as typer takes them."""
     hints = get_type_hints(verb, include_extras=True)
-    groups = {name: hint for name, hint in hints.items() if is_dataclass(hint)}
+    groups: dict[str, Any] = {name: hint for name, hint in hints.items() if is_dataclass(hint)}
 
     def call(**given: Any) -> T:
         made = {

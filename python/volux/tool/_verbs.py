@@ -6,6 +6,7 @@ Nothing here reads NumPy or a reader of files: help and wrong use are answered w
 from __future__ import annotations
 
 from collections.abc import Callable
+from importlib import import_module
 from importlib.util import find_spec
 from inspect import cleandoc
 from typing import Annotated, Any, TypeVar
@@ -67,9 +68,8 @@ def verb(example: str) -> Callable[[F], F]:
 def command() -> Callable[..., Any]:
     """Return the command with all its verbs."""
     if find_spec("volux.tool._view") is not None:
-        from volux.tool import _view
-
-        _view.register(verb)
+        view: Any = import_module("volux.tool._view")
+        verb(view.EXAMPLE)(view.view)
     return typer.main.get_command(app)
 
 
