@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+from collections.abc import Sequence
 from dataclasses import dataclass, field, replace
 from functools import cached_property
 from pathlib import Path
@@ -9,7 +10,7 @@ from typing import Any
 
 import numpy as np
 
-from volux import Image
+from volux import Grid, Image
 from volux._arrays import SERVED
 from volux._types import Array, Matrix
 from volux.tool._errors import Refusal
@@ -95,6 +96,30 @@ def read(path: str) -> Scan:
     from volux.tool import _itk
 
     return _itk.read(path)
+
+
+def grid_of(path: str) -> Grid:
+    """Return where the voxels of a file lie, without reading them where that can be."""
+    if path == STREAM:
+        return read(path).stored.grid
+    _refuse_missing(path)
+    if Path(path).is_dir():
+        return read(path).stored.grid
+    if suffix_of(path) in NIBABELS:
+        from volux.tool import _nifti
+
+        return _nifti.grid_of(path)
+    from volux.tool import _itk
+
+    return _itk.grid_of(path)
+
+
+def placed_grid(path: str, shape: Sequence[int], affine: Matrix) -> Grid:
+    """Return a grid of extents along i, j, k and further axes."""
+    try:
+        return Grid([*shape, 1, 1][:3], affine, axes="xyz")
+    except ValueError as error:
+        raise Refusal(f"{path}: its place in the world is not usable: {error}") from None
 
 
 def write(scan: Scan, path: Path) -> None:

@@ -7,11 +7,18 @@ from typing import Any
 
 import numpy as np
 
-from volux import Image
+from volux import Grid, Image
 from volux._sitk import turned
 from volux._types import Array, Matrix
 from volux.tool._errors import Refusal, needed
-from volux.tool._files import Scan, image_of, in_file_type, is_segmentation, suffix_of
+from volux.tool._files import (
+    Scan,
+    image_of,
+    in_file_type,
+    is_segmentation,
+    placed_grid,
+    suffix_of,
+)
 
 # Keys of ITK's own, which it writes anew.
 _ITKS_KEYS = ("ITK_", "NRRD_")
@@ -32,6 +39,17 @@ def read(path: str) -> Scan:
     except RuntimeError as error:
         raise Refusal(f"{path}: SimpleITK cannot read it: {reason(error)}") from None
     return scan_of(path, found, suffix_of(path).lstrip(".") or "unknown")
+
+
+def grid_of(path: str) -> Grid:
+    """Return where the voxels of a file lie."""
+    reader = sitk().ImageFileReader()
+    reader.SetFileName(path)
+    try:
+        reader.ReadImageInformation()
+    except RuntimeError as error:
+        raise Refusal(f"{path}: SimpleITK cannot read it: {reason(error)}") from None
+    return placed_grid(path, reader.GetSize(), _affine(reader))
 
 
 def scan_of(path: str, found: Any, kind: str) -> Scan:

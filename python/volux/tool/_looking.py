@@ -8,6 +8,7 @@ from typing import Any
 import numpy as np
 
 import volux
+from volux._types import Matrix
 from volux.tool._errors import SUCCESS, say
 from volux.tool._files import Scan, read
 
@@ -73,12 +74,11 @@ def _number(value: Any) -> float | None:
     return number if np.isfinite(number) else None
 
 
-def orientation(affine: Any) -> str:
+def orientation(affine: Matrix) -> str:
     """Return where i, j and k run to, such as RAS."""
-    places = np.argmax(abs(affine[:3, :3] / np.linalg.norm(affine[:3, :3], axis=0)), axis=0)
-    return "".join(
-        str(_LETTERS[place][int(affine[place, axis] > 0)]) for axis, place in enumerate(places)
-    )
+    directions = affine[:3, :3] / np.linalg.norm(affine[:3, :3], axis=0)
+    places = np.argmax(abs(directions), axis=0).tolist()
+    return "".join(_LETTERS[at][int(directions[at, axis] > 0)] for axis, at in enumerate(places))
 
 
 def _table(facts: dict[str, Any]) -> str:
@@ -92,6 +92,11 @@ def _table(facts: dict[str, Any]) -> str:
         "type": _type(facts),
         "values": f"{facts['minimum']} to {facts['maximum']}",
     }
+    return aligned(rows)
+
+
+def aligned(rows: dict[str, str]) -> str:
+    """Return names and what is said about them, as lines of two columns."""
     width = max(map(len, rows))
     return "\n".join(f"{name:<{width}}  {value}" for name, value in rows.items())
 
@@ -99,4 +104,4 @@ def _table(facts: dict[str, Any]) -> str:
 def _type(facts: dict[str, Any]) -> str:
     scaled = (facts["slope"], facts["inter"]) != (1.0, 0.0)
     scale = f" * {facts['slope']:.6g} + {facts['inter']:.6g}" if scaled else ""
-    return facts["type"] + scale + (", labels" if facts["labels"] else "")
+    return str(facts["type"]) + scale + (", labels" if facts["labels"] else "")

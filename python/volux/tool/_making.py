@@ -5,8 +5,7 @@ from __future__ import annotations
 import json
 import warnings
 from collections.abc import Callable
-from contextlib import ExitStack
-from dataclasses import dataclass
+from dataclasses import dataclass, field
 from typing import Any
 
 import numpy as np
@@ -17,7 +16,6 @@ from volux._types import Array
 from volux.tool import _sidecar
 from volux.tool._errors import SUCCESS, Misuse, say
 from volux.tool._files import STREAM, Scan, read, write, write_stream
-from volux.tool._looking import digest_of
 from volux.tool._options import Conduct, Converting, Filling, Reading, size
 from volux.tool._output import placed, refuse
 from volux.tool._plan import Plan
@@ -38,6 +36,7 @@ class Task:
     inputs: tuple[str, ...]
     options: dict[str, Any]
     conduct: Conduct
+    scans: dict[str, Scan] = field(default_factory=dict)
 
     def checked(self) -> Task:
         """Return the task, unless its output cannot be written."""
@@ -57,7 +56,7 @@ class Task:
 
     def read(self, path: str) -> Scan:
         """Read an input, and say what the user should know about it."""
-        scan = read(path)
+        scan = self.scans[path] = read(path)
         for note in scan.notes:
             self.tell(f"{path}: {note}")
         return scan
@@ -101,6 +100,11 @@ def _computed(scan: Scan, dtype: str | None) -> str | None:
         return "float64"
     is_direct = dtype in (*_FRACTIONS, str(scan.stored.array.dtype))
     return dtype if is_direct else "float64"
+
+
+def item_of(scan: Scan, given: dict[str, Any]) -> int:
+    """Return how many bytes a number of the result takes."""
+    return np.dtype(given["dtype"] or scan.stored.array.dtype).itemsize
 
 
 def _warn_of_labels(task: Task, scan: Scan, kernel: str) -> None:
@@ -174,10 +178,11 @@ def _handed_over(task: Task, result: Scan) -> int:
     if output == STREAM:
         write_stream(result)
         return SUCCESS
-    facts = _sidecar.facts(task, result) if task.has_sidecar or task.conduct.json else {}
-    with ExitStack() as stack:
-        path = stack.enter_context(placed(output))
+    facts: dict[str, Any] = {}
+    with placed(output) as path:
         write(result, path)
+        if task.has_sidecar or task.conduct.json:
+            facts = _sidecar.facts(task, result, path)
         if task.has_sidecar:
             _sidecar.write(facts, path)
     if task.conduct.json:
@@ -186,6 +191,3 @@ def _handed_over(task: Task, result: Scan) -> int:
         shape = " x ".join(map(str, result.stored.shape))
         task.tell(f"{output}: {shape} voxels written")
     return SUCCESS
-
-
-__all__ = ["Task", "converted", "digest_of", "finish", "keywords"]

@@ -10,10 +10,18 @@ from typing import Any
 
 import numpy as np
 
-from volux import Image
+from volux import Grid, Image
 from volux._types import Array, Matrix
 from volux.tool._errors import Refusal, needed
-from volux.tool._files import STREAM, Scan, image_of, in_file_type, is_segmentation, suffix_of
+from volux.tool._files import (
+    STREAM,
+    Scan,
+    image_of,
+    in_file_type,
+    is_segmentation,
+    placed_grid,
+    suffix_of,
+)
 
 INTENT_OF_LABELS = 1002
 _SHORT_EXTENT = 32767
@@ -40,6 +48,15 @@ def read(path: str) -> Scan:
         raise
     except Exception as error:  # of gzip, of zlib, of nibabel: whatever a broken file leads to
         raise Refusal(f"{path}: nibabel cannot read it: {_line(error)}") from None
+
+
+def grid_of(path: str) -> Grid:
+    """Return where the voxels of a file lie."""
+    try:
+        found = needed("nibabel").load(path)
+    except Exception as error:  # as above
+        raise Refusal(f"{path}: nibabel cannot read it: {_line(error)}") from None
+    return placed_grid(path, found.shape, found.affine)
 
 
 def read_stream() -> Scan:

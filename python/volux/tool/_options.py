@@ -162,6 +162,53 @@ class Conduct:
     ] = True
 
 
+@dataclass(frozen=True)
+class PlaneOptions:
+    """Where planes lie in the world, (x, y, z) in mm, RAS+."""
+
+    centre: Annotated[
+        str | None,
+        _option("--centre", metavar="X,Y,Z", text="The middle of the picture; the volume's own."),
+    ] = None
+    normal: Annotated[
+        str | None,
+        _option("--normal", metavar="X,Y,Z", text="At right angles, away from who looks at it."),
+    ] = None
+    up: Annotated[
+        str | None, _option("--up", metavar="X,Y,Z", text="Up in the picture; the head.")
+    ] = None
+    through: Annotated[
+        list[str] | None,
+        _option(
+            "--through",
+            metavar="X,Y,Z",
+            text="Thrice: the first pixel, where its row runs to, a side.",
+        ),
+    ] = None
+    shape: Annotated[
+        str | None,
+        _option("--shape", metavar="N", text="Columns and rows, such as 256,200; all there is."),
+    ] = None
+    spacing: Annotated[
+        float | None,
+        _option("--spacing", metavar="MM", text="Between pixels; the finest there is."),
+    ] = None
+    slab: Annotated[
+        int, _option("--slab", metavar="N", text="So many planes become one picture; 1.")
+    ] = 1
+    projection: Annotated[
+        Literal["mean", "maximum", "minimum"],
+        _option("--projection", text="How they become one: mean (default), or an extreme."),
+    ] = "mean"
+    thickness: Annotated[
+        float | None,
+        _option("--thickness", metavar="MM", text="Of the slab, or between planes; --spacing."),
+    ] = None
+    count: Annotated[
+        int, _option("--count", metavar="N", text="So many planes along the normal; 1.")
+    ] = 1
+
+
 def flat(verb: Callable[..., T]) -> Callable[..., T]:
     """Return a verb whose groups of options are parameters one by one, as typer takes them."""
     hints = get_type_hints(verb, include_extras=True)

@@ -11,9 +11,13 @@ from volux import Grid
 from volux._types import Matrix
 from volux.tool._errors import Refusal
 from volux.tool._files import Scan
+from volux.tool._looking import aligned
 
 # What Python, NumPy, the readers and volux take before there are voxels.
 _BASE = 100 * 2**20
+
+# A step that exceeds a whole number of voxels by less counts as that number, as in the library.
+_TWO = 2.0 * (1.0 - 2.0**-20)
 
 
 @dataclass(frozen=True)
@@ -25,6 +29,7 @@ class Plan:
     item: int  # bytes of a voxel of the result
     work: int = 0  # bytes that come and go on the way
     to_source: Matrix | None = None  # the world's map to the source, if it is affine
+    factors: tuple[float, ...] = ()  # how long a voxel is, in voxels of the source
     warnings: tuple[str, ...] = field(default=())
 
     @property
@@ -46,11 +51,8 @@ class Plan:
                 f"{_size(limit)}; crop first, or make fewer voxels"
             )
 
-    @property
-    def factors(self) -> tuple[float, ...]:
-        """How long a voxel of the result is, in voxels of the source."""
-        pairs = zip(self.grid.spacing, self.source.stored.spacing, strict=True)
-        return tuple(new / old for new, old in pairs)
+    def _factors(self) -> tuple[float, ...]:
+        return self.factors or factors_of(self.grid.affine, self.source.stored.affine)
 
     def outside(self) -> float | None:
         """Return which part of the grid, of 33 x 33 x 33 places in it, is outside the source."""
@@ -70,7 +72,7 @@ class Plan:
             "shape": list(self.grid.shape),
             "spacing": list(self.grid.spacing),
             "affine": self.grid.affine.tolist(),
-            "factors": list(self.factors),
+            "factors": list(self._factors()),
             "memory": self.memory,
             "outside": self.outside(),
             "warnings": list(self.warnings),
@@ -84,24 +86,29 @@ class Plan:
             "voxels": _product(self.source.stored.shape) + " -> " + _product(self.grid.shape),
             "spacing": _product(self.source.stored.spacing)
             + f" -> {_product(self.grid.spacing)} mm",
-            "factors": _product(self.factors),
+            "factors": _product(self._factors()),
             "first voxel": f"{first} mm (RAS+)",
             "last voxel": f"{last} mm (RAS+)",
             "outside": "unknown under a field" if outside is None else f"{100 * outside:.3g} %",
             "memory": _size(self.memory),
         }
-        width = max(map(len, rows))
-        return "\n".join(f"{name:<{width}}  {value}" for name, value in rows.items())
+        return aligned(rows)
 
     def _place(self, index: Matrix) -> str:
         place = self.grid.affine @ [*index, 1.0]
         return ", ".join(f"{value:.6g}" for value in place[:3])
 
 
-def aliasing(factors: tuple[float, ...], antialias: str | None) -> tuple[str, ...]:
+def factors_of(affine: Matrix, source: Matrix) -> tuple[float, ...]:
+    """Return how long a voxel is, in voxels of a source."""
+    steps = np.linalg.solve(source, affine)[:3, :3]
+    return tuple(np.linalg.norm(steps, axis=0).tolist())
+
+
+def aliasing(factors: tuple[float, ...]) -> tuple[str, ...]:
     """Return the warning about a result whose voxels skip detail."""
     longest = max(factors)
-    if antialias is not None or longest < 2.0 * (1.0 - 2.0**-20):
+    if longest < _TWO:
         return ()
     return (
         f"voxels of the result are as long as {longest:.3g} of the input, and detail between them "

@@ -11,7 +11,7 @@ import volux
 from volux import Grid
 from volux.tool._errors import Misuse
 from volux.tool._files import Scan
-from volux.tool._making import Task, converted, finish, keywords
+from volux.tool._making import Task, converted, finish, item_of, keywords
 from volux.tool._options import Conduct, Converting, Filling, Reading, counts, numbers
 from volux.tool._plan import Plan
 
@@ -35,7 +35,7 @@ def resize(file: str, wanted: Size, reading: Reading, filling: Filling, conduct:
     scan = task.read(file)
     given = keywords(task, scan, reading, filling)
     size = {**_size(sizes), "align": align}
-    plan = Plan(scan, _grid(scan, size), _item(scan, given), to_source=np.eye(4))
+    plan = Plan(scan, _grid(scan, size), item_of(scan, given), to_source=np.eye(4))
     return finish(
         task,
         plan,
@@ -67,7 +67,3 @@ def _grid(scan: Scan, size: dict[str, Any]) -> Grid:
         return Grid.of_spacing(place, spacing, align=size["align"])
     except ValueError as error:
         raise Misuse(f"--{error}") from None
-
-
-def _item(scan: Scan, given: dict[str, Any]) -> int:
-    return np.dtype(given["dtype"] or scan.stored.array.dtype).itemsize

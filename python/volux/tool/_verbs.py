@@ -20,11 +20,13 @@ from volux.tool._options import (
     Filling,
     Input,
     Json,
+    PlaneOptions,
     Quiet,
     Reading,
     Scale,
     Shape,
     Spacing,
+    Threads,
     flat,
 )
 
@@ -125,3 +127,117 @@ def resize(
     from volux.tool import _sizes
 
     return _sizes.resize(file, (spacing, shape, scale, align), reading, filling, conduct)
+
+
+@verb("volux resample pet.nii.gz -o pet_on_ct.nii.gz --like ct.nii.gz --transform to_pet.tfm")
+def resample(
+    file: Input,
+    reading: Reading,
+    filling: Filling,
+    conduct: Conduct,
+    *,
+    like: Annotated[
+        str | None,
+        typer.Option("--like", metavar="FILE", help="A file whose grid the result has; INPUT's."),
+    ] = None,
+    transform: Annotated[
+        list[str] | None,
+        typer.Option(
+            "--transform",
+            "-t",
+            metavar="FILE",
+            help="ITK's .tfm or .h5, 4 x 4 text in RAS+, or a displacement field.",
+        ),
+    ] = None,
+) -> int:
+    """Bring a volume onto the grid of another one, through transforms.
+
+    A transform leads from a point of the output to the point of INPUT that is read for it, as those
+    of registrations do. Several are applied to a point in the order in which they are given.
+    """
+    from volux.tool import _places
+
+    return _places.resample(file, (like, transform or []), reading, filling, conduct)
+
+
+@verb("volux crop ct.nii.gz -o lungs.nii.gz --box 40:210,:,5:-5")
+def crop(
+    file: Input,
+    filling: Converting,
+    conduct: Conduct,
+    *,
+    box: Annotated[
+        str,
+        typer.Option("--box", metavar="I,J,K", help="Ranges of voxels; the end is not within."),
+    ],
+) -> int:
+    """Cut a box of voxels out of a volume; what is left keeps its place.
+
+    A range is FIRST:END, counted from 0; negative numbers count from the end, and : is all.
+    """
+    from volux.tool import _places
+
+    return _places.crop(file, box, filling, conduct)
+
+
+@verb("volux reslice ct.nii.gz -o plane.nii.gz --centre 0,10,-20 --normal 0,1,1")
+def reslice(
+    file: Input, where: PlaneOptions, reading: Reading, filling: Filling, conduct: Conduct
+) -> int:
+    """Cut a plane, a slab or a stack of planes out of a volume.
+
+    The plane lies in the world: places and directions are (x, y, z) in mm, RAS+. The file that is
+    written has columns along i, rows along j and planes along k.
+    """
+    from volux.tool import _places
+
+    return _places.reslice(file, where, reading, filling, conduct)
+
+
+@verb("volux sample ct.nii.gz points.csv")
+def sample(
+    file: Input,
+    points: Annotated[str, typer.Argument(metavar="POINTS", help="A CSV file, or - for stdin.")],
+    reading: Reading,
+    *,
+    output: Annotated[
+        str, typer.Option("--output", "-o", metavar="OUTPUT", help="A CSV file; stdout.")
+    ] = "",
+    force: Annotated[bool, typer.Option("--force", "-f", help="Replace the output.")] = False,
+    threads: Threads = None,
+    quiet: Quiet = False,
+) -> int:
+    """Read a volume at points: a CSV file in, the same with a column of values out.
+
+    The first line names the columns: x, y and z are places in mm, RAS+, and i, j and k voxels.
+    Other columns are kept. Several channels, such as times, become value0, value1, ...
+    """
+    from volux.tool import _points
+
+    return _points.sample(
+        (file, points), reading, output=output, force=force, threads=threads, quiet=quiet
+    )
+
+
+@verb("volux compare ct.nii.gz other.nii.gz")
+def compare(
+    file: Input,
+    other: Annotated[str, typer.Argument(metavar="OTHER", help="Another file.")],
+    *,
+    tolerance: Annotated[
+        float, typer.Option("--tolerance", help="How far values may be apart; 0.")
+    ] = 0.0,
+    tolerance_mm: Annotated[
+        float, typer.Option("--tolerance-mm", help="How far corners may be apart, in mm; 0.")
+    ] = 0.0,
+    json: Json = False,
+    quiet: Quiet = False,
+) -> int:
+    """Say how two volumes differ, in values and in mm; exit 1 if they do.
+
+    Extents are compared first, then where the corners lie, then the values, all of them as the
+    files scale them. Types and formats do not count.
+    """
+    from volux.tool import _comparing
+
+    return _comparing.compare((file, other), (tolerance, tolerance_mm), as_json=json, quiet=quiet)
