@@ -100,7 +100,7 @@ def write(scan: Scan, path: Path) -> None:
     for key, value in (scan.header if isinstance(scan.header, dict) else {}).items():
         image.SetMetaData(key, value)
     try:
-        module.WriteImage(image, str(path), useCompression=True)
+        module.WriteImage(image, str(path))
     except RuntimeError as error:
         said = reason(error)
         raise Refusal(

@@ -11,11 +11,12 @@ from typing import Any
 import numpy as np
 
 import volux
-from volux import Image
+from volux import Grid, Image
 from volux._types import Array
 from volux.tool import _sidecar
 from volux.tool._errors import SUCCESS, Misuse, say
 from volux.tool._files import STREAM, Scan, read, write, write_stream
+from volux.tool._memory import Amount, predicted
 from volux.tool._options import Conduct, Converting, Filling, Reading, size
 from volux.tool._output import placed, refuse
 from volux.tool._plan import Plan
@@ -102,9 +103,23 @@ def _computed(scan: Scan, dtype: str | None) -> str | None:
     return dtype if is_direct else "float64"
 
 
-def item_of(scan: Scan, given: dict[str, Any]) -> int:
-    """Return how many bytes a number of the result takes."""
-    return np.dtype(given["dtype"] or scan.stored.array.dtype).itemsize
+def planned(
+    task: Task, scan: Scan, grid: Grid, to: Converting, *, is_view: bool = False, **known: Any
+) -> Plan:
+    """Return the plan of a result on a grid, which may be a view of what the input has."""
+    numbers = int(np.prod(grid.shape, dtype=np.int64)) * (scan.stored.channels or 1)
+    dtype = _computed(scan, to.dtype)
+    computed = np.dtype(dtype or scan.stored.array.dtype).itemsize
+    wanted = computed if to.dtype is None else np.dtype(to.dtype).itemsize
+    if is_view:
+        computed, wanted = 0, 0 if to.dtype is None else wanted
+    memory = predicted(
+        scan,
+        Amount(numbers, computed, wanted),
+        task.conduct.output,
+        is_digested=task.has_sidecar or task.conduct.json,
+    )
+    return Plan(scan, grid, memory, **known)
 
 
 def _warn_of_labels(task: Task, scan: Scan, kernel: str) -> None:
@@ -126,21 +141,27 @@ def converted(scan: Scan, image: Image, to: Converting) -> Scan:
     """Return a result with the type that was asked for; its numbers are as stored in the input."""
     if to.dtype is None:
         return scan.made(image)
-    values = image.array * scan.slope + scan.inter if scan.is_scaled else image.array
     wanted = np.dtype(to.dtype)
     held = np.dtype("int16") if wanted == np.int8 else wanted
-    numbers = _cast(values, wanted, to.overflow).astype(held, copy=False)
-    made = Image(numbers, image.affine, axes="xyz")
+    array = image.array
+    if scan.is_scaled or array.dtype != wanted:
+        array = np.empty_like(image.array, dtype=held)
+        for k in range(array.shape[2]):  # plane by plane, so that little is there twice
+            values = image.array[:, :, k]
+            values = values * scan.slope + scan.inter if scan.is_scaled else values
+            array[:, :, k] = _cast(values, wanted, to.overflow)
+    made = Image(array, image.affine, axes="xyz")
     return scan.made(made, file_type=wanted, slope=1.0, inter=0.0)
 
 
 def _cast(values: Array, wanted: np.dtype[Any], overflow: str) -> Array:
+    """Return numbers in another type; a half goes away from 0, and NaN becomes 0."""
     if wanted.kind == "f" or values.dtype == wanted:
         return values.astype(wanted, copy=False)
-    whole = np.trunc(values)
-    if values.dtype.kind == "f":
-        whole = whole + np.copysign(abs(values - whole) >= 0.5, values)  # a half goes away from 0
-    whole = np.nan_to_num(whole.astype(np.float64), nan=0.0)
+    numbers = values.astype(np.float64)
+    whole = np.trunc(numbers)
+    whole += np.copysign(abs(numbers - whole) >= 0.5, numbers)
+    whole[np.isnan(whole)] = 0.0
     limits = np.iinfo(wanted)
     if overflow == "saturate":
         return whole.clip(limits.min, limits.max).astype(wanted)

@@ -13,9 +13,9 @@ from volux._displacement import Transform
 from volux.tool import _planes, _transforms
 from volux.tool._errors import Misuse
 from volux.tool._files import Scan, grid_of
-from volux.tool._making import Task, converted, finish, item_of, keywords
+from volux.tool._making import Task, converted, finish, keywords, planned
 from volux.tool._options import Conduct, Converting, Filling, PlaneOptions, Reading
-from volux.tool._plan import Plan, aliasing, factors_of
+from volux.tool._plan import aliasing, factors_of
 
 
 def resample(
@@ -36,7 +36,7 @@ def resample(
     given = keywords(task, scan, reading, filling)
     grid = scan.stored.grid if like is None else grid_of(like)
     transform = _transforms.read(transforms, grid)
-    plan = _plan(scan, grid, transform, given, filling)
+    plan = planned(task, scan, grid, filling, **_known(scan, grid, transform, given, filling))
     given["transform"] = transform
     return finish(
         task,
@@ -47,28 +47,18 @@ def resample(
     )
 
 
-def _plan(
+def _known(
     scan: Scan, grid: Grid, transform: Transform | None, given: dict[str, Any], filling: Filling
-) -> Plan:
-    is_affine = transform is None or isinstance(transform, Affine)
+) -> dict[str, Any]:
+    """Return what the plan says about how voxels of the result lie to those of the input."""
     matrix = transform.matrix if isinstance(transform, Affine) else np.eye(4)
-    field = 0 if is_affine else _field_bytes(transform)
     factors = factors_of(matrix @ grid.affine, scan.stored.affine)
     is_said = filling.antialias is not None or given["interpolation"] == "nearest"
-    return Plan(
-        scan,
-        grid,
-        item_of(scan, given),
-        work=field,
-        to_source=matrix if is_affine else None,
-        factors=factors,
-        warnings=() if is_said else aliasing(factors),
-    )
-
-
-def _field_bytes(transform: Any) -> int:
-    field = getattr(transform, "field", transform)
-    return int(field.vectors.nbytes)
+    return {
+        "to_source": matrix if transform is None or isinstance(transform, Affine) else None,
+        "factors": factors,
+        "warnings": () if is_said else aliasing(factors),
+    }
 
 
 def crop(file: str, box: str, filling: Converting, conduct: Conduct) -> int:
@@ -77,7 +67,7 @@ def crop(file: str, box: str, filling: Converting, conduct: Conduct) -> int:
     scan = task.read(file)
     slices = _slices(box, scan.stored.shape)
     grid = scan.stored.grid[slices]
-    plan = Plan(scan, grid, scan.file_type.itemsize, to_source=np.eye(4))
+    plan = planned(task, scan, grid, filling, is_view=True, to_source=np.eye(4))
     cut = Image(scan.stored.array[slices], grid.affine, axes="xyz")
     return finish(task, plan, lambda _told: converted(scan, cut, filling))
 
@@ -108,7 +98,8 @@ def reslice(
     given = keywords(task, scan, reading, filling)
     grid = _planes.grid(where, scan.stored)
     given |= {"slab": where.slab, "projection": where.projection}
-    plan = Plan(scan, _planes.in_index_order(grid), item_of(scan, given), to_source=np.eye(4))
+    place = _planes.in_index_order(grid)
+    plan = planned(task, scan, place, filling, to_source=np.eye(4))
 
     def compute(told: Any) -> Scan:
         cut = volux.reslice(scan.stored, grid, **given, progress=told)

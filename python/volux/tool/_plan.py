@@ -13,9 +13,6 @@ from volux.tool._errors import Refusal
 from volux.tool._files import Scan
 from volux.tool._looking import aligned
 
-# What Python, NumPy, the readers and volux take before there are voxels.
-_BASE = 100 * 2**20
-
 # A step that exceeds a whole number of voxels by less counts as that number, as in the library.
 _TWO = 2.0 * (1.0 - 2.0**-20)
 
@@ -26,22 +23,10 @@ class Plan:
 
     source: Scan
     grid: Grid
-    item: int  # bytes of a voxel of the result
-    work: int = 0  # bytes that come and go on the way
+    memory: int  # bytes at most at a time
     to_source: Matrix | None = None  # the world's map to the source, if it is affine
     factors: tuple[float, ...] = ()  # how long a voxel is, in voxels of the source
     warnings: tuple[str, ...] = field(default=())
-
-    @property
-    def channels(self) -> int:
-        """How many numbers a voxel has."""
-        return self.source.stored.channels or 1
-
-    @property
-    def memory(self) -> int:
-        """Bytes at most at a time."""
-        made = int(np.prod(self.grid.shape, dtype=np.int64)) * self.channels * self.item
-        return _BASE + self.source.stored.array.nbytes + made + self.work
 
     def refuse_beyond(self, limit: int | None) -> None:
         """Refuse a result for which there is not enough memory."""

@@ -11,9 +11,8 @@ import volux
 from volux import Grid
 from volux.tool._errors import Misuse
 from volux.tool._files import Scan
-from volux.tool._making import Task, converted, finish, item_of, keywords
+from volux.tool._making import Task, converted, finish, keywords, planned
 from volux.tool._options import Conduct, Converting, Filling, Reading, counts, numbers
-from volux.tool._plan import Plan
 
 Size = tuple[str | None, str | None, str | None, str]
 
@@ -22,7 +21,7 @@ def convert(file: str, filling: Converting, conduct: Conduct) -> int:
     """Write a volume in another format or type."""
     task = Task("convert", (file,), asdict(filling), conduct).checked()
     scan = task.read(file)
-    plan = Plan(scan, scan.stored.grid, scan.file_type.itemsize, to_source=np.eye(4))
+    plan = planned(task, scan, scan.stored.grid, filling, is_view=True, to_source=np.eye(4))
     return finish(task, plan, lambda _told: converted(scan, scan.stored, filling))
 
 
@@ -35,7 +34,7 @@ def resize(file: str, wanted: Size, reading: Reading, filling: Filling, conduct:
     scan = task.read(file)
     given = keywords(task, scan, reading, filling)
     size = {**_size(sizes), "align": align}
-    plan = Plan(scan, _grid(scan, size), item_of(scan, given), to_source=np.eye(4))
+    plan = planned(task, scan, _grid(scan, size), filling, to_source=np.eye(4))
     return finish(
         task,
         plan,
