@@ -6,7 +6,7 @@ import os
 import signal
 import sys
 from collections.abc import Iterator, Sequence
-from contextlib import contextmanager
+from contextlib import contextmanager, suppress
 from importlib.util import find_spec
 from types import FrameType
 from typing import Any
@@ -38,7 +38,12 @@ def main(arguments: Sequence[str] | None = None) -> int:
     except KeyboardInterrupt:
         return _interrupted()
     except BrokenPipeError:
-        return _nobody_reads()
+        _let_go_of_stdout()  # nobody reads any more
+        return FAILURE
+    except OSError as error:
+        _let_go_of_stdout()
+        say(_of_the_system(error))
+        return FAILURE
     except Exception as error:  # whatever happens: a line for the user, and no traceback
         say(_described(error))
         return FAILURE
@@ -90,9 +95,6 @@ def version() -> str:
 def _described(error: Exception) -> str:
     if isinstance(error, MemoryError):
         return f"not enough memory: --dry-run says how much is needed ({error or 'no details'})"
-    if isinstance(error, OSError) and error.strerror:
-        where = error.filename or "writing"
-        return f"{where}: {error.strerror}"
     return f"failed, for a reason that it should have said itself: {type(error).__name__}: {error}"
 
 
@@ -101,10 +103,14 @@ def _interrupted() -> int:
     return INTERRUPTED
 
 
-def _nobody_reads() -> int:
-    # Whatever is still in the buffer would fail again at exit.
-    os.dup2(os.open(os.devnull, os.O_WRONLY), sys.stdout.fileno())
-    return FAILURE
+def _of_the_system(error: OSError) -> str:
+    return f"{error.filename or 'stdin or stdout'}: {error.strerror or error}"
+
+
+def _let_go_of_stdout() -> None:
+    """Send what is still in the buffer nowhere; it would fail again at exit."""
+    with suppress(OSError, ValueError):
+        os.dup2(os.open(os.devnull, os.O_WRONLY), sys.stdout.fileno())
 
 
 @contextmanager

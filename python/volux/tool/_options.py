@@ -209,6 +209,11 @@ class PlaneOptions:
     ] = 1
 
 
+def signature_of(verb: Callable[..., object]) -> inspect.Signature:
+    """Return the parameters of a verb one by one."""
+    return inspect.Signature(_parameters(verb, get_type_hints(verb, include_extras=True)))
+
+
 def flat(verb: Callable[..., T]) -> Callable[..., T]:
     """Return a verb whose groups of options are parameters one by one, as typer takes them."""
     hints = get_type_hints(verb, include_extras=True)
@@ -222,12 +227,12 @@ def flat(verb: Callable[..., T]) -> Callable[..., T]:
         return verb(**given, **made)
 
     call.__name__, call.__doc__ = verb.__name__, verb.__doc__
-    call.__signature__ = inspect.Signature(_parameters(verb, hints))  # type: ignore[attr-defined]
+    call.__signature__ = signature_of(verb)  # type: ignore[attr-defined]
     call.__annotations__ = {}
     return call
 
 
-def _parameters(verb: Callable[..., Any], hints: dict[str, Any]) -> list[inspect.Parameter]:
+def _parameters(verb: Callable[..., object], hints: dict[str, Any]) -> list[inspect.Parameter]:
     own, shared = [], []
     for name, parameter in inspect.signature(verb).parameters.items():
         if is_dataclass(hints[name]):

@@ -37,7 +37,10 @@ def placed(output: str) -> Iterator[Path]:
     what it was.
     """
     path = Path(output)
-    folder = Path(tempfile.mkdtemp(prefix=f".{path.name}.", dir=path.parent))
+    try:
+        folder = Path(tempfile.mkdtemp(prefix=f".{path.name}.", dir=path.parent))
+    except OSError as error:
+        raise Refusal(f"{output}: {error.strerror}; nothing was written") from None
     try:
         yield folder / path.name
         written = sorted(folder.iterdir(), key=lambda file: file.name == path.name)

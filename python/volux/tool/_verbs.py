@@ -9,7 +9,7 @@ from collections.abc import Callable
 from importlib import import_module
 from importlib.util import find_spec
 from inspect import cleandoc
-from typing import Annotated, Any, TypeVar
+from typing import Annotated, Any, Literal, TypeVar
 
 import typer
 
@@ -43,10 +43,22 @@ app = typer.Typer(
 )
 
 
-@app.callback()
+VERBS: dict[str, Callable[..., object]] = {}
+
+
+@app.callback(invoke_without_command=True)
 def _every(
     version: Annotated[bool, typer.Option("--version", help="Say the version.")] = False,
+    completion: Annotated[
+        Literal["bash", "zsh", "fish"] | None,
+        typer.Option("--completion", help="Print the script that completes commands in a shell."),
+    ] = None,
 ) -> None:
+    if completion is not None:
+        from volux.tool._completion import script
+
+        print(script(completion, VERBS), end="")
+        raise typer.Exit
     if version:
         from volux.tool._cli import version as installed
 
@@ -58,6 +70,7 @@ def verb(example: str) -> Callable[[F], F]:
     """Make a function a verb, whose help begins with an example."""
 
     def add(function: F) -> F:
+        VERBS[function.__name__] = function
         words = cleandoc(function.__doc__ or "")
         summary = words.partition("\n")[0]
         said = f"\b\n    {example}\n\n{words}"
