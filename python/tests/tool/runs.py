@@ -12,7 +12,7 @@ import pytest
 
 pytest.importorskip("typer", reason="the tool needs the extra: pip install 'volux[tool]'")
 nibabel = pytest.importorskip("nibabel")
-SimpleITK = pytest.importorskip("SimpleITK")
+sitk = pytest.importorskip("SimpleITK")
 
 PROGRAM = (sys.executable, "-m", "volux.tool")
 

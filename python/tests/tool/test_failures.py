@@ -7,7 +7,7 @@ from pathlib import Path
 import numpy as np
 import pytest
 
-from .runs import SimpleITK, left, nibabel, oblique, run, save, voxels
+from .runs import left, nibabel, oblique, run, save, sitk, voxels
 
 
 def nothing():
@@ -72,16 +72,16 @@ def points(*lines):
 
 
 def a_field_of_two():
-    SimpleITK.WriteImage(SimpleITK.Image([4, 4, 4], SimpleITK.sitkVectorFloat32, 2), "x.nrrd")
+    sitk.WriteImage(sitk.Image([4, 4, 4], sitk.sitkVectorFloat32, 2), "x.nrrd")
 
 
 def a_spline():
-    spline = SimpleITK.BSplineTransform(3)
-    SimpleITK.WriteTransform(spline, "x.tfm")
+    spline = sitk.BSplineTransform(3)
+    sitk.WriteTransform(spline, "x.tfm")
 
 
 def a_flat_transform():
-    SimpleITK.WriteTransform(SimpleITK.TranslationTransform(2, (1.0, 2.0)), "x.tfm")
+    sitk.WriteTransform(sitk.TranslationTransform(2, (1.0, 2.0)), "x.tfm")
 
 
 def matrix(line):

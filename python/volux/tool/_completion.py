@@ -39,9 +39,9 @@ def _options(verb: Callable[..., object]) -> Options:
     found: Options = {"--help": ()}
     for parameter in signature_of(verb).parameters.values():
         hint, info = get_args(parameter.annotation)[:2]
-        names = [info.default, *(info.param_decls or ())]
-        for name in (part for name in names if isinstance(name, str) for part in name.split("/")):
-            found[name] = _words(hint)
+        declared = [info.default, *(info.param_decls or ())]
+        names = [name for text in declared if isinstance(text, str) for name in text.split("/")]
+        found |= dict.fromkeys(names, _words(hint))
     return found
 
 

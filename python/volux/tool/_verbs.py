@@ -220,10 +220,11 @@ def sample(
     threads: Threads = None,
     quiet: Quiet = False,
 ) -> int:
-    """Read a volume at points: a CSV file in, the same with a column of values out.
+    """Read a volume at the points of a CSV file.
 
-    The first line names the columns: x, y and z are places in mm, RAS+, and i, j and k voxels.
-    Other columns are kept. Several channels, such as times, become value0, value1, ...
+    What is written is the same file with a column of values. The first line names the columns:
+    x, y and z are places in mm, RAS+, and i, j and k voxels. Several channels, such as times,
+    become value0, value1, ...
     """
     from volux.tool import _points
 
@@ -246,7 +247,7 @@ def compare(
     json: Json = False,
     quiet: Quiet = False,
 ) -> int:
-    """Say how two volumes differ, in values and in mm; exit 1 if they do.
+    """Say how two volumes differ, and exit 1 if they do.
 
     Extents are compared first, then where the corners lie, then the values, all of them as the
     files scale them. Types and formats do not count.
