@@ -5,8 +5,7 @@ are read and written where they are, and every result has the same bits on every
 any number of threads and in any layout of memory.
 """
 
-from typing import TYPE_CHECKING
-
+TYPE_CHECKING = False  # typing reads it so, too, and takes time to import
 if TYPE_CHECKING:
     from volux import ndimage
     from volux._affine import Affine

@@ -18,7 +18,7 @@ HEAVY = ("numpy", "nibabel", "SimpleITK", "PIL", "volux._core")
 
 
 @pytest.mark.parametrize(
-    "typed", ["--help", "--version", "--completion zsh", "resize --help", "resize --spcing"]
+    "typed", ["--help", "--version", "completion zsh", "resize --help", "resize --spcing"]
 )
 def test_what_needs_no_volume_imports_neither_numpy_nor_readers(typed):
     code = f"""
@@ -252,7 +252,7 @@ def test_plain_progress_is_lines(ct):
 
 COMPLETED = {
     "volux res": "resize resample reslice",
-    "volux resize --interp l": "linear label",
+        "volux resize --interp l": "linear label",
     "volux resample --li": "--like",
     "volux crop --antialias ": "",
 }
@@ -267,14 +267,14 @@ COMP_WORDS=({" ".join(word or "''" for word in words)}) COMP_CWORD={len(words) -
 _volux
 echo "${{COMPREPLY[*]}}"
 """
-    script = done("--completion", "bash")
+    script = done("completion", "bash")
     ran = subprocess.run(["bash", "-c", code, "bash", script], capture_output=True, check=True)
     assert ran.stdout.decode().strip() == COMPLETED[typed]
 
 
 @pytest.mark.parametrize("shell", ["zsh", "fish"])
 def test_other_shells_have_the_same_words(shell):
-    script = done("--completion", shell)
+    script = done("completion", shell)
     for word in ("resample", "nearest linear cubic label", "dry-run"):
         assert word in script
 
@@ -282,8 +282,8 @@ def test_other_shells_have_the_same_words(shell):
 def test_without_the_extra_one_line_says_what_to_install():
     code = """
 import importlib.util, sys
-from volux.tool import _cli
-_cli.find_spec = lambda name: None
+from volux.tool import _cli, _running
+_running.find_spec = lambda name: None
 sys.exit(_cli.main(["info", "ct.nii"]))
 """
     ran = subprocess.run([sys.executable, "-c", code], capture_output=True, check=False, text=True)

@@ -1,20 +1,13 @@
-"""The command line: its verbs, and how it ends."""
+"""Where the command begins: the version, which needs little, or all the rest."""
 
-from __future__ import annotations
-
-import os
-import signal
 import sys
-from collections.abc import Iterator, Sequence
-from contextlib import contextmanager, suppress
-from importlib.util import find_spec
-from types import FrameType
-from typing import Any
 
-from volux.tool._errors import FAILURE, INSTALL, INTERRUPTED, MISUSE, SUCCESS, Refusal, say
+TYPE_CHECKING = False
+if TYPE_CHECKING:
+    from collections.abc import Sequence
 
 
-def main(arguments: Sequence[str] | None = None) -> int:
+def main(arguments: "Sequence[str] | None" = None) -> int:
     """Run the command, and return its exit code.
 
     Parameters
@@ -28,106 +21,16 @@ def main(arguments: Sequence[str] | None = None) -> int:
         0, 1 for a failure or a negative answer, 2 for wrong use, 130 after an interruption.
     """
     given = list(sys.argv[1:] if arguments is None else arguments)
-    try:
-        with _interruptible():
-            code = _run(given)
-        sys.stdout.flush()
-    except Refusal as refusal:
-        say(refusal)
-        return refusal.code
-    except KeyboardInterrupt:
-        return _interrupted()
-    except BrokenPipeError:
-        _let_go_of_stdout()  # nobody reads any more
-        return FAILURE
-    except OSError as error:
-        _let_go_of_stdout()
-        say(_of_the_system(error))
-        return FAILURE
-    except Exception as error:  # whatever happens: a line for the user, and no traceback
-        say(_described(error))
-        return FAILURE
-    return code
-
-
-def _run(given: list[str]) -> int:
     if given == ["--version"]:
-        print(f"volux {version()}")
-        return SUCCESS
-    if find_spec("typer") is None:
-        raise Refusal(f"the package typer is not installed: {INSTALL}")
-    return _parsed_and_run(given)
+        from volux.tool._version import version
 
-
-def _parsed_and_run(given: list[str]) -> int:
-    from typer.exceptions import TyperException
-
-    from volux.tool._verbs import command
-
-    try:
-        code = command()(given or ["--help"], prog_name="volux", standalone_mode=False)
-    except TyperException as error:
-        say(_misused(error))
-        return MISUSE
-    if code == INTERRUPTED:
-        return _interrupted()
-    return int(code or SUCCESS)
-
-
-def _misused(error: Any) -> str:
-    context = getattr(error, "ctx", None)
-    path = "volux" if context is None else context.command_path
-    said = error.format_message().rstrip(".")
-    return f"{said}: `{path} --help` shows what is allowed"
-
-
-def version() -> str:
-    """Return the version of the package."""
-    from importlib.metadata import PackageNotFoundError
-    from importlib.metadata import version as installed
-
-    try:
-        return installed("volux")
-    except PackageNotFoundError:
-        return "(not installed)"
-
-
-def _described(error: Exception) -> str:
-    if isinstance(error, MemoryError):
-        return f"not enough memory: --dry-run says how much is needed ({error or 'no details'})"
-    return f"failed, for a reason that it should have said itself: {type(error).__name__}: {error}"
-
-
-def _interrupted() -> int:
-    say("interrupted; no output was written")
-    return INTERRUPTED
-
-
-def _of_the_system(error: OSError) -> str:
-    return f"{error.filename or 'stdin or stdout'}: {error.strerror or error}"
-
-
-def _let_go_of_stdout() -> None:
-    """Send what is still in the buffer nowhere; it would fail again at exit."""
-    with suppress(OSError, ValueError):
-        os.dup2(os.open(os.devnull, os.O_WRONLY), sys.stdout.fileno())
-
-
-@contextmanager
-def _interruptible() -> Iterator[None]:
-    """Let SIGTERM and SIGHUP clean up as Ctrl-C does."""
-    before = {}
-    for number in (signal.SIGTERM, signal.SIGHUP):
+        given = []
         try:
-            before[number] = signal.signal(number, _stop)
-        except ValueError:  # not the main thread: whoever started this one takes care
-            break
-    try:
-        yield
-    finally:
-        for number, handler in before.items():
-            signal.signal(number, handler)
+            print(f"volux {version()}", flush=True)
+        except OSError:
+            given = ["--version"]  # the rest says why
+        else:
+            return 0
+    from volux.tool._running import run
 
-
-def _stop(_number: int, _frame: FrameType | None) -> None:
-    raise KeyboardInterrupt
+    return run(given)

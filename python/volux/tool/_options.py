@@ -52,7 +52,8 @@ def size(text: str, name: str) -> int:
     return int(float(match[1]) * units[match[2].lower()])
 
 
-def _option(*names: str, text: str, metavar: str | None = None) -> Any:
+def option(*names: str, text: str, metavar: str | None = None) -> Any:
+    """Return an option for Annotated; its help says the default in words."""
     return typer.Option(*names, help=text, metavar=metavar, show_default=False)
 
 
@@ -64,28 +65,28 @@ Input = Annotated[
         show_default=False,
     ),
 ]
-Json = Annotated[bool, _option("--json", text="Say it as JSON on stdout.")]
-Quiet = Annotated[bool, _option("--quiet", "-q", text="Say nothing but errors.")]
+Json = Annotated[bool, option("--json", text="Say it as JSON on stdout.")]
+Quiet = Annotated[bool, option("--quiet", "-q", text="Say nothing but errors.")]
 Threads = Annotated[
-    int | None, _option("--threads", text="How many work at most; the bits are the same.")
+    int | None, option("--threads", text="How many work at most; the bits are the same.")
 ]
 Spacing = Annotated[
-    str | None, _option("--spacing", metavar="MM", text="Between voxels, such as 1 or 1,1,2.5.")
+    str | None, option("--spacing", metavar="MM", text="Between voxels, such as 1 or 1,1,2.5.")
 ]
 Shape = Annotated[
-    str | None, _option("--shape", metavar="N", text="How many voxels, such as 256,256,60.")
+    str | None, option("--shape", metavar="N", text="How many voxels, such as 256,256,60.")
 ]
 Scale = Annotated[
     str | None,
-    _option("--scale", metavar="FACTOR", text="2 is twice as many voxels along an axis."),
+    option("--scale", metavar="FACTOR", text="2 is twice as many voxels along an axis."),
 ]
 Align = Annotated[
     Literal["edges", "centres"],
-    _option("--align", text="What stays: the field of view (edges, the default), or the centres."),
+    option("--align", text="What stays: the field of view (edges, the default), or the centres."),
 ]
 Output = Annotated[
     str,
-    _option("--output", "-o", metavar="OUTPUT", text="The file to write; - is NIfTI on stdout."),
+    option("--output", "-o", metavar="OUTPUT", text="The file to write; - is NIfTI on stdout."),
 ]
 
 
@@ -95,14 +96,14 @@ class Reading:
 
     interp: Annotated[
         Literal["nearest", "linear", "cubic", "label"] | None,
-        _option("--interp", text="The kernel. Unless given: linear, and label for label maps."),
+        option("--interp", text="The kernel. Unless given: linear, and label for label maps."),
     ] = None
     border: Annotated[
         Literal["edge", "constant"],
-        _option("--border", text="What a kernel reads outside: the edge (default), or --fill."),
+        option("--border", text="What a kernel reads outside: the edge (default), or --fill."),
     ] = "edge"
     fill: Annotated[
-        float, _option("--fill", text="The value outside the field of view; 0 unless given.")
+        float, option("--fill", text="The value outside the field of view; 0 unless given.")
     ] = 0.0
 
 
@@ -112,11 +113,11 @@ class Converting:
 
     dtype: Annotated[
         str | None,
-        _option("--dtype", metavar="TYPE", text="Of the voxels, such as float32; as it is."),
+        option("--dtype", metavar="TYPE", text="Of the voxels, such as float32; as it is."),
     ] = None
     overflow: Annotated[
         Literal["saturate", "wrap"],
-        _option("--overflow", text="Of numbers that the type cannot hold: saturate (default)."),
+        option("--overflow", text="Of numbers that the type cannot hold: saturate (default)."),
     ] = "saturate"
 
 
@@ -126,11 +127,11 @@ class Filling(Converting):
 
     outside: Annotated[
         Literal["fill", "extend"] | None,
-        _option("--outside", text="Beyond the field of view: --fill, or extend the edge."),
+        option("--outside", text="Beyond the field of view: --fill, or extend the edge."),
     ] = None
     antialias: Annotated[
         Literal["none", "mean", "auto"] | None,
-        _option("--antialias", text="Means where voxels become larger; auto: not for nearest."),
+        option("--antialias", text="Means where voxels become larger; auto: not for nearest."),
     ] = None
 
 
@@ -139,26 +140,24 @@ class Conduct:
     """Where the result goes, and what is said meanwhile."""
 
     output: Output = ""
-    force: Annotated[bool, _option("--force", "-f", text="Replace an output that is there.")] = (
-        False
-    )
+    force: Annotated[bool, option("--force", "-f", text="Replace an output that is there.")] = False
     dry_run: Annotated[
-        bool, _option("--dry-run", "-n", text="Say what would be done, and write nothing.")
+        bool, option("--dry-run", "-n", text="Say what would be done, and write nothing.")
     ] = False
     json: Json = False
     threads: Threads = None
     memory: Annotated[
         str | None,
-        _option("--memory", metavar="SIZE", text="Refuse what needs more, such as 4GiB."),
+        option("--memory", metavar="SIZE", text="Refuse what needs more, such as 4GiB."),
     ] = None
     quiet: Quiet = False
     progress: Annotated[
         Literal["auto", "plain", "none"],
-        _option("--progress", text="A bar on a terminal, lines elsewhere (auto, the default)."),
+        option("--progress", text="A bar on a terminal, lines elsewhere (auto, the default)."),
     ] = "auto"
     sidecar: Annotated[
         bool,
-        _option("--sidecar/--no-sidecar", text="Write OUTPUT's .json beside it, as by default."),
+        option("--sidecar/--no-sidecar", text="Write OUTPUT's .json beside it, as by default."),
     ] = True
 
 
@@ -168,18 +167,18 @@ class PlaneOptions:
 
     centre: Annotated[
         str | None,
-        _option("--centre", metavar="X,Y,Z", text="The middle of the picture; the volume's own."),
+        option("--centre", metavar="X,Y,Z", text="The middle of the picture; the volume's own."),
     ] = None
     normal: Annotated[
         str | None,
-        _option("--normal", metavar="X,Y,Z", text="At right angles, away from who looks at it."),
+        option("--normal", metavar="X,Y,Z", text="At right angles, away from who looks at it."),
     ] = None
     up: Annotated[
-        str | None, _option("--up", metavar="X,Y,Z", text="Up in the picture; the head.")
+        str | None, option("--up", metavar="X,Y,Z", text="Up in the picture; the head.")
     ] = None
     through: Annotated[
         list[str] | None,
-        _option(
+        option(
             "--through",
             metavar="X,Y,Z",
             text="Thrice: the first pixel, where its row runs to, a side.",
@@ -187,25 +186,25 @@ class PlaneOptions:
     ] = None
     shape: Annotated[
         str | None,
-        _option("--shape", metavar="N", text="Columns and rows, such as 256,200; all there is."),
+        option("--shape", metavar="N", text="Columns and rows, such as 256,200; all there is."),
     ] = None
     spacing: Annotated[
         float | None,
-        _option("--spacing", metavar="MM", text="Between pixels; the finest there is."),
+        option("--spacing", metavar="MM", text="Between pixels; the finest there is."),
     ] = None
     slab: Annotated[
-        int, _option("--slab", metavar="N", text="So many planes become one picture; 1.")
+        int, option("--slab", metavar="N", text="So many planes become one picture; 1.")
     ] = 1
     projection: Annotated[
         Literal["mean", "maximum", "minimum"],
-        _option("--projection", text="How they become one: mean (default), or an extreme."),
+        option("--projection", text="How they become one: mean (default), or an extreme."),
     ] = "mean"
     thickness: Annotated[
         float | None,
-        _option("--thickness", metavar="MM", text="Of the slab, or between planes; --spacing."),
+        option("--thickness", metavar="MM", text="Of the slab, or between planes; --spacing."),
     ] = None
     count: Annotated[
-        int, _option("--count", metavar="N", text="So many planes along the normal; 1.")
+        int, option("--count", metavar="N", text="So many planes along the normal; 1.")
     ] = 1
 
 

@@ -23,7 +23,7 @@ def name(output: str) -> str:
 
 def facts(task: Task, result: Scan, written: Path) -> dict[str, Any]:
     """Return what a result is, and what it was made of."""
-    from volux.tool._cli import version
+    from volux.tool._version import version
 
     # The place as the file has it: NIfTI keeps it in short numbers.
     image = Image(result.image.array, grid_of(str(written)).affine, axes="xyz")

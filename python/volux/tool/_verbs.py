@@ -5,7 +5,7 @@ Nothing here reads NumPy or a reader of files: help and wrong use are answered w
 
 from __future__ import annotations
 
-from collections.abc import Callable
+from collections.abc import Callable, Sequence
 from importlib import import_module
 from importlib.util import find_spec
 from inspect import cleandoc
@@ -28,39 +28,35 @@ from volux.tool._options import (
     Spacing,
     Threads,
     flat,
+    option,
 )
 
 F = TypeVar("F", bound=Callable[..., object])
+
+_PLAIN: dict[str, Any] = {
+    "rich_markup_mode": None,
+    "pretty_exceptions_enable": False,
+    "context_settings": {"help_option_names": ["-h", "--help"]},
+}
 
 app = typer.Typer(
     name="volux",
     help="Bring volumes onto other grids: the same bits on every machine.",
     add_completion=False,
-    rich_markup_mode=None,
-    pretty_exceptions_enable=False,
-    no_args_is_help=True,
-    context_settings={"help_option_names": ["-h", "--help"]},
+    **_PLAIN,
 )
 
 
-VERBS: dict[str, Callable[..., object]] = {}
+# Each verb with its example.
+VERBS: dict[str, tuple[Callable[..., object], str]] = {}
 
 
 @app.callback(invoke_without_command=True)
 def _every(
-    version: Annotated[bool, typer.Option("--version", help="Say the version.")] = False,
-    completion: Annotated[
-        Literal["bash", "zsh", "fish"] | None,
-        typer.Option("--completion", help="Print the script that completes commands in a shell."),
-    ] = None,
+    version: Annotated[bool, option("--version", text="Say the version.")] = False,
 ) -> None:
-    if completion is not None:
-        from volux.tool._completion import script
-
-        print(script(completion, VERBS), end="")
-        raise typer.Exit
     if version:
-        from volux.tool._cli import version as installed
+        from volux.tool._version import version as installed
 
         print(f"volux {installed()}")
         raise typer.Exit
@@ -70,22 +66,40 @@ def verb(example: str) -> Callable[[F], F]:
     """Make a function a verb, whose help begins with an example."""
 
     def add(function: F) -> F:
-        VERBS[function.__name__] = function
-        words = cleandoc(function.__doc__ or "")
-        summary = words.partition("\n")[0]
-        said = f"\b\n    {example}\n\n{words}"
-        app.command(function.__name__, help=said, short_help=summary)(flat(function))
+        VERBS[function.__name__] = function, example
         return function
 
     return add
 
 
-def command() -> Callable[..., Any]:
-    """Return the command with all its verbs."""
+def command(given: Sequence[str]) -> Callable[[], Any]:
+    """Return what runs arguments: the verb alone that they name, or what lists all verbs."""
     if find_spec("volux.tool._view") is not None:
         view: Any = import_module("volux.tool._view")
         verb(view.EXAMPLE)(view.view)
-    return typer.main.get_command(app)
+    if given and given[0] in VERBS:
+        alone = typer.Typer(add_completion=False, **_PLAIN)
+        _add(alone, given[0], flat(VERBS[given[0]][0]))
+        return _called(alone, given[1:], f"volux {given[0]}")
+    for name in VERBS:
+        _add(app, name, _listed)  # which need not be taken apart
+    return _called(app, given or ["--help"], "volux")
+
+
+def _add(to: typer.Typer, name: str, function: Callable[..., object]) -> None:
+    verb, example = VERBS[name]
+    words = cleandoc(verb.__doc__ or "")
+    summary = words.partition("\n")[0]
+    to.command(name, help=f"\b\n    {example}\n\n{words}", short_help=summary)(function)
+
+
+def _called(of: typer.Typer, given: Sequence[str], name: str) -> Callable[[], Any]:
+    made = typer.main.get_command(of)
+    return lambda: made(list(given), prog_name=name, standalone_mode=False)
+
+
+def _listed() -> None:
+    pass
 
 
 @verb("volux info ct.nii.gz")
@@ -151,15 +165,15 @@ def resample(
     *,
     like: Annotated[
         str | None,
-        typer.Option("--like", metavar="FILE", help="A file whose grid the result has; INPUT's."),
+        option("--like", metavar="FILE", text="A file whose grid the result has; INPUT's."),
     ] = None,
     transform: Annotated[
         list[str] | None,
-        typer.Option(
+        option(
             "--transform",
             "-t",
             metavar="FILE",
-            help="ITK's .tfm or .h5, 4 x 4 text in RAS+, or a displacement field.",
+            text="ITK's .tfm or .h5, 4 x 4 text in RAS+, or a displacement field.",
         ),
     ] = None,
 ) -> int:
@@ -181,7 +195,7 @@ def crop(
     *,
     box: Annotated[
         str,
-        typer.Option("--box", metavar="I,J,K", help="Ranges of voxels; the end is not within."),
+        option("--box", metavar="I,J,K", text="Ranges of voxels; the end is not within."),
     ],
 ) -> int:
     """Cut a box of voxels out of a volume; what is left keeps its place.
@@ -214,9 +228,9 @@ def sample(
     reading: Reading,
     *,
     output: Annotated[
-        str, typer.Option("--output", "-o", metavar="OUTPUT", help="A CSV file; stdout.")
+        str, option("--output", "-o", metavar="OUTPUT", text="A CSV file; stdout.")
     ] = "",
-    force: Annotated[bool, typer.Option("--force", "-f", help="Replace the output.")] = False,
+    force: Annotated[bool, option("--force", "-f", text="Replace the output.")] = False,
     threads: Threads = None,
     quiet: Quiet = False,
 ) -> int:
@@ -239,10 +253,10 @@ def compare(
     other: Annotated[str, typer.Argument(metavar="OTHER", help="Another file.")],
     *,
     tolerance: Annotated[
-        float, typer.Option("--tolerance", help="How far values may be apart; 0.")
+        float, option("--tolerance", text="How far values may be apart; 0.")
     ] = 0.0,
     tolerance_mm: Annotated[
-        float, typer.Option("--tolerance-mm", help="How far corners may be apart, in mm; 0.")
+        float, option("--tolerance-mm", text="How far corners may be apart, in mm; 0.")
     ] = 0.0,
     json: Json = False,
     quiet: Quiet = False,
@@ -255,3 +269,20 @@ def compare(
     from volux.tool import _comparing
 
     return _comparing.compare((file, other), (tolerance, tolerance_mm), as_json=json, quiet=quiet)
+
+
+@verb("volux completion bash")
+def completion(
+    shell: Annotated[
+        Literal["bash", "zsh", "fish"], typer.Argument(metavar="SHELL", help="bash, zsh or fish.")
+    ],
+) -> int:
+    """Print the script that completes commands in a shell.
+
+    For bash and zsh, put eval "$(volux completion bash)" into .bashrc, or the same with zsh into
+    .zshrc; for fish, volux completion fish | source into config.fish.
+    """
+    from volux.tool._completion import script
+
+    print(script(shell, {name: function for name, (function, _) in VERBS.items()}), end="")
+    return 0
