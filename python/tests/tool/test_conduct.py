@@ -252,7 +252,7 @@ def test_plain_progress_is_lines(ct):
 
 COMPLETED = {
     "volux res": "resize resample reslice",
-        "volux resize --interp l": "linear label",
+    "volux resize --interp l": "linear label",
     "volux resample --li": "--like",
     "volux crop --antialias ": "",
 }

@@ -10,7 +10,7 @@ import numpy as np
 from volux._types import Matrix
 from volux.tool._errors import Refusal
 from volux.tool._files import Scan
-from volux.tool._itk import reason, scan_of, sitk
+from volux.tool._itk import FAULTS, reason, scan_of, sitk
 
 _POSITION = "0020|0032"
 _ORIENTATION = "0020|0037"
@@ -26,7 +26,7 @@ def read(path: str) -> Scan:
     reader.SetFileNames(names)
     try:
         return scan_of(path, reader.Execute(), "DICOM series")
-    except RuntimeError as error:
+    except FAULTS as error:
         raise Refusal(f"{path}: SimpleITK cannot read the series: {reason(error)}") from None
 
 
@@ -62,7 +62,7 @@ def _placed(path: str, name: str) -> tuple[Matrix, Matrix]:
         reader.ReadImageInformation()
         position = np.array(reader.GetMetaData(_POSITION).split("\\"), dtype=float)
         rows = np.array(reader.GetMetaData(_ORIENTATION).split("\\"), dtype=float)
-    except (RuntimeError, ValueError) as error:
+    except (*FAULTS, ValueError) as error:
         said = reason(error)
         raise Refusal(f"{path}: {Path(name).name} does not say where it lies: {said}") from None
     return position, rows.reshape(2, 3)

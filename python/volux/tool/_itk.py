@@ -20,6 +20,9 @@ from volux.tool._files import (
     suffix_of,
 )
 
+# What SimpleITK raises: the second one where the text of the first is not readable.
+FAULTS = (RuntimeError, UnicodeDecodeError)
+
 # Keys of ITK's own, which it writes anew.
 _ITKS_KEYS = ("ITK_", "NRRD_")
 
@@ -36,7 +39,7 @@ def read(path: str) -> Scan:
     module = sitk()
     try:
         found = module.ReadImage(path)
-    except RuntimeError as error:
+    except FAULTS as error:
         raise Refusal(f"{path}: SimpleITK cannot read it: {reason(error)}") from None
     return scan_of(path, found, suffix_of(path).lstrip(".") or "unknown")
 
@@ -47,7 +50,7 @@ def grid_of(path: str) -> Grid:
     reader.SetFileName(path)
     try:
         reader.ReadImageInformation()
-    except RuntimeError as error:
+    except FAULTS as error:
         raise Refusal(f"{path}: SimpleITK cannot read it: {reason(error)}") from None
     return placed_grid(path, reader.GetSize(), _affine(reader))
 
@@ -101,7 +104,7 @@ def write(scan: Scan, path: Path) -> None:
         image.SetMetaData(key, value)
     try:
         module.WriteImage(image, str(path))
-    except RuntimeError as error:
+    except FAULTS as error:
         said = reason(error)
         raise Refusal(
             f"{path.name}: SimpleITK cannot write it: {said}; .nii.gz holds all"

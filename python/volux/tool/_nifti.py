@@ -3,7 +3,11 @@
 from __future__ import annotations
 
 import gzip
+import logging
 import sys
+import warnings
+from collections.abc import Iterator
+from contextlib import contextmanager
 from io import BytesIO
 from pathlib import Path
 from typing import Any
@@ -43,7 +47,9 @@ def read(path: str) -> Scan:
     """Read a file by nibabel."""
     nibabel = needed("nibabel")
     try:
-        return _scan(path, nibabel.load(path))
+        with _overheard(nibabel) as said:
+            scan = _scan(path, nibabel.load(path))
+        return scan.made(scan.stored, notes=(*said, *scan.notes))
     except Refusal:
         raise
     except Exception as error:  # of gzip, of zlib, of nibabel: whatever a broken file leads to
@@ -74,6 +80,23 @@ def read_stream() -> Scan:
 
 
 _SIZES_OF_2 = (b"\x1c\x02\x00\x00", b"\x00\x00\x02\x1c")
+
+
+@contextmanager
+def _overheard(nibabel: Any) -> Iterator[list[str]]:
+    """Collect what nibabel says about a file, in warnings and by its logger."""
+    said: list[str] = []
+    handler = logging.Handler()
+    handler.emit = lambda record: said.append(record.getMessage())  # type: ignore[method-assign]
+    logger = nibabel.imageglobals.logger
+    before, logger.handlers = logger.handlers, [handler]
+    try:
+        with warnings.catch_warnings(record=True) as caught:
+            warnings.simplefilter("always")
+            yield said
+        said += [str(warning.message) for warning in caught]
+    finally:
+        logger.handlers = before
 
 
 def _line(error: Exception) -> str:

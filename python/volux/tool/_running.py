@@ -2,9 +2,11 @@
 
 from __future__ import annotations
 
+import gc
 import os
 import signal
 import sys
+import warnings
 from collections.abc import Iterator
 from contextlib import contextmanager, suppress
 from importlib.util import find_spec
@@ -17,7 +19,8 @@ from volux.tool._errors import FAILURE, INSTALL, INTERRUPTED, MISUSE, SUCCESS, R
 def run(given: list[str]) -> int:
     """Run the command, whatever happens, and return its exit code."""
     try:
-        with _interruptible():
+        with _interruptible(), warnings.catch_warnings():
+            warnings.showwarning = _warn
             code = _run(given)
         sys.stdout.flush()
     except Refusal as refusal:
@@ -45,12 +48,15 @@ def _run(given: list[str]) -> int:
 
 
 def _parsed_and_run(given: list[str]) -> int:
+    gc.disable()  # what is imported stays, and to look for garbage in it takes a tenth of the time
     from typer.exceptions import TyperException
 
     from volux.tool._verbs import command
 
+    call = command(given)
+    gc.enable()
     try:
-        code = command(given)()
+        code = call()
     except TyperException as error:
         say(_misused(error))
         return MISUSE
@@ -101,6 +107,10 @@ def _interruptible() -> Iterator[None]:
     finally:
         for number, handler in before.items():
             signal.signal(number, handler)
+
+
+def _warn(message: Warning | str, *_: Any, **__: Any) -> None:
+    say(message)
 
 
 def _stop(_number: int, _frame: FrameType | None) -> None:
