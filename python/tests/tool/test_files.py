@@ -246,7 +246,7 @@ def test_labels_are_recognised(how):
 
 def test_a_smooth_kernel_on_few_integers_is_warned_about():
     said = run("resize", few("x.nii"), "-o", "y.nii", "--scale", 2).err
-    assert "has 4 different integers, as label maps do, and linear makes new ones" in said
+    assert "has 4 integers, as labels do; linear makes new ones, and --interp label none" in said
 
 
 def test_a_smooth_kernel_on_many_integers_is_not(ct):

@@ -132,8 +132,8 @@ def _warn_of_labels(task: Task, scan: Scan, kernel: str) -> None:
             return
     if len(found) > 1:
         task.tell(
-            f"{scan.path}: has {len(found)} different integers, as label maps do, and {kernel} "
-            "makes new ones: --interp label keeps to those"
+            f"{scan.path}: has {len(found)} integers, as labels do; {kernel} makes new ones, and "
+            "--interp label none"
         )
 
 

@@ -14,6 +14,9 @@ from volux.tool._options import PlaneOptions, counts, numbers
 
 _HEAD, _FRONT = (0.0, 0.0, 1.0), (0.0, 1.0, 0.0)
 
+# What is that little over a whole number of pixels is rounding.
+_ROUNDING = 1e-3
+
 # As many pixels along a row as anybody looks at.
 _MOST = 8192
 
@@ -55,9 +58,9 @@ def _sized(where: PlaneOptions, image: Image, plane: Callable[[tuple[int, int]],
         return plane((rows, columns))
     place = plane((1, 1)).grid.affine
     across = np.linalg.solve(place, _corners(image).T)[[2, 1]]
-    # A plane has its first pixel where it begins, or its middle where it is centred.
-    reach = across.max(axis=1) if where.through else 2 * abs(across).max(axis=1)
-    columns, rows = np.ceil(reach + 1).clip(1, _MOST).astype(int).tolist()
+    # It begins with the middle of a pixel, or has as much on both sides of its own middle.
+    reach = across.max(axis=1) + 0.5 if where.through else 2 * abs(across).max(axis=1)
+    columns, rows = np.ceil(reach - _ROUNDING).clip(1, _MOST).astype(int).tolist()
     return plane((rows, columns))
 
 
