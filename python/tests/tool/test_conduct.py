@@ -89,6 +89,30 @@ def test_an_input_is_not_overwritten_by_another_name_of_it_either(ct):
     assert run("resize", ct, "-o", "link.nii.gz", "--scale", 2, "--force").code == 2
 
 
+@pytest.mark.parametrize(("inside", "output"), [("x.hdr", "x.img"), ("x.mhd", "x.raw")])
+def test_no_part_of_an_input_is_overwritten(ct, inside, output):
+    done("convert", ct, "-o", inside)
+    ended = run("resize", inside, "-o", output, "--scale", 2, "--force")
+    assert (ended.code, f"{output}: is an input" in ended.err) == (2, True)
+
+
+def test_no_part_of_a_volume_that_is_there_is_overwritten(ct):
+    done("convert", ct, "-o", "x.img", "--no-sidecar")
+    Path("x.img").unlink()
+    assert "x.hdr: is there already" in run("convert", ct, "-o", "x.img").err
+
+
+def test_the_sidecar_of_an_input_is_never_replaced(ct):
+    Path("ct.json").write_text('{"Manufacturer": "somebody"}')
+    ended = run("convert", ct, "-o", "ct.nrrd", "--force")
+    assert (ended.code, ended.err) == (
+        1,
+        "volux: ct.json: describes an input; --no-sidecar leaves it as it is\n",
+    )
+    done("convert", ct, "-o", "ct.nrrd", "--no-sidecar")
+    assert Path("ct.json").read_text() == '{"Manufacturer": "somebody"}'
+
+
 def large():
     return save("large.nii", voxels((160, 160, 120)))
 
@@ -198,6 +222,7 @@ MEMORY = [
 ]
 
 
+@pytest.mark.skipif("asan" in os.environ.get("LD_PRELOAD", ""), reason="the sanitizer takes memory")
 @pytest.mark.parametrize("typed", MEMORY)
 def test_the_memory_of_a_result_is_predicted_within_a_tenth(typed):
     large()

@@ -192,6 +192,28 @@ def test_every_type_comes_back(dtype):
     np.testing.assert_array_equal(found, array)
 
 
+HELD = {"x.nii": "y.img", "x.img": "y.nii.gz", "x.nii.gz": "y.nii"}
+
+
+@pytest.mark.parametrize("name", HELD)
+def test_one_kind_of_nifti_becomes_another_with_all_that_it_says(name):
+    image = (nibabel.Nifti1Pair if name == "x.img" else nibabel.Nifti1Image)(voxels(), oblique())
+    image.set_sform(oblique(), 2)
+    image.set_qform(oblique(), 3)
+    image.header.set_slope_inter(2.0, 1.0)
+    image.header.set_intent("t test", (10,), name="contrast")
+    image.header["descrip"] = b"measured"
+    nibabel.save(image, name)
+    done("convert", name, "-o", HELD[name])
+    header = nibabel.load(HELD[name]).header
+    assert (int(header["sform_code"]), int(header["qform_code"])) == (2, 3)
+    assert header.get_intent() == ("t test", (10.0,), "contrast")
+    assert header["descrip"].item() == b"measured"
+    made = nibabel.load(HELD[name]).dataobj
+    assert (made.slope, made.inter) == (2.0, 1.0)
+    np.testing.assert_array_equal(made.get_unscaled(), voxels())
+
+
 FORMATS = ["x.nii", "x.nii.gz", "x.img", "x.mgz", "x.mgh", "x.nrrd", "x.mha", "x.mhd", "x.nhdr"]
 
 

@@ -3,9 +3,11 @@
 from __future__ import annotations
 
 import json
+import sys
 import warnings
 from collections.abc import Callable
 from dataclasses import dataclass, field
+from pathlib import Path
 from typing import Any
 
 import numpy as np
@@ -14,7 +16,7 @@ import volux
 from volux import Grid, Image
 from volux._types import Array
 from volux.tool import _sidecar
-from volux.tool._errors import SUCCESS, Misuse, say
+from volux.tool._errors import SUCCESS, Misuse, Refusal, say
 from volux.tool._files import STREAM, Scan, read, write, write_stream
 from volux.tool._memory import Amount, predicted
 from volux.tool._options import Conduct, Converting, Filling, Reading, size
@@ -47,8 +49,17 @@ class Task:
         if output not in ("", STREAM):
             refuse(output, self.inputs, force=self.conduct.force)
             if self.has_sidecar:
-                refuse(_sidecar.name(output), self.inputs, force=self.conduct.force)
+                self._refuse_sidecar(Path(_sidecar.name(output)))
+        if output == STREAM and sys.stdout.isatty():
+            raise Misuse("-o - writes voxels to stdout, which is a terminal; send it to a file")
         return self
+
+    def _refuse_sidecar(self, path: Path) -> None:
+        """Refuse a sidecar that is there; what a scanner said of an input is never replaced."""
+        if path.exists() and any(Path(_sidecar.name(name)) == path for name in self.inputs):
+            raise Refusal(f"{path}: describes an input; --no-sidecar leaves it as it is")
+        if path.exists() and not self.conduct.force:
+            raise Refusal(f"{path}: is there already; --force replaces it, --no-sidecar does not")
 
     @property
     def has_sidecar(self) -> bool:

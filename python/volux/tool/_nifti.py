@@ -212,8 +212,7 @@ def _place(made: Any, scan: Scan) -> None:
     affine = scan.stored.affine
     header = scan.header if _is_nifti(scan.header) else None
     if header is not None and np.array_equal(header.get_best_affine(), affine):
-        made.header["srow_x"], made.header["srow_y"] = header["srow_x"], header["srow_y"]
-        return
+        return  # nibabel keeps both forms as they were
     sform, qform = (0, 0) if header is None else _codes(header)
     code = sform or qform or 1
     made.set_sform(affine, code)

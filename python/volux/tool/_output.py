@@ -11,21 +11,35 @@ from pathlib import Path
 
 from volux.tool._errors import Misuse, Refusal
 
+# Formats of a header and a file of voxels, which have one name but for the end.
+_IN_PARTS = (".hdr", ".img", ".img.gz", ".mhd", ".nhdr", ".raw", ".raw.gz", ".zraw")
+
 
 def refuse(output: str, inputs: Iterable[str], *, force: bool) -> None:
     """Refuse an output that is an input, is there already or cannot be written."""
     path = Path(output)
-    for name in inputs:
-        if path.exists() and Path(name).exists() and path.samefile(name):
-            raise Misuse(f"{output}: is an input, which is never overwritten; name another output")
     if path.is_dir():
         raise Refusal(f"{output}: is a folder; name a file in it")
-    if path.exists() and not force:
-        raise Refusal(f"{output}: is there already; --force replaces it")
+    there = [part for part in _parts(path) if part.exists()]
+    read = [part for name in inputs for part in _parts(Path(name)) if part.exists()]
+    for part in there:
+        if any(part.samefile(other) for other in read):
+            raise Misuse(f"{part}: is an input, which is never overwritten; name another output")
+    if there and not force:
+        raise Refusal(f"{there[0]}: is there already; --force replaces it")
     if not path.parent.is_dir():
         raise Refusal(f"{output}: there is no folder {path.parent}; make it first")
     if not os.access(path.parent, os.W_OK | os.X_OK):
         raise Refusal(f"{output}: the folder {path.parent} cannot be written to; name another one")
+
+
+def _parts(path: Path) -> list[Path]:
+    """Return the files that a volume of this name may consist of."""
+    end = next((end for end in _IN_PARTS if path.name.lower().endswith(end)), None)
+    if end is None:
+        return [path]
+    stem = path.name[: -len(end)]
+    return [path, *(path.with_name(stem + other) for other in _IN_PARTS if other != end)]
 
 
 @contextmanager
