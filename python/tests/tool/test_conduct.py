@@ -189,6 +189,13 @@ def test_streams_go_from_stdin_to_stdout(ct):
     assert ran.stdout == Path("x.nii").read_bytes()
 
 
+@pytest.mark.parametrize("data", [b"", b"this is a letter", b"\x1f\x8bbroken"])
+def test_a_stream_that_is_no_nifti_is_told(data):
+    ran = spawned("info", "-", input=data)
+    assert (ran.returncode, ran.stdout, ran.stderr.count(b"\n")) == (1, b"", 1)
+    assert ran.stderr.startswith(b"volux: stdin: is no NIfTI")
+
+
 def test_a_dry_run_writes_nothing_and_says_the_grid_that_comes(ct):
     plan = json.loads(done("resize", ct, "-o", "x.nii", "--spacing", 1, "--dry-run", "--json"))
     assert left() == [ct]

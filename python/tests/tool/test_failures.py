@@ -83,9 +83,9 @@ def a_flat_transform():
     sitk.WriteTransform(sitk.TranslationTransform(2, (1.0, 2.0)), "x.tfm")
 
 
-def matrix(line):
+def matrix(line, name="x.txt"):
     def write():
-        Path("x.txt").write_text(f"1 0 0 0\n0 1 0 0\n0 0 1 0\n{line}\n")
+        Path(name).write_text(f"1 0 0 0\n0 1 0 0\n0 0 1 0\n{line}\n")
 
     return write
 
@@ -140,6 +140,7 @@ FAILURES = {
     "text for a transform": (text("x.tfm"), f"{RESAMPLE} -t x.tfm", 1, "x.tfm: SimpleITK cannot"),
     "words for a matrix": (text("x.txt"), f"{RESAMPLE} -t x.txt", 1, "x.txt: is no 4 x 4 matrix"),
     "a projective matrix": (matrix("0 0 1 1"), f"{RESAMPLE} -t x.txt", 1, "the last row"),
+    "a matrix of FSL": (matrix("0 0 0 1", "x.mat"), f"{RESAMPLE} -t x.mat", 1, "as FSL writes it"),
     "a field of two": (a_field_of_two, f"{RESAMPLE} -t x.nrrd", 1, "x.nrrd: has 2 numbers a voxel"),
     "a spline": (a_spline, f"{RESAMPLE} -t x.tfm", 1, "TransformToDisplacementField"),
     "a flat transform": (a_flat_transform, f"{RESAMPLE} -t x.tfm", 1, "is a transform in 2-D"),
@@ -149,6 +150,7 @@ FAILURES = {
     "points of no space": (points("a,b,c"), "sample ct.nii.gz p.csv", 1, "must name the columns"),
     "points of words": (points("x,y,z", "1,2,up"), "sample ct.nii.gz p.csv", 1, "line 2 is"),
     "compared with nothing": (nothing, "compare ct.nii.gz y.nii", 1, "y.nii: there is no such"),
+    "a file for a folder": (nothing, "info ct.nii.gz/x", 1, "ct.nii.gz/x"),
     "stdin twice": (nothing, "compare - -", 2, "stdin is one of them"),
     "a negative tolerance": (
         nothing,

@@ -244,6 +244,24 @@ def test_what_an_nrrd_says_besides_is_kept(ct):
     assert sitk.ReadImage("y.nrrd").GetMetaData("Segment0_Name") == "liver"
 
 
+def test_a_series_in_an_nrrd_is_resized_volume_by_volume():
+    series = sitk.JoinSeries([sitk.GetImageFromArray(voxels((4, 5, 6), seed=n)) for n in range(3)])
+    sitk.WriteImage(series, "x.nrrd")
+    done("resize", "x.nrrd", "-o", "y.nii", "--scale", 2)
+    last = volux.Image(voxels((4, 5, 6), seed=2))
+    np.testing.assert_array_equal(loaded("y.nii")[1][..., 2], volux.resize(last, scale=2).array.T)
+
+
+def test_what_a_reader_mends_is_told():
+    data = bytearray(Path(save("x.nii")).read_bytes())
+    data[80:84] = np.array(-1.0, "<f4").tobytes()  # the spacing along i
+    Path("x.nii").write_bytes(data)
+    ended = run("info", "x.nii")
+    assert ended.code == 0
+    assert ended.err.startswith("volux: x.nii: pixdim[1,2,3] should be positive")
+    assert run("info", "x.nii", "--quiet").err == ""
+
+
 def few(name, **header):
     return save(name, voxels(dtype=np.int16) % 4, **header)
 

@@ -123,7 +123,18 @@ def test_displacement_fields_in_nifti_move_as_itk_reads_them(scan, intent):
     compared(resampled(scan, again), "--transform", "u.nii.gz")
 
 
-@pytest.mark.parametrize("suffix", [".txt", ".mat", ".csv"])
+@pytest.mark.parametrize("name", ["scaled", "rigid"])
+def test_affines_of_ants_move_as_in_itk(scan, name):
+    transform = LINEAR[name]()
+    affine = sitk.AffineTransform(3)
+    affine.SetMatrix(transform.GetMatrix())
+    affine.SetTranslation(transform.GetTranslation())
+    affine.SetCenter(transform.GetCenter())
+    sitk.WriteTransform(affine, "0GenericAffine.mat")  # in MATLAB's form, as ANTs writes it
+    compared(resampled(scan, transform), "--transform", "0GenericAffine.mat")
+
+
+@pytest.mark.parametrize("suffix", [".txt", ".csv"])
 def test_matrices_lead_from_output_to_input_in_ras(scan, suffix):
     linear = scaled()
     matrix = np.eye(4)

@@ -54,11 +54,15 @@ def parts_of(path: str) -> list[Transform]:
         raise Refusal(f"{path}: there is no such file; --transform needs one")
     with open(path, "rb") as file:
         begins = file.read(len(_ITKS_TEXT))
-    if suffix_of(path) in _ITKS or begins == _ITKS_TEXT:
+    suffix = suffix_of(path)
+    if suffix in _ITKS or begins == _ITKS_TEXT or (suffix == ".mat" and b"\0" in begins):
         return _itks(path)
-    if suffix_of(path) in (".txt", ".mat", ".csv"):
-        return [_text(path)]
-    return [_field(path)]
+    if suffix == ".mat":
+        raise Refusal(
+            f"{path}: is text, as FSL writes it, which counts in scaled voxels of two images; "
+            "convert it to a transform of ITK"
+        )
+    return [_text(path) if suffix in (".txt", ".csv") else _field(path)]
 
 
 def _itks(path: str) -> list[Transform]:
