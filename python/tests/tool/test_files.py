@@ -322,6 +322,16 @@ def test_slices_are_sorted_by_their_positions():
     )
 
 
+def test_what_a_slice_says_of_a_patient_goes_nowhere():
+    folder = slices([2.0])
+    image = sitk.ReadImage(f"{folder}/000.dcm")
+    image.SetMetaData("0010|0010", "Doe^Jane")
+    sitk.WriteImage(image, "one.dcm")
+    assert b"Doe^Jane" in Path("one.dcm").read_bytes()
+    done("convert", "one.dcm", "-o", "x.nrrd")
+    assert b"Doe" not in Path("x.nrrd").read_bytes()
+
+
 def test_a_missing_slice_is_refused():
     ended = run("info", slices([2.0, 4.0, 8.0, 10.0]))
     assert (ended.code, ended.out) == (1, "")

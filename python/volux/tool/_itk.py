@@ -69,7 +69,7 @@ def scan_of(path: str, found: Any, kind: str) -> Scan:
         header={
             key: found.GetMetaData(key)
             for key in found.GetMetaDataKeys()
-            if not key.startswith(_ITKS_KEYS)
+            if not key.startswith(_ITKS_KEYS) and "|" not in key  # tags of DICOM: the patient's
         },
     )
 
