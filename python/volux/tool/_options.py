@@ -52,9 +52,10 @@ def size(text: str, name: str) -> int:
     return int(float(match[1]) * units[match[2].lower()])
 
 
-def option(*names: str, text: str, metavar: str | None = None) -> Any:
-    """Return an option for Annotated; its help says the default in words."""
-    return typer.Option(*names, help=text, metavar=metavar, show_default=False)
+def option(*names: str, text: str, default: str | None = None, metavar: str | None = None) -> Any:
+    """Return an option for Annotated, with the words of its help."""
+    said = text if default is None else f"{text} [default: {default}]"
+    return typer.Option(*names, help=said, metavar=metavar, show_default=False)
 
 
 Input = Annotated[
@@ -65,28 +66,34 @@ Input = Annotated[
         show_default=False,
     ),
 ]
-Json = Annotated[bool, option("--json", text="Say it as JSON on stdout.")]
-Quiet = Annotated[bool, option("--quiet", "-q", text="Say nothing but errors.")]
+Json = Annotated[bool, option("--json", text="Print JSON on stdout.")]
+Quiet = Annotated[bool, option("--quiet", "-q", text="Print nothing but data and errors.")]
 Threads = Annotated[
-    int | None, option("--threads", text="How many work at most; the bits are the same.")
+    int | None,
+    option(
+        "--threads",
+        text="Threads at most; the result is the same with any number.",
+        default="all processors",
+    ),
 ]
 Spacing = Annotated[
-    str | None, option("--spacing", metavar="MM", text="Between voxels, such as 1 or 1,1,2.5.")
+    str | None,
+    option("--spacing", metavar="MM", text="Distance between voxels, such as 1 or 1,1,2.5."),
 ]
 Shape = Annotated[
-    str | None, option("--shape", metavar="N", text="How many voxels, such as 256,256,60.")
+    str | None, option("--shape", metavar="N", text="Number of voxels, such as 256,256,60.")
 ]
 Scale = Annotated[
     str | None,
-    option("--scale", metavar="FACTOR", text="2 is twice as many voxels along an axis."),
+    option("--scale", metavar="FACTOR", text="Factor; 2 gives twice as many voxels along an axis."),
 ]
 Align = Annotated[
     Literal["edges", "centres"],
-    option("--align", text="What stays: the field of view (edges, the default), or the centres."),
+    option("--align", text="What stays: the field of view, or the outer centres.", default="edges"),
 ]
 Output = Annotated[
     str,
-    option("--output", "-o", metavar="OUTPUT", text="The file to write; - is NIfTI on stdout."),
+    option("--output", "-o", metavar="OUTPUT", text="The file to write; - writes NIfTI to stdout."),
 ]
 
 
@@ -96,14 +103,18 @@ class Reading:
 
     interp: Annotated[
         Literal["nearest", "linear", "cubic", "label"] | None,
-        option("--interp", text="The kernel. Unless given: linear, and label for label maps."),
+        option("--interp", text="The kernel.", default="linear; label for label maps"),
     ] = None
     border: Annotated[
         Literal["edge", "constant"],
-        option("--border", text="What a kernel reads outside: the edge (default), or --fill."),
+        option(
+            "--border",
+            text="What a kernel reads outside the volume: its edge, or --fill.",
+            default="edge",
+        ),
     ] = "edge"
     fill: Annotated[
-        float, option("--fill", text="The value outside the field of view; 0 unless given.")
+        float, option("--fill", text="The value outside the field of view.", default="0")
     ] = 0.0
 
 
@@ -113,11 +124,20 @@ class Converting:
 
     dtype: Annotated[
         str | None,
-        option("--dtype", metavar="TYPE", text="Of the voxels, such as float32; as it is."),
+        option(
+            "--dtype",
+            metavar="TYPE",
+            text="Type of the voxels, such as float32.",
+            default="that of INPUT",
+        ),
     ] = None
     overflow: Annotated[
         Literal["saturate", "wrap"],
-        option("--overflow", text="Of numbers that the type cannot hold: saturate (default)."),
+        option(
+            "--overflow",
+            text="What becomes of numbers that the type cannot hold.",
+            default="saturate",
+        ),
     ] = "saturate"
 
 
@@ -127,11 +147,19 @@ class Filling(Converting):
 
     outside: Annotated[
         Literal["fill", "extend"] | None,
-        option("--outside", text="Beyond the field of view: --fill, or extend the edge."),
+        option(
+            "--outside",
+            text="Beyond the field of view: --fill, or the edge extended.",
+            default="extend for resize, else fill",
+        ),
     ] = None
     antialias: Annotated[
         Literal["none", "mean", "auto"] | None,
-        option("--antialias", text="Means where voxels become larger; auto: not for nearest."),
+        option(
+            "--antialias",
+            text="Means of samples where voxels become larger; auto does so except with nearest.",
+            default="auto for resize, else none",
+        ),
     ] = None
 
 
@@ -140,24 +168,32 @@ class Conduct:
     """Where the result goes, and what is said meanwhile."""
 
     output: Output = ""
-    force: Annotated[bool, option("--force", "-f", text="Replace an output that is there.")] = False
+    force: Annotated[bool, option("--force", "-f", text="Replace an output that exists.")] = False
     dry_run: Annotated[
-        bool, option("--dry-run", "-n", text="Say what would be done, and write nothing.")
+        bool, option("--dry-run", "-n", text="Print what would be done, and write nothing.")
     ] = False
     json: Json = False
     threads: Threads = None
     memory: Annotated[
         str | None,
-        option("--memory", metavar="SIZE", text="Refuse what needs more, such as 4GiB."),
+        option("--memory", metavar="SIZE", text="Refuse to need more memory, such as 4GiB."),
     ] = None
     quiet: Quiet = False
     progress: Annotated[
         Literal["auto", "plain", "none"],
-        option("--progress", text="A bar on a terminal, lines elsewhere (auto, the default)."),
+        option(
+            "--progress",
+            text="Show a bar on a terminal and lines elsewhere (auto), lines, or nothing.",
+            default="auto",
+        ),
     ] = "auto"
     sidecar: Annotated[
         bool,
-        option("--sidecar/--no-sidecar", text="Write OUTPUT's .json beside it, as by default."),
+        option(
+            "--sidecar/--no-sidecar",
+            text="Write a .json beside OUTPUT that says how it was made.",
+            default="--sidecar",
+        ),
     ] = True
 
 
@@ -167,44 +203,75 @@ class PlaneOptions:
 
     centre: Annotated[
         str | None,
-        option("--centre", metavar="X,Y,Z", text="The middle of the picture; the volume's own."),
+        option(
+            "--centre", metavar="X,Y,Z", text="Middle of the picture.", default="that of the volume"
+        ),
     ] = None
     normal: Annotated[
         str | None,
-        option("--normal", metavar="X,Y,Z", text="At right angles, away from who looks at it."),
+        option(
+            "--normal",
+            metavar="X,Y,Z",
+            text="Direction at right angles to the plane, away from the viewer.",
+        ),
     ] = None
     up: Annotated[
-        str | None, option("--up", metavar="X,Y,Z", text="Up in the picture; the head.")
+        str | None,
+        option(
+            "--up",
+            metavar="X,Y,Z",
+            text="Direction that is up in the picture.",
+            default="the head, or the front in axial planes",
+        ),
     ] = None
     through: Annotated[
         list[str] | None,
         option(
             "--through",
             metavar="X,Y,Z",
-            text="Thrice: the first pixel, where its row runs to, a side.",
+            text="Three points instead: the first pixel, one along its row, one further down.",
         ),
     ] = None
     shape: Annotated[
         str | None,
-        option("--shape", metavar="N", text="Columns and rows, such as 256,200; all there is."),
+        option(
+            "--shape",
+            metavar="N",
+            text="Columns and rows, such as 256,200.",
+            default="all of the volume",
+        ),
     ] = None
     spacing: Annotated[
         float | None,
-        option("--spacing", metavar="MM", text="Between pixels; the finest there is."),
+        option(
+            "--spacing",
+            metavar="MM",
+            text="Distance between pixels.",
+            default="the smallest of INPUT",
+        ),
     ] = None
     slab: Annotated[
-        int, option("--slab", metavar="N", text="So many planes become one picture; 1.")
+        int,
+        option(
+            "--slab", metavar="N", text="Number of planes that become one picture.", default="1"
+        ),
     ] = 1
     projection: Annotated[
         Literal["mean", "maximum", "minimum"],
-        option("--projection", text="How they become one: mean (default), or an extreme."),
+        option("--projection", text="How they become one.", default="mean"),
     ] = "mean"
     thickness: Annotated[
         float | None,
-        option("--thickness", metavar="MM", text="Of the slab, or between planes; --spacing."),
+        option(
+            "--thickness",
+            metavar="MM",
+            text="Thickness of the slab, and distance between planes.",
+            default="--spacing",
+        ),
     ] = None
     count: Annotated[
-        int, option("--count", metavar="N", text="So many planes along the normal; 1.")
+        int,
+        option("--count", metavar="N", text="Number of pictures along the normal.", default="1"),
     ] = 1
 
 

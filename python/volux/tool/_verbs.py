@@ -53,7 +53,7 @@ VERBS: dict[str, tuple[Callable[..., object], str]] = {}
 
 @app.callback(invoke_without_command=True)
 def _every(
-    version: Annotated[bool, option("--version", text="Say the version.")] = False,
+    version: Annotated[bool, option("--version", text="Print the version.")] = False,
 ) -> None:
     if version:
         from volux.tool._version import version as installed
@@ -104,7 +104,7 @@ def _listed() -> None:
 
 @verb("volux info ct.nii.gz")
 def info(file: Input, json: Json = False, quiet: Quiet = False) -> int:
-    """Say what a file holds: extents, spacing, place, type and range.
+    """Print what a file holds: extents, spacing, place, type and range.
 
     Lengths are in mm along i, j and k, the file's own index order; places are (x, y, z), RAS+.
     """
@@ -115,9 +115,10 @@ def info(file: Input, json: Json = False, quiet: Quiet = False) -> int:
 
 @verb("volux digest ct.nii.gz")
 def digest(file: Input, json: Json = False, quiet: Quiet = False) -> int:
-    """Say the SHA-256 of the decoded voxels and their place.
+    """Print the SHA-256 of the decoded voxels and their place.
 
-    It is the same for the same volume in every format that holds it, and on every machine.
+    The same values of the same type in the same place have the same digest, whatever file holds
+    them and on every machine.
     """
     from volux.tool import _looking
 
@@ -156,7 +157,7 @@ def resize(
     return _sizes.resize(file, (spacing, shape, scale, align), reading, filling, conduct)
 
 
-@verb("volux resample pet.nii.gz -o pet_on_ct.nii.gz --like ct.nii.gz --transform to_pet.tfm")
+@verb("volux resample pet.nii.gz -o on_ct.nii.gz --like ct.nii.gz -t to_pet.tfm")
 def resample(
     file: Input,
     reading: Reading,
@@ -165,7 +166,9 @@ def resample(
     *,
     like: Annotated[
         str | None,
-        option("--like", metavar="FILE", text="A file whose grid the result has; INPUT's."),
+        option(
+            "--like", metavar="FILE", text="A file whose grid the result gets.", default="INPUT"
+        ),
     ] = None,
     transform: Annotated[
         list[str] | None,
@@ -173,7 +176,7 @@ def resample(
             "--transform",
             "-t",
             metavar="FILE",
-            text="ITK's .tfm or .h5, 4 x 4 text in RAS+, or a displacement field.",
+            text="A transform of ITK, a 4 x 4 matrix as text in RAS+, or a displacement field.",
         ),
     ] = None,
 ) -> int:
@@ -195,12 +198,13 @@ def crop(
     *,
     box: Annotated[
         str,
-        option("--box", metavar="I,J,K", text="Ranges of voxels; the end is not within."),
+        option("--box", metavar="I,J,K", text="Ranges of voxels along i, j and k."),
     ],
 ) -> int:
     """Cut a box of voxels out of a volume; what is left keeps its place.
 
-    A range is FIRST:END, counted from 0; negative numbers count from the end, and : is all.
+    A range is FIRST:END, counted from 0 and without END itself; negative numbers count from the
+    end, and : is all.
     """
     from volux.tool import _places
 
@@ -228,9 +232,10 @@ def sample(
     reading: Reading,
     *,
     output: Annotated[
-        str, option("--output", "-o", metavar="OUTPUT", text="A CSV file; stdout.")
+        str,
+        option("--output", "-o", metavar="OUTPUT", text="The CSV file to write.", default="stdout"),
     ] = "",
-    force: Annotated[bool, option("--force", "-f", text="Replace the output.")] = False,
+    force: Annotated[bool, option("--force", "-f", text="Replace an output that exists.")] = False,
     threads: Threads = None,
     quiet: Quiet = False,
 ) -> int:
@@ -253,15 +258,15 @@ def compare(
     other: Annotated[str, typer.Argument(metavar="OTHER", help="Another file.")],
     *,
     tolerance: Annotated[
-        float, option("--tolerance", text="How far values may be apart; 0.")
+        float, option("--tolerance", text="How far values may be apart.", default="0")
     ] = 0.0,
     tolerance_mm: Annotated[
-        float, option("--tolerance-mm", text="How far corners may be apart, in mm; 0.")
+        float, option("--tolerance-mm", text="How far corners may be apart, in mm.", default="0")
     ] = 0.0,
     json: Json = False,
     quiet: Quiet = False,
 ) -> int:
-    """Say how two volumes differ, and exit 1 if they do.
+    """Print how two volumes differ, and exit 1 if they do.
 
     Extents are compared first, then where the corners lie, then the values, all of them as the
     files scale them. Types and formats do not count.
@@ -274,13 +279,13 @@ def compare(
 @verb("volux completion bash")
 def completion(
     shell: Annotated[
-        Literal["bash", "zsh", "fish"], typer.Argument(metavar="SHELL", help="bash, zsh or fish.")
+        Literal["bash", "zsh", "fish"], typer.Argument(metavar="SHELL", help="The shell.")
     ],
 ) -> int:
     """Print the script that completes commands in a shell.
 
-    For bash and zsh, put eval "$(volux completion bash)" into .bashrc, or the same with zsh into
-    .zshrc; for fish, volux completion fish | source into config.fish.
+    For bash, put eval "$(volux completion bash)" into ~/.bashrc, and likewise for zsh; for fish,
+    put volux completion fish | source into config.fish.
     """
     from volux.tool._completion import script
 
