@@ -173,6 +173,11 @@ def test_a_full_stdout_is_told(ct):
     assert b"No space left" in ran.stderr
 
 
+def test_a_closed_stdout_is_no_reason_for_a_traceback(ct):
+    ran = subprocess.run(["sh", "-c", f"{' '.join(PROGRAM)} info {ct} >&-"], capture_output=True)
+    assert ran.stderr == b""
+
+
 def test_a_reader_that_goes_away_is_no_reason_for_words(ct):
     reading, writing = os.pipe()
     os.close(reading)
@@ -261,7 +266,7 @@ def test_the_sidecar_says_what_a_result_was_made_of(ct):
     assert said["SpatialReference"] == "ct.nii.gz"
     assert said["Resolution"] == "1 x 1 x 2 mm, 12 x 12 x 12 voxels"
     assert said["Options"]["spacing"] == "1,1,2"
-    for name, found in (("x.nii.gz", said["OutputDigest"]), (ct, said["InputDigests"][ct])):
+    for name, found in (("x.nii.gz", said["OutputDigest"]), (ct, said["InputDigests"][0])):
         assert done("digest", name).split()[0] == found
 
 

@@ -151,6 +151,7 @@ FAILURES = {
     "points of words": (points("x,y,z", "1,2,up"), "sample ct.nii.gz p.csv", 1, "line 2 is"),
     "compared with nothing": (nothing, "compare ct.nii.gz y.nii", 1, "y.nii: there is no such"),
     "a file for a folder": (nothing, "info ct.nii.gz/x", 1, "ct.nii.gz/x"),
+    "stdin for two": (nothing, "resample - -o x.nii --like -", 2, "stdin is one of them"),
     "stdin twice": (nothing, "compare - -", 2, "stdin is one of them"),
     "a negative tolerance": (
         nothing,

@@ -322,6 +322,13 @@ def test_slices_are_sorted_by_their_positions():
     )
 
 
+def test_a_series_gives_its_grid_to_others(ct):
+    slices([8.0, 2.0, 6.0, 4.0])
+    done("resample", ct, "-o", "x.nii.gz", "--like", "series")
+    image, values = loaded("x.nii.gz")
+    assert (values.shape, image.affine[2, 3]) == ((5, 6, 4), 2.0)
+
+
 def test_what_a_slice_says_of_a_patient_goes_nowhere():
     folder = slices([2.0])
     image = sitk.ReadImage(f"{folder}/000.dcm")

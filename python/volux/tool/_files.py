@@ -99,12 +99,8 @@ def read(path: str) -> Scan:
 
 
 def grid_of(path: str) -> Grid:
-    """Return where the voxels of a file lie, without reading them where that can be."""
-    if path == STREAM:
-        return read(path).stored.grid
+    """Return where the voxels of a file lie, without reading them."""
     _refuse_missing(path)
-    if Path(path).is_dir():
-        return read(path).stored.grid
     if suffix_of(path) in NIBABELS:
         from volux.tool import _nifti
 

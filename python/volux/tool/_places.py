@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 from dataclasses import asdict
+from pathlib import Path
 from typing import Any
 
 import numpy as np
@@ -12,7 +13,7 @@ from volux import Affine, Grid, Image
 from volux._displacement import Transform
 from volux.tool import _planes, _transforms
 from volux.tool._errors import Misuse
-from volux.tool._files import Scan, grid_of
+from volux.tool._files import STREAM, Scan, grid_of
 from volux.tool._making import Task, converted, finish, keywords, planned
 from volux.tool._options import Conduct, Converting, Filling, PlaneOptions, Reading
 from volux.tool._plan import aliasing, factors_of
@@ -29,12 +30,14 @@ def resample(
     like, transforms = target
     if like is None and not transforms:
         raise Misuse("give --like, --transform or both: they say where the result lies")
+    if file == like == STREAM:
+        raise Misuse("INPUT and --like are both -; stdin is one of them at most")
     options = {"like": like, "transform": transforms, **asdict(reading), **asdict(filling)}
     inputs = (file, *([like] if like else []), *transforms)
     task = Task("resample", inputs, options, conduct).checked()
     scan = task.read(file)
     given = keywords(task, scan, reading, filling)
-    grid = scan.stored.grid if like is None else grid_of(like)
+    grid = scan.stored.grid if like is None else _grid_like(task, like)
     transform = _transforms.read(transforms, grid)
     plan = planned(task, scan, grid, filling, **_known(scan, grid, transform, given, filling))
     given["transform"] = transform
@@ -45,6 +48,12 @@ def resample(
             scan, volux.resample(scan.stored, grid, **given, progress=told), filling
         ),
     )
+
+
+def _grid_like(task: Task, like: str) -> Grid:
+    if like == STREAM or Path(like).is_dir():  # there is no header to look at alone
+        return task.read(like).stored.grid
+    return grid_of(like)
 
 
 def _known(

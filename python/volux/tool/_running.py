@@ -22,7 +22,7 @@ def run(given: list[str]) -> int:
         with _interruptible(), warnings.catch_warnings():
             warnings.showwarning = _warn
             code = _run(given)
-        sys.stdout.flush()
+        print(end="", flush=True)  # what cannot be written any more is told now
     except Refusal as refusal:
         say(refusal)
         return refusal.code

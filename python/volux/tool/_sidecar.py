@@ -40,7 +40,7 @@ def facts(task: Task, result: Scan, written: Path) -> dict[str, Any]:
             for key, value in task.options.items()
             if value not in (None, [])
         },
-        "InputDigests": {Path(path).name: _digest(task, path) for path in task.inputs},
+        "InputDigests": [_digest(task, path) for path in task.inputs],
         "OutputDigest": volux.digest(image),
     }
 
