@@ -1,5 +1,6 @@
 """Transforms of files, each beside what the tool that wrote it makes of it."""
 
+import json
 from pathlib import Path
 
 import numpy as np
@@ -200,3 +201,19 @@ def test_a_transform_is_never_the_output(ct):
     sitk.WriteTransform(rigid(), "t.h5")
     ended = run("resample", ct, "-o", "t.h5", "--transform", "t.h5", "--force")
     assert (ended.code, "t.h5: is an input" in ended.err) == (2, True)
+
+
+def test_under_a_field_the_plan_does_not_guess_what_lies_outside(scan):
+    sitk.WriteImage(field(scan), "u.nrrd")
+    typed = ("resample", "scan.nrrd", "--transform", "u.nrrd", "--dry-run")
+    assert json.loads(done(*typed, "--json"))["outside"] is None
+    assert "unknown under a field" in done(*typed)
+
+
+def test_through_an_affine_the_plan_says_what_lies_outside(ct):
+    matrix = np.eye(4)
+    matrix[0, 3] = -6.0  # half of the twelve voxels of 1 mm along x
+    np.savetxt("m.txt", matrix)
+    plan = json.loads(done("resample", ct, "--transform", "m.txt", "--dry-run", "--json"))
+    assert plan["outside"] == pytest.approx(0.5, abs=0.05)
+    np.testing.assert_allclose(plan["factors"], 1.0, rtol=1e-6)
