@@ -1,0 +1,1 @@
+"""The command `volux`: volumes in files, resampled with the bits of the package."""

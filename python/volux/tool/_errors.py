@@ -1,0 +1,43 @@
+"""What a user is told when something cannot be done: one line, and an exit code."""
+
+from __future__ import annotations
+
+import sys
+from importlib import import_module
+from typing import Any
+
+SUCCESS = 0
+FAILURE = 1
+MISUSE = 2
+INTERRUPTED = 130
+
+# The extra of the package that brings what only the tool needs.
+INSTALL = "pip install 'volux[tool]'"
+
+
+class Refusal(Exception):  # noqa: N818 - what it says is an answer as often as an error
+    """One line: what, which file, what was found, what to do."""
+
+    code = FAILURE
+
+
+class Misuse(Refusal):
+    """One line about options that do not go together, or whose values are not allowed."""
+
+    code = MISUSE
+
+
+def say(text: object) -> None:
+    """Write one line to stderr."""
+    line = " ".join(str(text).split())
+    print(f"volux: {line}", file=sys.stderr, flush=True)
+
+
+def needed(module: str) -> Any:
+    """Import what the extra brings, or say what to install."""
+    try:
+        return import_module(module)
+    except ModuleNotFoundError as error:
+        if error.name != module.partition(".")[0]:
+            raise
+        raise Refusal(f"the package {error.name} is not installed: {INSTALL}") from None

@@ -1,0 +1,130 @@
+"""Files that SimpleITK reads and writes: NRRD, MetaImage and the rest."""
+
+from __future__ import annotations
+
+from pathlib import Path
+from typing import Any
+
+import numpy as np
+
+from volux import Grid, Image
+from volux._sitk import turned
+from volux._types import Array, Matrix
+from volux.tool._errors import Refusal, needed
+from volux.tool._files import (
+    Scan,
+    image_of,
+    in_file_type,
+    is_segmentation,
+    placed_grid,
+    suffix_of,
+)
+
+# What SimpleITK raises: the second one where the text of the first is not readable.
+FAULTS = (RuntimeError, UnicodeDecodeError)
+
+# Keys of ITK's own, which it writes anew.
+_ITKS_KEYS = ("ITK_", "NRRD_")
+
+
+def sitk() -> Any:
+    """Return SimpleITK, which writes nothing to the terminal itself."""
+    module = needed("SimpleITK")
+    module.ProcessObject.SetGlobalWarningDisplay(False)
+    return module
+
+
+def read(path: str) -> Scan:
+    """Read a file by SimpleITK."""
+    module = sitk()
+    try:
+        found = module.ReadImage(path)
+    except FAULTS as error:
+        raise Refusal(f"{path}: SimpleITK cannot read it: {reason(error)}") from None
+    return scan_of(path, found, suffix_of(path).lstrip(".") or "unknown")
+
+
+def grid_of(path: str) -> Grid:
+    """Return where the voxels of a file lie."""
+    reader = sitk().ImageFileReader()
+    reader.SetFileName(path)
+    try:
+        reader.ReadImageInformation()
+    except FAULTS as error:
+        raise Refusal(f"{path}: SimpleITK cannot read it: {reason(error)}") from None
+    return placed_grid(path, reader.GetSize(), _affine(reader))
+
+
+def scan_of(path: str, found: Any, kind: str) -> Scan:
+    """Return what SimpleITK has read."""
+    array, affine = _numbers(path, found)
+    image, tail = image_of(path, array, affine)
+    return Scan(
+        path=path,
+        stored=image,
+        file_type=array.dtype,
+        kind=kind,
+        labels=is_segmentation(path),
+        tail=tail,
+        header={
+            key: found.GetMetaData(key)
+            for key in found.GetMetaDataKeys()
+            if not key.startswith(_ITKS_KEYS) and "|" not in key  # tags of DICOM: the patient's
+        },
+    )
+
+
+def _numbers(path: str, found: Any) -> tuple[Array, Matrix]:
+    module = sitk()
+    dimensions = found.GetDimension()
+    if dimensions not in (2, 3, 4) or "complex" in found.GetPixelIDTypeAsString():
+        what = f"{dimensions}-D of {found.GetPixelIDTypeAsString()}"
+        raise Refusal(f"{path}: is {what}; allowed are volumes of real numbers, and series of them")
+    array = module.GetArrayViewFromImage(found)
+    axes = tuple(range(dimensions))[::-1]
+    channels = (dimensions,) if array.ndim > dimensions else ()
+    return np.asarray(array.transpose(*axes, *channels)).copy(order="K"), _affine(found)
+
+
+def _affine(found: Any) -> Matrix:
+    dimensions = found.GetDimension()
+    few = min(dimensions, 3)
+    affine = np.eye(4)
+    directions = np.reshape(found.GetDirection(), (dimensions, dimensions))[:few, :few]
+    affine[:few, :few] = directions * found.GetSpacing()[:few]
+    affine[:few, 3] = found.GetOrigin()[:few]
+    return turned(affine)
+
+
+def write(scan: Scan, path: Path) -> None:
+    """Write a file by SimpleITK."""
+    module = sitk()
+    image = _image(scan)
+    for key, value in (scan.header if isinstance(scan.header, dict) else {}).items():
+        image.SetMetaData(key, value)
+    try:
+        module.WriteImage(image, str(path))
+    except FAULTS as error:
+        said = reason(error)
+        raise Refusal(
+            f"{path.name}: SimpleITK cannot write it: {said}; .nii.gz holds all"
+        ) from None
+
+
+def _image(scan: Scan) -> Any:
+    decoded = scan.made(scan.image, file_type=scan.image.array.dtype) if scan.is_scaled else scan
+    array = in_file_type(decoded)
+    array = array.reshape((*array.shape[:3], -1), order="F") if scan.tail else array
+    place = Image(np.broadcast_to(np.uint8(0), array.shape[:3]), scan.stored.affine, axes="xyz")
+    pattern = place.to_sitk()
+    axes = (2, 1, 0, 3)[: array.ndim]
+    image = sitk().GetImageFromArray(array.transpose(axes), isVector=array.ndim == 4)
+    image.CopyInformation(pattern)
+    return image
+
+
+def reason(error: Exception) -> str:
+    """Return the sentence of an exception of ITK's that says why."""
+    lines = [line.strip() for line in str(error).splitlines() if line.strip()]
+    said = lines[-1] if lines else type(error).__name__
+    return said.removeprefix("sitk::ERROR:").strip().rstrip(".")
