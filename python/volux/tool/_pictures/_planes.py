@@ -61,8 +61,13 @@ def _tile(
     plane: Plane,
 ) -> Tile:
     # The planes end where the volume does, but for a part of a pixel.
-    how: FillingOptions = {"antialias": "auto", "outside": "extend", "dtype": "float64"}
-    seen = reslice(image, plane, interpolation=interpolation, **how)
+    how: FillingOptions = {
+        "interpolation": interpolation,
+        "antialias": "auto",
+        "outside": "extend",
+        "dtype": "float64",
+    }
+    seen = reslice(image, plane, **how)
     greys = window.greys(seen.array[0])
     named = np.zeros((1, 1)) if labels is None else _named(labels, plane)
     return Tile(coloured(greys, named), f"{name}, {_position(plane)}", letters_of(plane))
