@@ -1,0 +1,1 @@
+"""Pictures of volumes: planes cut by volux.reslice, greys, labels in colour and what is said."""
