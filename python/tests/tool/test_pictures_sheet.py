@@ -9,7 +9,7 @@ from volux.tool._pictures._marks import Letters
 
 pytest.importorskip("PIL")
 
-from volux.tool._pictures._planes import planes
+from volux.tool._pictures._planes import Look, montage, oblique, three
 from volux.tool._pictures._sheet import _BAR, _INK, _MARGIN, _PAPER, Tile, sheet
 
 BRIGHT = np.full((60, 100, 3), 200, np.uint8)
@@ -54,8 +54,52 @@ def test_paper_is_between_two_pictures():
 def test_labels_are_at_their_voxels_and_the_picture_is_the_same_twice():
     image = volux.Image(np.full((8, 8, 8), 50, np.int16))
     labels = volux.Image((np.indices((8, 8, 8))[0] >= 4) * np.uint8(5))  # the upper half
-    made = [planes(image, Window(50, 2), size=80, labels=labels) for _ in range(2)]
+    made = [three(image, Look(Window(50, 2), labels), (3.5, 3.5, 3.5), 80) for _ in range(2)]
     assert made[0].tobytes() == made[1].tobytes()
     mixed = np.floor(0.55 * 128 + 0.45 * np.array(colour_of(5)) + 0.5)
     coronal, sagittal = 80, 80
     assert (np.asarray(made[0]) == mixed).all(axis=2).sum() >= (coronal + sagittal) * 40
+
+
+def greys_of(made, least=60):
+    """Which greys fill at least so many pixels; what the margins have is not among them."""
+    pixels = np.asarray(made).astype(int)
+    greys, counts = np.unique(pixels[np.ptp(pixels, axis=2) == 0][:, 0], return_counts=True)
+    return set(greys[counts >= least].tolist()) - {_INK[0]}
+
+
+def corner_of(made, grey):
+    """The row and the column of the first of 20 pixels of a grey side by side."""
+    same = (np.asarray(made) == grey).all(axis=2)
+    beside = np.lib.stride_tricks.sliding_window_view(same, 20, axis=1).all(axis=2)
+    return tuple(np.argwhere(beside)[0].tolist())
+
+
+@pytest.mark.parametrize("count", [1, 5, 6, 12])
+def test_a_montage_shows_each_plane_once_from_the_feet_up(count):
+    steps = np.arange(1, 61, dtype=np.uint8)
+    image = volux.Image(np.broadcast_to(steps, (20, 20, 60)))
+    made = montage(image, Look(Window(127.5, 255)), count, size=60)
+    shown = [int((k + 0.5) / count * 60) + 1 for k in range(count)]
+    assert [runs(made, grey).count(20) for grey in shown] == [20] * count
+    corners = [corner_of(made, grey) for grey in shown]
+    assert corners == sorted(corners)
+
+
+def test_what_is_outside_an_oblique_plane_is_black():
+    image = volux.Image(np.full((9, 9, 9), 100, np.int16))
+    place = (4.0, 4.0, 4.0), (1.0, 1.0, 1.0), (0.0, 0.0, 1.0)
+    assert greys_of(oblique(image, Look(Window(101, 20)), place, size=60)) == {0, 115}
+
+
+@pytest.mark.parametrize(
+    ("projection", "greys"),
+    [("maximum", {100, 200}), ("minimum", {50, 100}), ("mean", {94, 100, 113})],
+)
+def test_a_slab_becomes_one_picture(projection, greys):
+    voxels = np.full((8, 8, 8), 100, np.uint8)
+    voxels[2, 2, 2], voxels[5, 5, 5] = 200, 50  # 100 pixels each
+    place = (3.5, 3.5, 3.5), (0.0, 0.0, 1.0), (0.0, 1.0, 0.0)
+    look = Look(Window(127.5, 255), interpolation="nearest")
+    how = {"thickness": 8.0, "projection": projection, "size": 80}
+    assert greys_of(oblique(volux.Image(voxels), look, place, **how)) == greys

@@ -39,8 +39,8 @@ def _plane(where: PlaneOptions, image: Image) -> Plane:
     if where.normal is None:
         raise Misuse("give --normal, or --through three times: they say where the plane lies")
     normal = numbers(where.normal, "--normal")
-    centre = _middle(image) if where.centre is None else numbers(where.centre, "--centre")
-    up = _up(normal) if where.up is None else numbers(where.up, "--up")
+    centre = middle_of(image) if where.centre is None else numbers(where.centre, "--centre")
+    up = upwards(normal) if where.up is None else numbers(where.up, "--up")
     return _sized(where, image, lambda shape: Plane(centre, normal, up, shape, spacing))
 
 
@@ -74,12 +74,13 @@ def _corners(image: Image) -> Matrix:
     return corners
 
 
-def _middle(image: Image) -> Floats:
+def middle_of(image: Image) -> Floats:
+    """Return the middle of a volume in the world."""
     x, y, z = _corners(image).mean(axis=0)[:3].tolist()
     return x, y, z
 
 
-def _up(normal: Floats) -> Floats:
+def upwards(normal: Floats) -> Floats:
     """Return what is up unless somebody says it: the head, or the front seen from there."""
     steep = abs(normal[2]) > 0.9 * float(np.linalg.norm(normal))
     return _FRONT if steep else _HEAD

@@ -2,41 +2,71 @@
 
 from __future__ import annotations
 
+from typing import TYPE_CHECKING, Any
+
 import numpy as np
 
 from volux import Image
 from volux.tool._errors import SUCCESS, Misuse, needed, say
 from volux.tool._files import Scan, read
+from volux.tool._options import numbers
 from volux.tool._output import placed, refuse
 from volux.tool._pictures._grey import Window, window_of
+from volux.tool._planes import middle_of, upwards
+
+if TYPE_CHECKING:
+    from volux.tool._view import Shown
 
 
-def view(
-    file: str,
-    output: str,
-    window: str | None,
-    labels: str | None,
-    size: int,
-    *,
-    force: bool,
-    quiet: bool,
-) -> int:
-    """Write the picture of three planes."""
+def view(file: str, output: str, shown: Shown, *, force: bool, quiet: bool) -> int:
+    """Write a picture of a volume."""
     needed("PIL")
-    from volux.tool._pictures._planes import planes
-
     if not output.lower().endswith(".png"):
         raise Misuse(f"--output {output}: must end in .png")
-    if not 16 <= size <= 8192:
-        raise Misuse(f"--size {size}: must be 16 to 8192")
-    greys = None if window is None else _window(window)
-    refuse(output, [file, labels] if labels else [file], force=force)
+    _check(shown)
+    given = None if shown.window is None else _window(shown.window)
+    refuse(output, [file, shown.labels] if shown.labels else [file], force=force)
     image = _first(read(file), quiet)
-    named = None if labels is None else _named(labels, quiet)
-    made = planes(image, greys or window_of(image.array), size=size, labels=named)
+    window = given or window_of(image.array)
+    named = None if shown.labels is None else _named(shown.labels, quiet)
+    made = _picture(image, window, named, shown)
     with placed(output) as path:
         made.save(path, format="PNG")
+    if not quiet:
+        say(f"{output}: {made.width} x {made.height} pixels written")
     return SUCCESS
+
+
+def _check(shown: Shown) -> None:
+    """Refuse options that do not go together, or whose values are not allowed."""
+    if shown.size is not None and not 16 <= shown.size <= 8192:
+        raise Misuse(f"--size {shown.size}: must be 16 to 8192")
+    if shown.montage is not None and not 1 <= shown.montage <= 400:
+        raise Misuse(f"--montage {shown.montage}: must be 1 to 400")
+    if shown.slab is not None and not 0 < shown.slab < float("inf"):
+        raise Misuse(f"--slab {shown.slab:g}: must be above 0")
+    if shown.normal is None and (shown.up is not None or shown.slab is not None):
+        raise Misuse("--up and --slab go with --normal, which says where the plane lies")
+    if shown.montage is not None and (shown.normal is not None or shown.centre is not None):
+        raise Misuse("--montage takes all the volume; leave out --centre and --normal")
+
+
+def _picture(image: Image, window: Window, labels: Image | None, shown: Shown) -> Any:
+    from volux.tool._pictures._planes import Look, montage, oblique, three
+
+    look = Look(window, labels)
+    if shown.montage is not None:
+        return montage(image, look, shown.montage, shown.size or 200)
+    centre = middle_of(image) if shown.centre is None else numbers(shown.centre, "--centre")
+    if shown.normal is None:
+        return three(image, look, centre, shown.size or 400)
+    normal = numbers(shown.normal, "--normal")
+    up = upwards(normal) if shown.up is None else numbers(shown.up, "--up")
+    how: dict[str, Any] = {"thickness": shown.slab or 0.0, "projection": shown.projection}
+    try:
+        return oblique(image, look, (centre, normal, up), size=shown.size or 400, **how)
+    except ValueError as error:
+        raise Misuse(f"the plane: {error}") from None
 
 
 def _window(text: str) -> Window:
