@@ -13,7 +13,7 @@ from volux._grid import Grid
 from volux._image import Image
 from volux._keywords import FILLING, takes
 from volux._reading import reading
-from volux._route import Route, route
+from volux._route import SKIPPING, Route, route
 from volux._subject import Result, Subject, result
 from volux._types import (
     Array,
@@ -25,9 +25,6 @@ from volux._words import one_of
 
 if TYPE_CHECKING:
     from typing_extensions import Unpack
-
-# A step that exceeds a whole number of voxels by less counts as that number, as in the library.
-_TWO = 2.0 * (1.0 - 2.0**-20)
 
 
 class AliasingWarning(UserWarning):
@@ -149,7 +146,7 @@ def _grid_like(source: Subject, like: object) -> Grid:
 
 def _warn_of_aliasing(way: Route) -> None:
     longest = way.longest_step()
-    if longest >= _TWO:
+    if longest >= SKIPPING:
         warnings.warn(
             f"voxels of the result are as long as {longest:.3g} of the image, and detail between "
             "them is skipped: antialias='mean' takes means, antialias=None says that this is meant",

@@ -14,6 +14,10 @@ from volux._types import Ints, Matrix
 
 _INDEX_SPACE = np.eye(4)
 
+# Voxels of a result that are as long, in voxels of what is read, skip detail. A step that exceeds a
+# whole number by less counts as that number, as in the library.
+SKIPPING = 2.0 * (1.0 - 2.0**-20)
+
 
 class Route(NamedTuple):
     """From voxels of one grid to voxels of another, both of which name their axes."""

@@ -92,6 +92,14 @@ def test_what_is_outside_an_oblique_plane_is_black():
     assert greys_of(oblique(image, Look(Window(101, 20)), place, size=60)) == {0, 115}
 
 
+@pytest.mark.parametrize("projection", ["mean", "maximum"])
+def test_what_is_outside_a_slab_does_not_count(projection):
+    image = volux.Image(np.full((9, 9, 9), 100, np.int16))
+    place = (4.0, 4.0, 4.0), (1.0, 1.0, 1.0), (0.0, 0.0, 1.0)
+    made = oblique(image, Look(Window(101, 20)), place, thickness=6.0, projection=projection)
+    assert greys_of(made) == {0, 115}
+
+
 @pytest.mark.parametrize(
     ("projection", "greys"),
     [("maximum", {100, 200}), ("minimum", {50, 100}), ("mean", {94, 100, 113})],

@@ -9,8 +9,8 @@ from typing import Any
 import numpy as np
 
 from volux._types import Array
-from volux.tool._errors import FAILURE, SUCCESS, Misuse, say
-from volux.tool._files import STREAM, Scan, read
+from volux.tool._errors import FAILURE, SUCCESS, Misuse
+from volux.tool._files import STREAM, Scan, read_aloud
 
 
 def compare(
@@ -22,10 +22,7 @@ def compare(
         raise Misuse("both files are -; stdin is one of them at most")
     if not (tolerance >= 0 and tolerance_mm >= 0):
         raise Misuse("--tolerance and --tolerance-mm must be 0 or above")
-    one, other = map(read, files)
-    for scan in () if quiet else (one, other):
-        for note in scan.notes:
-            say(f"{scan.path}: {note}")
+    one, other = (read_aloud(file, quiet=quiet) for file in files)
     facts = differences(one, other, tolerance)
     apart = facts["corners_mm"]
     is_equal = not (facts["different"] or apart is None or apart > tolerance_mm)

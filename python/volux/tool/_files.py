@@ -13,7 +13,7 @@ import numpy as np
 from volux import Grid, Image
 from volux._arrays import SERVED
 from volux._types import Array, Matrix
-from volux.tool._errors import Refusal
+from volux.tool._errors import Refusal, say
 
 NIBABELS = (".nii", ".nii.gz", ".hdr", ".img", ".img.gz", ".mgh", ".mgz")
 STREAM = "-"
@@ -96,6 +96,14 @@ def read(path: str) -> Scan:
     from volux.tool import _itk
 
     return _itk.read(path)
+
+
+def read_aloud(path: str, *, quiet: bool) -> Scan:
+    """Read a file, and say what the user should know about it."""
+    scan = read(path)
+    for note in () if quiet else scan.notes:
+        say(f"{path}: {note}")
+    return scan
 
 
 def grid_of(path: str) -> Grid:

@@ -9,16 +9,16 @@ import numpy as np
 
 import volux
 from volux._types import Matrix
-from volux.tool._errors import SUCCESS, say
-from volux.tool._files import Scan, read
+from volux.tool._errors import SUCCESS
+from volux.tool._files import Scan, read_aloud
 
-_LETTERS = (("L", "R"), ("P", "A"), ("I", "S"))
+# The sides of the patient in the order of the world's axes, from negative to positive.
+SIDES = (("L", "R"), ("P", "A"), ("I", "S"))
 
 
 def info(file: str, *, as_json: bool, quiet: bool) -> int:
     """Say what a file holds."""
-    scan = read(file)
-    _say_notes(scan, quiet)
+    scan = read_aloud(file, quiet=quiet)
     facts = facts_of(scan)
     print(json.dumps(facts, indent=2) if as_json else _table(facts))
     return SUCCESS
@@ -26,8 +26,7 @@ def info(file: str, *, as_json: bool, quiet: bool) -> int:
 
 def digest(file: str, *, as_json: bool, quiet: bool) -> int:
     """Say the digest of the values of a file and of their place."""
-    scan = read(file)
-    _say_notes(scan, quiet)
+    scan = read_aloud(file, quiet=quiet)
     found = digest_of(scan)
     print(json.dumps({"file": file, "sha256": found}) if as_json else f"{found}  {file}")
     return SUCCESS
@@ -36,11 +35,6 @@ def digest(file: str, *, as_json: bool, quiet: bool) -> int:
 def digest_of(scan: Scan) -> str:
     """Return the digest of the values, whatever types and scales the file holds them by."""
     return volux.digest(scan.image)
-
-
-def _say_notes(scan: Scan, quiet: bool) -> None:
-    for note in () if quiet else scan.notes:
-        say(f"{scan.path}: {note}")
 
 
 def facts_of(scan: Scan) -> dict[str, Any]:
@@ -78,7 +72,7 @@ def orientation(affine: Matrix) -> str:
     """Return where i, j and k run to, such as RAS."""
     directions = affine[:3, :3] / np.linalg.norm(affine[:3, :3], axis=0)
     places = np.argmax(abs(directions), axis=0).tolist()
-    return "".join(_LETTERS[at][int(directions[at, axis] > 0)] for axis, at in enumerate(places))
+    return "".join(SIDES[at][int(directions[at, axis] > 0)] for axis, at in enumerate(places))
 
 
 def _table(facts: dict[str, Any]) -> str:

@@ -17,7 +17,7 @@ from volux import Grid, Image
 from volux._types import Array
 from volux.tool import _sidecar
 from volux.tool._errors import SUCCESS, Misuse, Refusal, say
-from volux.tool._files import STREAM, Scan, read, write, write_stream
+from volux.tool._files import STREAM, Scan, read_aloud, write, write_stream
 from volux.tool._memory import Amount, predicted
 from volux.tool._options import Conduct, Converting, Filling, Reading, size
 from volux.tool._output import placed, refuse
@@ -68,9 +68,7 @@ class Task:
 
     def read(self, path: str) -> Scan:
         """Read an input, and say what the user should know about it."""
-        scan = self.scans[path] = read(path)
-        for note in scan.notes:
-            self.tell(f"{path}: {note}")
+        scan = self.scans[path] = read_aloud(path, quiet=self.conduct.quiet)
         return scan
 
     def tell(self, words: str) -> None:

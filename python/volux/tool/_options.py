@@ -97,6 +97,30 @@ Output = Annotated[
 ]
 
 
+Force = Annotated[bool, option("--force", "-f", text="Replace an output that exists.")]
+Projection = Annotated[
+    Literal["mean", "maximum", "minimum"],
+    option("--projection", text="How a slab becomes one picture.", default="mean"),
+]
+Normal = Annotated[
+    str | None,
+    option(
+        "--normal",
+        metavar="X,Y,Z",
+        text="Direction at right angles to the plane, away from the viewer.",
+    ),
+]
+Up = Annotated[
+    str | None,
+    option(
+        "--up",
+        metavar="X,Y,Z",
+        text="Direction that is up in the picture.",
+        default="the head, or the front in axial planes",
+    ),
+]
+
+
 @dataclass(frozen=True)
 class Reading:
     """How a volume is read between voxels and beyond them."""
@@ -168,7 +192,7 @@ class Conduct:
     """Where the result goes, and what is said meanwhile."""
 
     output: Output = ""
-    force: Annotated[bool, option("--force", "-f", text="Replace an output that exists.")] = False
+    force: Force = False
     dry_run: Annotated[
         bool, option("--dry-run", "-n", text="Print what would be done, and write nothing.")
     ] = False
@@ -207,23 +231,8 @@ class PlaneOptions:
             "--centre", metavar="X,Y,Z", text="Middle of the picture.", default="that of the volume"
         ),
     ] = None
-    normal: Annotated[
-        str | None,
-        option(
-            "--normal",
-            metavar="X,Y,Z",
-            text="Direction at right angles to the plane, away from the viewer.",
-        ),
-    ] = None
-    up: Annotated[
-        str | None,
-        option(
-            "--up",
-            metavar="X,Y,Z",
-            text="Direction that is up in the picture.",
-            default="the head, or the front in axial planes",
-        ),
-    ] = None
+    normal: Normal = None
+    up: Up = None
     through: Annotated[
         list[str] | None,
         option(
@@ -256,10 +265,7 @@ class PlaneOptions:
             "--slab", metavar="N", text="Number of planes that become one picture.", default="1"
         ),
     ] = 1
-    projection: Annotated[
-        Literal["mean", "maximum", "minimum"],
-        option("--projection", text="How they become one.", default="mean"),
-    ] = "mean"
+    projection: Projection = "mean"
     thickness: Annotated[
         float | None,
         option(
@@ -273,6 +279,43 @@ class PlaneOptions:
         int,
         option("--count", metavar="N", text="Number of pictures along the normal.", default="1"),
     ] = 1
+
+
+@dataclass(frozen=True)
+class Shown:
+    """What of a volume is on a picture, and how."""
+
+    window: Annotated[
+        str | None,
+        option("--window", metavar="LEVEL,WIDTH", text="Grey values.", default="by the voxels"),
+    ] = None
+    labels: Annotated[
+        str | None,
+        option("--labels", metavar="FILE", text="Labels to lay in colour over the volume."),
+    ] = None
+    montage: Annotated[
+        int | None, option("--montage", metavar="N", text="So many axial planes instead of three.")
+    ] = None
+    centre: Annotated[
+        str | None,
+        option("--centre", metavar="X,Y,Z", text="Where the planes meet.", default="the middle"),
+    ] = None
+    normal: Normal = None
+    up: Up = None
+    slab: Annotated[
+        float | None,
+        option("--slab", metavar="MM", text="Thickness of a slab at right angles to --normal."),
+    ] = None
+    projection: Projection = "mean"
+    size: Annotated[
+        int | None,
+        option(
+            "--size",
+            metavar="N",
+            text="Pixels along the longest side of the volume.",
+            default="400, or 200 in a montage",
+        ),
+    ] = None
 
 
 def signature_of(verb: Callable[..., object]) -> inspect.Signature:

@@ -8,13 +8,11 @@ from typing import Any
 import numpy as np
 
 from volux import Grid
+from volux._route import SKIPPING
 from volux._types import Matrix
 from volux.tool._errors import Refusal
 from volux.tool._files import Scan
 from volux.tool._looking import aligned
-
-# A step that exceeds a whole number of voxels by less counts as that number, as in the library.
-_TWO = 2.0 * (1.0 - 2.0**-20)
 
 
 @dataclass(frozen=True)
@@ -93,7 +91,7 @@ def factors_of(affine: Matrix, source: Matrix) -> tuple[float, ...]:
 def aliasing(factors: tuple[float, ...]) -> tuple[str, ...]:
     """Return the warning about a result whose voxels skip detail."""
     longest = max(factors)
-    if longest < _TWO:
+    if longest < SKIPPING:
         return ()
     return (
         f"voxels of the result are as long as {longest:.3g} of the input, and detail between them "

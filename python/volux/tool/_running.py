@@ -53,8 +53,10 @@ def _parsed_and_run(given: list[str]) -> int:
 
     from volux.tool._verbs import command
 
-    call = command(given)
-    gc.enable()
+    try:
+        call = command(given)
+    finally:
+        gc.enable()
     try:
         code = call()
     except TyperException as error:

@@ -6,8 +6,6 @@ Nothing here reads NumPy or a reader of files: help and wrong use are answered w
 from __future__ import annotations
 
 from collections.abc import Callable, Sequence
-from importlib import import_module
-from importlib.util import find_spec
 from inspect import cleandoc
 from typing import Annotated, Any, Literal, TypeVar
 
@@ -18,6 +16,7 @@ from volux.tool._options import (
     Conduct,
     Converting,
     Filling,
+    Force,
     Input,
     Json,
     PlaneOptions,
@@ -25,6 +24,7 @@ from volux.tool._options import (
     Reading,
     Scale,
     Shape,
+    Shown,
     Spacing,
     Threads,
     flat,
@@ -74,9 +74,6 @@ def verb(example: str) -> Callable[[F], F]:
 
 def command(given: Sequence[str]) -> Callable[[], Any]:
     """Return what runs arguments: the verb alone that they name, or what lists all verbs."""
-    if find_spec("volux.tool._view") is not None:
-        view: Any = import_module("volux.tool._view")
-        verb(view.EXAMPLE)(view.view)
     if given and given[0] in VERBS:
         alone = typer.Typer(add_completion=False, **_PLAIN)
         _add(alone, given[0], flat(VERBS[given[0]][0]))
@@ -235,7 +232,7 @@ def sample(
         str,
         option("--output", "-o", metavar="OUTPUT", text="The CSV file to write.", default="stdout"),
     ] = "",
-    force: Annotated[bool, option("--force", "-f", text="Replace an output that exists.")] = False,
+    force: Force = False,
     threads: Threads = None,
     quiet: Quiet = False,
 ) -> int:
@@ -250,6 +247,26 @@ def sample(
     return _points.sample(
         (file, points), reading, output=output, force=force, threads=threads, quiet=quiet
     )
+
+
+@verb("volux view ct.nii.gz -o ct.png")
+def view(
+    file: Input,
+    shown: Shown,
+    *,
+    output: Annotated[str, option("--output", "-o", metavar="OUTPUT", text="The PNG to write.")],
+    force: Force = False,
+    quiet: Quiet = False,
+) -> int:
+    """Draw an axial, a coronal and a sagittal plane of a volume; or others.
+
+    Letters beside each plane say the sides of the patient. CT is shown by the window of soft
+    tissue, other volumes from the background to nearly the brightest voxel. Places and directions
+    are (x, y, z) in mm, RAS+.
+    """
+    from volux.tool import _viewing
+
+    return _viewing.view(file, output, shown, force=force, quiet=quiet)
 
 
 @verb("volux compare ct.nii.gz other.nii.gz")

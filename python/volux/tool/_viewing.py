@@ -2,20 +2,17 @@
 
 from __future__ import annotations
 
-from typing import TYPE_CHECKING, Any
+from typing import Any
 
 import numpy as np
 
 from volux import Image
 from volux.tool._errors import SUCCESS, Misuse, needed, say
-from volux.tool._files import Scan, read
-from volux.tool._options import numbers
+from volux.tool._files import Scan, read_aloud
+from volux.tool._options import Shown, numbers
 from volux.tool._output import placed, refuse
 from volux.tool._pictures._grey import Window, window_of
 from volux.tool._planes import middle_of, upwards
-
-if TYPE_CHECKING:
-    from volux.tool._view import Shown
 
 
 def view(file: str, output: str, shown: Shown, *, force: bool, quiet: bool) -> int:
@@ -26,7 +23,7 @@ def view(file: str, output: str, shown: Shown, *, force: bool, quiet: bool) -> i
     _check(shown)
     given = None if shown.window is None else _window(shown.window)
     refuse(output, [file, shown.labels] if shown.labels else [file], force=force)
-    image = _first(read(file), quiet)
+    image = _first(read_aloud(file, quiet=quiet), quiet)
     window = given or window_of(image.array)
     named = None if shown.labels is None else _named(shown.labels, quiet)
     made = _picture(image, window, named, shown)
@@ -81,8 +78,6 @@ def _window(text: str) -> Window:
 
 def _first(scan: Scan, quiet: bool) -> Image:
     """Return the first channel of a volume, and say so."""
-    for note in () if quiet else scan.notes:
-        say(f"{scan.path}: {note}")
     image = scan.image
     if image.channels is None:
         return image
@@ -92,7 +87,7 @@ def _first(scan: Scan, quiet: bool) -> Image:
 
 
 def _named(path: str, quiet: bool) -> Image:
-    image = _first(read(path), quiet)
+    image = _first(read_aloud(path, quiet=quiet), quiet)
     if not np.array_equal(image.array, np.floor(image.array)):
         raise Misuse(f"--labels {path}: has values that are no whole numbers; labels are numbers")
     return image

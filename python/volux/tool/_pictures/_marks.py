@@ -9,8 +9,7 @@ import numpy as np
 
 from volux import Plane
 from volux._types import Matrix
-
-_SIDES = (("L", "R"), ("P", "A"), ("I", "S"))
+from volux.tool._looking import SIDES
 
 # A direction that leans by less than some 15 degrees has one letter.
 _LEANS = 0.26
@@ -35,9 +34,7 @@ def towards(direction: Matrix) -> str:
     """Return R, L, A, P, S or I, or several of them, the one that counts most first."""
     parts = np.asarray(direction, np.float64) / np.linalg.norm(direction)
     order = sorted(range(3), key=lambda axis: -abs(parts[axis]))
-    return "".join(
-        _SIDES[axis][int(parts[axis] > 0)] for axis in order if abs(parts[axis]) > _LEANS
-    )
+    return "".join(SIDES[axis][int(parts[axis] > 0)] for axis in order if abs(parts[axis]) > _LEANS)
 
 
 def bar_of(longest: float) -> float:

@@ -37,12 +37,21 @@ class Look(NamedTuple):
     labels: Image | None = None
     interpolation: Interpolation = "linear"
 
-    def tile(self, image: Image, plane: Plane, name: str, **how: Any) -> Tile:
-        """Return the picture of a plane, with what `reslice` takes besides."""
+    def read(self, image: Image, plane: Plane, **how: Any) -> Array:
+        """Return the readings of a plane, with what `reslice` takes besides."""
         how = {"interpolation": self.interpolation, "antialias": "auto", "dtype": "float64"} | how
-        greys = self.window.greys(reslice(image, plane, **how).array[0])
+        readings: Array = reslice(image, plane, **how).array[0]
+        return readings
+
+    def tile(self, readings: Array, plane: Plane, name: str) -> Tile:
+        """Return the picture of a plane."""
         named = np.zeros((1, 1)) if self.labels is None else _named(self.labels, plane)
-        return Tile(coloured(greys, named), f"{name}{_position(plane)}", letters_of(plane))
+        pixels = coloured(self.window.greys(readings), named)
+        return Tile(pixels, f"{name}{_position(plane)}", letters_of(plane))
+
+    def whole(self, image: Image, plane: Plane, name: str) -> Tile:
+        """Return the picture of a plane that ends where the volume does, to the pixel."""
+        return self.tile(self.read(image, plane, outside="extend"), plane, name)
 
 
 def three(image: Image, look: Look, at: Floats, size: int = 400) -> Pillow.Image:
@@ -66,8 +75,7 @@ def three(image: Image, look: Look, at: Floats, size: int = 400) -> Pillow.Image
     """
     edge = _edge(image, size)
     cuts = [(view_plane(image, name, at, edge), f"{name}, ") for name in VIEWS]
-    # The planes end where the volume does, but for a part of a pixel.
-    return sheet([[look.tile(image, *cut, outside="extend") for cut in cuts]], edge)
+    return sheet([[look.whole(image, *cut) for cut in cuts]], edge)
 
 
 def montage(image: Image, look: Look, count: int, size: int = 200) -> Pillow.Image:
@@ -75,7 +83,7 @@ def montage(image: Image, look: Look, count: int, size: int = 200) -> Pillow.Ima
     edge, extent = _edge(image, size), image.shape[_axial_axis(image)]
     heights = (np.arange(count) + 0.5) / count * extent - 0.5
     cuts = [view_plane(image, "axial", _at_height(image, height), edge) for height in heights]
-    tiles = [look.tile(image, cut, "", outside="extend") for cut in cuts]
+    tiles = [look.whole(image, cut, "") for cut in cuts]
     columns = _columns(count, *tiles[0].pixels.shape[:2])
     rows = [tiles[begin : begin + columns] for begin in range(0, count, columns)]
     return sheet(_with_letters_at_the_rim(rows), edge)
@@ -92,16 +100,21 @@ def oblique(
 ) -> Pillow.Image:
     """Return a plane by its centre, its normal and what is up; or all of a slab, as one picture.
 
-    What lies outside the volume is black; white, if the least reading of a slab is shown.
+    What lies outside the volume does not count, and where nothing else is the picture is black;
+    white, if the least reading of a slab is shown.
     """
     centre, normal, up = place
     edge = _edge(image, size)
     plane = fitted(image.grid, centre, np.array(normal), np.array(up), edge, thickness)
-    how: dict[str, Any] = {"fill": _paper(image, look.window, projection)}
-    if thickness:
-        how |= {"slab": ceil(thickness / min(image.spacing)), "projection": projection}
-    name = f"{projection} of {thickness:g} mm, " if thickness else "oblique, "
-    return sheet([[look.tile(image, plane, name, **how)]], edge)
+    paper = _paper(image, look.window, projection)
+    if not thickness:
+        readings = look.read(image, plane, fill=paper)
+        return sheet([[look.tile(readings, plane, "oblique, ")]], edge)
+    how = {"slab": ceil(thickness / min(image.spacing)), "projection": projection}
+    readings = look.read(image, plane, fill=paper, **how)
+    if projection == "mean":
+        readings = _without(paper, readings, look.read(_ones(image), plane, **how))
+    return sheet([[look.tile(readings, plane, f"{projection} of {thickness:g} mm, ")]], edge)
 
 
 def _edge(image: Image, size: int) -> float:
@@ -159,6 +172,16 @@ def _paper(image: Image, window: Window, projection: str) -> float:
         return end
     limits = np.iinfo(image.array.dtype)
     return int(np.clip(np.floor(end) if sign < 0 else np.ceil(end), limits.min, limits.max))
+
+
+def _ones(image: Image) -> Image:
+    return Image(np.broadcast_to(np.uint8(1), image.shape), image.affine, axes=image.axes)
+
+
+def _without(paper: float, means: Array, shares: Array) -> Array:
+    """Return the means of what is inside the volume, where shares of the slab are."""
+    inside: Array = np.where(shares > 0, means - (1 - shares) * paper, paper)
+    return np.divide(inside, shares, out=inside, where=shares > 0)
 
 
 def _named(labels: Image, plane: Plane) -> Array:
