@@ -21,7 +21,6 @@ TARGETS = {
     "boxes": "crop, draw, planes, fill",
     "kernels": "sampling",
     "bulk": "whole volumes",
-    "reader": "the demo's files",
 }
 PARTS = tuple(TARGETS)
 CAMPAIGN_SECONDS = 20 * 60
@@ -33,7 +32,7 @@ CORPUS = ROOT / "fuzz" / "corpus"
 FOUND = BUILD / "fuzz-corpus"
 CRASHES = BUILD / "fuzz-crashes"
 LIMITS = ["-len_control=10", "-timeout=10", "-rss_limit_mb=1024", "-print_final_stats=1"]
-LONGEST = {"lifecycle": 512, "boxes": 512, "kernels": 1024, "bulk": 1024, "reader": 8192}
+LONGEST = {"lifecycle": 512, "boxes": 512, "kernels": 1024, "bulk": 1024}
 
 
 class Tally:
@@ -136,7 +135,7 @@ def add_arguments(parser):
 def run(options):
     seconds = options.minutes * 60 if options.minutes else options.seconds or 60.0
     names = [options.target] if options.target else list(TARGETS)
-    install("build", "test", "demo", "resample")
+    install("build", "test", "resample")
     build("fuzz", "clang++", SANITIZED, "None", [f"fuzz_{name}" for name in names],
           ["-DVOLUX_RESAMPLE=ON"])
     tallies = fuzz_all(names, seconds)
