@@ -2,17 +2,19 @@
 """scipy.ndimage in bulk, driven as the C++ programs of the bench are. Order 3 is a B-spline,
 another kernel; its coefficients are computed before. What makes volumes smaller is a Gaussian whose
 deviation is half the factor, and zoom."""
-import json
 import math
 import sys
 import time
+from pathlib import Path
 
 import numpy
 from scipy import ndimage
 
+sys.path.insert(0, str(Path(__file__).parents[1]))
+import driven  # noqa: E402  (the path comes first)
+
 OUTSIDE = -77
 COMPARED = 600
-SHORTEST = 10_000_000  # nanoseconds that a figure comes from, at least
 TYPES = {"short": numpy.int16, "float": numpy.float32, "double": numpy.float64}
 ORDERS = {"nearest": 0, "linear": 1, "cubic": 3}
 MODES = {"constant": "constant", "replication": "nearest"}
@@ -138,22 +140,10 @@ def shrink(cube, factor):
     return ndimage.zoom(blurred, 1 / factor, order=1, mode="nearest", grid_mode=True)
 
 
-def timed(call):
-    """Passes, and the nanoseconds that they took, after one that does not count."""
-    call()
-    passes = spent = 0
-    while spent < SHORTEST:
-        start = time.process_time_ns()
-        call()
-        spent += time.process_time_ns() - start
-        passes += 1
-    return passes, spent
-
-
 def measure_means(name):
     _, kind, factor, _ = name.split("/")
     cube = source(SHRUNK, kind, 1)
-    passes, spent = timed(lambda: shrink(cube, int(factor)))
+    passes, spent = driven.timed(lambda: shrink(cube, int(factor)), time.process_time_ns)
     return {"name": name, "items_per_second": cube.size * passes / spent * 1e9}
 
 
@@ -165,7 +155,8 @@ def measure(name):
     order = ORDERS[kernel]
     cube = source(extent, kind, order)
     result = carry_out(target, cube, kind, order, MODES[border])
-    passes, spent = timed(lambda: carry_out(target, cube, kind, order, MODES[border]))
+    passes, spent = driven.timed(lambda: carry_out(target, cube, kind, order, MODES[border]),
+                                 time.process_time_ns)
     said = {"name": name, "items_per_second": result.size * passes / spent * 1e9}
     if order != 3:
         # A short is rounded, and a float has 24 bits.
@@ -177,13 +168,5 @@ def measure(name):
     return said
 
 
-def main(arguments):
-    if arguments == ["--benchmark_list_tests"]:
-        print("\n".join(CASES))
-        return
-    for line in sys.stdin:
-        print(json.dumps({"benchmarks": [measure(line.rstrip("\n"))]}), "\nend", sep="", flush=True)
-
-
 if __name__ == "__main__":
-    main(sys.argv[1:])
+    driven.drive(CASES, measure)

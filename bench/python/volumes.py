@@ -2,7 +2,6 @@
 programs of the bench are. Times are by the wall clock."""
 import dataclasses
 import importlib.util
-import json
 import sys
 import time
 from pathlib import Path
@@ -16,13 +15,13 @@ from scipy import ndimage
 
 sys.path.insert(0, str(Path(__file__).parents[1] / "bulk"))
 import bulk_scipy  # noqa: E402  (the path comes first): the voxels, the maps and the comparison
+import driven  # noqa: E402  (whose folder bulk_scipy has added)
 
 if importlib.util.find_spec("torch"):
     import torch
 else:
     torch = None
 
-SHORTEST = 10_000_000  # nanoseconds that a figure comes from, at least
 BORDERS = {"A": "constant", "B": "edge"}
 KERNELS = ("nearest", "linear", "cubic")
 POINT = (100.25, 120.75, 90.125)
@@ -187,20 +186,6 @@ CASES = {name_of(competitor, case): (competitor, make, case)
          for competitor, make, case in cases()}
 
 
-def timed(call, times):
-    """Passes, so many at a time, and the nanoseconds that they took, after one that does not
-    count."""
-    call()
-    passes = spent = 0
-    while spent < SHORTEST:
-        start = time.perf_counter_ns()
-        for _ in range(times):
-            call()
-        spent += time.perf_counter_ns() - start
-        passes += times
-    return passes, spent
-
-
 def checksum(result):
     """A sum over the bits of all results in their order, as python_calls forms it."""
     bits = result.ravel().view(f"u{result.itemsize}").astype(numpy.uint64)
@@ -238,19 +223,12 @@ def array_of(result):
 def measure(name):
     competitor, make, case = CASES[name]
     call = make(case)
-    passes, spent = timed(call, 100 if case.workload == "point" else 1)
+    passes, spent = driven.timed(call, time.perf_counter_ns,
+                                 100 if case.workload == "point" else 1)
     result = array_of(call())
     return {"name": name, "items_per_second": result.size * passes / spent * 1e9,
             **look_at(competitor, case, result)}
 
 
-def main(arguments):
-    if arguments == ["--benchmark_list_tests"]:
-        print("\n".join(CASES))
-        return
-    for line in sys.stdin:
-        print(json.dumps({"benchmarks": [measure(line.rstrip("\n"))]}), "\nend", sep="", flush=True)
-
-
 if __name__ == "__main__":
-    main(sys.argv[1:])
+    driven.drive(CASES, measure)

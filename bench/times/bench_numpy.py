@@ -1,17 +1,19 @@
 #!/usr/bin/python3
 """The container's operations by numpy, driven as the C++ programs of the bench are."""
-import json
 import sys
 import time
+from pathlib import Path
 
 import numpy
+
+sys.path.insert(0, str(Path(__file__).parents[1]))
+import driven  # noqa: E402  (the path comes first)
 
 WIDTH, HEIGHT, DEPTH = 512, 512, 256
 BOX = (slice(30, 230), slice(60, 460), slice(50, 450))
 PLANES = range(200, 264)
 FILL_VALUE = 0x0505
 CHECKSUM_STRIDE = 1009
-SHORTEST = 10_000_000  # nanoseconds that a figure comes from, at least
 
 
 def made(*shape):
@@ -103,26 +105,12 @@ CASES = {f"{name}/numpy": case for name, *case in cases()}
 
 def measure(name):
     carry_out, elements, memory = CASES[name]
-    carry_out()
-    passes = spent = 0
-    while spent < SHORTEST:
-        start = time.thread_time_ns()
-        carry_out()
-        spent += time.thread_time_ns() - start
-        passes += 1
+    passes, spent = driven.timed(carry_out, time.thread_time_ns)
     if memory is not None:
         memory.fill(0)
     return {"name": name, "items_per_second": elements * passes / spent * 1e9,
             "checksum": checksum(carry_out())}
 
 
-def main(arguments):
-    if arguments == ["--benchmark_list_tests"]:
-        print("\n".join(CASES))
-        return
-    for line in sys.stdin:
-        print(json.dumps({"benchmarks": [measure(line.rstrip("\n"))]}), "\nend", sep="", flush=True)
-
-
 if __name__ == "__main__":
-    main(sys.argv[1:])
+    driven.drive(CASES, measure)
