@@ -4,13 +4,13 @@
 // doubles as the request asks for.
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "Arranged.h"
 #include "BulkCorpus.h"
+#include "Rounds.h"
 
 namespace volux::digest {
 namespace {
@@ -305,12 +305,8 @@ private:
 
 int main(int count, char** arguments)
 {
-    const int rounds = count == 2 ? std::atoi(arguments[1]) : 0;
-    if (rounds < 1) {
-        std::fputs("usage: python_calls ROUNDS\n", stderr);
-        return EXIT_FAILURE;
-    }
     const volux::digest::PythonCalls calls;
-    return volux::digest::digestBulk(static_cast<unsigned int>(rounds), calls) ? EXIT_SUCCESS
-                                                                               : EXIT_FAILURE;
+    return volux::digest::digestRounds(
+        count, arguments, "python_calls ROUNDS",
+        [&](unsigned int rounds) { return volux::digest::digestBulk(rounds, calls); });
 }

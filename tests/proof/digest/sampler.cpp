@@ -2,11 +2,11 @@
 // results to the standard output: for each family and element type a line "BYTES FAMILY", then so
 // many bytes. The same positions come first, however many there are.
 #include <cstdio>
-#include <cstdlib>
 #include <vector>
 
 #include "Corpus.h"
 #include "Families.h"
+#include "Rounds.h"
 #include "Stream.h"
 #include "support/WrappedVolume.h"
 #include "volux/core.h"
@@ -98,13 +98,10 @@ void digest(unsigned int positions)
 
 int main(int count, char** arguments)
 {
-    const int positions = count == 2 ? std::atoi(arguments[1]) : 0;
-    if (positions < 1) {
-        std::fputs("usage: digest_sampler POSITIONS\n", stderr);
-        return EXIT_FAILURE;
-    }
-    volux::test::forEachElementType([&](auto zero) {
-        volux::digest::digest<decltype(zero)>(static_cast<unsigned int>(positions));
-    });
-    return std::fflush(stdout) == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+    return volux::digest::digestRounds(
+        count, arguments, "digest_sampler POSITIONS", [](unsigned int positions) {
+            volux::test::forEachElementType(
+                [=](auto zero) { volux::digest::digest<decltype(zero)>(positions); });
+            return std::fflush(stdout) == 0;
+        });
 }

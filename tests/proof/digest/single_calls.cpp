@@ -1,11 +1,10 @@
 // Answers the corpus on whole volumes without volux_resample: by one call of volux_core for each
 // sample, at the position that the documentation gives, and the value outside where the edge of a
 // grid has ended.
-#include <cstdio>
-#include <cstdlib>
 #include <vector>
 
 #include "BulkCorpus.h"
+#include "Rounds.h"
 #include "support/GradientOracle.h"
 #include "support/SubsampleMeans.h"
 
@@ -288,12 +287,8 @@ private:
 
 int main(int count, char** arguments)
 {
-    const int rounds = count == 2 ? std::atoi(arguments[1]) : 0;
-    if (rounds < 1) {
-        std::fputs("usage: single_calls ROUNDS\n", stderr);
-        return EXIT_FAILURE;
-    }
     const volux::digest::SingleCalls calls;
-    return volux::digest::digestBulk(static_cast<unsigned int>(rounds), calls) ? EXIT_SUCCESS
-                                                                               : EXIT_FAILURE;
+    return volux::digest::digestRounds(
+        count, arguments, "single_calls ROUNDS",
+        [&](unsigned int rounds) { return volux::digest::digestBulk(rounds, calls); });
 }

@@ -3,11 +3,11 @@
 // others are sheared, left-handed, far from 1, or place no image at all.
 #include <array>
 #include <cstdio>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
 #include "Grids.h"
+#include "Rounds.h"
 #include "Stream.h"
 #include "volux/resample/Geometry.h"
 
@@ -221,14 +221,14 @@ private:
     Generator random_;
 };
 
-int answer(int geometries)
+bool answer(unsigned int geometries)
 {
     Streams streams;
     Numbers numbers(streams);
-    for (int n = 0; n < geometries; ++n)
+    for (unsigned int n = 0; n < geometries; ++n)
         numbers.add();
     write(streams);
-    return std::fflush(stdout) == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+    return std::fflush(stdout) == 0;
 }
 
 }  // namespace
@@ -236,10 +236,6 @@ int answer(int geometries)
 
 int main(int count, char** arguments)
 {
-    const int geometries = count == 2 ? std::atoi(arguments[1]) : 0;
-    if (geometries < 1) {
-        std::fputs("usage: world_maps GEOMETRIES\n", stderr);
-        return EXIT_FAILURE;
-    }
-    return volux::digest::answer(geometries);
+    return volux::digest::digestRounds(count, arguments, "world_maps GEOMETRIES",
+                                       volux::digest::answer);
 }
