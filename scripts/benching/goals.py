@@ -81,6 +81,12 @@ PYTHON = [
     Goal("one point", ["point/*"], ("SimpleITK",), None, None, "volux"),
     Goal("import", ["import"], ("numpy",), 1.50, None, "volux"),
 ]
+TOOL = [
+    Goal("CT to isotropic", ["linear/*"], ("mrgrid", "plastimatch", "SimpleITK", "scipy"), 1.00,
+         None, "volux"),
+    Goal("CT to isotropic", ["cubic/*"], ("mrgrid",), 1.00, None, "volux"),
+    Goal("CT to isotropic, by a B-spline", ["cubic/*"], ("scipy",), None, None, "volux"),
+]
 MEMORY = 50  # MB, beside the source and the result of a resize
 INTERRUPTED = {"median": 0.2, "longest": 0.5}  # seconds
 

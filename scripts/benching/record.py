@@ -27,7 +27,7 @@ def load():
 
 
 def sources_today(name):
-    if name == "python":
+    if name in ("python", "tool"):
         return package.sources()
     return provenance.sources(with_resample=name == "bulk")
 

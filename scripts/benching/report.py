@@ -7,7 +7,7 @@ from pathlib import Path
 from evidence import markdown
 from evidence.commands import ROOT
 
-from . import bulk, counts, overhead, python, record, times
+from . import bulk, counts, overhead, python, record, times, tool
 
 MEASUREMENTS = {
     "times": times,
@@ -15,6 +15,7 @@ MEASUREMENTS = {
     "counts": counts,
     "overhead": overhead,
     "python": python,
+    "tool": tool,
 }
 PAGE = ROOT / "docs" / "performance.md"
 README = ROOT / "README.md"

@@ -58,6 +58,7 @@ class BadUseTest(unittest.TestCase):
         self.assert_refused("bulk", "--record", "--only", "A/*")
         self.assert_refused("python", "--record", "--only", "A/*")
         self.assert_refused("python", "--record", "--gib", "1")
+        self.assert_refused("tool", "--record", "--only", "cubic/*")
 
     def test_the_report_takes_no_arguments(self):
         self.assert_refused("report", "times")
