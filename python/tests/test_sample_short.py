@@ -209,7 +209,7 @@ def outcome(function, args, kwargs):
     return type(found), found.dtype, found.shape, found.strides, found.tobytes()
 
 
-@settings(max_examples=1500, deadline=None)
+@settings(max_examples=500, deadline=None)
 @given(
     args=st.tuples(st.sampled_from(IMAGES), st.sampled_from(PLACES)),
     count=st.sampled_from([2, 2, 2, 2, 2, 1, 0]),
