@@ -3,7 +3,6 @@
 #include <nanobind/stl/optional.h>
 
 #include <limits>
-#include <utility>
 
 namespace volux::python {
 namespace {
@@ -21,7 +20,7 @@ bool isWord(nb::handle text, const char* word)
     return PyUnicode_CompareWithASCIIString(text.ptr(), word) == 0;
 }
 
-std::optional<int> chosen(const nb::dict& words, nb::handle word)
+std::optional<int> chosen(nb::handle words, nb::handle word)
 {
     if (!PyUnicode_CheckExact(word.ptr())) {
         return std::nullopt;
@@ -67,24 +66,22 @@ struct PlainSampling::Places {
     Doubles rows;
 };
 
-PlainSampling::PlainSampling(Numbers kernels, Numbers borders, Keywords defaults)
-    : kernels_(std::move(kernels)), borders_(std::move(borders)), defaults_(std::move(defaults))
+PlainSampling::PlainSampling(const Anything& known)
+    : kernels_(known[0]),
+      borders_(known[1]),
+      defaults_(known[2]),
+      arrayType_(known[3]),
+      doubleType_(known[4]),
+      arrayOf_(known[5]),
+      emptyArray_(known[6])
 {
-    const nb::module_ numpy = nb::module_::import_("numpy");
-    arrayType_ = numpy.attr("ndarray");
-    doubleType_ = numpy.attr("float64");
-    arrayOf_ = numpy.attr("array");
-    emptyArray_ = numpy.attr("empty");
-    options_.threads = 1;
-    if (!takeAll(defaults_, options_)) {
-        throw nb::value_error("the defaults are no plain call");
-    }
 }
 
-std::optional<PlainSampling::Readings> PlainSampling::sample(const Arguments& arguments,
-                                                             const Keywords& keywords) const
+std::optional<PlainSampling::Readings> PlainSampling::sample(const nb::tuple& arguments,
+                                                             const nb::dict& keywords) const
 {
-    resample::Options options = options_;
+    resample::Options options;  // whose defaults are the package's, but for the threads
+    options.threads = 1;
     Source image;
     Places places;
     if (arguments.size() != 2 || !takeAll(keywords, options) || !holdImage(arguments[0], image) ||
@@ -200,11 +197,13 @@ std::optional<PlainSampling::Readings> PlainSampling::readings(
 
 void addPlain(nb::module_& module)
 {
-    using Numbers = PlainSampling::Numbers;
-    nb::class_<PlainSampling>(module, "PlainSampling", nb::is_final())
-        .def(nb::init<Numbers, Numbers, PlainSampling::Keywords>(), "kernels"_a, "borders"_a,
-             "defaults"_a)
-        .def("sample", &PlainSampling::sample, "arguments"_a, "keywords"_a);
+    module.def(
+        "sample_plainly",
+        [](const PlainSampling::Anything& known, const PlainSampling::Anything& arguments,
+           const PlainSampling::Keywords& keywords) {
+            return PlainSampling(known).sample(arguments, keywords);
+        },
+        "known"_a, "arguments"_a, "keywords"_a);
 }
 
 }  // namespace volux::python

@@ -16,16 +16,17 @@ namespace volux::python {
 /// Every other call, right or wrong, is left to the package.
 class PlainSampling {
 public:
-    using Numbers = nb::typed<nb::dict, nb::str, int>;
+    using Anything = nb::typed<nb::tuple, nb::any, nb::ellipsis>;
     using Keywords = nb::typed<nb::dict, nb::str, nb::any>;
-    using Arguments = nb::typed<nb::tuple, nb::any, nb::ellipsis>;
     using Readings = nb::typed<nb::object, nb::ndarray<nb::numpy, double>>;
 
-    /// The numbers that stand for kernels and borders, and the defaults of all keywords.
-    PlainSampling(Numbers kernels, Numbers borders, Keywords defaults);
+    /// Of what the package knows: the numbers that stand for kernels and for borders, the default
+    /// of each keyword, and of NumPy ndarray, float64, array and empty. It is handed over with each
+    /// call, because what is kept here would outlive the interpreter's end.
+    explicit PlainSampling(const Anything& known);
 
     /// Returns the readings, or nothing if the call is not plain.
-    std::optional<Readings> sample(const Arguments& arguments, const Keywords& keywords) const;
+    std::optional<Readings> sample(const nb::tuple& arguments, const nb::dict& keywords) const;
 
 private:
     struct Places;
@@ -41,14 +42,13 @@ private:
     std::optional<Readings> readings(const resample::View<const void>& source, const Places& places,
                                      const resample::Options& options) const;
 
-    Numbers kernels_;
-    Numbers borders_;
-    Keywords defaults_;
-    nb::object arrayType_;
-    nb::object doubleType_;
-    nb::object arrayOf_;
-    nb::object emptyArray_;
-    resample::Options options_;
+    nb::handle kernels_;
+    nb::handle borders_;
+    nb::handle defaults_;
+    nb::handle arrayType_;
+    nb::handle doubleType_;
+    nb::handle arrayOf_;
+    nb::handle emptyArray_;
 };
 
 void addPlain(nb::module_& module);

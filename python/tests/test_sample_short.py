@@ -1,5 +1,6 @@
 """The short way of sample(), for few points of a plain array, gives what its checks give."""
 
+import subprocess
 import sys
 
 import numpy as np
@@ -267,3 +268,16 @@ def test_calls_keep_nothing_of_what_they_were_given():
     for _ in range(100):
         call()
     assert counts() == before
+
+
+# As interpreters end in which something written in C still has the function.
+KEPT = """
+import ctypes, numpy, volux
+volux.sample(numpy.zeros((3, 3, 3)), (1, 1, 1))
+ctypes.pythonapi.Py_IncRef(ctypes.py_object(volux.sample))
+"""
+
+
+def test_an_interpreter_that_ends_with_the_function_in_use_says_nothing():
+    ended = subprocess.run([sys.executable, "-c", KEPT], capture_output=True, check=True)
+    assert ended.stderr == b""

@@ -43,13 +43,9 @@ class SamplingOptions(TypedDict, total=False):
 
 def _shortened(function: Callable[P, Array]) -> Callable[P, Array]:
     # The checks take longer than a few points do, so the compiled part answers what needs none.
-    parameters = signature(function).parameters.values()
-    defaults = {p.name: p.default for p in parameters if p.default is not p.empty}
-    plain = _core.PlainSampling(KERNELS, BORDERS, defaults)
-
     @wraps(function)
     def call(*args: P.args, **kwargs: P.kwargs) -> Array:
-        readings = plain.sample(args, kwargs)
+        readings = _core.sample_plainly(_PLAIN, args, kwargs)
         return function(*args, **kwargs) if readings is None else readings
 
     return call
@@ -95,6 +91,17 @@ def sample(
     """
     source = Subject(image).refuse_brick("sample")
     return _readings(source, _where(source, points, space), dtype, out, **options)
+
+
+_PLAIN = (
+    KERNELS,
+    BORDERS,
+    {p.name: p.default for p in signature(sample).parameters.values() if p.default is not p.empty},
+    np.ndarray,
+    np.float64,
+    np.array,
+    np.empty,
+)
 
 
 def _readings(
