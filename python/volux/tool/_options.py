@@ -289,9 +289,26 @@ class Shown:
         str | None,
         option("--window", metavar="LEVEL,WIDTH", text="Grey values.", default="by the voxels"),
     ] = None
+    interp: Annotated[
+        Literal["nearest", "linear", "cubic", "label"] | None,
+        option(
+            "--interp",
+            text="The kernel; label draws labels in colour.",
+            default="linear; label for label maps, cubic for extremes of slabs",
+        ),
+    ] = None
     labels: Annotated[
         str | None,
         option("--labels", metavar="FILE", text="Labels to lay in colour over the volume."),
+    ] = None
+    volume: Annotated[
+        int | None,
+        option(
+            "--volume",
+            metavar="N",
+            text="Which of several volumes, counted from 0.",
+            default="the first",
+        ),
     ] = None
     montage: Annotated[
         int | None, option("--montage", metavar="N", text="So many axial planes instead of three.")
