@@ -224,41 +224,6 @@ def test_larger_voxels_without_a_word_about_aliasing_are_warned_about(ct):
     assert run(*typed, "--antialias", "none").err == ""
 
 
-MEMORY = [
-    "resize large.nii -o x.nii --spacing 1",
-    "resize large.nii -o x.nii.gz --spacing 1 --no-sidecar",
-    "resize large.nii -o x.nrrd --spacing 1",
-    "resize large.nii -o x.nii --spacing 1 --dtype float64",
-    "resize large.nii -o x.nii --spacing 1 --dtype uint8",
-    "crop large.nii -o x.nii --box 10:-10,:,:",
-]
-
-
-@pytest.mark.skipif("asan" in os.environ.get("LD_PRELOAD", ""), reason="the sanitizer takes memory")
-@pytest.mark.parametrize("typed", MEMORY)
-def test_the_memory_of_a_result_is_predicted_within_a_tenth(typed):
-    large()
-    plan = json.loads(done_in_a_process(typed + " --dry-run --json"))
-    measured = peak_of(typed + " --quiet")
-    assert plan["memory"] == pytest.approx(measured, rel=0.1)
-
-
-def done_in_a_process(typed):
-    return subprocess.run([*PROGRAM, *typed.split()], capture_output=True, check=True).stdout
-
-
-def peak_of(typed):
-    code = f"""
-import resource, sys
-from volux.tool._cli import main
-code = main({typed.split()!r})
-print(resource.getrusage(resource.RUSAGE_SELF).ru_maxrss * 1024)
-sys.exit(code)
-"""
-    ran = subprocess.run([sys.executable, "-c", code], capture_output=True, check=True)
-    return int(ran.stdout)
-
-
 def test_the_sidecar_says_what_a_result_was_made_of(ct):
     done("resize", ct, "-o", "x.nii.gz", "--spacing", "1,1,2")
     said = json.loads(Path("x.json").read_text())

@@ -200,7 +200,11 @@ class Conduct:
     threads: Threads = None
     memory: Annotated[
         str | None,
-        option("--memory", metavar="SIZE", text="Refuse to need more memory, such as 4GiB."),
+        option(
+            "--memory",
+            metavar="SIZE",
+            text="Take no more memory, such as 4GiB: work in parts, or refuse.",
+        ),
     ] = None
     quiet: Quiet = False
     progress: Annotated[
