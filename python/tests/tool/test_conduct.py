@@ -12,6 +12,7 @@ from pathlib import Path
 import numpy as np
 import pytest
 
+from . import completion
 from .runs import PROGRAM, done, left, nibabel, run, save, spawned, started, voxels
 
 HEAVY = ("numpy", "nibabel", "SimpleITK", "PIL", "volux._core")
@@ -31,11 +32,12 @@ print(sorted(set({HEAVY!r}) & set(sys.modules)))
     assert ran.stdout.splitlines()[-1] == "[]"
 
 
-def test_the_version_needs_no_typer_either():
-    code = """
+@pytest.mark.parametrize("typed", ["--version", "completion bash", "completion fish"])
+def test_what_shells_ask_for_needs_no_typer_either(typed):
+    code = f"""
 import sys
 from volux.tool._cli import main
-main(["--version"])
+main({typed.split()!r})
 print("typer" in sys.modules)
 """
     ran = subprocess.run([sys.executable, "-c", code], capture_output=True, text=True, check=True)
@@ -272,6 +274,11 @@ echo "${{COMPREPLY[*]}}"
     script = done("completion", "bash")
     ran = subprocess.run(["bash", "-c", code, "bash", script], capture_output=True, check=True)
     assert ran.stdout.decode().strip() == COMPLETED[typed]
+
+
+@pytest.mark.parametrize("shell", completion.SHELLS)
+def test_the_scripts_of_shells_know_all_options(shell):
+    assert done("completion", shell) == completion.script(shell)
 
 
 @pytest.mark.parametrize("shell", ["zsh", "fish"])

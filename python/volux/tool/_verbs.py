@@ -307,5 +307,5 @@ def completion(
     """
     from volux.tool._completion import script
 
-    print(script(shell, {name: function for name, (function, _) in VERBS.items()}), end="")
+    print(script(shell), end="")
     return 0
