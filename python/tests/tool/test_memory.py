@@ -10,7 +10,7 @@ from pathlib import Path
 import numpy as np
 import pytest
 
-from .runs import PROGRAM, done, left, nibabel, oblique, run, save, voxels
+from .runs import PROGRAM, done, left, nibabel, oblique, run, save, sitk, voxels
 
 UNDER_ASAN = "asan" in os.environ.get("LD_PRELOAD", "")
 
@@ -68,6 +68,7 @@ CASES = {
     "labels": (of((20, 18, 30), np.uint8), "resize a.nii --scale 0.6 --interp label"),
     "elsewhere": (PLAIN, "resample a.nii --like like.nii --fill -5"),
     "turned": (PLAIN, "resample a.nii --like like.nii --transform turn.txt --antialias mean"),
+    "under a field": (PLAIN, "resample a.nii --like like.nii -t field.nrrd --interp nearest"),
     "planes": (PLAIN, f"{RESLICE} 9"),
     "a box": (PLAIN, "crop a.nii --box 2:-3,4:,3:-2"),
     "as it is": (PLAIN, "convert a.nii --dtype float64"),
@@ -82,6 +83,11 @@ def test_parts_make_the_bytes_of_the_whole(case):
     save("like.nii", voxels((32, 30, 28)), oblique((0.7, 0.6, 2.5), (15, 0, 3)))
     turn = [[0.98, 0.17, 0.01, 0], [-0.17, 0.98, 0, 0], [-0.01, 0, 1, 2], [0, 0, 0, 1]]
     np.savetxt("turn.txt", turn)
+    vectors = np.random.default_rng(5).normal(0, 1, (9, 8, 7, 3))
+    field = sitk.GetImageFromArray(vectors, isVector=True)
+    field.SetSpacing((6, 6, 9))
+    field.SetOrigin((-25, -10, -20))
+    sitk.WriteImage(field, "field.nrrd")
     whole = json.loads(done(*typed.split(), "-n", "--json"))
     done(*typed.split(), "-o", "x.nii")
     expected = Path("x.nii").read_bytes(), Path("x.json").read_bytes()
