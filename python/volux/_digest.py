@@ -3,9 +3,11 @@
 from __future__ import annotations
 
 from hashlib import sha256
+from typing import Any
 
 import numpy as np
 
+from volux._grid import Grid
 from volux._image import Image
 from volux._subject import Subject
 from volux._types import Array, DLPackProducer
@@ -47,15 +49,37 @@ def digest(image: Image | Array | DLPackProducer) -> str:
     True
     """
     given = Subject(image)
-    hashed = sha256(_said(given).encode("ascii"))
-    for z in range(given.voxels.shape[2]):
-        hashed.update(_plain(given.voxels[:, :, z, :]).data)
-    return hashed.hexdigest()
+    made = Fingerprint(given.array.dtype, given.voxels.shape, given.grid)
+    made.add(given.voxels)
+    return made.hexdigest()
 
 
-def _said(given: Subject) -> str:
-    numbers = [(float(number) + 0.0).hex() for number in given.grid._rows.flat]  # -0.0 is 0.0
-    return " ".join([given.array.dtype.name, *map(str, given.voxels.shape), *numbers]) + "\n"
+class Fingerprint:
+    """The digest of an image whose planes come one after another.
+
+    Parameters
+    ----------
+    dtype : dtype
+        Of the voxels.
+    extents : four ints
+        Along x, y, z and the channels.
+    grid : Grid
+        Where the voxels lie.
+    """
+
+    def __init__(self, dtype: np.dtype[Any], extents: tuple[int, ...], grid: Grid) -> None:
+        numbers = [(float(number) + 0.0).hex() for number in grid._rows.flat]  # -0.0 is 0.0
+        said = " ".join([dtype.name, *map(str, extents), *numbers]) + "\n"
+        self._hashed = sha256(said.encode("ascii"))
+
+    def add(self, voxels: Array) -> None:
+        """Take the next planes: x, y, z, channel."""
+        for z in range(voxels.shape[2]):
+            self._hashed.update(_plain(voxels[:, :, z, :]).data)
+
+    def hexdigest(self) -> str:
+        """Return the digest, after all planes."""
+        return self._hashed.hexdigest()
 
 
 def _plain(slab: Array) -> Array:

@@ -83,7 +83,7 @@ def resize(
     array([[[0.5, 2.5]]])
     """
     source = Subject(image).refuse_brick("resize")
-    return _filled(source, _target(source.grid, shape, spacing, scale, align), **options)
+    return _filled(source, target(source.grid, shape, spacing, scale, align), **options)
 
 
 def _filled(
@@ -96,9 +96,10 @@ def _filled(
     return made.handed_on()
 
 
-def _target(
+def target(
     source: Grid, shape: object, spacing: Any, scale: Any, aligned: Align
 ) -> tuple[Grid, Matrix]:
+    """Return the grid of another size, and the map from its voxels to those of now."""
     align = chosen("align", aligned, ALIGNS)
     given = one_of({"shape": shape, "spacing": spacing, "scale": scale})
     if given == "shape":

@@ -12,6 +12,7 @@ from pathlib import Path
 import numpy as np
 import pytest
 
+from . import completion
 from .runs import PROGRAM, done, left, nibabel, run, save, spawned, started, voxels
 
 HEAVY = ("numpy", "nibabel", "SimpleITK", "PIL", "volux._core")
@@ -31,11 +32,12 @@ print(sorted(set({HEAVY!r}) & set(sys.modules)))
     assert ran.stdout.splitlines()[-1] == "[]"
 
 
-def test_the_version_needs_no_typer_either():
-    code = """
+@pytest.mark.parametrize("typed", ["--version", "completion bash", "completion fish"])
+def test_what_shells_ask_for_needs_no_typer_either(typed):
+    code = f"""
 import sys
 from volux.tool._cli import main
-main(["--version"])
+main({typed.split()!r})
 print("typer" in sys.modules)
 """
     ran = subprocess.run([sys.executable, "-c", code], capture_output=True, text=True, check=True)
@@ -224,41 +226,6 @@ def test_larger_voxels_without_a_word_about_aliasing_are_warned_about(ct):
     assert run(*typed, "--antialias", "none").err == ""
 
 
-MEMORY = [
-    "resize large.nii -o x.nii --spacing 1",
-    "resize large.nii -o x.nii.gz --spacing 1 --no-sidecar",
-    "resize large.nii -o x.nrrd --spacing 1",
-    "resize large.nii -o x.nii --spacing 1 --dtype float64",
-    "resize large.nii -o x.nii --spacing 1 --dtype uint8",
-    "crop large.nii -o x.nii --box 10:-10,:,:",
-]
-
-
-@pytest.mark.skipif("asan" in os.environ.get("LD_PRELOAD", ""), reason="the sanitizer takes memory")
-@pytest.mark.parametrize("typed", MEMORY)
-def test_the_memory_of_a_result_is_predicted_within_a_tenth(typed):
-    large()
-    plan = json.loads(done_in_a_process(typed + " --dry-run --json"))
-    measured = peak_of(typed + " --quiet")
-    assert plan["memory"] == pytest.approx(measured, rel=0.1)
-
-
-def done_in_a_process(typed):
-    return subprocess.run([*PROGRAM, *typed.split()], capture_output=True, check=True).stdout
-
-
-def peak_of(typed):
-    code = f"""
-import resource, sys
-from volux.tool._cli import main
-code = main({typed.split()!r})
-print(resource.getrusage(resource.RUSAGE_SELF).ru_maxrss * 1024)
-sys.exit(code)
-"""
-    ran = subprocess.run([sys.executable, "-c", code], capture_output=True, check=True)
-    return int(ran.stdout)
-
-
 def test_the_sidecar_says_what_a_result_was_made_of(ct):
     done("resize", ct, "-o", "x.nii.gz", "--spacing", "1,1,2")
     said = json.loads(Path("x.json").read_text())
@@ -307,6 +274,11 @@ echo "${{COMPREPLY[*]}}"
     script = done("completion", "bash")
     ran = subprocess.run(["bash", "-c", code, "bash", script], capture_output=True, check=True)
     assert ran.stdout.decode().strip() == COMPLETED[typed]
+
+
+@pytest.mark.parametrize("shell", completion.SHELLS)
+def test_the_scripts_of_shells_know_all_options(shell):
+    assert done("completion", shell) == completion.script(shell)
 
 
 @pytest.mark.parametrize("shell", ["zsh", "fish"])

@@ -1,4 +1,4 @@
-"""Where the command begins: the version, which needs little, or all the rest."""
+"""Where the command begins: what needs little, or all the rest."""
 
 import sys
 
@@ -21,16 +21,27 @@ def main(arguments: "Sequence[str] | None" = None) -> int:
         0, 1 for a failure or a negative answer, 2 for wrong use, 130 after an interruption.
     """
     given = list(sys.argv[1:] if arguments is None else arguments)
-    if given == ["--version"]:
-        from volux.tool._version import version
-
-        given = []
+    text = _known(given)
+    if text:
         try:
-            print(f"volux {version()}", flush=True)
+            print(text, end="", flush=True)
         except OSError:
-            given = ["--version"]  # the rest says why
+            pass  # the rest says why
         else:
             return 0
     from volux.tool._running import run
 
     return run(given)
+
+
+def _known(given: "Sequence[str]") -> str:
+    """Return what is printed without asking typer, which takes long to read; or nothing."""
+    if given == ["--version"]:
+        from volux.tool._version import version
+
+        return f"volux {version()}\n"
+    if len(given) == 2 and given[0] == "completion":
+        from volux.tool._completion import script
+
+        return script(given[1])
+    return ""

@@ -1,75 +1,12 @@
-"""Scripts by which shells complete a command; they start no program while one types."""
+"""Scripts by which shells complete a command: shells read them whenever they start."""
 
-from __future__ import annotations
-
-from collections.abc import Callable, Mapping
-from typing import Any, Literal, get_args, get_origin
-
-from volux.tool._options import signature_of
-
-# The words of an option, by its names; none where it takes a file or a number.
-Options = dict[str, tuple[str, ...]]
-
-_BASH = """\
-_volux() {{
-    local word=${{COMP_WORDS[COMP_CWORD]}} words=
-    case "${{COMP_WORDS[1]}} ${{COMP_WORDS[COMP_CWORD - 1]}}" in
-        *" volux") words="{verbs} --help --version" ;;
-{values}
-        *) [[ $word != -* ]] || case "${{COMP_WORDS[1]}}" in
-{options}
-        esac ;;
-    esac
-    COMPREPLY=($(compgen -W "$words" -- "$word"))
-}}
-complete -o bashdefault -o default -F _volux volux
-"""
+import os
 
 
-def script(shell: str, verbs: Mapping[str, Callable[..., object]]) -> str:
-    """Return the script for bash, zsh or fish."""
-    table = {name: _options(verb) for name, verb in verbs.items()}
-    if shell == "fish":
-        return _fish(table, verbs)
-    begin = "autoload -U +X bashcompinit && bashcompinit\n" if shell == "zsh" else ""
-    return begin + _bash(table)
-
-
-def _options(verb: Callable[..., object]) -> Options:
-    found: Options = {"--help": ()}
-    for parameter in signature_of(verb).parameters.values():
-        hint, info = get_args(parameter.annotation)[:2]
-        declared = [info.default, *(info.param_decls or ())]
-        names = [name for text in declared if isinstance(text, str) for name in text.split("/")]
-        found |= dict.fromkeys(names, _words(hint))
-    return found
-
-
-def _words(hint: Any) -> tuple[str, ...]:
-    kinds = (hint, *get_args(hint))
-    return next((get_args(kind) for kind in kinds if get_origin(kind) is Literal), ())
-
-
-def _bash(table: Mapping[str, Options]) -> str:
-    values = [
-        f'        "{verb} {name}") words="{" ".join(words)}" ;;'
-        for verb, options in table.items()
-        for name, words in options.items()
-        if words
-    ]
-    options = [f'            {verb}) words="{" ".join(names)}" ;;' for verb, names in table.items()]
-    return _BASH.format(verbs=" ".join(table), values="\n".join(values), options="\n".join(options))
-
-
-def _fish(table: Mapping[str, Options], verbs: Mapping[str, Callable[..., object]]) -> str:
-    lines = []
-    for verb, options in table.items():
-        summary = (verbs[verb].__doc__ or "").partition("\n")[0].replace("'", "\\'")
-        lines.append(f"complete -c volux -n __fish_use_subcommand -a {verb} -d '{summary}'")
-        for name, words in options.items():
-            flag = f"-l {name[2:]}" if name.startswith("--") else f"-s {name[1:]}"
-            choice = f" -x -a '{' '.join(words)}'" if words else ""
-            lines.append(
-                f"complete -c volux -n '__fish_seen_subcommand_from {verb}' {flag}{choice}"
-            )
-    return "\n".join(lines) + "\n"
+def script(shell: str) -> str:
+    """Return the script for bash, zsh or fish; nothing for another word."""
+    if shell not in ("bash", "zsh", "fish"):
+        return ""
+    folder = os.path.dirname(os.path.abspath(__file__))
+    with open(os.path.join(folder, "completions", f"volux.{shell}"), encoding="utf-8") as file:
+        return file.read()

@@ -5,6 +5,7 @@ from __future__ import annotations
 from collections.abc import Sequence
 from dataclasses import dataclass, field, replace
 from functools import cached_property
+from mmap import MADV_DONTNEED, mmap
 from pathlib import Path
 from typing import Any
 
@@ -69,9 +70,34 @@ class Scan:
         """The values: scaled, if the file says so."""
         if not self.is_scaled:
             return self.stored
-        values = self.stored.array * self.slope
+        return Image(self.values(slice(None)), self.stored.affine, axes="xyz")
+
+    def values(self, planes: slice) -> Array:
+        """Return the values of planes along k."""
+        numbers = self.stored.array[:, :, planes]
+        if not self.is_scaled:
+            return numbers
+        values = numbers * self.slope
         values += self.inter
-        return Image(values, self.stored.affine, axes="xyz")
+        return values
+
+    @property
+    def voxel(self) -> Image:
+        """The first voxel."""
+        return Image(self.stored.array[:1, :1, :1], self.stored.affine, axes="xyz")
+
+    @property
+    def mapping(self) -> mmap | None:
+        """The file, if its numbers are read from it only when they are needed."""
+        part: Any = self.stored.array
+        while isinstance(part, np.ndarray):
+            part = part.base
+        return part if isinstance(part, mmap) else None
+
+    def release(self) -> None:
+        """Let go of what has been read from a mapped file; it is read again when needed."""
+        if self.mapping is not None:
+            self.mapping.madvise(MADV_DONTNEED)
 
     def made(self, image: Image, **changes: Any) -> Scan:
         """Return the same file with other numbers or in another place."""

@@ -1,28 +1,23 @@
-"""What the verbs that write a volume share: from the options to the file."""
+"""What the verbs that write a volume share: from the options to the plan."""
 
 from __future__ import annotations
 
-import json
 import sys
-import warnings
-from collections.abc import Callable
 from dataclasses import dataclass, field
 from pathlib import Path
 from typing import Any
 
 import numpy as np
 
-import volux
 from volux import Grid, Image
 from volux._types import Array
 from volux.tool import _sidecar
-from volux.tool._errors import SUCCESS, Misuse, Refusal, say
-from volux.tool._files import STREAM, Scan, read_aloud, write, write_stream
+from volux.tool._errors import Misuse, Refusal, say
+from volux.tool._files import STREAM, Scan, read_aloud
 from volux.tool._memory import Amount, predicted
-from volux.tool._options import Conduct, Converting, Filling, Reading, size
-from volux.tool._output import placed, refuse
+from volux.tool._options import Conduct, Converting, Filling, Reading
+from volux.tool._output import refuse
 from volux.tool._plan import Plan
-from volux.tool._progress import progress
 
 TYPES = ("uint8", "int8", "uint16", "int16", "uint32", "int32", "float32", "float64")
 _FRACTIONS = ("float32", "float64")
@@ -122,13 +117,8 @@ def planned(
     wanted = computed if to.dtype is None else np.dtype(to.dtype).itemsize
     if is_view:
         computed, wanted = 0, 0 if to.dtype is None else wanted
-    memory = predicted(
-        scan,
-        Amount(numbers, computed, wanted),
-        task.conduct.output,
-        is_digested=task.has_sidecar or task.conduct.json,
-    )
-    return Plan(scan, grid, memory, **known)
+    amount = Amount(numbers, computed, wanted)
+    return Plan(scan, grid, amount, predicted(scan, amount, task.conduct.output), **known)
 
 
 def _warn_of_labels(task: Task, scan: Scan, kernel: str) -> None:
@@ -137,6 +127,7 @@ def _warn_of_labels(task: Task, scan: Scan, kernel: str) -> None:
     found: set[int] = set()
     for k in range(scan.stored.shape[2]):
         found.update(np.unique(scan.stored.array[:, :, k]).tolist())
+        scan.release()
         if len(found) > _FEW:
             return
     if len(found) > 1:
@@ -175,49 +166,3 @@ def _cast(values: Array, wanted: np.dtype[Any], overflow: str) -> Array:
     if overflow == "saturate":
         return whole.clip(limits.min, limits.max).astype(wanted)
     return np.mod(whole, 2.0**limits.bits).astype(f"u{wanted.itemsize}").view(wanted)
-
-
-def finish(
-    task: Task, plan: Plan, compute: Callable[[Callable[[float], object] | None], Scan]
-) -> int:
-    """Show the plan, or compute the result and write it."""
-    conduct = task.conduct
-    plan.refuse_beyond(None if conduct.memory is None else size(conduct.memory, "--memory"))
-    for warning in plan.warnings:
-        task.tell(warning)
-    if conduct.dry_run:
-        print(json.dumps(plan.facts(), indent=2) if conduct.json else plan.text())
-        return SUCCESS
-    how = "none" if conduct.quiet else conduct.progress
-    with progress(how, task.verb) as told:
-        result = _computed_by(compute, told)
-    return _handed_over(task, result)
-
-
-def _computed_by(compute: Callable[..., Scan], told: Any) -> Scan:
-    with warnings.catch_warnings():
-        warnings.simplefilter("ignore", volux.AliasingWarning)  # the plan has said it
-        try:
-            return compute(told)
-        except (TypeError, ValueError) as error:
-            raise Misuse(str(error)) from None
-
-
-def _handed_over(task: Task, result: Scan) -> int:
-    output = task.conduct.output
-    if output == STREAM:
-        write_stream(result)
-        return SUCCESS
-    facts: dict[str, Any] = {}
-    with placed(output) as path:
-        write(result, path)
-        if task.has_sidecar or task.conduct.json:
-            facts = _sidecar.facts(task, result, path)
-        if task.has_sidecar:
-            _sidecar.write(facts, path)
-    if task.conduct.json:
-        print(json.dumps(facts, indent=2))
-    else:
-        shape = " x ".join(map(str, result.stored.shape))
-        task.tell(f"{output}: {shape} voxels written")
-    return SUCCESS

@@ -173,9 +173,13 @@ def write_stream(scan: Scan) -> None:
 
 
 def _image(scan: Scan, suffix: str) -> Any:
-    if suffix in (".mgh", ".mgz"):
-        return _mgh(scan)
-    array = in_file_type(scan)
+    return (
+        _mgh(scan) if suffix in (".mgh", ".mgz") else image_with(in_file_type(scan), scan, suffix)
+    )
+
+
+def image_with(array: Array, scan: Scan, suffix: str) -> Any:
+    """Return nibabel's image of these numbers, with all that the header of a scan says."""
     made = _class_for(scan, suffix)(array, scan.stored.affine, _header(scan), dtype=array.dtype)
     header = made.header
     if scan.is_scaled:

@@ -200,7 +200,11 @@ class Conduct:
     threads: Threads = None
     memory: Annotated[
         str | None,
-        option("--memory", metavar="SIZE", text="Refuse to need more memory, such as 4GiB."),
+        option(
+            "--memory",
+            metavar="SIZE",
+            text="Take no more memory, such as 4GiB: work in parts, or refuse.",
+        ),
     ] = None
     quiet: Quiet = False
     progress: Annotated[
@@ -289,9 +293,26 @@ class Shown:
         str | None,
         option("--window", metavar="LEVEL,WIDTH", text="Grey values.", default="by the voxels"),
     ] = None
+    interp: Annotated[
+        Literal["nearest", "linear", "cubic", "label"] | None,
+        option(
+            "--interp",
+            text="The kernel; label draws labels in colour.",
+            default="linear; label for label maps, cubic for extremes of slabs",
+        ),
+    ] = None
     labels: Annotated[
         str | None,
         option("--labels", metavar="FILE", text="Labels to lay in colour over the volume."),
+    ] = None
+    volume: Annotated[
+        int | None,
+        option(
+            "--volume",
+            metavar="N",
+            text="Which of several volumes, counted from 0.",
+            default="the first",
+        ),
     ] = None
     montage: Annotated[
         int | None, option("--montage", metavar="N", text="So many axial planes instead of three.")

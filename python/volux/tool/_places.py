@@ -12,9 +12,11 @@ import volux
 from volux import Affine, Grid, Image
 from volux._displacement import Transform
 from volux.tool import _planes, _transforms
+from volux.tool._bricks import Told, Way, onto, part_of
 from volux.tool._errors import Misuse
 from volux.tool._files import STREAM, Scan, grid_of
-from volux.tool._making import Task, converted, finish, keywords, planned
+from volux.tool._finishing import finish
+from volux.tool._making import Task, keywords, planned
 from volux.tool._options import Conduct, Converting, Filling, PlaneOptions, Reading
 from volux.tool._plan import aliasing, factors_of
 
@@ -41,13 +43,7 @@ def resample(
     transform = _transforms.read(transforms, grid)
     plan = planned(task, scan, grid, filling, **_known(scan, grid, transform, given, filling))
     given["transform"] = transform
-    return finish(
-        task,
-        plan,
-        lambda told: converted(
-            scan, volux.resample(scan.stored, grid, **given, progress=told), filling
-        ),
-    )
+    return finish(task, plan, onto(scan.stored, grid, given), filling)
 
 
 def _grid_like(task: Task, like: str) -> Grid:
@@ -78,7 +74,7 @@ def crop(file: str, box: str, filling: Converting, conduct: Conduct) -> int:
     grid = scan.stored.grid[slices]
     plan = planned(task, scan, grid, filling, is_view=True, to_source=np.eye(4))
     cut = Image(scan.stored.array[slices], grid.affine, axes="xyz")
-    return finish(task, plan, lambda _told: converted(scan, cut, filling))
+    return finish(task, plan, part_of(cut), filling)
 
 
 def _slices(box: str, shape: tuple[int, ...]) -> tuple[slice, ...]:
@@ -106,12 +102,13 @@ def reslice(
     scan = task.read(file)
     given = keywords(task, scan, reading, filling)
     grid = _planes.grid(where, scan.stored)
-    given |= {"slab": where.slab, "projection": where.projection}
     place = _planes.in_index_order(grid)
     plan = planned(task, scan, place, filling, to_source=np.eye(4))
+    if where.slab == 1:  # with the bits of resample()
+        return finish(task, plan, onto(scan.stored, place, given), filling)
+    given |= {"slab": where.slab, "projection": where.projection}
 
-    def compute(told: Any) -> Scan:
-        cut = volux.reslice(scan.stored, grid, **given, progress=told)
-        return converted(scan, _planes.turned(cut), filling)
+    def make(_all: slice | None, told: Told) -> Image:
+        return _planes.turned(volux.reslice(scan.stored, grid, **given, progress=told))
 
-    return finish(task, plan, compute)
+    return finish(task, plan, Way(make), filling)

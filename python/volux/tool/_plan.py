@@ -10,9 +10,9 @@ import numpy as np
 from volux import Grid
 from volux._route import SKIPPING
 from volux._types import Matrix
-from volux.tool._errors import Refusal
 from volux.tool._files import Scan
 from volux.tool._looking import aligned
+from volux.tool._memory import Amount
 
 
 @dataclass(frozen=True)
@@ -21,18 +21,12 @@ class Plan:
 
     source: Scan
     grid: Grid
+    amount: Amount
     memory: int  # bytes at most at a time
     to_source: Matrix | None = None  # the world's map to the source, if it is affine
     factors: tuple[float, ...] = ()  # how long a voxel is, in voxels of the source
     warnings: tuple[str, ...] = field(default=())
-
-    def refuse_beyond(self, limit: int | None) -> None:
-        """Refuse a result for which there is not enough memory."""
-        if limit is not None and self.memory > limit:
-            raise Refusal(
-                f"{self.source.path}: the result needs {_size(self.memory)}, and --memory allows "
-                f"{_size(limit)}; crop first, or make fewer voxels"
-            )
+    planes: int | None = None  # so many are made at a time; None: all
 
     def _factors(self) -> tuple[float, ...]:
         return self.factors or factors_of(self.grid.affine, self.source.stored.affine)
@@ -57,6 +51,7 @@ class Plan:
             "affine": self.grid.affine.tolist(),
             "factors": list(self._factors()),
             "memory": self.memory,
+            "planes": self.planes or self.grid.shape[2],
             "outside": self.outside(),
             "warnings": list(self.warnings),
         }
@@ -73,8 +68,10 @@ class Plan:
             "first voxel": f"{first} mm (RAS+)",
             "last voxel": f"{last} mm (RAS+)",
             "outside": "unknown under a field" if outside is None else f"{100 * outside:.3g} %",
-            "memory": _size(self.memory),
+            "memory": size_text(self.memory),
         }
+        if self.planes is not None:
+            rows["at a time"] = f"{self.planes} planes of {self.grid.shape[2]}"
         return aligned(rows)
 
     def _place(self, index: Matrix) -> str:
@@ -103,5 +100,8 @@ def _product(values: Any) -> str:
     return " x ".join(f"{value:.6g}" for value in values)
 
 
-def _size(count: int) -> str:
-    return f"{count / 2**30:.2f} GiB" if count >= 2**30 else f"{count / 2**20:.0f} MiB"
+def size_text(count: int) -> str:
+    """Return a number of bytes as one reads it."""
+    if count >= 2**30:
+        return f"{count / 2**30:.2f} GiB"
+    return f"{count / 2**20:.0f} MiB" if count >= 2**20 else f"{count / 2**10:.0f} KiB"

@@ -7,9 +7,8 @@ from hashlib import sha256
 from pathlib import Path
 from typing import TYPE_CHECKING, Any, BinaryIO
 
-import volux
-from volux import Image
-from volux.tool._files import Scan, grid_of, suffix_of
+from volux import Grid
+from volux.tool._files import suffix_of
 
 if TYPE_CHECKING:
     from volux.tool._making import Task
@@ -21,18 +20,15 @@ def name(output: str) -> str:
     return f"{output.removesuffix(output[len(output) - len(suffix) :])}.json"
 
 
-def facts(task: Task, result: Scan, written: Path) -> dict[str, Any]:
+def facts(task: Task, grid: Grid, digest: str) -> dict[str, Any]:
     """Return what a result is, and what it was made of."""
     from volux.tool._version import version
 
-    # The place as the file has it: NIfTI keeps it in short numbers.
-    image = Image(result.image.array, grid_of(str(written)).affine, axes="xyz")
-
-    spacing = " x ".join(f"{value:.6g}" for value in result.stored.spacing)
+    spacing = " x ".join(f"{value:.6g}" for value in grid.spacing)
     return {
         "Sources": [Path(path).name for path in task.inputs],
         "SpatialReference": Path(task.options.get("like") or task.inputs[0]).name,
-        "Resolution": f"{spacing} mm, {' x '.join(map(str, result.stored.shape))} voxels",
+        "Resolution": f"{spacing} mm, {' x '.join(map(str, grid.shape))} voxels",
         "GeneratedBy": [{"Name": "volux", "Version": version()}],
         "Verb": task.verb,
         "Options": {
@@ -41,7 +37,7 @@ def facts(task: Task, result: Scan, written: Path) -> dict[str, Any]:
             if value not in (None, [])
         },
         "InputDigests": [_digest(task, path) for path in task.inputs],
-        "OutputDigest": volux.digest(image),
+        "OutputDigest": digest,
     }
 
 

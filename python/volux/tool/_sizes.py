@@ -7,14 +7,17 @@ from typing import Any
 
 import numpy as np
 
-import volux
-from volux import Grid
+from volux import Grid, Image
+from volux._resize import target
+from volux._types import Align
+from volux.tool._bricks import onto, part_of
 from volux.tool._errors import Misuse
 from volux.tool._files import Scan
-from volux.tool._making import Task, converted, finish, keywords, planned
+from volux.tool._finishing import finish
+from volux.tool._making import Task, keywords, planned
 from volux.tool._options import Conduct, Converting, Filling, Reading, counts, numbers
 
-Size = tuple[str | None, str | None, str | None, str]
+Size = tuple[str | None, str | None, str | None, Align]
 
 
 def convert(file: str, filling: Converting, conduct: Conduct) -> int:
@@ -22,7 +25,7 @@ def convert(file: str, filling: Converting, conduct: Conduct) -> int:
     task = Task("convert", (file,), asdict(filling), conduct).checked()
     scan = task.read(file)
     plan = planned(task, scan, scan.stored.grid, filling, is_view=True, to_source=np.eye(4))
-    return finish(task, plan, lambda _told: converted(scan, scan.stored, filling))
+    return finish(task, plan, part_of(scan.stored), filling)
 
 
 def resize(file: str, wanted: Size, reading: Reading, filling: Filling, conduct: Conduct) -> int:
@@ -32,16 +35,12 @@ def resize(file: str, wanted: Size, reading: Reading, filling: Filling, conduct:
     options = {**sizes, "align": align, **asdict(reading), **asdict(filling)}
     task = Task("resize", (file,), options, conduct).checked()
     scan = task.read(file)
-    given = keywords(task, scan, reading, filling)
-    size = {**_size(sizes), "align": align}
-    plan = planned(task, scan, _grid(scan, size), filling, to_source=np.eye(4))
-    return finish(
-        task,
-        plan,
-        lambda told: converted(
-            scan, volux.resize(scan.stored, **size, **given, progress=told), filling
-        ),
-    )
+    given = {"outside": "extend", "antialias": "auto", **keywords(task, scan, reading, filling)}
+    grid, voxels = _target(scan, _size(sizes), align)
+    plan = planned(task, scan, grid, filling, to_source=np.eye(4))
+    # In the space of the voxels the map is that of resize(), to the last bit.
+    source = Image(scan.stored.array, axes="xyz")
+    return finish(task, plan, onto(source, voxels, given, grid), filling)
 
 
 def _size(given: dict[str, str | None]) -> dict[str, Any]:
@@ -53,16 +52,11 @@ def _size(given: dict[str, str | None]) -> dict[str, Any]:
     return {name: counts(text, "--shape") if name == "shape" else numbers(text, f"--{name}")}
 
 
-def _grid(scan: Scan, size: dict[str, Any]) -> Grid:
-    place = scan.stored.grid
+def _target(scan: Scan, size: dict[str, Any], align: Align) -> tuple[Grid, Grid]:
+    """Return where the voxels of the result lie, in the world and among those of the input."""
+    sizes = {"shape": None, "spacing": None, "scale": None, **size}
     try:
-        if "shape" in size:
-            return Grid.of_size(place, size["shape"], align=size["align"])
-        spacing = size.get("spacing")
-        if spacing is None:
-            if min(size["scale"]) <= 0:
-                raise ValueError(f"scale={size['scale']} must be above 0")
-            spacing = [now / by for now, by in zip(place.spacing, size["scale"], strict=True)]
-        return Grid.of_spacing(place, spacing, align=size["align"])
+        grid, to_voxels = target(scan.stored.grid, **sizes, aligned=align)
     except ValueError as error:
         raise Misuse(f"--{error}") from None
+    return grid, Grid(grid.shape, [*to_voxels, (0, 0, 0, 1)], axes="xyz")

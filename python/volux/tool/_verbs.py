@@ -261,8 +261,9 @@ def view(
     """Draw an axial, a coronal and a sagittal plane of a volume; or others.
 
     Letters beside each plane say the sides of the patient. CT is shown by the window of soft
-    tissue, other volumes from the background to nearly the brightest voxel. Places and directions
-    are (x, y, z) in mm, RAS+.
+    tissue, other volumes and slabs from the background to nearly the brightest voxel. Labels have a
+    legend, with names where the file or a table beside it has any. Places and directions are
+    (x, y, z) in mm, RAS+.
     """
     from volux.tool import _viewing
 
@@ -306,5 +307,5 @@ def completion(
     """
     from volux.tool._completion import script
 
-    print(script(shell, {name: function for name, (function, _) in VERBS.items()}), end="")
+    print(script(shell), end="")
     return 0

@@ -2,17 +2,22 @@
 
 from __future__ import annotations
 
-from typing import Any
+from typing import TYPE_CHECKING, Any
 
 import numpy as np
 
 from volux import Image
+from volux._types import Interpolation
 from volux.tool._errors import SUCCESS, Misuse, needed, say
 from volux.tool._files import Scan, read_aloud
+from volux.tool._names import names_of
 from volux.tool._options import Shown, numbers
 from volux.tool._output import placed, refuse
 from volux.tool._pictures._grey import Window, window_of
 from volux.tool._planes import middle_of, upwards
+
+if TYPE_CHECKING:
+    from volux.tool._pictures._planes import Look
 
 
 def view(file: str, output: str, shown: Shown, *, force: bool, quiet: bool) -> int:
@@ -21,12 +26,10 @@ def view(file: str, output: str, shown: Shown, *, force: bool, quiet: bool) -> i
     if not output.lower().endswith(".png"):
         raise Misuse(f"--output {output}: must end in .png")
     _check(shown)
-    given = None if shown.window is None else _window(shown.window)
     refuse(output, [file, shown.labels] if shown.labels else [file], force=force)
-    image = _first(read_aloud(file, quiet=quiet), quiet)
-    window = given or window_of(image.array)
-    named = None if shown.labels is None else _named(shown.labels, quiet)
-    made = _picture(image, window, named, shown)
+    scan = read_aloud(file, quiet=quiet)
+    image = _one(scan, shown.volume, quiet)
+    made = _picture(image, _look(scan, image, shown, quiet), shown)
     with placed(output) as path:
         made.save(path, format="PNG")
     if not quiet:
@@ -48,10 +51,35 @@ def _check(shown: Shown) -> None:
         raise Misuse("--montage takes all the volume; leave out --centre and --normal")
 
 
-def _picture(image: Image, window: Window, labels: Image | None, shown: Shown) -> Any:
-    from volux.tool._pictures._planes import Look, montage, oblique, three
+def _look(scan: Scan, image: Image, shown: Shown, quiet: bool) -> Look:
+    from volux.tool._pictures._planes import Look
 
-    look = Look(window, labels)
+    if (shown.interp or ("label" if scan.labels else "linear")) == "label":
+        if shown.labels is not None:
+            raise Misuse(f"--labels {shown.labels}: {scan.path} is drawn as labels itself")
+        _whole(image, scan.path)
+        return Look(None, None, "label", names_of(scan))
+    window = None if shown.window is None else _window(shown.window)
+    if window is None and shown.slab is None:
+        window = window_of(image.array)
+    labels = None if shown.labels is None else read_aloud(shown.labels, quiet=quiet)
+    return Look(
+        window,
+        None if labels is None else _whole(_one(labels, None, quiet), f"--labels {labels.path}"),
+        shown.interp or _kernel(shown),
+        {} if labels is None else names_of(labels),
+    )
+
+
+def _kernel(shown: Shown) -> Interpolation:
+    # Between voxels, linear readings are lower than both maxima beside them, which shows as rings.
+    is_extreme = shown.slab is not None and shown.projection != "mean"
+    return "cubic" if is_extreme else "linear"
+
+
+def _picture(image: Image, look: Look, shown: Shown) -> Any:
+    from volux.tool._pictures._planes import montage, oblique, three
+
     if shown.montage is not None:
         return montage(image, look, shown.montage, shown.size or 200)
     centre = middle_of(image) if shown.centre is None else numbers(shown.centre, "--centre")
@@ -76,18 +104,23 @@ def _window(text: str) -> Window:
     return Window(level, width)
 
 
-def _first(scan: Scan, quiet: bool) -> Image:
-    """Return the first channel of a volume, and say so."""
+def _one(scan: Scan, volume: int | None, quiet: bool) -> Image:
+    """Return one volume of several, the first one unless somebody says which."""
     image = scan.image
+    count = image.channels or 1
+    if volume is not None and not 0 <= volume < count:
+        raise Misuse(f"--volume {volume}: {scan.path} has {count}, counted from 0")
     if image.channels is None:
         return image
-    if image.channels > 1 and not quiet:
-        say(f"{scan.path}: has {image.channels} volumes or channels; the first one is shown")
-    return Image(image.array[..., 0], image.affine, axes=image.axes)
+    if count > 1 and volume is None and not quiet:
+        say(
+            f"{scan.path}: has {count} volumes or channels; the first one is shown, and --volume 1 "
+            "shows the next"
+        )
+    return Image(image.array[..., volume or 0], image.affine, axes=image.axes)
 
 
-def _named(path: str, quiet: bool) -> Image:
-    image = _first(read_aloud(path, quiet=quiet), quiet)
+def _whole(image: Image, name: str) -> Image:
     if not np.array_equal(image.array, np.floor(image.array)):
-        raise Misuse(f"--labels {path}: has values that are no whole numbers; labels are numbers")
+        raise Misuse(f"{name}: has values that are no whole numbers; labels are numbers")
     return image

@@ -35,10 +35,16 @@ def window_of(voxels: Array) -> Window:
     """Return soft tissue for what seems to be CT, and else nearly all that is no background."""
     some = voxels.reshape(-1)[:: -(-voxels.size // _MANY)].astype(np.float64)
     some = some[np.isfinite(some)]
+    if some.size and _AIR[0] <= some.min() <= _AIR[1] and some.max() > _TISSUE:
+        return Window(*_SOFT_TISSUE)
+    return spread_of(some)
+
+
+def spread_of(readings: Array) -> Window:
+    """Return nearly all that is no background."""
+    some = readings[np.isfinite(readings)]
     if not some.size:
         return Window(0.0, 1.0)
-    if _AIR[0] <= some.min() <= _AIR[1] and some.max() > _TISSUE:
-        return Window(*_SOFT_TISSUE)
     low = float(np.percentile(some, 1))
     shown = some[some > low]
     high = float(np.percentile(shown, 99.5)) if shown.size else low

@@ -34,3 +34,9 @@ def coloured(
         mixed = (1 - opacity) * picture[here] + opacity * np.array(colour_of(int(label)))
         picture[here] = np.floor(mixed + 0.5).astype(np.uint8)
     return picture
+
+
+def counted(labels: Array) -> dict[int, int]:
+    """Return how many pixels each label other than 0 has."""
+    found, counts = np.unique(labels[labels != 0], return_counts=True)
+    return dict(zip(map(int, found.tolist()), counts.tolist(), strict=True))

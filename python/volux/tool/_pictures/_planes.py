@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+from collections.abc import Mapping
 from math import ceil
 from typing import Any, NamedTuple
 
@@ -11,13 +12,18 @@ from PIL import Image as Pillow
 from volux import Image, Plane, reslice
 from volux._types import Array, Floats, Interpolation, Projection
 from volux.tool._pictures._cuts import VIEWS, anatomical, fitted, view_plane
-from volux.tool._pictures._grey import Window
-from volux.tool._pictures._labels import coloured
+from volux.tool._pictures._grey import Window, spread_of
+from volux.tool._pictures._labels import coloured, counted
 from volux.tool._pictures._marks import Letters, letters_of, towards
 from volux.tool._pictures._sheet import Tile, sheet
 
 # How much wider than high a sheet of many pictures is, as screens are.
 _WIDER = 1.6
+
+# A grey that noise of the background stays below, and how much of the fullest slice a slice must
+# show so that it is not empty: more than a table under the patient.
+_DARK = 26
+_LITTLE = 0.03
 
 
 class Look(NamedTuple):
@@ -25,17 +31,20 @@ class Look(NamedTuple):
 
     Parameters
     ----------
-    window : Window
-        Which readings are black and white.
+    window : Window, optional
+        Which readings are black and white; None: those of a slab say so themselves.
     labels : Image, optional
         Whose labels lie in colour over the greys; in the same world, on any grid.
-    interpolation : {"linear", "nearest", "cubic"}
-        The kernel of the greys.
+    interpolation : {"linear", "nearest", "cubic", "label"}
+        The kernel; "label" draws the volume's own labels in colour on black.
+    names : mapping of int to str
+        What labels are called.
     """
 
-    window: Window
+    window: Window | None
     labels: Image | None = None
     interpolation: Interpolation = "linear"
+    names: Mapping[int, str] = {}
 
     def read(self, image: Image, plane: Plane, **how: Any) -> Array:
         """Return the readings of a plane, with what `reslice` takes besides."""
@@ -45,13 +54,26 @@ class Look(NamedTuple):
 
     def tile(self, readings: Array, plane: Plane, name: str) -> Tile:
         """Return the picture of a plane."""
-        named = np.zeros((1, 1)) if self.labels is None else _named(self.labels, plane)
-        pixels = coloured(self.window.greys(readings), named)
-        return Tile(pixels, f"{name}{_position(plane)}", letters_of(plane))
+        caption, letters = f"{name}{_position(plane)}", letters_of(plane)
+        if self.interpolation == "label":
+            black = np.zeros(readings.shape, np.uint8)
+            pixels = coloured(black, readings, opacity=1.0)
+            return Tile(pixels, caption, letters, counted(readings))
+        greys = (self.window or spread_of(readings)).greys(readings)
+        if self.labels is None:
+            return Tile(np.repeat(greys[..., None], 3, axis=2), caption, letters)
+        found = reslice(self.labels, plane, interpolation="label").array[0]
+        return Tile(coloured(greys, found), caption, letters, counted(found))
 
     def whole(self, image: Image, plane: Plane, name: str) -> Tile:
         """Return the picture of a plane that ends where the volume does, to the pixel."""
         return self.tile(self.read(image, plane, outside="extend"), plane, name)
+
+    def shows(self, readings: Array) -> int:
+        """Return how many readings differ clearly from the background."""
+        if self.window is None or self.interpolation == "label":
+            return int(np.count_nonzero(readings))
+        return int(np.count_nonzero(self.window.greys(readings) >= _DARK))
 
 
 def three(image: Image, look: Look, at: Floats, size: int = 400) -> Pillow.Image:
@@ -75,18 +97,21 @@ def three(image: Image, look: Look, at: Floats, size: int = 400) -> Pillow.Image
     """
     edge = _edge(image, size)
     cuts = [(view_plane(image, name, at, edge), f"{name}, ") for name in VIEWS]
-    return sheet([[look.whole(image, *cut) for cut in cuts]], edge)
+    return sheet([[look.whole(image, *cut) for cut in cuts]], edge, look.names)
 
 
 def montage(image: Image, look: Look, count: int, size: int = 200) -> Pillow.Image:
-    """Return axial planes of a volume at equal distances, from the feet up, in full rows."""
-    edge, extent = _edge(image, size), image.shape[_axial_axis(image)]
-    heights = (np.arange(count) + 0.5) / count * extent - 0.5
+    """Return axial planes of a volume at equal distances, from the feet up, in full rows.
+
+    What is below the first slice and above the last one that shows something is left out.
+    """
+    edge, (first, end) = _edge(image, size), _filled(image, look)
+    heights = first + (np.arange(count) + 0.5) / count * (end - first) - 0.5
     cuts = [view_plane(image, "axial", _at_height(image, height), edge) for height in heights]
     tiles = [look.whole(image, cut, "") for cut in cuts]
     columns = _columns(count, *tiles[0].pixels.shape[:2])
     rows = [tiles[begin : begin + columns] for begin in range(0, count, columns)]
-    return sheet(_with_letters_at_the_rim(rows), edge)
+    return sheet(_with_letters_at_the_rim(rows), edge, look.names)
 
 
 def oblique(
@@ -100,21 +125,32 @@ def oblique(
 ) -> Pillow.Image:
     """Return a plane by its centre, its normal and what is up; or all of a slab, as one picture.
 
-    What lies outside the volume does not count, and where nothing else is the picture is black;
-    white, if the least reading of a slab is shown.
+    What lies outside the volume does not count, and where nothing else is the picture is black.
     """
     centre, normal, up = place
     edge = _edge(image, size)
     plane = fitted(image.grid, centre, np.array(normal), np.array(up), edge, thickness)
-    paper = _paper(image, look.window, projection)
-    if not thickness:
-        readings = look.read(image, plane, fill=paper)
-        return sheet([[look.tile(readings, plane, "oblique, ")]], edge)
-    how = {"slab": ceil(thickness / min(image.spacing)), "projection": projection}
+    how: dict[str, Any] = {}
+    if thickness:
+        # Half a voxel at a time: longer steps leave rings in maxima, where they pass by voxels.
+        how = {"slab": ceil(2 * thickness / min(image.spacing)), "projection": projection}
+    readings = _inside(image, look, plane, how)
+    name = f"{projection} of {thickness:g} mm, " if thickness else "oblique, "
+    return sheet([[look.tile(readings, plane, name)]], edge, look.names)
+
+
+def _inside(image: Image, look: Look, plane: Plane, how: dict[str, Any]) -> Array:
+    """Return the readings of what is inside the volume, and NaN where nothing is."""
+    if look.interpolation == "label":
+        return look.read(image, plane, **how)
+    mean, paper = {**how, "projection": "mean"}, _paper(image, how.get("projection"))
+    shares = look.read(_ones(image), plane, **mean)
     readings = look.read(image, plane, fill=paper, **how)
-    if projection == "mean":
-        readings = _without(paper, readings, look.read(_ones(image), plane, **how))
-    return sheet([[look.tile(readings, plane, f"{projection} of {thickness:g} mm, ")]], edge)
+    if how.get("projection", "mean") == "mean":
+        readings -= (1.0 - shares) * paper
+        np.divide(readings, shares, out=readings, where=shares > 0)
+    readings[shares == 0] = np.nan
+    return readings
 
 
 def _edge(image: Image, size: int) -> float:
@@ -124,6 +160,17 @@ def _edge(image: Image, size: int) -> float:
 
 def _axial_axis(image: Image) -> int:
     return anatomical(image)[1][VIEWS["axial"][2]]
+
+
+def _filled(image: Image, look: Look) -> tuple[int, int]:
+    """Return the first axial slice, from the feet, that shows something, and the one after all."""
+    axis = _axial_axis(image)
+    slices = np.moveaxis(image.array, axis, 0)
+    shown = np.array([look.shows(voxels) for voxels in slices])
+    if image.affine[2, axis] < 0:
+        shown = shown[::-1]
+    found = np.flatnonzero(shown > _LITTLE * shown.max())
+    return (int(found[0]), int(found[-1]) + 1) if found.size else (0, len(shown))
 
 
 def _at_height(image: Image, height: float) -> Floats:
@@ -164,29 +211,15 @@ def _at_the_rim(letters: Letters, place: tuple[int, int], last: tuple[int, int])
     )
 
 
-def _paper(image: Image, window: Window, projection: str) -> float:
+def _paper(image: Image, projection: str | None) -> float:
     """Return a number of the volume's type that does not count in a projection."""
-    sign = 1 if projection == "minimum" else -1
-    end = window.level + sign * window.width / 2
-    if image.array.dtype.kind not in "iu":
-        return end
-    limits = np.iinfo(image.array.dtype)
-    return int(np.clip(np.floor(end) if sign < 0 else np.ceil(end), limits.min, limits.max))
+    extreme = np.fmax if projection == "minimum" else np.fmin
+    number: float = extreme.reduce(image.array, axis=None).item()
+    return number if np.isfinite(number) else 0.0
 
 
 def _ones(image: Image) -> Image:
     return Image(np.broadcast_to(np.uint8(1), image.shape), image.affine, axes=image.axes)
-
-
-def _without(paper: float, means: Array, shares: Array) -> Array:
-    """Return the means of what is inside the volume, where shares of the slab are."""
-    inside: Array = np.where(shares > 0, means - (1 - shares) * paper, paper)
-    return np.divide(inside, shares, out=inside, where=shares > 0)
-
-
-def _named(labels: Image, plane: Plane) -> Array:
-    named: Array = reslice(labels, plane, interpolation="label").array[0]
-    return named
 
 
 def _position(plane: Plane) -> str:
