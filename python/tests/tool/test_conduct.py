@@ -12,7 +12,7 @@ from pathlib import Path
 import numpy as np
 import pytest
 
-from . import completion
+from . import texts
 from .runs import PROGRAM, done, left, nibabel, run, save, spawned, started, voxels
 
 HEAVY = ("numpy", "nibabel", "SimpleITK", "PIL", "volux._core")
@@ -32,8 +32,10 @@ print(sorted(set({HEAVY!r}) & set(sys.modules)))
     assert ran.stdout.splitlines()[-1] == "[]"
 
 
-@pytest.mark.parametrize("typed", ["--version", "completion bash", "completion fish"])
-def test_what_shells_ask_for_needs_no_typer_either(typed):
+@pytest.mark.parametrize(
+    "typed", ["--version", "--help", "-h", "view --help", "resize -h", "completion bash"]
+)
+def test_what_is_kept_as_text_needs_no_typer_either(typed):
     code = f"""
 import sys
 from volux.tool._cli import main
@@ -276,9 +278,14 @@ echo "${{COMPREPLY[*]}}"
     assert ran.stdout.decode().strip() == COMPLETED[typed]
 
 
-@pytest.mark.parametrize("shell", completion.SHELLS)
-def test_the_scripts_of_shells_know_all_options(shell):
-    assert done("completion", shell) == completion.script(shell)
+def test_the_texts_that_are_kept_are_what_the_verbs_say():
+    kept = {path.name: path.read_text() for path in texts.FOLDER.iterdir()}
+    assert kept == texts.texts()
+
+
+def test_help_in_a_narrow_terminal_is_narrow(monkeypatch):
+    monkeypatch.setenv("COLUMNS", "60")
+    assert max(map(len, done("--help").splitlines())) <= 60
 
 
 @pytest.mark.parametrize("shell", ["zsh", "fish"])

@@ -40,8 +40,12 @@ def _known(given: "Sequence[str]") -> str:
         from volux.tool._version import version
 
         return f"volux {version()}\n"
-    if len(given) == 2 and given[0] == "completion":
-        from volux.tool._completion import script
+    if len(given) == 2 and given[0] == "completion" and not given[1].startswith("-"):
+        from volux.tool._texts import completion
 
-        return script(given[1])
+        return completion(given[1])
+    if given[-1:] in (["--help"], ["-h"]) and len(given) <= 2:
+        from volux.tool._texts import help_of
+
+        return help_of("".join(given[:-1]))
     return ""

@@ -305,7 +305,7 @@ def completion(
     For bash, put eval "$(volux completion bash)" into ~/.bashrc, and likewise for zsh; for fish,
     put volux completion fish | source into config.fish.
     """
-    from volux.tool._completion import script
+    from volux.tool._texts import completion as script
 
     print(script(shell), end="")
     return 0

@@ -1,20 +1,25 @@
-"""The scripts by which shells complete a command; they start no program while one types.
+"""The texts that the command keeps: its help, and the scripts by which shells complete it, which
+start no program while one types.
 
-As a program, ``python -m python.tests.tool.completion`` in the folder of the clone, it writes them
-anew.
+As a program, ``python -m python.tests.tool.texts`` in the folder of the clone, it writes them anew.
 """
 
 from __future__ import annotations
 
+import os
 from collections.abc import Callable, Mapping
+from contextlib import redirect_stdout
+from io import StringIO
 from pathlib import Path
 from typing import Any, Literal, get_args, get_origin
+from unittest import mock
 
 import volux.tool
+from volux.tool import _texts
 from volux.tool._options import signature_of
-from volux.tool._verbs import VERBS
+from volux.tool._verbs import VERBS, command
 
-FOLDER = Path(volux.tool.__file__).parent / "completions"
+FOLDER = Path(volux.tool.__file__).parent / "texts"
 SHELLS = ("bash", "zsh", "fish")
 
 # The words of an option, by its names; none where it takes a file or a number.
@@ -86,6 +91,22 @@ def _fish(table: Mapping[str, Options], verbs: Mapping[str, Callable[..., object
     return "\n".join(lines) + "\n"
 
 
+def help_of(verb: str) -> str:
+    """Return the help of a verb, or of all if it is empty, as typer makes it."""
+    with (
+        redirect_stdout(StringIO()) as printed,
+        mock.patch.dict(os.environ, {"COLUMNS": str(_texts.COLUMNS)}),
+    ):
+        assert command([verb, "--help"] if verb else ["--help"])() == 0
+    return printed.getvalue()
+
+
+def texts() -> dict[str, str]:
+    """Return each text by the name of its file."""
+    help_texts = {f"help-{verb}.txt": help_of(verb) for verb in VERBS} | {"help.txt": help_of("")}
+    return help_texts | {f"volux.{shell}": script(shell) for shell in SHELLS}
+
+
 if __name__ == "__main__":
-    for name in SHELLS:
-        (FOLDER / f"volux.{name}").write_text(script(name))
+    for name, text in texts().items():
+        (FOLDER / name).write_text(text)
