@@ -1,6 +1,8 @@
 #include "Arrays.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <iterator>
 #include <limits>
 
 namespace volux::python {
@@ -23,6 +25,15 @@ unsigned int extentOf(std::size_t voxels)
 {
     constexpr std::size_t kMost = std::numeric_limits<unsigned int>::max();
     return static_cast<unsigned int>(std::min(voxels, kMost));
+}
+
+/// Null for a type that is not served.
+const ElementType* elementOf(nb::dlpack::dtype type)
+{
+    const ElementType* const found =
+        std::find_if(std::begin(kElementTypes), std::end(kElementTypes),
+                     [&](const ElementType& element) { return element.type == type; });
+    return found == std::end(kElementTypes) ? nullptr : found;
 }
 
 template <class View, class Array>
@@ -49,12 +60,11 @@ View viewOfArray(const Array& array)
 
 core::DataType typeOf(nb::dlpack::dtype type)
 {
-    for (const ElementType& element : kElementTypes) {
-        if (element.type == type) {
-            return element.tag;
-        }
+    const ElementType* const element = elementOf(type);
+    if (element == nullptr) {
+        throw nb::value_error("voxels are uint8, int16, uint16, int32, uint32, float32 or float64");
     }
-    throw nb::value_error("voxels are uint8, int16, uint16, int32, uint32, float32 or float64");
+    return element->tag;
 }
 
 resample::View<const void> viewOf(const Source& array)
@@ -65,6 +75,25 @@ resample::View<const void> viewOf(const Source& array)
 resample::View<void> viewOf(const Destination& array)
 {
     return viewOfArray<resample::View<void>>(array);
+}
+
+std::optional<resample::View<const void>> volumeOf(const Source& array)
+{
+    const ElementType* const element = elementOf(array.dtype());
+    const auto address = reinterpret_cast<std::uintptr_t>(array.data());
+    if (array.ndim() != 3 || element == nullptr || address % array.itemsize() != 0) {
+        return std::nullopt;
+    }
+    resample::View<const void> view;
+    view.type = element->tag;
+    view.data = array.data();
+    view.width = extentOf(array.shape(2));
+    view.height = extentOf(array.shape(1));
+    view.depth = extentOf(array.shape(0));
+    view.strideX = array.stride(2);
+    view.strideY = array.stride(1);
+    view.strideZ = array.stride(0);
+    return view;
 }
 
 resample::Positions positionsOf(const Points& points)

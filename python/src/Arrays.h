@@ -5,6 +5,7 @@
 #include <nanobind/ndarray.h>
 
 #include <array>
+#include <optional>
 
 #include "volux/resample.h"
 
@@ -27,6 +28,9 @@ using Extents = std::array<unsigned int, 3>;
 /// The view of an array whose four axes are x, y, z and the channel. Other arrays are a ValueError.
 resample::View<const void> viewOf(const Source& array);
 resample::View<void> viewOf(const Destination& array);
+
+/// The view of an array whose axes are z, y and x, if it is one that can be read where it is.
+std::optional<resample::View<const void>> volumeOf(const Source& array);
 
 /// The positions of an array of points.
 resample::Positions positionsOf(const Points& points);

@@ -3,6 +3,7 @@
 
 #include "Calls.h"
 #include "Maps.h"
+#include "Plain.h"
 #include "Reading.h"
 
 NB_MODULE(_core, module)
@@ -11,4 +12,5 @@ NB_MODULE(_core, module)
     volux::python::addGeometry(module);
     volux::python::addReading(module);
     volux::python::addCalls(module);
+    volux::python::addPlain(module);
 }

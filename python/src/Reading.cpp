@@ -22,21 +22,6 @@ Policy* chosen(Policy* const (&policies)[N], int number)
     return policies[number];
 }
 
-core::Interpolator* kernelOf(int number)
-{
-    namespace Types = core::InterpolationType;
-    core::Interpolator* const kernels[] = {&Types::NEAREST_NEIGHBOR, &Types::LINEAR, &Types::CUBIC,
-                                           &resample::LABELS};
-    return chosen(kernels, number);
-}
-
-core::Border* borderOf(int number)
-{
-    namespace Types = core::InterpolationBorderType;
-    core::Border* const borders[] = {&Types::REPLICATION, &Types::CONSTANT};
-    return chosen(borders, number);
-}
-
 // A callback may hold what holds the reading, such as the traceback of what it raised: the
 // collector must see both.
 int visitHeld(PyObject* self, visitproc visit, void* arg)
@@ -59,6 +44,21 @@ PyType_Slot COLLECTED[] = {{Py_tp_traverse, reinterpret_cast<void*>(visitHeld)},
                            {0, nullptr}};
 
 }  // namespace
+
+core::Interpolator* kernelOf(int number)
+{
+    namespace Types = core::InterpolationType;
+    core::Interpolator* const kernels[] = {&Types::NEAREST_NEIGHBOR, &Types::LINEAR, &Types::CUBIC,
+                                           &resample::LABELS};
+    return chosen(kernels, number);
+}
+
+core::Border* borderOf(int number)
+{
+    namespace Types = core::InterpolationBorderType;
+    core::Border* const borders[] = {&Types::REPLICATION, &Types::CONSTANT};
+    return chosen(borders, number);
+}
 
 Reading::Reading(int kernel, int border, double outside, bool edgeExtends, int overflow,
                  const Extents& subsamples, unsigned int threads, nb::object callback)

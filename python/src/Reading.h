@@ -11,6 +11,10 @@
 
 namespace volux::python {
 
+/// What a number of the package stands for. Other numbers are a ValueError.
+core::Interpolator* kernelOf(int number);
+core::Border* borderOf(int number);
+
 /// Options, and the progress callback of Python's, which may be None.
 struct Reading {
     Reading(int kernel, int border, double outside, bool edgeExtends, int overflow,

@@ -37,6 +37,8 @@ T = TypeVar("T")
 
 ALIGNS = {"edges": 0, "centres": 1}
 
+INDEX_SPACE = placing("affine", np.eye(4))
+
 
 class Grid(Fixed):
     """The voxels of a volume without their values: how many, and where in the world.
@@ -96,6 +98,13 @@ class Grid(Fixed):
         self.affine = placing("affine", affine)
         self.axes = axes if axes is None else checked_axes(axes)
         self._whole = None
+
+    @classmethod
+    def _of(cls, shape: Ints, affine: Matrix, axes: Axes | None) -> Grid:
+        """Return a grid of what is known to place voxels, without the checks of other numbers."""
+        grid = cls.__new__(cls)
+        grid.shape, grid.affine, grid.axes, grid._whole = shape, affine, axes, None
+        return grid
 
     @classmethod
     def of_size(
@@ -230,13 +239,13 @@ class Grid(Fixed):
 
     def _alone(self) -> Grid:
         """Return the same voxels as a grid that is no box of another one."""
-        return Grid(self.shape, self.affine, axes=self.axes) if self.is_box else self
+        return Grid._of(self.shape, self.affine, self.axes) if self.is_box else self
 
     def _named(self, axes: Axes) -> Grid:
         """Return the same grid with these axes, unless it names its own."""
         if self.axes is not None:
             return self
-        named = Grid(self.shape, self.affine, axes=axes)
+        named = Grid._of(self.shape, self.affine, axes)
         whole, start = self.whole
         return named._as_box_of(whole._named(axes), start) if self.is_box else named
 
@@ -266,7 +275,12 @@ def placed(image: Image | Grid | Array | DLPackProducer) -> Grid:
     grid = image if isinstance(image, Grid) else getattr(image, "grid", None)
     if isinstance(grid, Grid):
         return grid
-    return Grid(array_of(image, "image").shape[:3], np.eye(4))
+    return unplaced(array_of(image, "image"), None)
+
+
+def unplaced(array: Array, axes: Axes | None) -> Grid:
+    """Return the grid of a plain array, whose world is its index space."""
+    return Grid._of(extents("shape", array.shape[:3]), INDEX_SPACE, axes)
 
 
 def sized(place: Grid, shape: Any, align: int) -> tuple[Grid, Matrix]:

@@ -9,10 +9,8 @@ import numpy as np
 from volux import _core
 from volux._axes import PLACES
 from volux._displacement import IDENTITY, Displacement, Transform, parts_of
-from volux._grid import Grid
+from volux._grid import INDEX_SPACE, Grid
 from volux._types import Ints, Matrix
-
-_INDEX_SPACE = np.eye(4)
 
 # Voxels of a result that are as long, in voxels of what is read, skip detail. A step that exceeds a
 # whole number by less counts as that number, as in the library.
@@ -66,6 +64,6 @@ def route(source: Grid, target: Grid, transform: Transform | None) -> Route:
 def between(rows: Matrix, image: Grid) -> Matrix:
     """Return the map from the voxels of a target in the world to those of an image."""
     # In an index space a grid says itself which voxels it reads, and to the last bit.
-    if np.array_equal(image.affine, _INDEX_SPACE):
+    if np.array_equal(image.affine, INDEX_SPACE):
         return np.ascontiguousarray(rows[list(PLACES[image._order])])
     return _core.between(rows, image._rows)

@@ -2,6 +2,9 @@
 
 from __future__ import annotations
 
+from collections.abc import Callable
+from functools import wraps
+from inspect import signature
 from typing import TYPE_CHECKING, Any, NamedTuple, TypedDict
 
 import numpy as np
@@ -11,10 +14,10 @@ from volux import _core
 from volux._arrays import checked_out, result_dtype
 from volux._axes import PLACES, from_xyz
 from volux._image import Image
-from volux._keywords import READING, takes
+from volux._keywords import READING, P, takes
 from volux._numbers import whole
 from volux._points import listed, triples
-from volux._reading import reading
+from volux._reading import BORDERS, KERNELS, reading
 from volux._subject import Subject
 from volux._types import Array, Axes, Border, DLPackProducer, Interpolation, Matrix, Number, Space
 from volux._words import chosen
@@ -38,6 +41,17 @@ class SamplingOptions(TypedDict, total=False):
     threads: int | None
 
 
+def _shortened(function: Callable[P, Array]) -> Callable[P, Array]:
+    # The checks take longer than a few points do, so the compiled part answers what needs none.
+    @wraps(function)
+    def call(*args: P.args, **kwargs: P.kwargs) -> Array:
+        readings = _core.sample_plainly(_PLAIN, args, kwargs)
+        return function(*args, **kwargs) if readings is None else readings
+
+    return call
+
+
+@_shortened
 @takes(**READING, channel=None, dtype="float64", out=None, threads=None)
 def sample(
     image: Image | Array | DLPackProducer,
@@ -77,6 +91,17 @@ def sample(
     """
     source = Subject(image).refuse_brick("sample")
     return _readings(source, _where(source, points, space), dtype, out, **options)
+
+
+_PLAIN = (
+    KERNELS,
+    BORDERS,
+    {p.name: p.default for p in signature(sample).parameters.values() if p.default is not p.empty},
+    np.ndarray,
+    np.float64,
+    np.array,
+    np.empty,
+)
 
 
 def _readings(

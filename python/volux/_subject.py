@@ -4,12 +4,11 @@ from __future__ import annotations
 
 from typing import NamedTuple
 
-import numpy as np
 import numpy.typing as npt
 
 from volux._arrays import array_of, checked_out, in_xyz, new_array, result_dtype
 from volux._displacement import Displacement
-from volux._grid import Grid
+from volux._grid import Grid, unplaced
 from volux._image import Image
 from volux._types import Array, Axes
 
@@ -37,7 +36,7 @@ class Subject:
         """Where the voxels lie."""
         if self.image is not None:
             return self.image.grid
-        return Grid(self.array.shape[:3], np.eye(4), axes="zyx")
+        return unplaced(self.array, "zyx")
 
     @property
     def channels(self) -> int | None:

@@ -28,9 +28,7 @@ def named_in(folder):
 
 def build_here(compiler):
     """Builds what ships from the sources themselves; gives the library."""
-    folder = (builds.release("volux_core") if compiler == "g++"
-              else builds.build(f"boundary-{compiler}", compiler))
-    return named_in(folder)
+    return named_in(builds.build(f"boundary-{compiler}", compiler))
 
 
 def build_copy(compiler):

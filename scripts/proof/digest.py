@@ -20,7 +20,7 @@ WITH_RESAMPLE = True
 PARTS = tuple(SIZES)
 CI_RUN = ["--rows", "^(x86-64 g[+][+]-12 (-O2|-O3 -march=x86-64-v3)( fused)?"
                     "|x86-64 clang[+][+]-14 -O3|x86-64 g[+][+]-12 -O2 bulk"
-                    "|s390x s390x-linux-gnu-g[+][+] -O2)$"]
+                    "|s390x s390x-linux-gnu-g[+][+] -O2)$", "--small"]
 
 SOURCE = ROOT / "tests" / "proof" / "digest"
 COMMITTED = SOURCE / "digests.txt"
@@ -283,6 +283,8 @@ def chosen_rows(pattern):
 def add_arguments(parser):
     parser.add_argument("--rows", metavar="PATTERN", default="",
                         help="only the rows whose name this regular expression finds")
+    parser.add_argument("--small", action="store_true",
+                        help="the small parts of the corpora instead of the whole ones")
     parser.add_argument("--list", action="store_true", help="name the rows, and run none")
     parser.add_argument("--update", action="store_true",
                         help="write the committed digests anew, from g++-12 at -O2")
@@ -298,8 +300,10 @@ def run(options):
     committed = read_committed()
     provide(rows)
     rows = chosen_rows(options.rows)  # what runs them may have come with a compiler
+    if options.small:
+        rows = [row.with_small_corpora() for row in rows]
     outcomes = carry_out_all(rows, committed)
-    return judged(outcomes, committed, not options.rows)
+    return judged(outcomes, committed, not options.rows and not options.small)
 
 
 def judged(outcomes, committed, complete):

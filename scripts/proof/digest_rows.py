@@ -52,6 +52,12 @@ class Row:
     python: bool = False  # the Python package does
     linker: str = ""  # another compiler, whose libraries and linker this one uses
 
+    def with_small_corpora(self):
+        """Returns the row with the small part of each corpus that has one, in its place."""
+        small = {"full": "small", "bulk": "bulk-small"}
+        return dataclasses.replace(self, corpora=tuple(
+            dict.fromkeys(small.get(corpus, corpus) for corpus in self.corpora)))
+
     @property
     def name(self):
         return (f"{self.target} {self.build}" + (" fused" if self.fused else "")

@@ -119,6 +119,11 @@ class Python(unittest.TestCase):
         self.assertEqual(command, ["python of run", answers, str(run.threads),
                                    self.row.folder / "python_calls", "6"])
 
+    def test_takes_the_small_part_of_a_corpus_where_that_is_wanted(self):
+        self.assertEqual(self.row.with_small_corpora().corpora, ("bulk-small",))
+        plain = digest_rows.native_rows()[0]
+        self.assertEqual(plain.with_small_corpora().corpora, ("small", "bulk-small", "world"))
+
     def outcome(self, digest_of_resize):
         found = {"resample": ("aa", 3), "resize": (digest_of_resize, 2)}
         return digest.Outcome(self.row, {digest.Run("bulk", digest.WHEEL, 2): found})
