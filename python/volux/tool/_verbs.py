@@ -308,3 +308,7 @@ def completion(
 
     print(script(shell, {name: function for name, (function, _) in VERBS.items()}), end="")
     return 0
+
+
+# The verbs of another module, which takes `verb` from here.
+from volux.tool import _scale_verbs as _scale_verbs  # noqa: E402
