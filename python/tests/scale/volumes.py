@@ -65,7 +65,7 @@ def placed(array):
     return volux.Image(array, affine, axes="zyx")
 
 
-def planned(*options, file=None, verb="resize", chunk=8, unit=16):
+def planned(*options, file=None, verb="resize", chunk=8, unit="16,32,32"):
     """Plan a result, and return the plan's name."""
     file = save_ome() if file is None else file
     done("plan", verb, file, "-o", "out.zarr", "--chunk", chunk, "--unit", unit, *options)

@@ -30,7 +30,7 @@ class Layout:
         return np.memmap(path, dtype, "r", there - needed, self.shape, order="F")
 
     def affine(self) -> Matrix:
-        """Return where the voxels lie: the first of them in the origin."""
+        """Return where raw voxels lie: the first of them in the origin, and i along x."""
         return np.diag([*self.voxel, 1.0])
 
     def facts(self) -> dict[str, Any]:

@@ -72,12 +72,20 @@ class Source:
             extent = self.array.shape[axis]
             is_back = slice(extent - along.stop, extent - along.start)
             selection[axis] = is_back if flipped else along
-        found: Array = np.asarray(self.array[tuple(selection)])
+        found = self._decoded(tuple(selection))
         places = sorted(self.axes.space)
         found = found.transpose([places.index(axis) for axis in self.axes.space])
         found = found[tuple(slice(None, None, -1 if back else 1) for back in self.axes.flipped)]
         voxels: Array = found.astype(self.dtype, copy=False)
         return voxels
+
+    def _decoded(self, selection: tuple[Any, ...]) -> Array:
+        try:
+            return np.asarray(self.array[selection])
+        except OSError:
+            raise
+        except Exception as error:  # whatever a codec says of bytes that are not its own
+            raise Refusal(f"{self.path}: zarr cannot read it: {said(error)}") from None
 
     def in_order(self, values: Sequence[float]) -> tuple[float, float, float]:
         """Return numbers along the file's own axes as numbers along z, y and x."""
@@ -96,7 +104,7 @@ def opened(path: str, layout: _raw.Layout = _raw.UNKNOWN) -> Source:
     if layout.dtype is not None:
         return _source(path, "raw", layout.mapped(path), layout.affine(), "")
     if path.lower().endswith(".npy"):
-        return _source(path, "NumPy", _raw.numpys(path), layout.affine(), "")
+        return _source(path, "NumPy", _raw.numpys(path), _first_is_z(layout), "")
     return _of_nifti(path)
 
 
@@ -113,15 +121,26 @@ def _of_zarr(path: str, layout: _raw.Layout) -> Source:
         for level in _ome.levels(dict(group.attrs), path):
             if level.path == inside.name:
                 return _of_ome(path, found, dict(group.attrs), level)
-    return _source(path, f"Zarr {found.metadata.zarr_format}", found, layout.affine(), _said(found))
+    return _source(
+        path, f"Zarr {found.metadata.zarr_format}", found, _first_is_z(layout), _metadata(found)
+    )
+
+
+def _first_is_z(layout: _raw.Layout) -> Matrix:
+    """Return where the voxels of an array lie whose axes are those of plain arrays."""
+    return _ome.affine_of(layout.voxel, (0.0, 0.0, 0.0))
 
 
 def _open(path: str) -> Any:
     try:
         return zarr().open(path, mode="r")
     except Exception as error:  # whatever zarr says of a folder that it cannot make sense of
-        said = " ".join(str(error).split())
-        raise Refusal(f"{path}: zarr cannot open it: {said or type(error).__name__}") from None
+        raise Refusal(f"{path}: zarr cannot open it: {said(error)}") from None
+
+
+def said(error: Exception) -> str:
+    """Return what an error says, in one line."""
+    return " ".join(str(error).split()) or type(error).__name__
 
 
 def _is_group(found: Any) -> bool:
@@ -142,14 +161,14 @@ def _of_ome(path: str, array: Any, about: dict[str, Any], level: _ome.Level) -> 
     for column, axis in enumerate(space):
         row = "xyz".index(level.axes[axis])
         affine[row, column], affine[row, 3] = level.scale[axis], level.translation[axis]
-    said = _said(array) + json.dumps(level)
+    metadata = _metadata(array) + json.dumps(level)
     version = about.get("version", "0.4")
     return _source(
-        path, f"OME-Zarr {version}", array, affine, said, space, labels="image-label" in about
+        path, f"OME-Zarr {version}", array, affine, metadata, space, labels="image-label" in about
     )
 
 
-def _said(array: Any) -> str:
+def _metadata(array: Any) -> str:
     return json.dumps(array.metadata.to_dict(), sort_keys=True, default=str)
 
 
