@@ -21,7 +21,7 @@ def example_of(verb):
 
 def test_the_examples_run_one_after_the_other():
     save_nifti()
-    for verb in ("plan", "run", "status", "verify"):
+    for verb in ("plan", "run", "status", "verify", "pyramid"):
         program, *typed = shlex.split(example_of(verb))
         assert (program, typed[0]) == ("volux", verb)
         assert run(*typed).code == 0

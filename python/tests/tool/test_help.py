@@ -13,7 +13,13 @@ from .runs import done, run, save, sitk, voxels
 jsonschema = pytest.importorskip("jsonschema")
 
 VERBS = re.findall(r"^  (\w+)  ", done("--help").partition("Commands:")[2], re.MULTILINE)
-OF_PLANS = ("plan", "run", "status", "verify")  # their examples follow one another: tests/scale
+OF_PLANS = (
+    "plan",
+    "run",
+    "status",
+    "verify",
+    "pyramid",
+)  # their examples follow one another: tests/scale
 
 
 @pytest.fixture

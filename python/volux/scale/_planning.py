@@ -136,12 +136,7 @@ def planned(
     fill = wanted.options["fill"]
     plan = Plan(
         verb=wanted.verb,
-        input={
-            "path": relative(source.path, folder),
-            "kind": source.kind,
-            "digest": source.digest,
-            "raw": raw.facts(),
-        },
+        input=input_of(source, folder, raw),
         output={"path": relative(output, folder), "array": array},
         source=wanted.source,
         target=wanted.target,
@@ -169,6 +164,16 @@ def planned(
         ),
     )
     return Filed(plan, identity(plan.facts()), folder)
+
+
+def input_of(source: Source, folder: Path, raw: _raw.Layout) -> dict[str, Any]:
+    """Return what a plan says about its input."""
+    return {
+        "path": relative(source.path, folder),
+        "kind": source.kind,
+        "digest": source.digest,
+        "raw": raw.facts(),
+    }
 
 
 def _refuse_input(path: str, output: str) -> None:

@@ -29,6 +29,14 @@ Memory = Annotated[
     option("--memory", metavar="SIZE", text="Refuse tasks that need more memory, such as 4GiB."),
 ]
 
+Processes = Annotated[
+    int, option("--processes", metavar="N", text="Tasks at the same time.", default="1")
+]
+ThreadsEach = Annotated[
+    int | None,
+    option("--threads", text="Threads of a process.", default="all, or 1 with --processes"),
+]
+
 
 @dataclass(frozen=True)
 class Stored:
@@ -134,9 +142,7 @@ def plan(
 def run(
     plan: PlanFile,
     *,
-    processes: Annotated[
-        int, option("--processes", metavar="N", text="Tasks at the same time.", default="1")
-    ] = 1,
+    processes: Processes = 1,
     shard: Annotated[
         str | None, option("--shard", metavar="I/N", text="Part I of N of the tasks, such as 1/8.")
     ] = None,
@@ -144,10 +150,7 @@ def run(
         int | None,
         option("--task", metavar="I", text="Task I, even if it is done; 1 is the first."),
     ] = None,
-    threads: Annotated[
-        int | None,
-        option("--threads", text="Threads of a process.", default="all, or 1 with --processes"),
-    ] = None,
+    threads: ThreadsEach = None,
     memory: Memory = None,
     json: Json = False,
     quiet: Quiet = False,
@@ -199,3 +202,39 @@ def verify(
     from volux.tool import _scaling
 
     return _scaling.verify(plan, check=check, store=store, as_json=json, quiet=quiet)
+
+
+@verb("volux pyramid half.zarr")
+def pyramid(
+    store: Annotated[
+        str, typer.Argument(metavar="STORE", help="An OME-Zarr 0.5.", show_default=False)
+    ],
+    *,
+    levels: Annotated[
+        int | None,
+        option(
+            "--levels",
+            metavar="N",
+            text="Levels there shall be, with the finest.",
+            default="until one is a chunk",
+        ),
+    ] = None,
+    labels: Annotated[
+        bool | None,
+        option("--labels/--no-labels", text="Voxels vote.", default="as STORE says"),
+    ] = None,
+    processes: Processes = 1,
+    threads: ThreadsEach = None,
+    memory: Memory = None,
+    json: Json = False,
+    quiet: Quiet = False,
+) -> int:
+    """Add levels to a store: each voxel the mean of 2 x 2 x 2 of the level before.
+
+    Labels vote instead. An odd extent keeps its last voxel. After an interruption, give the same
+    command again: it goes on where it was.
+    """
+    from volux.tool import _scaling
+
+    wanted = (levels, labels)
+    return _scaling.pyramid(store, wanted, (processes, threads, memory), as_json=json, quiet=quiet)

@@ -10,7 +10,7 @@ from typing import Any
 
 import numpy as np
 
-from volux.scale import _planning, _raw, _running, _sources, _verifying
+from volux.scale import _planning, _pyramid, _raw, _running, _sources, _verifying
 from volux.scale._plan import Filed, read, text_of
 from volux.scale._sources import Source
 from volux.tool._errors import FAILURE, SUCCESS, Misuse, Refusal, say
@@ -152,9 +152,7 @@ def run(
 ) -> int:
     """Make the units that are not there yet."""
     processes, threads, memory = conduct
-    for name, number in (("--processes", processes), ("--threads", threads)):
-        if number is not None and number < 1:
-            raise Misuse(f"{name} {number}: must be 1 or more")
+    _refuse_below_1({"--processes": processes, "--threads": threads})
     filed = _found(path)
     limit = _refuse_beyond(filed, memory)
     tasks = _running.chosen(filed, *chosen)
@@ -183,6 +181,12 @@ def run(
     elif not quiet:
         say(f"{path}: {len(records)} units made, {len(tasks) - len(records)} were there")
     return SUCCESS
+
+
+def _refuse_below_1(given: dict[str, int | None]) -> None:
+    for name, number in given.items():
+        if number is not None and number < 1:
+            raise Misuse(f"{name} {number}: must be 1 or more")
 
 
 def _found(path: str) -> Filed:
@@ -231,3 +235,35 @@ def verify(path: str, *, check: str, store: str | None, as_json: bool, quiet: bo
     if not (quiet or as_json):
         say(f"{filed.store}: is complete, {found.decoded}")
     return SUCCESS
+
+
+def pyramid(
+    path: str,
+    wanted: tuple[int | None, bool | None],
+    conduct: tuple[int, int | None, str | None],
+    *,
+    as_json: bool,
+    quiet: bool,
+) -> int:
+    """Add levels to a store."""
+    processes, threads, memory = conduct
+    _refuse_below_1({"--processes": processes, "--threads": threads, "--levels": wanted[0]})
+    store = _pyramid.Store(path).checked()
+    labels = _pyramid.says_labels(store) if wanted[1] is None else wanted[1]
+    count = _pyramid.wanted(store, wanted[0])
+    while len(store.levels) < count:
+        filed, factors = _pyramid.planned(store, labels=labels)
+        limit = _refuse_beyond(filed, memory)
+        _pyramid.begun(filed)
+        _pyramid.make(filed, processes=processes, threads=threads, limit=limit, told=_nothing)
+        store.add(filed.plan.output["array"], factors)
+        if not quiet:
+            shape = " x ".join(map(str, filed.plan.target.shape))
+            say(f"{path}: level {filed.plan.output['array']}, {shape} voxels")
+    if as_json:
+        print(json.dumps({"store": path, "levels": store.image["datasets"]}, indent=2))
+    return SUCCESS
+
+
+def _nothing(_record: object) -> None:
+    pass
