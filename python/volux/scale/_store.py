@@ -5,6 +5,7 @@ from __future__ import annotations
 import fcntl
 import json
 import os
+import threading
 from contextlib import suppress
 from hashlib import sha256
 from importlib.metadata import version
@@ -69,11 +70,14 @@ def _buffer(data: bytes) -> Any:
 
 
 class Codec:
-    """Makes the bytes of units and reads them, by zarr and an array of one unit in memory."""
+    """Makes the bytes of units and reads them, by zarr and an array of one unit in memory.
+
+    Threads may share it; each has arrays of its own.
+    """
 
     def __init__(self, metadata: str) -> None:
         self._metadata = json.loads(metadata)
-        self._arrays: dict[Ints, tuple[Any, dict[str, Any]]] = {}
+        self._of_thread = threading.local()
 
     def encoded(self, voxels: Array) -> bytes:
         """Return the bytes of a unit."""
@@ -91,14 +95,22 @@ class Codec:
             del store[_ONLY]
 
     def _of(self, shape: Any) -> tuple[Any, dict[str, Any]]:
-        if shape not in self._arrays:
+        arrays = vars(self._of_thread)
+        if shape not in arrays:
             text = json.dumps(self._metadata | {"shape": list(shape)})
             store = {METADATA: _buffer(text.encode())}
-            # A unit of nothing but fill is written, too: it shows that it was made.
-            with zarr().config.set({"array.write_empty_chunks": True}):
-                array = zarr().open_array(zarr().storage.MemoryStore(store), mode="r+")
-            self._arrays[shape] = array, store
-        return self._arrays[shape]
+            arrays[shape] = _opened(store), store
+        found: tuple[Any, dict[str, Any]] = arrays[shape]
+        return found
+
+
+_setting = threading.Lock()
+
+
+def _opened(store: dict[str, Any]) -> Any:
+    # A unit of nothing but fill is written, too: it shows that it was made.
+    with _setting, zarr().config.set({"array.write_empty_chunks": True}):
+        return zarr().open_array(zarr().storage.MemoryStore(store), mode="r+")
 
 
 def put(path: Path, data: bytes, *, is_kept: bool = True) -> None:
