@@ -124,21 +124,48 @@ def test_runs_that_are_killed_go_on_until_the_tree_is_whole():
     assert tree_of() == whole
 
 
-def test_a_worker_that_is_killed_is_told_and_another_run_goes_on():
+def workers_of(running):
+    children = Path(f"/proc/{running.pid}/task/{running.pid}/children").read_text().split()
+    for pid in map(int, children):
+        with contextlib.suppress(OSError):
+            if b"spawn_main" in Path(f"/proc/{pid}/cmdline").read_bytes():
+                yield pid
+
+
+def test_a_worker_that_is_killed_is_replaced():
     plan = planned("--scale", 3, "--interp", "cubic")
-    with started("run", plan, "--processes", "2", text=True) as running:
+    with started("run", plan, "--processes", "2", "--quiet", text=True) as running:
         while not records():
             time.sleep(0.01)
-        pids = Path(f"/proc/{running.pid}/task/{running.pid}/children").read_text().split()
-        workers = [pid for pid in pids if "spawn_main" in Path(f"/proc/{pid}/cmdline").read_text()]
-        os.kill(int(workers[-1]), signal.SIGKILL)
+        first = set(workers_of(running))
+        os.kill(max(first), signal.SIGKILL)
+        _, said = running.communicate(timeout=100)
+    assert (running.returncode, len(first), said) == (0, 2, "")
+    assert wrong_in() == {}
+
+
+def test_a_task_whose_workers_are_killed_again_and_again_is_told():
+    plan = planned("--scale", 3, "--interp", "cubic")
+    with started("run", plan, "--processes", "2", text=True) as running:
+        while running.poll() is None:
+            for pid in workers_of(running) if running.poll() is None else ():
+                with contextlib.suppress(ProcessLookupError):
+                    os.kill(pid, signal.SIGKILL)
+            time.sleep(0.01)
         _, said = running.communicate(timeout=100)
     assert running.returncode == 1
-    assert said.splitlines() == [
-        "volux: a process was killed, perhaps for want of memory; run it again to go on"
-    ]
-    done("run", plan)
-    assert wrong_in() == {}
+    assert said.startswith("volux: task ")
+    assert said.endswith("run fewer processes, or plan smaller units\n")
+    assert said.count("\n") == 1
+
+
+def test_no_task_needs_more_memory_than_was_projected():
+    plan = planned("--scale", 3, chunk=32, unit=64)
+    ran = spawned("run", plan, "--processes", 2)
+    assert ran.returncode == 0
+    most = json.loads(Path(plan).read_text())["memory"]
+    taken = [json.loads(record)["memory"] for record in records().values()]
+    assert 0 < max(taken) < most
 
 
 @pytest.mark.parametrize(("number", "processes"), [(signal.SIGINT, 1), (signal.SIGTERM, 2)])

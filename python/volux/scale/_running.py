@@ -5,12 +5,10 @@ from __future__ import annotations
 import json
 import multiprocessing
 import multiprocessing.connection
-import os
 import signal
-import threading
+from collections import Counter
 from collections.abc import Callable, Iterator
-from concurrent.futures import FIRST_COMPLETED, Future, ProcessPoolExecutor, wait
-from concurrent.futures.process import BrokenProcessPool
+from contextlib import suppress
 from itertools import islice
 from pathlib import Path
 from typing import Any
@@ -20,8 +18,8 @@ from volux.scale._plan import Filed
 from volux.scale._tasks import Record, Worker, is_done
 from volux.tool._errors import INTERRUPTED, Misuse, Refusal
 
-# Tasks that a process has at hand, so that it need not wait for the next one.
-_AT_HAND = 3
+# How many processes may be killed that make the same unit.
+_PATIENCE = 3
 
 
 class Interruption(Refusal):
@@ -61,64 +59,95 @@ def run(
 ) -> None:
     """Make the units of tasks, and tell the record of each."""
     complete_path(filed).unlink(missing_ok=True)  # until it is verified again
-    if processes == 1:
-        worker = Worker(filed, threads, limit)
-        try:
-            for task in tasks:
-                told(worker.make(task))
-        except KeyboardInterrupt:
-            raise Interruption("interrupted; run it again to go on") from None
-        return
-    context = multiprocessing.get_context("spawn")
-    setting = (filed, threads or 1, limit)
-    with ProcessPoolExecutor(processes, context, _begin, setting) as pool:
-        _shared_out(pool, tasks, processes * _AT_HAND, told)
-
-
-def _shared_out(
-    pool: ProcessPoolExecutor, tasks: Iterator[int], most: int, told: Callable[[Record], None]
-) -> None:
-    waiting: set[Future[Record]] = set()
     try:
-        waiting = {pool.submit(_make, task) for task in islice(tasks, most)}
-        while waiting:
-            done, waiting = wait(waiting, return_when=FIRST_COMPLETED)
-            for future in done:
-                told(future.result())
-                waiting |= {pool.submit(_make, task) for task in islice(tasks, 1)}
+        if processes > 1:
+            _Crew((filed, threads or 1, limit)).work(tasks, processes, told)
+            return
+        worker = Worker(filed, threads, limit)
+        for task in tasks:
+            told(worker.make(task))
     except KeyboardInterrupt:
         raise Interruption("interrupted; run it again to go on") from None
-    except BrokenProcessPool:
-        raise Refusal(
-            "a process was killed, perhaps for want of memory; run it again to go on"
-        ) from None
-    finally:
-        for future in waiting:
-            future.cancel()
 
 
-_worker: Worker | None = None
+class _Crew:
+    """Processes that make units. One that is killed is replaced, and its task is done again."""
+
+    def __init__(self, setting: tuple[Filed, int, int | None]) -> None:
+        self._setting = setting
+        self._context = multiprocessing.get_context("spawn")
+        self._at_work: dict[Any, tuple[Any, int]] = {}  # by connection: the process and its task
+        self._deaths: Counter[int] = Counter()
+
+    def work(self, tasks: Iterator[int], processes: int, told: Callable[[Record], None]) -> None:
+        """Share tasks out among so many processes."""
+        try:
+            for task in islice(tasks, processes):
+                self._hire(task)
+            while self._at_work:
+                for connection in multiprocessing.connection.wait(list(self._at_work)):
+                    self._hear(connection, tasks, told)
+        finally:
+            for connection, (process, _) in self._at_work.items():
+                connection.close()  # it ends when it has made the unit at hand
+                process.join()
+
+    def _hire(self, task: int) -> None:
+        ours, theirs = self._context.Pipe()
+        process = self._context.Process(target=_serve, args=(theirs, *self._setting))
+        process.start()
+        theirs.close()
+        self._at_work[ours] = process, task
+        with suppress(BrokenPipeError):  # it was killed already, as is found out next
+            ours.send(task)
+
+    def _hear(self, connection: Any, tasks: Iterator[int], told: Callable[[Record], None]) -> None:
+        process, task = self._at_work.pop(connection)
+        try:
+            answer = connection.recv()
+        except (EOFError, ConnectionResetError):
+            process.join()
+            self._replace(task)
+            return
+        more = None if isinstance(answer, Exception) else next(tasks, None)
+        if more is None:
+            connection.close()
+            process.join()
+        else:
+            self._at_work[connection] = process, more
+            with suppress(BrokenPipeError):
+                connection.send(more)
+        if isinstance(answer, Exception):
+            raise answer
+        told(answer)
+
+    def _replace(self, task: int) -> None:
+        self._deaths[task] += 1
+        if self._deaths[task] == _PATIENCE:
+            raise Refusal(
+                f"task {task}: {_PATIENCE} processes were killed that made it, perhaps for want of "
+                "memory; run fewer processes, or plan smaller units"
+            )
+        self._hire(task)
 
 
-def _begin(filed: Filed, threads: int, limit: int | None) -> None:
-    """Prepare a process: Ctrl-C goes to the one that started it, and it ends with that one."""
-    global _worker
+def _serve(connection: Any, filed: Filed, threads: int, limit: int | None) -> None:
+    """Make units until nobody asks for more. Ctrl-C goes to the process that asks."""
     signal.signal(signal.SIGINT, signal.SIG_IGN)
-    parent = multiprocessing.parent_process()
-    if parent is not None:
-        threading.Thread(target=_end_with, args=(parent.sentinel,), daemon=True).start()
     zarr().config.set({"threading.max_workers": 1, "async.concurrency": 1})
-    _worker = Worker(filed, threads, limit)
+    worker = Worker(filed, threads, limit)
+    with suppress(EOFError, BrokenPipeError, ConnectionResetError):
+        while True:
+            connection.send(_answer(worker, connection.recv()))
 
 
-def _end_with(sentinel: int) -> None:
-    multiprocessing.connection.wait([sentinel])
-    os._exit(1)
-
-
-def _make(task: int) -> Record:
-    assert _worker is not None
-    return _worker.make(task)
+def _answer(worker: Worker, task: int) -> Record | Exception:
+    try:
+        return worker.make(task)
+    except (OSError, Refusal) as error:
+        return error
+    except Exception as error:  # others may not reach the other process as they are
+        return RuntimeError(f"{type(error).__name__}: {error}")
 
 
 def undone(filed: Filed, tasks: range) -> Iterator[int]:
