@@ -179,7 +179,7 @@ def run(
     if as_json:
         print(json.dumps(facts, indent=2))
     elif not quiet:
-        say(f"{path}: {len(records)} units made, {len(tasks) - len(records)} were there")
+        say(f"{path}: units made: {len(records)}; there before: {len(tasks) - len(records)}")
     return SUCCESS
 
 
