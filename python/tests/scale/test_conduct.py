@@ -3,16 +3,13 @@
 import json
 import re
 import shlex
-from importlib.resources import files
 from pathlib import Path
 
 import numpy as np
 import pytest
 
 from ..tool.runs import done, run, voxels
-from .volumes import planned, save_nifti, save_ome
-
-jsonschema = pytest.importorskip("jsonschema")
+from .volumes import matches, planned, save_nifti, save_ome
 
 
 def example_of(verb):
@@ -25,12 +22,6 @@ def test_the_examples_run_one_after_the_other():
         program, *typed = shlex.split(example_of(verb))
         assert (program, typed[0]) == ("volux", verb)
         assert run(*typed).code == 0
-
-
-def matches(name, printed):
-    schema = json.loads((files("volux.tool") / "schemas" / f"{name}.json").read_text())
-    jsonschema.Draft202012Validator.check_schema(schema)
-    jsonschema.validate(json.loads(printed), schema)
 
 
 PLANS = (

@@ -7,8 +7,7 @@ import numpy as np
 import pytest
 
 from ..tool.runs import done, run, voxels
-from .test_conduct import matches
-from .volumes import SCALE, SHAPE, TRANSLATION, made, planned, save_ome, zarr
+from .volumes import SCALE, SHAPE, TRANSLATION, made, matches, planned, save_ome, zarr
 
 
 def eights(array):

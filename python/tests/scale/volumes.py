@@ -1,6 +1,7 @@
 """Volumes in files, and plans of them, for the tests of volumes beyond one machine's memory."""
 
 import json
+from importlib.resources import files
 from pathlib import Path
 
 import numpy as np
@@ -14,6 +15,14 @@ zarr = pytest.importorskip("zarr", reason="plans need the extra: pip install 'vo
 SHAPE = (20, 27, 33)
 SCALE = (2.0, 0.75, 0.5)
 TRANSLATION = (-10.0, 4.0, 1.25)
+
+
+def matches(name, printed):
+    """Assert that JSON has a form that is committed."""
+    jsonschema = pytest.importorskip("jsonschema")
+    schema = json.loads((files("volux.tool") / "schemas" / f"{name}.json").read_text())
+    jsonschema.Draft202012Validator.check_schema(schema)
+    jsonschema.validate(json.loads(printed), schema)
 
 
 def multiscales(unit="millimeter", factor=1.0, axes="zyx", more=(), version=None):

@@ -132,8 +132,9 @@ def _first_is_z(layout: _raw.Layout) -> Matrix:
 
 
 def _open(path: str) -> Any:
+    package = zarr()
     try:
-        return zarr().open(path, mode="r")
+        return package.open(path, mode="r")
     except Exception as error:  # whatever zarr says of a folder that it cannot make sense of
         raise Refusal(f"{path}: zarr cannot open it: {said(error)}") from None
 
