@@ -350,6 +350,13 @@ def test_a_run_without_its_store_is_refused():
     assert "out.zarr: is not there" in run("run", plan).err
 
 
+def test_a_run_into_the_store_of_another_plan_is_refused():
+    save_ome()
+    planned("--scale", 2, "--plan", "first.json", file="image.zarr")
+    done("plan", "resize", "image.zarr", "-o", "out.zarr", "--shape", 9, "--force")
+    assert "is not the store that first.json has begun" in run("run", "first.json").err
+
+
 MISUSES = {
     "--shard 0/3": "must be a part of a number of parts, such as 1/8",
     "--shard 4/3": "such as 1/8",

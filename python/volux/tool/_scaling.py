@@ -13,6 +13,7 @@ import numpy as np
 from volux.scale import _planning, _pyramid, _raw, _running, _sources, _verifying
 from volux.scale._plan import Filed, read, text_of
 from volux.scale._sources import Source
+from volux.scale._store import METADATA
 from volux.tool._errors import FAILURE, SUCCESS, Misuse, Refusal, say
 from volux.tool._looking import aligned
 from volux.tool._options import Filling, Reading, counts, numbers, size
@@ -154,6 +155,8 @@ def run(
     processes, threads, memory = conduct
     _refuse_below_1({"--processes": processes, "--threads": threads})
     filed = _found(path)
+    if (filed.array / METADATA).read_text() != filed.plan.metadata:
+        raise Refusal(f"{filed.store}: is not the store that {path} has begun; plan again")
     limit = _refuse_beyond(filed, memory)
     tasks = _running.chosen(filed, *chosen)
     todo = tasks if chosen[1] is not None else _running.undone(filed, tasks)
@@ -191,7 +194,7 @@ def _refuse_below_1(given: dict[str, int | None]) -> None:
 
 def _found(path: str) -> Filed:
     filed = read(path)
-    if not (filed.array / "zarr.json").exists():
+    if not (filed.array / METADATA).exists():
         raise Refusal(f"{filed.store}: is not there, and {path} writes into it; plan again")
     return filed
 
