@@ -2,7 +2,9 @@
 
 from __future__ import annotations
 
+import ctypes
 import re
+from contextlib import suppress
 from itertools import product
 from math import prod
 from pathlib import Path
@@ -20,6 +22,9 @@ from volux.tool._memory import peak as tool_peak
 # Python, NumPy, zarr and what their allocators keep.
 _PROGRAM = 150 * 10**6
 _MARGIN = 1.15
+
+# As malloc.h has it.
+_MMAP_THRESHOLD = -3
 
 
 def needed(support: Ints, unit: Ints, read: Any, made: Any) -> int:
@@ -56,6 +61,15 @@ def projected(
 def _grown(box: Box, source: Grid) -> Ints:
     first, second, third = (min(n + 1, m) for n, m in zip(extents(box), source.shape, strict=True))
     return first, second, third
+
+
+def give_back() -> None:
+    """Let glibc hand freed memory of 256 KiB or more back at once; others do as they do.
+
+    It would keep more and more of it between tasks, for blocks that no longer fit.
+    """
+    with suppress(AttributeError, OSError):
+        ctypes.CDLL(None).mallopt(_MMAP_THRESHOLD, 1 << 18)
 
 
 def peak() -> int:

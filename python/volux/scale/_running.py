@@ -13,6 +13,7 @@ from itertools import islice
 from pathlib import Path
 from typing import Any
 
+from volux.scale import _memory
 from volux.scale._needed import zarr
 from volux.scale._plan import Filed
 from volux.scale._tasks import Record, Worker, is_done
@@ -59,6 +60,7 @@ def run(
 ) -> None:
     """Make the units of tasks, and tell the record of each."""
     complete_path(filed).unlink(missing_ok=True)  # until it is verified again
+    _memory.give_back()
     try:
         if processes > 1:
             _Crew((filed, threads or 1, limit)).work(tasks, processes, told)
@@ -134,6 +136,7 @@ class _Crew:
 def _serve(connection: Any, filed: Filed, threads: int, limit: int | None) -> None:
     """Make units until nobody asks for more. Ctrl-C goes to the process that asks."""
     signal.signal(signal.SIGINT, signal.SIG_IGN)
+    _memory.give_back()
     zarr().config.set({"threading.max_workers": 1, "async.concurrency": 1})
     worker = Worker(filed, threads, limit)
     with suppress(EOFError, BrokenPipeError, ConnectionResetError):
