@@ -75,24 +75,20 @@ def resample(
     Parameters
     ----------
     image : zarr.Array or dask.array.Array
-        Three axes, z first. Nothing is read before the result is computed, and then only what a
-        chunk needs.
-    grid : Grid, optional
-        Where the voxels of the result lie in the world; None: where those of the image do.
-    place : Grid, optional
-        Where those of the image lie. None: the world is the index space of the array.
+        Three axes, z first. When a chunk is computed, what it needs is read.
+    grid, place : Grid, optional
+        Where the voxels of the result and those of the image lie in the world. Without `place` it
+        is the index space of the array, and without `grid` both lie in the same place.
     chunks : int or three ints
         Voxels of a chunk of the result along each axis.
-    transform : Affine, Displacement or what compose() made, optional
-        Takes a point of the result to the point of the image that is read for it.
-    dtype, interpolation, border, fill, outside, antialias, overflow
+    transform, dtype, interpolation, border, fill, outside, antialias, overflow
         As of `volux.resample`.
 
     Returns
     -------
     dask.array.Array
-        Each chunk has the bits that the whole has there. A task of dask makes one, in one thread,
-        or in all of them in a worker that runs one task at a time.
+        Chunks with the bits of the whole. A task makes one in one thread, or in all of them where
+        a worker runs one task at a time.
     $raises
 
     Examples
@@ -103,6 +99,18 @@ def resample(
     >>> volux.dask.resample(image, fine, chunks=2, outside="extend").compute()[3, 3]
     array([6. , 6.5, 7. , 7. ])
     """
+    return _graph(image, _job(image, grid, place, _chunk(chunks), transform, dtype, options))
+
+
+def _job(
+    image: Any,
+    grid: Grid | None,
+    place: Grid | None,
+    chunk: Ints,
+    transform: Transform | None,
+    dtype: Any,
+    options: dict[str, Any],
+) -> _Job:
     own = placed(place) if place is not None else Grid(_checked(image), np.eye(4), axes="zyx")
     if own.shape != _checked(image):
         raise ValueError(f"place has the shape {own.shape}, and image {image.shape}")
@@ -112,9 +120,9 @@ def resample(
     source = np.dtype(image.dtype)
     reading(source, **options)
     wanted = result_dtype(dtype, source, None)
-    units = Units(target.shape, _chunk(chunks))
+    units = Units(target.shape, chunk)
     own, target = own._named("zyx"), target._named("zyx")
-    return _graph(image, _Job(own, target, units, transform, options, wanted, image.chunks))
+    return _Job(own, target, units, transform, options, wanted, image.chunks)
 
 
 def _checked(image: Any) -> Ints:

@@ -133,7 +133,6 @@ def planned(
     _refuse_unplaced(output, wanted.place)
     _refuse_unread(source, wanted)
     layout = layout.checked()
-    fill = wanted.options["fill"]
     plan = Plan(
         verb=wanted.verb,
         input=input_of(source, folder, raw),
@@ -151,7 +150,7 @@ def planned(
             wanted.dtype,
             layout.chunk,
             layout.unit,
-            fill=fill,
+            fill=wanted.options["fill"],
             codec=layout.codec,
         ),
         memory=_memory.projected(

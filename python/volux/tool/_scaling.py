@@ -4,7 +4,6 @@ from __future__ import annotations
 
 import json
 from dataclasses import dataclass
-from itertools import count
 from pathlib import Path
 from typing import Any
 
@@ -155,19 +154,17 @@ def run(
     processes, threads, memory = conduct
     _refuse_below_1({"--processes": processes, "--threads": threads})
     filed = _found(path)
-    if (filed.array / METADATA).read_text() != filed.plan.metadata:
-        raise Refusal(f"{filed.store}: is not the store that {path} has begun; plan again")
+    _refuse_other_store(filed, path)
     limit = _refuse_beyond(filed, memory)
     tasks = _running.chosen(filed, *chosen)
     todo = tasks if chosen[1] is not None else _running.undone(filed, tasks)
     with progress(progress_as, "run") as told:
-        made = count(1)
-        records = []
+        records: list[tuple[float, int]] = []
 
         def tell(record: Any) -> None:
             records.append((record.seconds, record.memory))
             if told is not None:
-                told(next(made) / len(tasks))
+                told(len(records) / len(tasks))
 
         _running.run(
             filed, iter(todo), processes=processes, threads=threads, limit=limit, told=tell
@@ -181,7 +178,7 @@ def run(
     }
     if as_json:
         print(json.dumps(facts, indent=2))
-    elif not quiet:
+    if not (as_json or quiet):
         say(f"{path}: units made: {len(records)}; there before: {len(tasks) - len(records)}")
     return SUCCESS
 
@@ -197,6 +194,11 @@ def _found(path: str) -> Filed:
     if not (filed.array / METADATA).exists():
         raise Refusal(f"{filed.store}: is not there, and {path} writes into it; plan again")
     return filed
+
+
+def _refuse_other_store(filed: Filed, path: str) -> None:
+    if (filed.array / METADATA).read_text() != filed.plan.metadata:
+        raise Refusal(f"{filed.store}: is not the store that {path} has begun; plan again")
 
 
 def status(path: str, *, as_json: bool) -> int:
