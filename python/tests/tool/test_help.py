@@ -13,6 +13,13 @@ from .runs import done, run, save, sitk, voxels
 jsonschema = pytest.importorskip("jsonschema")
 
 VERBS = re.findall(r"^  (\w+)  ", done("--help").partition("Commands:")[2], re.MULTILINE)
+OF_PLANS = (
+    "plan",
+    "run",
+    "status",
+    "verify",
+    "pyramid",
+)  # their examples follow one another: tests/scale
 
 
 @pytest.fixture
@@ -38,7 +45,7 @@ def test_all_verbs_are_listed():
 
 
 @pytest.mark.usefixtures("examples")
-@pytest.mark.parametrize("verb", VERBS)
+@pytest.mark.parametrize("verb", [verb for verb in VERBS if verb not in OF_PLANS])
 def test_help_begins_with_an_example_that_runs(verb):
     program, *typed = shlex.split(example_of(verb))
     assert (program, typed[0]) == ("volux", verb)

@@ -33,11 +33,11 @@ def say(text: object) -> None:
     print(f"volux: {line}", file=sys.stderr, flush=True)
 
 
-def needed(module: str) -> Any:
-    """Import what the extra brings, or say what to install."""
+def needed(module: str, install: str = INSTALL) -> Any:
+    """Import what an extra brings, or say what to install."""
     try:
         return import_module(module)
     except ModuleNotFoundError as error:
         if error.name != module.partition(".")[0]:
             raise
-        raise Refusal(f"the package {error.name} is not installed: {INSTALL}") from None
+        raise Refusal(f"the package {error.name} is not installed: {install}") from None

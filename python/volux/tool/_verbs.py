@@ -309,3 +309,7 @@ def completion(
 
     print(script(shell), end="")
     return 0
+
+
+# The verbs of another module, which takes `verb` from here.
+from volux.tool import _scale_verbs as _scale_verbs  # noqa: E402

@@ -171,3 +171,65 @@ complete -c volux -n '__fish_seen_subcommand_from compare' -l quiet
 complete -c volux -n '__fish_seen_subcommand_from compare' -s q
 complete -c volux -n __fish_use_subcommand -a completion -d 'Print the script that completes commands in a shell.'
 complete -c volux -n '__fish_seen_subcommand_from completion' -l help
+complete -c volux -n __fish_use_subcommand -a plan -d 'Plan a result that is made unit by unit, by volux run, in OME-Zarr 0.5.'
+complete -c volux -n '__fish_seen_subcommand_from plan' -l help
+complete -c volux -n '__fish_seen_subcommand_from plan' -l memory
+complete -c volux -n '__fish_seen_subcommand_from plan' -l force
+complete -c volux -n '__fish_seen_subcommand_from plan' -s f
+complete -c volux -n '__fish_seen_subcommand_from plan' -l json
+complete -c volux -n '__fish_seen_subcommand_from plan' -l quiet
+complete -c volux -n '__fish_seen_subcommand_from plan' -s q
+complete -c volux -n '__fish_seen_subcommand_from plan' -l spacing
+complete -c volux -n '__fish_seen_subcommand_from plan' -l shape
+complete -c volux -n '__fish_seen_subcommand_from plan' -l scale
+complete -c volux -n '__fish_seen_subcommand_from plan' -l align -x -a 'edges centres'
+complete -c volux -n '__fish_seen_subcommand_from plan' -l like
+complete -c volux -n '__fish_seen_subcommand_from plan' -l transform
+complete -c volux -n '__fish_seen_subcommand_from plan' -s t
+complete -c volux -n '__fish_seen_subcommand_from plan' -l output
+complete -c volux -n '__fish_seen_subcommand_from plan' -s o
+complete -c volux -n '__fish_seen_subcommand_from plan' -l plan
+complete -c volux -n '__fish_seen_subcommand_from plan' -l chunk
+complete -c volux -n '__fish_seen_subcommand_from plan' -l unit
+complete -c volux -n '__fish_seen_subcommand_from plan' -l codec -x -a 'zstd blosc none'
+complete -c volux -n '__fish_seen_subcommand_from plan' -l raw
+complete -c volux -n '__fish_seen_subcommand_from plan' -l voxel
+complete -c volux -n '__fish_seen_subcommand_from plan' -l interp -x -a 'nearest linear cubic label'
+complete -c volux -n '__fish_seen_subcommand_from plan' -l border -x -a 'edge constant'
+complete -c volux -n '__fish_seen_subcommand_from plan' -l fill
+complete -c volux -n '__fish_seen_subcommand_from plan' -l dtype
+complete -c volux -n '__fish_seen_subcommand_from plan' -l overflow -x -a 'saturate wrap'
+complete -c volux -n '__fish_seen_subcommand_from plan' -l outside -x -a 'fill extend'
+complete -c volux -n '__fish_seen_subcommand_from plan' -l antialias -x -a 'none mean auto'
+complete -c volux -n __fish_use_subcommand -a run -d 'Make the units of a plan that are not there yet.'
+complete -c volux -n '__fish_seen_subcommand_from run' -l help
+complete -c volux -n '__fish_seen_subcommand_from run' -l processes
+complete -c volux -n '__fish_seen_subcommand_from run' -l shard
+complete -c volux -n '__fish_seen_subcommand_from run' -l task
+complete -c volux -n '__fish_seen_subcommand_from run' -l threads
+complete -c volux -n '__fish_seen_subcommand_from run' -l memory
+complete -c volux -n '__fish_seen_subcommand_from run' -l json
+complete -c volux -n '__fish_seen_subcommand_from run' -l quiet
+complete -c volux -n '__fish_seen_subcommand_from run' -s q
+complete -c volux -n '__fish_seen_subcommand_from run' -l progress -x -a 'auto plain none'
+complete -c volux -n __fish_use_subcommand -a status -d 'Print how many units of a plan there are, and whether the result is verified.'
+complete -c volux -n '__fish_seen_subcommand_from status' -l help
+complete -c volux -n '__fish_seen_subcommand_from status' -l json
+complete -c volux -n __fish_use_subcommand -a verify -d 'Print the units that are wrong, and exit 1; or mark the result complete.'
+complete -c volux -n '__fish_seen_subcommand_from verify' -l help
+complete -c volux -n '__fish_seen_subcommand_from verify' -l check -x -a 'stored decoded'
+complete -c volux -n '__fish_seen_subcommand_from verify' -l store
+complete -c volux -n '__fish_seen_subcommand_from verify' -l json
+complete -c volux -n '__fish_seen_subcommand_from verify' -l quiet
+complete -c volux -n '__fish_seen_subcommand_from verify' -s q
+complete -c volux -n __fish_use_subcommand -a pyramid -d 'Add levels to a store: each voxel the mean of 2 x 2 x 2 of the level before.'
+complete -c volux -n '__fish_seen_subcommand_from pyramid' -l help
+complete -c volux -n '__fish_seen_subcommand_from pyramid' -l levels
+complete -c volux -n '__fish_seen_subcommand_from pyramid' -l labels
+complete -c volux -n '__fish_seen_subcommand_from pyramid' -l no-labels
+complete -c volux -n '__fish_seen_subcommand_from pyramid' -l processes
+complete -c volux -n '__fish_seen_subcommand_from pyramid' -l threads
+complete -c volux -n '__fish_seen_subcommand_from pyramid' -l memory
+complete -c volux -n '__fish_seen_subcommand_from pyramid' -l json
+complete -c volux -n '__fish_seen_subcommand_from pyramid' -l quiet
+complete -c volux -n '__fish_seen_subcommand_from pyramid' -s q

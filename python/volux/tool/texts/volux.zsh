@@ -2,7 +2,7 @@ autoload -U +X bashcompinit && bashcompinit
 _volux() {
     local word=${COMP_WORDS[COMP_CWORD]} words=
     case "${COMP_WORDS[1]} ${COMP_WORDS[COMP_CWORD - 1]}" in
-        *" volux") words="info digest convert resize resample crop reslice sample view compare completion --help --version" ;;
+        *" volux") words="info digest convert resize resample crop reslice sample view compare completion plan run status verify pyramid --help --version" ;;
         "convert --overflow") words="saturate wrap" ;;
         "convert --progress") words="auto plain none" ;;
         "resize --align") words="edges centres" ;;
@@ -31,6 +31,15 @@ _volux() {
         "sample --border") words="edge constant" ;;
         "view --interp") words="nearest linear cubic label" ;;
         "view --projection") words="mean maximum minimum" ;;
+        "plan --align") words="edges centres" ;;
+        "plan --codec") words="zstd blosc none" ;;
+        "plan --interp") words="nearest linear cubic label" ;;
+        "plan --border") words="edge constant" ;;
+        "plan --overflow") words="saturate wrap" ;;
+        "plan --outside") words="fill extend" ;;
+        "plan --antialias") words="none mean auto" ;;
+        "run --progress") words="auto plain none" ;;
+        "verify --check") words="stored decoded" ;;
         *) [[ $word != -* ]] || case "${COMP_WORDS[1]}" in
             info) words="--help --json --quiet -q" ;;
             digest) words="--help --json --quiet -q" ;;
@@ -43,6 +52,11 @@ _volux() {
             view) words="--help --output -o --force -f --quiet -q --window --interp --labels --volume --montage --centre --normal --up --slab --projection --size" ;;
             compare) words="--help --tolerance --tolerance-mm --json --quiet -q" ;;
             completion) words="--help" ;;
+            plan) words="--help --memory --force -f --json --quiet -q --spacing --shape --scale --align --like --transform -t --output -o --plan --chunk --unit --codec --raw --voxel --interp --border --fill --dtype --overflow --outside --antialias" ;;
+            run) words="--help --processes --shard --task --threads --memory --json --quiet -q --progress" ;;
+            status) words="--help --json" ;;
+            verify) words="--help --check --store --json --quiet -q" ;;
+            pyramid) words="--help --levels --labels --no-labels --processes --threads --memory --json --quiet -q" ;;
         esac ;;
     esac
     COMPREPLY=($(compgen -W "$words" -- "$word"))

@@ -1,0 +1,175 @@
+"""Runs of plans: which tasks, on how many processes, and how far they are."""
+
+from __future__ import annotations
+
+import json
+import multiprocessing
+import multiprocessing.connection
+import signal
+from collections import Counter
+from collections.abc import Callable, Iterator
+from contextlib import suppress
+from itertools import islice
+from pathlib import Path
+from typing import Any
+
+from volux.scale import _memory
+from volux.scale._needed import zarr
+from volux.scale._plan import Filed
+from volux.scale._tasks import Record, Worker, is_done
+from volux.tool._errors import INTERRUPTED, Misuse, Refusal
+
+# How many processes may be killed that make the same unit.
+_PATIENCE = 3
+
+
+class Interruption(Refusal):
+    """What has been made stays, and another run goes on."""
+
+    code = INTERRUPTED
+
+
+def chosen(filed: Filed, shard: str | None, task: int | None) -> range:
+    """Return the tasks that options choose, from 1."""
+    tasks = filed.plan.units.tasks
+    if task is not None:
+        if shard is not None:
+            raise Misuse("--shard and --task exclude one another")
+        if not 1 <= task <= tasks:
+            raise Misuse(f"--task {task}: must be 1 to {tasks}")
+        return range(task, task + 1)
+    part, parts = _fraction(shard or "1/1")
+    return range(tasks * (part - 1) // parts + 1, tasks * part // parts + 1)
+
+
+def _fraction(shard: str) -> tuple[int, int]:
+    part, _, parts = shard.partition("/")
+    if part.isdecimal() and parts.isdecimal() and 1 <= int(part) <= int(parts):
+        return int(part), int(parts)
+    raise Misuse(f"--shard {shard}: must be a part of a number of parts, such as 1/8")
+
+
+def run(
+    filed: Filed,
+    tasks: Iterator[int],
+    *,
+    processes: int,
+    threads: int | None,
+    limit: int | None,
+    told: Callable[[Record], None],
+) -> None:
+    """Make the units of tasks, and tell the record of each."""
+    complete_path(filed).unlink(missing_ok=True)  # until it is verified again
+    _memory.give_back()
+    try:
+        if processes > 1:
+            _Crew((filed, threads or 1, limit)).work(tasks, processes, told)
+            return
+        worker = Worker(filed, threads, limit)
+        for task in tasks:
+            told(worker.make(task))
+    except KeyboardInterrupt:
+        raise Interruption("interrupted; run it again to go on") from None
+
+
+class _Crew:
+    """Processes that make units. One that is killed is replaced, and its task is done again."""
+
+    def __init__(self, setting: tuple[Filed, int, int | None]) -> None:
+        self._setting = setting
+        self._context = multiprocessing.get_context("spawn")
+        self._at_work: dict[Any, tuple[Any, int]] = {}  # by connection: the process and its task
+        self._deaths: Counter[int] = Counter()
+
+    def work(self, tasks: Iterator[int], processes: int, told: Callable[[Record], None]) -> None:
+        """Share tasks out among so many processes."""
+        try:
+            for task in islice(tasks, processes):
+                self._hire(task)
+            while self._at_work:
+                for connection in multiprocessing.connection.wait(list(self._at_work)):
+                    self._hear(connection, tasks, told)
+        finally:
+            for connection, (process, _) in self._at_work.items():
+                connection.close()  # it ends when it has made the unit at hand
+                process.join()
+
+    def _hire(self, task: int) -> None:
+        ours, theirs = self._context.Pipe()
+        process = self._context.Process(target=_serve, args=(theirs, *self._setting))
+        process.start()
+        theirs.close()
+        self._at_work[ours] = process, task
+        with suppress(BrokenPipeError):  # it was killed already, as is found out next
+            ours.send(task)
+
+    def _hear(self, connection: Any, tasks: Iterator[int], told: Callable[[Record], None]) -> None:
+        process, task = self._at_work.pop(connection)
+        try:
+            answer = connection.recv()
+        except (EOFError, ConnectionResetError):
+            process.join()
+            self._replace(task)
+            return
+        more = None if isinstance(answer, Exception) else next(tasks, None)
+        if more is None:
+            connection.close()
+            process.join()
+        else:
+            self._at_work[connection] = process, more
+            with suppress(BrokenPipeError):
+                connection.send(more)
+        if isinstance(answer, Exception):
+            raise answer
+        told(answer)
+
+    def _replace(self, task: int) -> None:
+        self._deaths[task] += 1
+        if self._deaths[task] == _PATIENCE:
+            raise Refusal(
+                f"task {task}: {_PATIENCE} processes were killed that made it, perhaps for want of "
+                "memory; run fewer processes, or plan smaller units"
+            )
+        self._hire(task)
+
+
+def _serve(connection: Any, filed: Filed, threads: int, limit: int | None) -> None:
+    """Make units until nobody asks for more. Ctrl-C goes to the process that asks."""
+    signal.signal(signal.SIGINT, signal.SIG_IGN)
+    _memory.give_back()
+    zarr().config.set({"threading.max_workers": 1, "async.concurrency": 1})
+    worker = Worker(filed, threads, limit)
+    with suppress(EOFError, BrokenPipeError, ConnectionResetError):
+        while True:
+            connection.send(_answer(worker, connection.recv()))
+
+
+def _answer(worker: Worker, task: int) -> Record | Exception:
+    try:
+        return worker.make(task)
+    except (OSError, Refusal) as error:
+        return error
+    except Exception as error:  # others may not reach the other process as they are
+        return RuntimeError(f"{type(error).__name__}: {error}")
+
+
+def undone(filed: Filed, tasks: range) -> Iterator[int]:
+    """Return the tasks that have not been done."""
+    return (task for task in tasks if not is_done(filed, task))
+
+
+def state(filed: Filed) -> dict[str, Any]:
+    """Return how many units there are, and the digests of the tree once it has been verified."""
+    tasks = filed.plan.units.tasks
+    complete = complete_path(filed)
+    return {
+        "plan": filed.id,
+        "tasks": tasks,
+        "done": tasks - sum(1 for _ in undone(filed, range(1, tasks + 1))),
+        "complete": json.loads(complete.read_text()) if complete.exists() else None,
+    }
+
+
+def complete_path(filed: Filed) -> Path:
+    """Return the file that says that a result is complete."""
+    return filed.records / "complete.json"

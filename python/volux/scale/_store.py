@@ -1,0 +1,162 @@
+"""The store that is written: its metadata, and its units one by one."""
+
+from __future__ import annotations
+
+import fcntl
+import json
+import os
+import threading
+from contextlib import suppress
+from hashlib import sha256
+from importlib.metadata import version
+from pathlib import Path
+from typing import Any
+
+import numpy as np
+
+from volux._types import Array, Ints
+from volux.scale._needed import zarr
+
+PARTIAL = ".partial"
+METADATA = "zarr.json"
+RECORDS = ".volux"  # the folder beside a store
+_ONLY = "c/0/0/0"
+
+
+def array_metadata(
+    shape: Ints, dtype: str, chunk: Ints, unit: Ints, *, fill: float, codec: str
+) -> str:
+    """Return the metadata of an array as zarr writes them."""
+    store: dict[str, Any] = {}
+    zarr().create_array(
+        zarr().storage.MemoryStore(store),
+        shape=shape,
+        dtype=dtype,
+        chunks=chunk,
+        shards=None if chunk == unit else unit,
+        compressors=_compressor(codec),
+        fill_value=np.dtype(dtype).type(fill).item(),
+        dimension_names=("z", "y", "x"),
+    )
+    return str(store[METADATA].to_bytes().decode())
+
+
+def _compressor(codec: str) -> Any:
+    from zarr import codecs
+
+    if codec == "zstd":
+        return codecs.ZstdCodec(level=1)
+    return None if codec == "none" else codecs.BloscCodec(cname="lz4", shuffle="shuffle")
+
+
+def versions() -> dict[str, str]:
+    """Return the versions of what encodes."""
+    return {name: version(name) for name in ("numcodecs", "zarr")}
+
+
+def group_metadata(attributes: dict[str, Any]) -> str:
+    """Return the metadata of a group with attributes."""
+    return _text({"zarr_format": 3, "node_type": "group", "attributes": attributes})
+
+
+def _text(facts: dict[str, Any]) -> str:
+    return json.dumps(facts, indent=2) + "\n"
+
+
+def _buffer(data: bytes) -> Any:
+    from zarr.buffer.cpu import Buffer
+
+    return Buffer.from_bytes(data)
+
+
+class Codec:
+    """Makes the bytes of units and reads them, by zarr and an array of one unit in memory.
+
+    Threads may share it; each has arrays of its own.
+    """
+
+    def __init__(self, metadata: str) -> None:
+        self._metadata = json.loads(metadata)
+        self._of_thread = threading.local()
+
+    def encoded(self, voxels: Array) -> bytes:
+        """Return the bytes of a unit."""
+        array, store = self._of(voxels.shape)
+        array[...] = voxels
+        return bytes(store.pop(_ONLY).to_bytes())
+
+    def decoded(self, data: bytes, shape: Ints) -> Array:
+        """Return the voxels of a unit."""
+        array, store = self._of(shape)
+        store[_ONLY] = _buffer(data)
+        try:
+            return np.asarray(array[...])
+        finally:
+            del store[_ONLY]
+
+    def _of(self, shape: Any) -> tuple[Any, dict[str, Any]]:
+        arrays = vars(self._of_thread)
+        if shape not in arrays:
+            text = json.dumps(self._metadata | {"shape": list(shape)})
+            store = {METADATA: _buffer(text.encode())}
+            arrays[shape] = _opened(store), store
+        found: tuple[Any, dict[str, Any]] = arrays[shape]
+        return found
+
+
+_setting = threading.Lock()
+
+
+def _opened(store: dict[str, Any]) -> Any:
+    # A unit of nothing but fill is written, too: it shows that it was made.
+    with _setting, zarr().config.set({"array.write_empty_chunks": True}):
+        return zarr().open_array(zarr().storage.MemoryStore(store), mode="r+")
+
+
+def put(path: Path, data: bytes, *, is_kept: bool = True) -> None:
+    """Write a file beside its place, and rename it when it is whole.
+
+    Two that write the same file take turns by a lock, which goes with the process that holds it;
+    so what a killed one has left is simply written again.
+
+    Parameters
+    ----------
+    path : Path
+        Its folder is made.
+    data : bytes
+        All of it.
+    is_kept : bool
+        Whether its bytes must outlive a failure of power wherever its name does. A name that is
+        lost is found missing, and its task is done again.
+    """
+    partial = path.with_name(path.name + PARTIAL)
+    descriptor = _locked(partial)
+    try:
+        os.ftruncate(descriptor, 0)
+        rest = memoryview(data)
+        while rest:
+            rest = rest[os.write(descriptor, rest) :]
+        if is_kept:
+            os.fsync(descriptor)
+        os.replace(partial, path)
+    except BaseException:
+        partial.unlink(missing_ok=True)
+        raise
+    finally:
+        os.close(descriptor)
+
+
+def _locked(partial: Path) -> int:
+    partial.parent.mkdir(parents=True, exist_ok=True)
+    while True:
+        descriptor = os.open(partial, os.O_RDWR | os.O_CREAT, 0o666)
+        fcntl.flock(descriptor, fcntl.LOCK_EX)
+        with suppress(FileNotFoundError):  # the one before has renamed it meanwhile
+            if os.path.samestat(os.fstat(descriptor), partial.stat()):
+                return descriptor
+        os.close(descriptor)
+
+
+def digest_of(data: bytes) -> str:
+    """Return the SHA-256 of bytes."""
+    return sha256(data).hexdigest()
