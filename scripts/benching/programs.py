@@ -51,8 +51,8 @@ class Program:
         LOGS.mkdir(parents=True, exist_ok=True)
         self.log = LOGS / f"{name}.log"
         with open(self.log, "w", encoding="utf-8") as said:
-            # numpy asks for large pages. So do the others then: where small ones happen to lie makes
-            # a call up to twice as long.
+            # numpy asks for large pages, and so do the others then: where small ones happen to lie
+            # makes a call up to twice as long.
             self.process = subprocess.Popen(
                 command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=said, text=True,
                 env={**os.environ, "GLIBC_TUNABLES": "glibc.malloc.hugetlb=1"})

@@ -121,6 +121,12 @@ FAILURES = {
     "an unknown kernel": (nothing, f"{RESIZE} --interp sinc", 2, "'nearest', 'linear', 'cubic'"),
     "no number": (nothing, "resize ct.nii.gz -o out.nii --spacing one", 2, "--spacing one: must"),
     "two numbers": (nothing, "resize ct.nii.gz -o out.nii --shape 3,4", 2, "--shape 3,4: must be"),
+    "a centre that is no place": (
+        nothing,
+        "view ct.nii.gz -o out.png --centre nan,0,0",
+        2,
+        "must be finite",
+    ),
     "half a voxel": (nothing, "resize ct.nii.gz -o out.nii --shape 3.5", 2, "whole numbers"),
     "a spacing of 0": (nothing, "resize ct.nii.gz -o out.nii --spacing 0", 2, "above 0"),
     "a negative scale": (nothing, "resize ct.nii.gz -o out.nii --scale -1", 2, "above 0"),

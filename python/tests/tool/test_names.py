@@ -41,3 +41,24 @@ def test_segments_of_nrrd_have_names_in_the_header():
         image.SetMetaData(f"Segment0_{key}", value)
     sitk.WriteImage(image, "x.seg.nrrd")
     assert names_of(read("x.seg.nrrd")) == {5: "Liver"}
+
+
+def test_segments_of_one_layer_have_their_own_names():
+    image = sitk.GetImageFromArray(np.ones((2, 2, 2), np.uint8))
+    for n, name in enumerate(("Liver", "Tumour")):
+        for key, value in {"Name": name, "LabelValue": "1", "Layer": str(n)}.items():
+            image.SetMetaData(f"Segment{n}_{key}", value)
+    sitk.WriteImage(image, "x.seg.nrrd")
+    labels = read("x.seg.nrrd")
+    assert [names_of(labels, layer) for layer in (0, 1)] == [{1: "Liver"}, {1: "Tumour"}]
+
+
+def test_a_table_beside_a_file_of_another_format_counts_too():
+    sitk.WriteImage(sitk.GetImageFromArray(np.ones((2, 2, 2), np.uint8)), "x.mha")
+    Path("x.tsv").write_text("index\tname\n1\tAorta\n")
+    assert names_of(read("x.mha")) == {1: "Aorta"}
+
+
+def test_a_quote_in_a_table_is_a_letter(labels):
+    Path("x_dseg.tsv").write_text('index\tname\n1\t"heart\n2\tspine\n')
+    assert names_of(labels) == {1: '"heart', 2: "spine"}

@@ -221,7 +221,11 @@ def pyramid(
     ] = None,
     labels: Annotated[
         bool | None,
-        option("--labels/--no-labels", text="Voxels vote.", default="as STORE says"),
+        option(
+            "--labels/--no-labels",
+            text="Treat voxels as labels, which vote.",
+            default="as STORE says",
+        ),
     ] = None,
     processes: Processes = 1,
     threads: ThreadsEach = None,

@@ -43,6 +43,8 @@ class Given:
     def layout(self) -> _planning.Layout:
         """Return how the result is stored."""
         chunk = counts(self.stored.chunk, "--chunk")
+        if min(chunk) < 1:
+            raise Misuse(f"--chunk {self.stored.chunk}: must be above 0")
         unit = chunk if self.stored.unit is None else counts(self.stored.unit, "--unit")
         return _planning.Layout(chunk, unit, self.stored.codec).checked()
 

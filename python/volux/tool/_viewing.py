@@ -58,7 +58,7 @@ def _look(scan: Scan, image: Image, shown: Shown, quiet: bool) -> Look:
         if shown.labels is not None:
             raise Misuse(f"--labels {shown.labels}: {scan.path} is drawn as labels itself")
         _whole(image, scan.path)
-        return Look(None, None, "label", names_of(scan))
+        return Look(None, None, "label", names_of(scan, shown.volume or 0))
     window = None if shown.window is None else _window(shown.window)
     if window is None and shown.slab is None:
         window = window_of(image.array)
@@ -83,12 +83,12 @@ def _picture(image: Image, look: Look, shown: Shown) -> Any:
     if shown.montage is not None:
         return montage(image, look, shown.montage, shown.size or 200)
     centre = middle_of(image) if shown.centre is None else numbers(shown.centre, "--centre")
-    if shown.normal is None:
-        return three(image, look, centre, shown.size or 400)
-    normal = numbers(shown.normal, "--normal")
-    up = upwards(normal) if shown.up is None else numbers(shown.up, "--up")
-    how: dict[str, Any] = {"thickness": shown.slab or 0.0, "projection": shown.projection}
     try:
+        if shown.normal is None:
+            return three(image, look, centre, shown.size or 400)
+        normal = numbers(shown.normal, "--normal")
+        up = upwards(normal) if shown.up is None else numbers(shown.up, "--up")
+        how: dict[str, Any] = {"thickness": shown.slab or 0.0, "projection": shown.projection}
         return oblique(image, look, (centre, normal, up), size=shown.size or 400, **how)
     except ValueError as error:
         raise Misuse(f"the plane: {error}") from None
@@ -114,13 +114,13 @@ def _one(scan: Scan, volume: int | None, quiet: bool) -> Image:
         return image
     if count > 1 and volume is None and not quiet:
         say(
-            f"{scan.path}: has {count} volumes or channels; the first one is shown, and --volume 1 "
-            "shows the next"
+            f"{scan.path}: has {count} volumes or channels; the first one is shown (--volume "
+            "chooses for INPUT)"
         )
     return Image(image.array[..., volume or 0], image.affine, axes=image.axes)
 
 
 def _whole(image: Image, name: str) -> Image:
-    if not np.array_equal(image.array, np.floor(image.array)):
+    if not (np.isfinite(image.array).all() and np.array_equal(image.array, np.floor(image.array))):
         raise Misuse(f"{name}: has values that are no whole numbers; labels are numbers")
     return image
