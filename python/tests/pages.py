@@ -22,7 +22,7 @@ BLOCK = re.compile(r"^```python\n(.*?)^```$(?:\n+^```text\n(.*?)^```$)?", re.MUL
 def ran(page):
     """Run the blocks of a page in one namespace; yield code, what it printed and what it should."""
     names = {"__name__": page.stem}
-    text = page.read_text()
+    text = page.read_text(encoding="utf-8")
     for block in BLOCK.finditer(text):
         line = text.count("\n", 0, block.start()) + 2
         code = compile("\n" * (line - 1) + block[1], str(page), "exec")
