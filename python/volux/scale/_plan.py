@@ -176,7 +176,7 @@ def text_of(plan: Plan) -> str:
 def read(path: str) -> Filed:
     """Read a plan, and check that it is whole and of this format."""
     try:
-        facts = json.loads(Path(path).read_text())
+        facts = json.loads(Path(path).read_text(encoding="utf-8"))
         given = facts.pop("id")
         if identity(facts) != given:
             raise Refusal(f"{path}: was changed after it was made; plan again")

@@ -50,7 +50,7 @@ class Store:
     @property
     def facts(self) -> dict[str, Any]:
         """What the metadata say."""
-        facts: dict[str, Any] = json.loads(self.metadata.read_text())
+        facts: dict[str, Any] = json.loads(self.metadata.read_text(encoding="utf-8"))
         return facts
 
     @property
@@ -68,7 +68,7 @@ class Store:
     def finest(self) -> dict[str, Any]:
         """The metadata of the finest level's array."""
         path = Path(self.path) / self.levels[0] / _store.METADATA
-        found: dict[str, Any] = json.loads(path.read_text())
+        found: dict[str, Any] = json.loads(path.read_text(encoding="utf-8"))
         encoding = found["chunk_key_encoding"]
         if encoding["name"] != "default" or encoding.get("configuration", {}) not in _SLASHES:
             raise Refusal(f"{self.path}: its chunks are not named c/0/0/0; plan a copy of it")

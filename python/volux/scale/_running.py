@@ -166,7 +166,7 @@ def state(filed: Filed) -> dict[str, Any]:
         "plan": filed.id,
         "tasks": tasks,
         "done": tasks - sum(1 for _ in undone(filed, range(1, tasks + 1))),
-        "complete": json.loads(complete.read_text()) if complete.exists() else None,
+        "complete": json.loads(complete.read_text(encoding="utf-8")) if complete.exists() else None,
     }
 
 

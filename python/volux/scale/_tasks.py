@@ -50,7 +50,7 @@ def record_path(filed: Filed, task: int) -> Path:
 def recorded(filed: Filed, task: int) -> Record | None:
     """Return the record of a task; None if there is none of this plan."""
     try:
-        record = Record(**json.loads(record_path(filed, task).read_text()))
+        record = Record(**json.loads(record_path(filed, task).read_text(encoding="utf-8")))
     except (FileNotFoundError, ValueError, TypeError):
         return None
     return record if (record.plan, record.task) == (filed.id, task) else None
