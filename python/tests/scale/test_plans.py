@@ -233,7 +233,7 @@ FAILURES = {
         "no folder",
     ),
     "units of no whole chunks": (nothing, f"{RESIZE} --chunk 8 --unit 12", 2, "whole multiples"),
-    "chunks of 0": (nothing, f"{RESIZE} --chunk 0", 2, "whole multiples"),
+    "chunks of 0": (nothing, f"{RESIZE} --chunk 0", 2, "--chunk 0: must be above 0"),
     "a type for a plan": (nothing, f"{RESIZE} --dtype uint8", 2, "allowed are int16, float32"),
     "a fill beyond the type": (nothing, f"{RESIZE} --fill 1e9", 2, "fill=1000000000: int16"),
     "a compressed file": (
@@ -332,3 +332,14 @@ def test_a_folder_that_moves_with_plan_input_and_output_still_runs(monkeypatch):
     Path("here").rename("there")
     done("run", "there/out.plan.json")
     assert run("verify", "there/out.plan.json").code == 0
+
+
+def test_a_plan_is_never_written_over_its_input():
+    np.save("w.npy", np.ones((8, 8, 8), np.int16))
+    before = Path("w.npy").read_bytes()
+    ended = run(
+        *("plan", "resize", "w.npy", "-o", "w.zarr", "--scale", "0.5"),
+        *("--voxel", "1", "--plan", "w.npy", "--force"),
+    )
+    assert (ended.code, "is an input" in ended.err) == (2, True)
+    assert Path("w.npy").read_bytes() == before

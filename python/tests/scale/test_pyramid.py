@@ -167,3 +167,17 @@ def test_what_levels_cannot_be_added_to_is_refused(prepare):
     assert (ended.code, ended.err.count("\n"), words in ended.err) == (code, 1, True), ended
     after = Path("out.zarr/zarr.json").exists() and Path("out.zarr/zarr.json").read_text()
     assert after == before
+
+
+def test_levels_that_are_not_called_0_1_2_are_refused_and_stay(tmp_path, monkeypatch):
+    monkeypatch.chdir(tmp_path)
+    store = zarr.open_group("one.zarr", mode="w", zarr_format=3)
+    array = store.create_array("1", shape=(8, 8, 8), chunks=(4, 4, 4), dtype="uint8")
+    array[...] = 7
+    axes = [{"name": name, "type": "space", "unit": "millimeter"} for name in "zyx"]
+    scale = [{"type": "scale", "scale": [1.0, 1.0, 1.0]}]
+    datasets = [{"path": "1", "coordinateTransformations": scale}]
+    store.attrs["ome"] = {"version": "0.5", "multiscales": [{"axes": axes, "datasets": datasets}]}
+    ended = run("pyramid", "one.zarr", "--levels", "2")
+    assert (ended.code, "its levels are called 1" in ended.err) == (1, True)
+    assert (zarr.open_array("one.zarr/1", mode="r")[...] == 7).all()

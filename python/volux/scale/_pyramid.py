@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import json
+import os
 import shutil
 from collections.abc import Callable
 from dataclasses import dataclass
@@ -45,7 +46,19 @@ class Store:
             raise Refusal(
                 f"{self.path}: is not complete; volux run and volux verify its plan first"
             )
+        self._refuse_other_levels()
         return self
+
+    def _refuse_other_levels(self) -> None:
+        # The next level is named by their number, and is stored as they are.
+        if self.levels != [str(number) for number in range(len(self.levels))]:
+            raise Refusal(
+                f"{self.path}: its levels are called {', '.join(self.levels)}, and not 0, 1, ...; "
+                "plan a copy of it"
+            )
+        arrays = [_sources.opened(f"{self.path}/{level}").array for level in self.levels]
+        if len({(array.chunks, array.shards) for array in arrays}) > 1:
+            raise Refusal(f"{self.path}: its levels have different chunks; plan a copy of it")
 
     @property
     def facts(self) -> dict[str, Any]:
@@ -154,13 +167,16 @@ def planned(store: Store, *, labels: bool) -> tuple[Filed, Ints]:
 
 def begun(filed: Filed) -> None:
     """Write the plan of a level and the metadata of its array, unless it has been begun before."""
-    path = filed.folder / "plan.json"
-    if path.exists() and read(str(path)).id == filed.id:
+    path, array = filed.folder / "plan.json", Path(os.path.normpath(filed.array))
+    if array.exists() and not path.exists():
+        raise Refusal(f"{array}: is there, but no level that volux has made; move it away")
+    if (array / _store.METADATA).exists() and read(str(path)).id == filed.id:
         return
-    for old in (filed.array, filed.records):
-        shutil.rmtree(old, ignore_errors=True)
-    _store.put(filed.array / _store.METADATA, filed.plan.metadata.encode())
-    _store.put(path, text_of(filed.plan).encode())
+    for old in (array, filed.records):
+        if old.exists():
+            shutil.rmtree(old)
+    _store.put(path, text_of(filed.plan).encode())  # first, so that what follows is known as ours
+    _store.put(array / _store.METADATA, filed.plan.metadata.encode())
 
 
 def make(

@@ -16,6 +16,7 @@ from volux._displacement import Transform
 from volux._types import Array, Box
 from volux.scale import _memory, _store
 from volux.scale._plan import Filed
+from volux.scale._signals import held
 from volux.scale._sources import Source
 from volux.scale._support import support
 from volux.scale._units import extents, key
@@ -94,7 +95,8 @@ class Worker:
         began = time.perf_counter()
         index = self._plan.units.place(task - 1)
         voxels = self.voxels(self._plan.units.box(index))
-        data = self._codec.encoded(voxels)
+        with held():
+            data = self._codec.encoded(voxels)
         path = self.filed.array / key(index)
         _store.put(path, data)
         record = Record(
@@ -115,7 +117,9 @@ class Worker:
         options = self._plan.options
         need = support(self._source_grid, self._target, box, self._transform, options)
         self._refuse_beyond(need, box)
-        brick = Image.brick(self._source.read(need), self._source_grid[need])
+        with held():
+            read = self._source.read(need)
+        brick = Image.brick(read, self._source_grid[need])
         made = np.empty(extents(box), self._plan.dtype)
         try:
             volux.resample(

@@ -13,6 +13,7 @@ from volux.scale import _planning, _pyramid, _raw, _running, _sources, _verifyin
 from volux.scale._plan import Filed, read, text_of
 from volux.scale._sources import Source
 from volux.scale._store import METADATA
+from volux.tool import _output
 from volux.tool._errors import FAILURE, SUCCESS, Misuse, Refusal, say
 from volux.tool._looking import aligned
 from volux.tool._options import Filling, Reading, counts, numbers, size
@@ -68,6 +69,8 @@ def plan(given: Given, *, force: bool, as_json: bool, quiet: bool) -> int:
     if not given.stored.output:
         raise Misuse("Missing option --output: `volux plan --help` shows an example")
     _refuse_others(given)
+    inputs = (given.file, *([given.placed.like] if given.placed.like else ()))
+    _output.refuse(given.path, (*inputs, *(given.placed.transform or ())), force=True)
     layout = _raw.layout(given.stored.raw, given.stored.voxel)
     source = _sources.opened(given.file, layout)
     wanted = _wanted(given, source)
