@@ -1,5 +1,6 @@
 """The short way of sample(), for few points of a plain array, gives what its checks give."""
 
+import gc
 import subprocess
 import sys
 
@@ -37,11 +38,13 @@ def functions_run(call):
         if event == "call":
             names.append(frame.f_code.co_name)
 
+    gc.disable()  # what it would free may run functions of its own
     sys.setprofile(note)
     try:
         call()
     finally:
         sys.setprofile(None)
+        gc.enable()
     return len(names)
 
 
