@@ -54,3 +54,17 @@ if(NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize")
     set_property(SOURCE resample/calls/PoliciesWithoutRtti.cpp APPEND PROPERTY COMPILE_OPTIONS
         $<$<CXX_COMPILER_ID:GNU,Clang,AppleClang>:-fno-rtti>)
 endif()
+# What calls with several threads show, for the thread sanitizer.
+set(VOLUX_RESAMPLE_THREAD_TESTS
+    resample/calls/GradientTest.cpp
+    resample/calls/RegionTest.cpp
+    resample/calls/SamplerTest.cpp
+    resample/calls/ViewTest.cpp
+    resample/calls/WarpTest.cpp
+    resample/rows/ExecutorTest.cpp
+    resample/rows/ThreadsTest.cpp
+    resample/rows/WorkTest.cpp
+    support/Allocation.cpp
+    support/SamplingOracle.cpp
+    support/FailingNew.cpp
+)

@@ -3,7 +3,11 @@ from evidence import commands
 from evidence.commands import ROOT, install
 
 BUILD = ROOT / "build" / "proof"
-release_folder = None  # one that is not in BUILD
+# Highway would choose the widest instruction set of the machine: the others are not compiled.
+FUZZED = ("-O1 -gline-tables-only -fno-omit-frame-pointer -fno-sanitize-recover=all "
+          "-fsanitize=fuzzer-no-link,address,undefined,float-cast-overflow "
+          "-DHWY_COMPILE_ONLY_STATIC -march=native")
+shares = False  # the folders of scripts/test
 
 
 def build(name, compiler="g++", flags="", kind="Release", targets=("volux_core",), arguments=()):
@@ -15,17 +19,40 @@ def build(name, compiler="g++", flags="", kind="Release", targets=("volux_core",
 
 
 def share_with_tests():
-    """From here on, release() goes on in scripts/test's folder, where the libraries are built
-    already, with assertions: compiling them once more would take minutes."""
-    global release_folder
-    release_folder = ROOT / "build" / "release-g++-Release"
+    """From here on, release() and fuzzers() go on in scripts/test's folders, where the libraries are
+    built already: compiling them once more would take minutes. They have assertions then, and what
+    the fuzzers use has the narrowest instruction set and no counters of what is reached in it."""
+    global shares
+    shares = True
 
 
-def release(*targets):
-    """Builds programs by g++ as Release, in one folder for all checks that want no other flags."""
+def tests_folder(preset, compiler):
+    return ROOT / "build" / f"{preset}-{compiler}-Release"
+
+
+def build_beside_tests(preset, compiler, targets):
+    return commands.build(
+        tests_folder(preset, compiler), f"proof-{preset}-{compiler}", targets, "--preset", preset,
+        "-DVOLUX_PROGRAMS=proof", "-DVOLUX_RESAMPLE=ON", f"-DCMAKE_CXX_COMPILER={compiler}",
+        "-DCMAKE_BUILD_TYPE=Release")
+
+
+def release(*targets, compiler="g++"):
+    """Builds programs as Release, in one folder for all checks that want no other flags."""
     install("build", "resample")
-    if release_folder is not None:
-        return commands.build(release_folder, "proof-release", targets, "--preset", "release",
-                              "-DVOLUX_PROGRAMS=proof", "-DVOLUX_RESAMPLE=ON",
-                              "-DCMAKE_CXX_COMPILER=g++", "-DCMAKE_BUILD_TYPE=Release")
-    return build("release", targets=targets, arguments=["-DVOLUX_RESAMPLE=ON"])
+    if shares:
+        return build_beside_tests("release", compiler, targets)
+    return build("release" if compiler == "g++" else f"release-{compiler}", compiler,
+                 targets=targets, arguments=["-DVOLUX_RESAMPLE=ON"])
+
+
+def fuzzers_folder():
+    return tests_folder("asan", "clang++") if shares else BUILD / "fuzz"
+
+
+def fuzzers(*targets):
+    """Builds programs for libFuzzer, which is a part of clang++."""
+    install("build", "test", "resample")
+    if shares:
+        return build_beside_tests("asan", "clang++", targets)
+    return build("fuzz", "clang++", FUZZED, "None", targets, ["-DVOLUX_RESAMPLE=ON"])

@@ -11,15 +11,14 @@ import time
 from evidence import commands, package
 from evidence.commands import CORES, LOGS, ROOT, BadUse, Failure, install, version
 
-from . import sysroot
+from . import builds, sysroot
 from .digest_rows import SIZES, SYSROOTS, THREADS, Row, all_rows, native_rows, sysroot_libraries
 from .results import Result, Table
 
 TITLE = "One digest on every compiler and processor"
 WITH_RESAMPLE = True
 PARTS = tuple(SIZES)
-CI_RUN = ["--rows", "^(x86-64 g[+][+]-12 (-O2|-O3 -march=x86-64-v3)( fused)?"
-                    "|x86-64 clang[+][+]-14 -O3|x86-64 g[+][+]-12 -O2 bulk"
+CI_RUN = ["--rows", " release|^(x86-64 g[+][+]-12 -O3 -march=x86-64-v3 fused"
                     "|s390x s390x-linux-gnu-g[+][+] -O2)$", "--small"]
 
 SOURCE = ROOT / "tests" / "proof" / "digest"
@@ -88,22 +87,25 @@ def provide(rows):
 
 
 def build(row):
-    """Builds the library and the programs of a row."""
+    """Builds the library and the programs of a row; gives the folder of the programs."""
     targets = sorted({row.program_of(corpus) for corpus in row.corpora})
+    if row.release:
+        return builds.release(*targets, compiler=row.compiler) / SOURCE.relative_to(ROOT)
     cross = [] if row.target == "x86-64" else ["-DCMAKE_SYSTEM_NAME=Linux",
                                               f"-DCMAKE_SYSTEM_PROCESSOR={row.target}"]
     if row.bulk and cross:
         cross += [f"-Dhwy_DIR={sysroot_libraries(row.target) / 'cmake' / 'hwy'}"]
-    commands.build(row.folder, row.log, targets, "-DCMAKE_BUILD_TYPE=None",
-                   f"-DCMAKE_CXX_COMPILER={row.compiler}", f"-DCMAKE_CXX_FLAGS={row.flags}",
-                   f"-DVOLUX_RESAMPLE={'ON' if row.bulk or row.python else 'OFF'}", *cross,
-           source=SOURCE, jobs=1)
+    return commands.build(row.folder, row.log, targets, "-DCMAKE_BUILD_TYPE=None",
+                          f"-DCMAKE_CXX_COMPILER={row.compiler}",
+                          f"-DCMAKE_CXX_FLAGS={row.flags}",
+                          f"-DVOLUX_RESAMPLE={'ON' if row.bulk or row.python else 'OFF'}", *cross,
+                          source=SOURCE, jobs=1)
 
 
-def runs_of(row):
+def runs_of(row, folder):
     """How the programs of a row are run: each run with its command."""
     for corpus in row.corpora:
-        program = [*row.runner, row.folder / row.program_of(corpus)]
+        program = [*row.runner, folder / row.program_of(corpus)]
         size = str(SIZES[corpus][1])
         if row.python:
             asked = [package.interpreter("run"), SOURCE / "python_answers.py"]
@@ -139,8 +141,7 @@ def carry_out(row):
     start = time.monotonic()
     outcome = Outcome(row, {})
     try:
-        build(row)
-        for run, command in runs_of(row):
+        for run, command in runs_of(row, build(row)):
             outcome.found[run] = families_of(command, row.log)
     except (Failure, OSError) as failure:
         outcome.fault = str(failure)
@@ -227,6 +228,7 @@ def rows_table(outcomes, committed):
         row = outcome.row
         rows.append([row.target, versions[row.compiler],
                      f"`{row.flags}`" + (", fused" if row.fused else "")
+                     + (", release" if row.release else "")
                      + (", bulk" if row.bulk else "") + (", Python" if row.python else ""),
                      row.runner[0] if "qemu" in "".join(row.runner[:1]) else "the processor",
                      what_ran(outcome), verdict(outcome, committed)])

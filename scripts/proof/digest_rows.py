@@ -50,6 +50,7 @@ class Row:
     fused: bool = False
     bulk: bool = False  # volux_resample answers instead of volux_core
     python: bool = False  # the Python package does
+    release: bool = False  # in a build that other checks and tests use
     linker: str = ""  # another compiler, whose libraries and linker this one uses
 
     def with_small_corpora(self):
@@ -61,7 +62,8 @@ class Row:
     @property
     def name(self):
         return (f"{self.target} {self.build}" + (" fused" if self.fused else "")
-                + (" bulk" if self.bulk else "") + (" python" if self.python else ""))
+                + (" release" if self.release else "") + (" bulk" if self.bulk else "")
+                + (" python" if self.python else ""))
 
     @property
     def folder(self):
@@ -129,6 +131,11 @@ def python_rows():
     return [Row("x86-64", "g++-12", "-O2", corpora=ASKED, python=True)]
 
 
+def release_rows():
+    return [Row("x86-64", compiler, "-O3", corpora=corpora, bulk=corpora == BULK, release=True)
+            for compiler in ("g++", "clang++") for corpora in (WHOLE, BULK)]
+
+
 def i386_rows():
     """Run by the processor itself, if the system lets it, with the cross compiler's C library."""
     folder = Path("/usr/i686-linux-gnu/lib")
@@ -155,4 +162,5 @@ def emulated_rows():
 
 
 def all_rows():
-    return native_rows() + bulk_rows() + python_rows() + i386_rows() + emulated_rows()
+    return (native_rows() + release_rows() + bulk_rows() + python_rows() + i386_rows()
+            + emulated_rows())

@@ -6,9 +6,9 @@ import tempfile
 import time
 from pathlib import Path
 
-from evidence.commands import LOGS, ROOT, Failure, at_once, install, positive, version
+from evidence.commands import LOGS, ROOT, Failure, at_once, positive, version
 
-from .builds import BUILD, build
+from .builds import BUILD, fuzzers, fuzzers_folder
 from .results import Result, Table
 
 TITLE = "Fuzzing"
@@ -24,10 +24,6 @@ TARGETS = {
 }
 PARTS = tuple(TARGETS)
 CAMPAIGN_SECONDS = 20 * 60
-# Highway would choose the widest instruction set of the machine: the others are not compiled.
-SANITIZED = ("-O1 -gline-tables-only -fno-omit-frame-pointer -fno-sanitize-recover=all "
-             "-fsanitize=fuzzer-no-link,address,undefined,float-cast-overflow "
-             "-DHWY_COMPILE_ONLY_STATIC -march=native")
 CORPUS = ROOT / "fuzz" / "corpus"
 FOUND = BUILD / "fuzz-corpus"
 CRASHES = BUILD / "fuzz-crashes"
@@ -65,7 +61,7 @@ class Tally:
 
 
 def program(name):
-    return BUILD / "fuzz" / "fuzz" / f"fuzz_{name}"
+    return fuzzers_folder() / "fuzz" / f"fuzz_{name}"
 
 
 def repeat(name, crash):
@@ -135,9 +131,7 @@ def add_arguments(parser):
 def run(options):
     seconds = options.minutes * 60 if options.minutes else options.seconds or 60.0
     names = [options.target] if options.target else list(TARGETS)
-    install("build", "test", "resample")
-    build("fuzz", "clang++", SANITIZED, "None", [f"fuzz_{name}" for name in names],
-          ["-DVOLUX_RESAMPLE=ON"])
+    fuzzers(*(f"fuzz_{name}" for name in names))
     tallies = fuzz_all(names, seconds)
     crashed = [tally for tally in tallies if tally.crash is not None]
     executions = sum(tally.executions for tally in tallies)

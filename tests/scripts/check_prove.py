@@ -110,7 +110,7 @@ class Python(unittest.TestCase):
 
     def test_runs_on_each_number_of_threads_by_the_wheel(self):
         with mock.patch.object(package, "interpreter", lambda group: f"python of {group}"):
-            runs = list(digest.runs_of(self.row))
+            runs = list(digest.runs_of(self.row, self.row.folder))
         self.assertEqual([(run.corpus, run.threads) for run, _ in runs],
                          [(corpus, threads) for corpus in ("bulk", "bulk-small")
                           for threads in digest_rows.THREADS])
