@@ -13,7 +13,7 @@ from volux.tool import _sidecar
 from volux.tool._bricks import Told, Way, fitted, planes
 from volux.tool._errors import SUCCESS, Misuse
 from volux.tool._files import STREAM, Scan, grid_of, write, write_stream
-from volux.tool._looking import digest_of, fingerprint, with_channels
+from volux.tool._looking import digest_of, fingerprint, hash_planes
 from volux.tool._making import Task, converted
 from volux.tool._options import Converting, size
 from volux.tool._output import placed
@@ -68,12 +68,13 @@ def _by_planes(task: Task, plan: Plan, way: Way, to: Converting) -> dict[str, An
         path.open("wb") as file,
     ):
         slabs = Slabs(file, kind, grid)
+        file.flush()
         digest = fingerprint(kind, Grid(grid.shape, grid_of(str(path)).affine, axes="xyz"))
         for part in planes(plan.planes or grid.shape[2], grid.shape[2]):
             made = _computed(scan, way, to, part, _share(told, part, grid))
             slabs.write(part.start, made)
             if _is_told(task):
-                digest.add(with_channels(made.values(slice(None))))
+                hash_planes(digest, made)
             del made  # there is no room for the next one beside it
             scan.release()
         return _told(task, grid, digest.hexdigest(), path) if _is_told(task) else {}

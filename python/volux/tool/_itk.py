@@ -112,8 +112,7 @@ def write(scan: Scan, path: Path) -> None:
 
 
 def _image(scan: Scan) -> Any:
-    decoded = scan.made(scan.image, file_type=scan.image.array.dtype) if scan.is_scaled else scan
-    array = in_file_type(decoded)
+    array = in_file_type(scan.decoded() if scan.is_scaled else scan)
     array = array.reshape((*array.shape[:3], -1), order="F") if scan.tail else array
     place = Image(np.broadcast_to(np.uint8(0), array.shape[:3]), scan.stored.affine, axes="xyz")
     pattern = place.to_sitk()

@@ -3,7 +3,9 @@
 from __future__ import annotations
 
 import sys
+from collections.abc import Iterator
 from dataclasses import dataclass, field
+from itertools import product
 from pathlib import Path
 from typing import Any
 
@@ -13,7 +15,7 @@ from volux import Grid, Image
 from volux._types import Array
 from volux.tool import _sidecar
 from volux.tool._errors import Misuse, Refusal, say
-from volux.tool._files import STREAM, Scan, read_aloud
+from volux.tool._files import STREAM, Scan, held_by, read_aloud
 from volux.tool._memory import Amount, predicted
 from volux.tool._options import Conduct, Converting, Filling, Reading
 from volux.tool._output import refuse
@@ -21,6 +23,9 @@ from volux.tool._plan import Plan
 
 TYPES = ("uint8", "int8", "uint16", "int16", "uint32", "int32", "float32", "float64")
 _FRACTIONS = ("float32", "float64")
+
+# As many numbers get another type at a time.
+_AT_A_TIME = 1 << 15
 
 # A smooth kernel on so few integers is probably a mistake.
 _FEW = 32
@@ -97,28 +102,46 @@ def _stored(scan: Scan, fill: float) -> float:
 
 
 def _computed(scan: Scan, dtype: str | None) -> str | None:
-    if dtype is None:
+    if dtype is None or (dtype == scan.file_type and not scan.is_scaled):
         return None
     if dtype not in TYPES:
         raise Misuse(f"--dtype {dtype}: allowed are {', '.join(TYPES)}")
-    if scan.is_scaled:
-        return "float64"
-    is_direct = dtype in (*_FRACTIONS, str(scan.stored.array.dtype))
-    return dtype if is_direct else "float64"
+    return dtype if dtype in _FRACTIONS and not scan.is_scaled else "float64"
 
 
 def planned(
     task: Task, scan: Scan, grid: Grid, to: Converting, *, is_view: bool = False, **known: Any
 ) -> Plan:
     """Return the plan of a result on a grid, which may be a view of what the input has."""
-    numbers = int(np.prod(grid.shape, dtype=np.int64)) * (scan.stored.channels or 1)
-    dtype = _computed(scan, to.dtype)
-    computed = np.dtype(dtype or scan.stored.array.dtype).itemsize
-    wanted = computed if to.dtype is None else np.dtype(to.dtype).itemsize
-    if is_view:
-        computed, wanted = 0, 0 if to.dtype is None else wanted
-    amount = Amount(numbers, computed, wanted)
+    plane = int(np.prod(grid.shape[:2], dtype=np.int64)) * (scan.stored.channels or 1)
+    first = np.dtype((None if is_view else _computed(scan, to.dtype)) or scan.stored.array.dtype)
+    kept, held = _last_types(scan, to)
+    _, is_copied = _changes(scan, to, first, is_view)
+    amount = Amount(
+        plane=plane,
+        numbers=plane * grid.shape[2],
+        computed=0 if is_view else first.itemsize,
+        cast=held.itemsize if is_copied else 0,
+        kept=kept,
+        is_scaled=scan.is_scaled and to.dtype is None,
+    )
     return Plan(scan, grid, amount, predicted(scan, amount, task.conduct.output), **known)
+
+
+def _last_types(scan: Scan, to: Converting) -> tuple[np.dtype[Any], np.dtype[Any]]:
+    """Return the type of the numbers in the file, and that which holds them before."""
+    kept = scan.file_type if to.dtype is None else np.dtype(to.dtype)
+    return kept, held_by(kept)
+
+
+def _changes(
+    scan: Scan, to: Converting, first: np.dtype[Any], is_view: bool
+) -> tuple[bool, bool]:
+    """Return whether numbers change once they are computed, and whether that takes memory."""
+    kept, held = _last_types(scan, to)
+    is_held = first == kept or (is_view and kept == scan.file_type)
+    is_changed = not is_held or (scan.is_scaled and to.dtype is not None)
+    return is_changed, is_changed and (is_view or first != held)
 
 
 def _warn_of_labels(task: Task, scan: Scan, kernel: str) -> None:
@@ -138,20 +161,28 @@ def _warn_of_labels(task: Task, scan: Scan, kernel: str) -> None:
 
 
 def converted(scan: Scan, image: Image, to: Converting) -> Scan:
-    """Return a result with the type that was asked for; its numbers are as stored in the input."""
-    if to.dtype is None:
-        return scan.made(image)
-    wanted = np.dtype(to.dtype)
-    held = np.dtype("int16") if wanted == np.int8 else wanted
-    array = image.array
-    if scan.is_scaled or array.dtype != wanted:
-        array = np.empty_like(image.array, dtype=held)
-        for k in range(array.shape[2]):  # plane by plane, so that little is there twice
-            values = image.array[:, :, k]
-            values = values * scan.slope + scan.inter if scan.is_scaled else values
-            array[:, :, k] = _cast(values, wanted, to.overflow)
-    made = Image(array, image.affine, axes="xyz")
-    return scan.made(made, file_type=wanted, slope=1.0, inter=0.0)
+    """Return a result with the type that was asked for; its numbers are as stored in the input.
+
+    An image that shares no memory with the input may be changed.
+    """
+    kept, held = _last_types(scan, to)
+    is_view = np.may_share_memory(image.array, scan.stored.array)
+    is_changed, is_copied = _changes(scan, to, image.array.dtype, is_view)
+    is_decoded = scan.is_scaled and to.dtype is not None
+    array = np.empty_like(image.array, dtype=held) if is_copied else image.array
+    for part in _parts(array.shape) if is_changed else ():
+        values = image.array[part]
+        values = values * scan.slope + scan.inter if is_decoded else values
+        array[part] = _cast(values, kept, to.overflow)
+    scaling = {"slope": 1.0, "inter": 0.0} if is_decoded else {}
+    return scan.made(Image(array, image.affine, axes="xyz"), file_type=kept, **scaling)
+
+
+def _parts(shape: tuple[int, ...]) -> Iterator[tuple[slice, slice, int]]:
+    """Yield parts of an array that are so small that copies of them hardly take memory."""
+    rows = max(1, _AT_A_TIME // (shape[0] * int(np.prod(shape[3:]))))
+    for k, first in product(range(shape[2]), range(0, shape[1], rows)):
+        yield slice(None), slice(first, first + rows), k
 
 
 def _cast(values: Array, wanted: np.dtype[Any], overflow: str) -> Array:
