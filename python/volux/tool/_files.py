@@ -231,7 +231,8 @@ def _served(path: str, array: Array) -> Array:
 
 def held_by(dtype: np.dtype[Any]) -> np.dtype[Any]:
     """Return a type that volux serves, and which may hold numbers of another one."""
-    return np.dtype(_HELD_BY.get(dtype.name, dtype.name))
+    held: np.dtype[Any] = np.dtype(_HELD_BY.get(dtype.name, dtype.name))
+    return held
 
 
 def in_file_type(scan: Scan) -> Array:

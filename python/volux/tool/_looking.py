@@ -9,7 +9,7 @@ import numpy as np
 
 from volux import Grid
 from volux._digest import Fingerprint
-from volux._types import Array, Matrix
+from volux._types import Matrix
 from volux.tool._errors import SUCCESS
 from volux.tool._files import Scan, read_aloud
 

@@ -134,9 +134,7 @@ def _last_types(scan: Scan, to: Converting) -> tuple[np.dtype[Any], np.dtype[Any
     return kept, held_by(kept)
 
 
-def _changes(
-    scan: Scan, to: Converting, first: np.dtype[Any], is_view: bool
-) -> tuple[bool, bool]:
+def _changes(scan: Scan, to: Converting, first: np.dtype[Any], is_view: bool) -> tuple[bool, bool]:
     """Return whether numbers change once they are computed, and whether that takes memory."""
     kept, held = _last_types(scan, to)
     is_held = first == kept or (is_view and kept == scan.file_type)
@@ -186,14 +184,21 @@ def _parts(shape: tuple[int, ...]) -> Iterator[tuple[slice, slice, int]]:
 
 
 def _cast(values: Array, wanted: np.dtype[Any], overflow: str) -> Array:
-    """Return numbers in another type; a half goes away from 0, and NaN becomes 0."""
+    """Return numbers in another type.
+
+    Integers round half away from 0 and are the nearest that the type holds, or wrap; NaN becomes 0,
+    and so does what is infinite and would wrap.
+    """
     if wanted.kind == "f" or values.dtype == wanted:
-        return values.astype(wanted, copy=False)
+        with np.errstate(over="ignore"):  # to infinity, as C++ has it
+            return values.astype(wanted, copy=False)
+    is_wrapped, limits = overflow == "wrap", np.iinfo(wanted)
     numbers = values.astype(np.float64)
+    numbers[~np.isfinite(numbers) if is_wrapped else np.isnan(numbers)] = 0.0
+    if not is_wrapped:
+        numbers = numbers.clip(limits.min, limits.max)
     whole = np.trunc(numbers)
     whole += np.copysign(abs(numbers - whole) >= 0.5, numbers)
-    whole[np.isnan(whole)] = 0.0
-    limits = np.iinfo(wanted)
-    if overflow == "saturate":
-        return whole.clip(limits.min, limits.max).astype(wanted)
-    return np.mod(whole, 2.0**limits.bits).astype(f"u{wanted.itemsize}").view(wanted)
+    if is_wrapped:
+        return np.mod(whole, 2.0**limits.bits).astype(f"u{wanted.itemsize}").view(wanted)
+    return whole.astype(wanted)

@@ -14,7 +14,7 @@ from typing import Any
 
 import numpy as np
 
-from volux import Grid, Image
+from volux import Grid
 from volux._types import Array, Matrix
 from volux.tool._errors import Refusal, needed
 from volux.tool._files import (
