@@ -132,7 +132,12 @@ FAILURES = {
     "a negative scale": (nothing, "resize ct.nii.gz -o out.nii --scale -1", 2, "above 0"),
     "two sizes": (nothing, f"{RESIZE} --scale 2", 2, "one of --spacing, --shape and --scale"),
     "no size": (nothing, "resize ct.nii.gz -o out.nii", 2, "found: none"),
-    "a fill beyond the type": (nothing, f"{RESIZE} --fill 1e9", 2, "fill=1000000000.0: int16"),
+    "a fill beyond the type": (
+        nothing,
+        f"{RESIZE} --border constant --fill 1e9",
+        2,
+        "fill=1000000000.0: int16",
+    ),
     "an unknown type": (nothing, f"{RESIZE} --dtype int3", 2, "--dtype int3: allowed are uint8"),
     "too little memory": (nothing, f"{RESIZE} --memory 1MB", 1, "--memory allows"),
     "no size of memory": (nothing, f"{RESIZE} --memory much", 2, "--memory much: must be a size"),

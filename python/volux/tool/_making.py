@@ -7,7 +7,7 @@ from collections.abc import Iterator
 from dataclasses import dataclass, field
 from itertools import product
 from pathlib import Path
-from typing import Any
+from typing import Any, NamedTuple
 
 import numpy as np
 
@@ -16,6 +16,7 @@ from volux._types import Array
 from volux.tool import _sidecar
 from volux.tool._errors import Misuse, Refusal, say
 from volux.tool._files import STREAM, Scan, held_by, read_aloud
+from volux.tool._idle import refuse_output, refuse_outside, refuse_overflow
 from volux.tool._memory import Amount, predicted
 from volux.tool._options import Conduct, Converting, Filling, Reading
 from volux.tool._output import refuse
@@ -44,6 +45,7 @@ class Task:
     def checked(self) -> Task:
         """Return the task, unless its output cannot be written."""
         output = self.conduct.output
+        refuse_output(self.conduct)
         if not output and not self.conduct.dry_run:
             raise Misuse(f"Missing option --output: `volux {self.verb} --help` shows an example")
         if output not in ("", STREAM):
@@ -79,6 +81,7 @@ class Task:
 
 def keywords(task: Task, scan: Scan, how: Reading, filling: Filling) -> dict[str, Any]:
     """Return the keywords of volux's calls for options."""
+    refuse_outside(how, filling.outside or ("extend" if task.verb == "resize" else "fill"))
     given = {
         "interpolation": how.interp or ("label" if scan.labels else "linear"),
         "border": how.border,
@@ -115,31 +118,42 @@ def planned(
     """Return the plan of a result on a grid, which may be a view of what the input has."""
     plane = int(np.prod(grid.shape[:2], dtype=np.int64)) * (scan.stored.channels or 1)
     first = np.dtype((None if is_view else _computed(scan, to.dtype)) or scan.stored.array.dtype)
-    kept, held = _last_types(scan, to)
-    _, is_copied = _changes(scan, to, first, is_view)
+    change = _change(scan, to, first, is_view)
+    refuse_overflow(to.overflow, change, is_view=is_view)
     amount = Amount(
         plane=plane,
         numbers=plane * grid.shape[2],
         computed=0 if is_view else first.itemsize,
-        cast=held.itemsize if is_copied else 0,
-        kept=kept,
+        cast=change.held.itemsize if change.copies else 0,
+        kept=change.kept,
         is_scaled=scan.is_scaled and to.dtype is None,
     )
     return Plan(scan, grid, amount, predicted(scan, amount, task.conduct.output), **known)
 
 
-def _last_types(scan: Scan, to: Converting) -> tuple[np.dtype[Any], np.dtype[Any]]:
-    """Return the type of the numbers in the file, and that which holds them before."""
+class Change(NamedTuple):
+    """What becomes of numbers once they are computed.
+
+    Parameters
+    ----------
+    kept, held : dtype
+        Of the numbers in the file, and of those that hold them before.
+    changes, copies : bool
+        Whether numbers change, and whether that takes memory.
+    """
+
+    kept: np.dtype[Any]
+    held: np.dtype[Any]
+    changes: bool
+    copies: bool
+
+
+def _change(scan: Scan, to: Converting, first: np.dtype[Any], is_view: bool) -> Change:
     kept = scan.file_type if to.dtype is None else np.dtype(to.dtype)
-    return kept, held_by(kept)
-
-
-def _changes(scan: Scan, to: Converting, first: np.dtype[Any], is_view: bool) -> tuple[bool, bool]:
-    """Return whether numbers change once they are computed, and whether that takes memory."""
-    kept, held = _last_types(scan, to)
+    held = held_by(kept)
     is_held = first == kept or (is_view and kept == scan.file_type)
-    is_changed = not is_held or (scan.is_scaled and to.dtype is not None)
-    return is_changed, is_changed and (is_view or first != held)
+    changes = not is_held or (scan.is_scaled and to.dtype is not None)
+    return Change(kept, held, changes, changes and (is_view or first != held))
 
 
 def _warn_of_labels(task: Task, scan: Scan, kernel: str) -> None:
@@ -163,17 +177,16 @@ def converted(scan: Scan, image: Image, to: Converting) -> Scan:
 
     An image that shares no memory with the input may be changed.
     """
-    kept, held = _last_types(scan, to)
     is_view = np.may_share_memory(image.array, scan.stored.array)
-    is_changed, is_copied = _changes(scan, to, image.array.dtype, is_view)
+    change = _change(scan, to, image.array.dtype, is_view)
     is_decoded = scan.is_scaled and to.dtype is not None
-    array = np.empty_like(image.array, dtype=held) if is_copied else image.array
-    for part in _parts(array.shape) if is_changed else ():
+    array = np.empty_like(image.array, dtype=change.held) if change.copies else image.array
+    for part in _parts(array.shape) if change.changes else ():
         values = image.array[part]
         values = values * scan.slope + scan.inter if is_decoded else values
-        array[part] = _cast(values, kept, to.overflow)
+        array[part] = _cast(values, change.kept, to.overflow)
     scaling = {"slope": 1.0, "inter": 0.0} if is_decoded else {}
-    return scan.made(Image(array, image.affine, axes="xyz"), file_type=kept, **scaling)
+    return scan.made(Image(array, image.affine, axes="xyz"), file_type=change.kept, **scaling)
 
 
 def _parts(shape: tuple[int, ...]) -> Iterator[tuple[slice, slice, int]]:

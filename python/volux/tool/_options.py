@@ -5,6 +5,7 @@ from __future__ import annotations
 import inspect
 import re
 from collections.abc import Callable
+from contextvars import ContextVar
 from dataclasses import dataclass, fields, is_dataclass
 from typing import Annotated, Any, Literal, TypeVar, get_type_hints
 
@@ -18,6 +19,15 @@ Triple = tuple[float, float, float]
 
 _UNITS = {"": 1, "B": 1, "KiB": 2**10, "MiB": 2**20, "GiB": 2**30, "TiB": 2**40}
 _UNITS |= {"kB": 10**3, "MB": 10**6, "GB": 10**9, "TB": 10**12}
+
+
+# Names of the options that are on the command line; all others have their defaults.
+_SAID: ContextVar[frozenset[str]] = ContextVar("said", default=frozenset())
+
+
+def is_said(name: str) -> bool:
+    """Whether an option is on the command line, where it may say what its default says."""
+    return name in _SAID.get()
 
 
 def numbers(text: str, name: str) -> Triple:
@@ -325,7 +335,12 @@ class Shown:
     up: Up = None
     slab: Annotated[
         float | None,
-        option("--slab", metavar="MM", text="Thickness of a slab at right angles to --normal."),
+        option(
+            "--slab",
+            metavar="MM",
+            text="Thickness of a slab at right angles to --normal.",
+            default="all of the volume if --projection is given, else none",
+        ),
     ] = None
     projection: Projection = "mean"
     size: Annotated[
@@ -349,7 +364,10 @@ def flat(verb: Callable[..., T]) -> Callable[..., T]:
     hints = get_type_hints(verb, include_extras=True)
     groups: dict[str, Any] = {name: hint for name, hint in hints.items() if is_dataclass(hint)}
 
-    def call(**given: Any) -> T:
+    def call(context: typer.Context, **given: Any) -> T:
+        sources = {name: context.get_parameter_source(name) for name in given}
+        said = (name for name, source in sources.items() if source and source.name == "COMMANDLINE")
+        _SAID.set(frozenset(said))
         made = {
             name: group(**{part.name: given.pop(part.name) for part in fields(group)})
             for name, group in groups.items()
@@ -357,7 +375,9 @@ def flat(verb: Callable[..., T]) -> Callable[..., T]:
         return verb(**given, **made)
 
     call.__name__, call.__doc__ = verb.__name__, verb.__doc__
-    call.__signature__ = signature_of(verb)  # type: ignore[attr-defined]
+    options = signature_of(verb).parameters.values()
+    parameters = [_keyword("context", inspect.Parameter.empty, typer.Context), *options]
+    call.__signature__ = inspect.Signature(parameters)  # type: ignore[attr-defined]
     call.__annotations__ = {}
     return call
 

@@ -10,6 +10,7 @@ import numpy as np
 from volux import Grid, Image, Plane
 from volux._types import Floats, Matrix
 from volux.tool._errors import Misuse
+from volux.tool._idle import refuse_plane
 from volux.tool._options import PlaneOptions, counts, numbers
 
 _HEAD, _FRONT = (0.0, 0.0, 1.0), (0.0, 1.0, 0.0)
@@ -23,6 +24,7 @@ _MOST = 8192
 
 def grid(where: PlaneOptions, image: Image) -> Grid:
     """Return the plane, or the stack of planes, that options describe."""
+    refuse_plane(where)
     try:
         return _plane(where, image).stack(where.count)
     except ValueError as error:
@@ -78,6 +80,12 @@ def middle_of(image: Image) -> Floats:
     """Return the middle of a volume in the world."""
     x, y, z = _corners(image).mean(axis=0)[:3].tolist()
     return x, y, z
+
+
+def depth_of(image: Image, centre: Floats, normal: Floats) -> float:
+    """Return how thick a slab about a place must be to have all of a volume."""
+    away = (_corners(image)[:, :3] - centre) @ normal
+    return 2.0 * float(abs(away).max()) / (float(np.linalg.norm(normal)) or 1.0)
 
 
 def upwards(normal: Floats) -> Floats:

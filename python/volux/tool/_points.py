@@ -15,6 +15,7 @@ import volux
 from volux._types import Matrix
 from volux.tool._errors import SUCCESS, Misuse, Refusal, say
 from volux.tool._files import STREAM, Scan, read
+from volux.tool._idle import refuse_outside
 from volux.tool._options import Reading
 from volux.tool._output import placed, refuse
 
@@ -32,6 +33,7 @@ def sample(
 ) -> int:
     """Read a volume at points."""
     file, points = files
+    refuse_outside(how, "extend")
     if file == points == STREAM:
         raise Misuse("INPUT and POINTS are both -; stdin is one of them at most")
     if output not in ("", STREAM):
