@@ -144,6 +144,33 @@ def test_what_does_not_fit_in_parts_either_is_refused(typed):
     assert left() == ["a.nii", "a.nii.gz"]
 
 
+@pytest.mark.parametrize(
+    ("count", "text"),
+    [
+        (0, "0 bytes"),
+        (1, "1 byte"),
+        (1023, "1023 bytes"),
+        (1024, "1 KiB"),
+        (2100000, "2 MiB"),
+        (2200000, "2.1 MiB"),
+        (140 << 20, "140 MiB"),
+        (1023 << 20, "1023 MiB"),
+        (5 << 40, "5 TiB"),
+        (5 << 52, "20480 TiB"),
+    ],
+)
+def test_a_size_is_said_as_one_reads_it(count, text):
+    from volux.tool._plan import size_text
+
+    assert size_text(count) == text
+
+
+def test_a_few_bytes_are_said_as_bytes():
+    PLAIN()
+    ended = run(*"resize a.nii -o x.nii --scale 2 --memory 5".split())
+    assert "--memory allows 5 bytes; crop it first" in ended.err
+
+
 def test_a_disk_that_is_full_while_parts_are_written_is_told():
     save("a.nii", voxels((40, 40, 40)))
     Path("x.nii").write_text("precious")
