@@ -167,7 +167,7 @@ def test_a_size_is_said_as_one_reads_it(count, text):
 
 def test_a_few_bytes_are_said_as_bytes():
     PLAIN()
-    ended = run(*"resize a.nii -o x.nii --scale 2 --memory 5".split())
+    ended = run("resize", "a.nii", "-o", "x.nii", "--scale", 2, "--memory", 5)
     assert "--memory allows 5 bytes; crop it first" in ended.err
 
 
