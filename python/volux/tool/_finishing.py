@@ -4,6 +4,8 @@ from __future__ import annotations
 
 import json
 import warnings
+from collections.abc import Callable
+from functools import partial
 from pathlib import Path
 from typing import Any
 
@@ -15,8 +17,9 @@ from volux.tool._errors import SUCCESS, Misuse
 from volux.tool._files import STREAM, Scan, grid_of, write, write_stream
 from volux.tool._looking import digest_of, fingerprint, hash_planes
 from volux.tool._making import Task, converted
+from volux.tool._meanwhile import Meanwhile
 from volux.tool._options import Converting, size
-from volux.tool._output import placed
+from volux.tool._output import flush, placed
 from volux.tool._plan import Plan
 from volux.tool._progress import progress
 from volux.tool._slabs import Slabs
@@ -50,13 +53,19 @@ def _at_once(task: Task, plan: Plan, way: Way, to: Converting) -> dict[str, Any]
     if task.conduct.output == STREAM:
         write_stream(result)
         return {}
+    digests: Callable[[], list[str]] = partial(_sidecar.digests, task)
+    if _is_told(task) and plan.amount.made:  # else what is written is the input, page by page
+        digests = Meanwhile(digests).result
     with placed(task.conduct.output) as path:
         write(result, path)
         if not _is_told(task):
             return {}
         # The place as the file has it: NIfTI keeps it in short numbers.
         there = Image(result.stored.array, grid_of(str(path)).affine, axes="xyz")
-        return _told(task, plan.grid, digest_of(result.made(there)), path)
+        flushed = Meanwhile(partial(flush, path))  # which waits for the disk
+        digest = digest_of(result.made(there))
+        flushed.result()
+        return _told(task, plan.grid, (digests(), digest), path)
 
 
 def _by_planes(task: Task, plan: Plan, way: Way, to: Converting) -> dict[str, Any]:
@@ -77,7 +86,9 @@ def _by_planes(task: Task, plan: Plan, way: Way, to: Converting) -> dict[str, An
                 hash_planes(digest, made)
             del made  # there is no room for the next one beside it
             scan.release()
-        return _told(task, grid, digest.hexdigest(), path) if _is_told(task) else {}
+        if not _is_told(task):
+            return {}
+        return _told(task, grid, (_sidecar.digests(task), digest.hexdigest()), path)
 
 
 def _computed(scan: Scan, way: Way, to: Converting, part: slice | None, told: Told) -> Scan:
@@ -104,9 +115,9 @@ def _is_told(task: Task) -> bool:
     return task.has_sidecar or task.conduct.json
 
 
-def _told(task: Task, grid: Grid, digest: str, path: Path) -> dict[str, Any]:
+def _told(task: Task, grid: Grid, digests: tuple[list[str], str], path: Path) -> dict[str, Any]:
     """Return what a result is, in a sidecar, too, if there is one."""
-    facts = _sidecar.facts(task, grid, digest)
+    facts = _sidecar.facts(task, grid, *digests)
     if task.has_sidecar:
         _sidecar.write(facts, path)
     return facts

@@ -161,7 +161,8 @@ def _warn_of_labels(task: Task, scan: Scan, kernel: str) -> None:
         return
     found: set[int] = set()
     for k in range(scan.stored.shape[2]):
-        found.update(np.unique(scan.stored.array[:, :, k]).tolist())
+        numbers = np.sort(scan.stored.array[:, :, k], axis=None)
+        found.update([int(numbers[0]), *numbers[1:][numbers[1:] != numbers[:-1]].tolist()])
         scan.release()
         if len(found) > _FEW:
             return

@@ -64,7 +64,7 @@ def placed(output: str) -> Iterator[Path]:
         yield folder / path.name
         written = sorted(folder.iterdir(), key=lambda file: file.name == path.name)
         for file in written:
-            _flush(file)
+            flush(file)
         for file in written:  # the one that was asked for comes last: it refers to the others
             os.replace(file, path.parent / file.name)
     except OSError as error:
@@ -107,7 +107,7 @@ def _remove_abandoned(path: Path) -> None:
                 os.close(lock)
 
 
-def _flush(file: Path) -> None:
-    # A full disk may say so only now; and the umask counts, not the folder's privacy.
+def flush(file: Path) -> None:
+    """Wait until a file is on the disk, which may say only now that it is full."""
     with file.open("rb") as opened:
         os.fsync(opened.fileno())
