@@ -121,7 +121,7 @@ def read(path: str) -> Scan:
         from volux.tool import _nifti
 
         return _nifti.read_stream()
-    _refuse_missing(path)
+    refuse_missing(path)
     if Path(path).is_dir():
         from volux.tool import _dicom
 
@@ -145,7 +145,7 @@ def read_aloud(path: str, *, quiet: bool) -> Scan:
 
 def grid_of(path: str) -> Grid:
     """Return where the voxels of a file lie, without reading them."""
-    _refuse_missing(path)
+    refuse_missing(path)
     if suffix_of(path) in NIBABELS:
         from volux.tool import _nifti
 
@@ -245,7 +245,7 @@ def in_file_type(scan: Scan) -> Array:
     return array
 
 
-def _refuse_missing(path: str) -> None:
+def refuse_missing(path: str) -> None:
     where = Path(path)
     if not where.exists():
         raise Refusal(f"{path}: there is no such file{_near(where)}")
@@ -258,4 +258,4 @@ def _near(path: Path) -> str:
 
     names = [other.name for other in path.parent.iterdir()] if path.parent.is_dir() else []
     close = get_close_matches(path.name, names, 1)
-    return f"; did you mean {path.parent / close[0]}?" if close else ""
+    return f"; did you mean {path.parent / close[0]}?" if close else "; check its name"

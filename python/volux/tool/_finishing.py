@@ -13,7 +13,7 @@ import volux
 from volux import Grid, Image
 from volux.tool import _sidecar
 from volux.tool._bricks import Told, Way, fitted, planes
-from volux.tool._errors import SUCCESS, Misuse
+from volux.tool._errors import SUCCESS, misuse
 from volux.tool._files import STREAM, Scan, grid_of, write, write_stream
 from volux.tool._looking import digest_of, fingerprint, hash_planes
 from volux.tool._making import Task, converted
@@ -97,7 +97,7 @@ def _computed(scan: Scan, way: Way, to: Converting, part: slice | None, told: To
         try:
             return converted(scan, way.make(part, told), to)
         except (TypeError, ValueError) as error:
-            raise Misuse(str(error)) from None
+            raise misuse(error) from None
 
 
 def _share(told: Told, part: slice, grid: Grid) -> Told:

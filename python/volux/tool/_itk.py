@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import re
 from pathlib import Path
 from typing import Any
 
@@ -40,7 +41,7 @@ def read(path: str) -> Scan:
     try:
         found = module.ReadImage(path)
     except FAULTS as error:
-        raise Refusal(f"{path}: SimpleITK cannot read it: {reason(error)}") from None
+        raise _unreadable(path, error) from None
     return scan_of(path, found, suffix_of(path).lstrip(".") or "unknown")
 
 
@@ -51,8 +52,12 @@ def grid_of(path: str) -> Grid:
     try:
         reader.ReadImageInformation()
     except FAULTS as error:
-        raise Refusal(f"{path}: SimpleITK cannot read it: {reason(error)}") from None
+        raise _unreadable(path, error) from None
     return placed_grid(path, reader.GetSize(), _affine(reader))
+
+
+def _unreadable(path: str, error: Exception) -> Refusal:
+    return Refusal(f"{path}: SimpleITK cannot read it: {reason(error)}; name a file of a volume")
 
 
 def scan_of(path: str, found: Any, kind: str) -> Scan:
@@ -105,7 +110,7 @@ def write(scan: Scan, path: Path) -> None:
     try:
         module.WriteImage(image, str(path))
     except FAULTS as error:
-        said = reason(error)
+        said = reason(error).replace(f"{path.parent}/", "")
         raise Refusal(
             f"{path.name}: SimpleITK cannot write it: {said}; .nii.gz holds all"
         ) from None
@@ -126,4 +131,5 @@ def reason(error: Exception) -> str:
     """Return the sentence of an exception of ITK's that says why."""
     lines = [line.strip() for line in str(error).splitlines() if line.strip()]
     said = lines[-1] if lines else type(error).__name__
-    return said.removeprefix("sitk::ERROR:").strip().rstrip(".")
+    said = said.removeprefix("sitk::ERROR:").strip().rstrip(".")
+    return re.sub(r"^ITK ERROR: \w+\(0x[0-9a-f]+\): ", "", said)

@@ -44,8 +44,10 @@ class Task:
 
     def checked(self) -> Task:
         """Return the task, unless its output cannot be written."""
-        output = self.conduct.output
+        output, threads = self.conduct.output, self.conduct.threads
         refuse_output(self.conduct)
+        if threads is not None and threads < 1:
+            raise Misuse(f"--threads {threads}: must be above 0")
         if not output and not self.conduct.dry_run:
             raise Misuse(f"Missing option --output: `volux {self.verb} --help` shows an example")
         if output not in ("", STREAM):
@@ -105,10 +107,10 @@ def _stored(scan: Scan, fill: float) -> float:
 
 
 def _computed(scan: Scan, dtype: str | None) -> str | None:
+    if dtype is not None and dtype not in TYPES:
+        raise Misuse(f"--dtype {dtype}: allowed are {', '.join(TYPES)}")
     if dtype is None or (dtype == scan.file_type and not scan.is_scaled):
         return None
-    if dtype not in TYPES:
-        raise Misuse(f"--dtype {dtype}: allowed are {', '.join(TYPES)}")
     return dtype if dtype in _FRACTIONS and not scan.is_scaled else "float64"
 
 
@@ -117,7 +119,8 @@ def planned(
 ) -> Plan:
     """Return the plan of a result on a grid, which may be a view of what the input has."""
     plane = int(np.prod(grid.shape[:2], dtype=np.int64)) * (scan.stored.channels or 1)
-    first = np.dtype((None if is_view else _computed(scan, to.dtype)) or scan.stored.array.dtype)
+    stored, computed = scan.stored.array.dtype, _computed(scan, to.dtype)
+    first = stored if is_view or computed is None else np.dtype(computed)
     change = _change(scan, to, first, is_view)
     refuse_overflow(to.overflow, change, is_view=is_view)
     amount = Amount(

@@ -53,7 +53,9 @@ def read(path: str) -> Scan:
     except Refusal:
         raise
     except Exception as error:  # of gzip, of zlib, of nibabel: whatever a broken file leads to
-        raise Refusal(f"{path}: nibabel cannot read it: {_line(error)}") from None
+        raise Refusal(
+            f"{path}: nibabel cannot read it: {_line(error)}; copy or convert it again"
+        ) from None
 
 
 def grid_of(path: str) -> Grid:

@@ -44,6 +44,13 @@ def numbers(text: str, name: str) -> Triple:
     return first, second, third
 
 
+def place(text: str, name: str) -> Triple:
+    """Return the three numbers of a place or a direction, such as 0,10,-20."""
+    if "," not in text:
+        raise Misuse(f"{name} {text}: must be three numbers, such as 0,10,-20")
+    return numbers(text, name)
+
+
 def counts(text: str, name: str) -> tuple[int, int, int]:
     """Return three whole numbers of a text such as 256,256,60."""
     values = numbers(text, name)

@@ -59,7 +59,7 @@ def _parsed_and_run(given: list[str]) -> int:
     try:
         code = command(given)()
     except TyperException as error:
-        say(_misused(error))
+        say(_misused(error, given))
         return MISUSE
     if code == INTERRUPTED:
         return _interrupted()
@@ -77,9 +77,10 @@ def _seldom_collecting() -> Iterator[None]:
         gc.set_threshold(*before)
 
 
-def _misused(error: Any) -> str:
-    context = getattr(error, "ctx", None)
-    path = "volux" if context is None else context.command_path
+def _misused(error: Any, given: list[str]) -> str:
+    from volux.tool._verbs import VERBS
+
+    path = f"volux {given[0]}" if given and given[0] in VERBS else "volux"
     said = error.format_message().rstrip(".")
     return f"{said}: `{path} --help` shows what is allowed"
 

@@ -11,7 +11,7 @@ from volux._types import Interpolation
 from volux.tool._errors import SUCCESS, Misuse, needed, say
 from volux.tool._files import Scan, read_aloud
 from volux.tool._names import names_of
-from volux.tool._options import Shown, is_said, numbers
+from volux.tool._options import Shown, is_said, place
 from volux.tool._output import placed, refuse
 from volux.tool._pictures._grey import Window, window_of
 from volux.tool._planes import depth_of, middle_of, upwards
@@ -91,12 +91,12 @@ def _picture(image: Image, look: Look, shown: Shown) -> Any:
 
     if shown.montage is not None:
         return montage(image, look, shown.montage, shown.size or 200)
-    centre = middle_of(image) if shown.centre is None else numbers(shown.centre, "--centre")
+    centre = middle_of(image) if shown.centre is None else place(shown.centre, "--centre")
     try:
         if shown.normal is None:
             return three(image, look, centre, shown.size or 400)
-        normal = numbers(shown.normal, "--normal")
-        up = upwards(normal) if shown.up is None else numbers(shown.up, "--up")
+        normal = place(shown.normal, "--normal")
+        up = upwards(normal) if shown.up is None else place(shown.up, "--up")
         depth = shown.slab or (depth_of(image, centre, normal) if _is_slab(shown) else 0.0)
         how: dict[str, Any] = {"thickness": depth, "projection": shown.projection}
         return oblique(image, look, (centre, normal, up), size=shown.size or 400, **how)
