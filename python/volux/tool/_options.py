@@ -155,7 +155,8 @@ class Reading:
         ),
     ] = "edge"
     fill: Annotated[
-        float, option("--fill", text="The value outside the field of view.", default="0")
+        float,
+        option("--fill", text="The value outside, where the edge does not go on.", default="0"),
     ] = 0.0
 
 
