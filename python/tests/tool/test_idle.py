@@ -18,7 +18,6 @@ IDLE = {
     f"{NORMAL} --border constant --outside fill": ("--outside fill: goes with --border edge", ""),
     "convert a.nii -o x.nii --overflow wrap": ("no number changes", "--dtype uint8"),
     "crop a.nii -o x.nii --box :,:,: --overflow wrap": ("no number changes", "--dtype uint8"),
-    "convert a.nii -o x.nii --dtype int16 --overflow saturate": ("no number changes", ""),
     f"{RESIZE} --dtype float32 --overflow wrap": ("the result is float32", ""),
     "resize f.nii -o x.nii --scale 2 --overflow wrap": ("result is float32", "--dtype int16"),
     f"{THROUGH} --up 0,0,1": ("--up 0,0,1: goes with --normal", ""),

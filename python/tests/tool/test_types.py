@@ -77,8 +77,8 @@ def test_a_type_of_fractions_stores_the_nearest_number(dtype):
 def test_what_int8_cannot_hold_is_treated_likewise_and_counts_in_the_digest(overflow):
     array = np.where(np.indices((9, 8, 7)).sum(axis=0) % 3, 127, -128).astype(np.int8)
     nibabel.save(nibabel.Nifti1Image(array, np.eye(4)), "a.nii")
-    typed = ("resize", "a.nii", "--scale", 1.7, "--interp", "cubic", "--overflow", overflow)
-    done(*typed, "-o", "x.nii")
+    typed = ("resize", "a.nii", "--scale", 1.7, "--interp", "cubic")
+    done(*typed, "-o", "x.nii", "--overflow", overflow)
     done(*typed, "-o", "readings.nii", "--dtype", "float64")
     readings, found = stored("readings.nii"), stored("x.nii")
     assert found.dtype == np.int8

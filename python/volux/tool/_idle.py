@@ -2,14 +2,14 @@
 
 from __future__ import annotations
 
-from typing import TYPE_CHECKING
+from typing import Any
+
+import numpy as np
 
 from volux.tool._errors import Misuse
 from volux.tool._files import STREAM
-from volux.tool._options import Conduct, PlaneOptions, Reading, is_said
-
-if TYPE_CHECKING:
-    from volux.tool._making import Change
+from volux.tool._flat import is_said
+from volux.tool._options import Conduct, PlaneOptions, Reading
 
 
 def refuse_outside(how: Reading, outside: str) -> None:
@@ -26,16 +26,16 @@ def refuse_outside(how: Reading, outside: str) -> None:
         )
 
 
-def refuse_overflow(overflow: str, change: Change, *, is_view: bool) -> None:
+def refuse_overflow(overflow: str, kept: np.dtype[Any], *, is_view: bool) -> None:
     """Refuse to say what becomes of numbers that do not fit, where all of them do."""
     if not is_said("overflow"):
         return
-    if change.kept.kind == "f":
+    if kept.kind == "f":
         raise Misuse(
-            f"--overflow {overflow}: counts for integers, and the result is {change.kept}; "
+            f"--overflow {overflow}: counts for integers, and the result is {kept}; "
             "--dtype says another type"
         )
-    if is_view and not change.changes:
+    if is_view and not is_said("dtype"):
         raise Misuse(f"--overflow {overflow}: no number changes; --dtype says another type")
 
 

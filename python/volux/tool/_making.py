@@ -122,7 +122,7 @@ def planned(
     stored, computed = scan.stored.array.dtype, _computed(scan, to.dtype)
     first = stored if is_view or computed is None else np.dtype(computed)
     change = _change(scan, to, first, is_view)
-    refuse_overflow(to.overflow, change, is_view=is_view)
+    refuse_overflow(to.overflow, change.kept, is_view=is_view)
     amount = Amount(
         plane=plane,
         numbers=plane * grid.shape[2],

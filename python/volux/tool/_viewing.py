@@ -10,8 +10,9 @@ from volux import Image
 from volux._types import Interpolation
 from volux.tool._errors import SUCCESS, Misuse, needed, say
 from volux.tool._files import Scan, read_aloud
+from volux.tool._flat import is_said
 from volux.tool._names import names_of
-from volux.tool._options import Shown, is_said, place
+from volux.tool._options import Shown, place
 from volux.tool._output import placed, refuse
 from volux.tool._pictures._grey import Window, window_of
 from volux.tool._planes import depth_of, middle_of, upwards
