@@ -5,11 +5,12 @@ Usage: python kernels.py VOLUME PICTURE.png
 
 from __future__ import annotations
 
+from math import floor
 from typing import Literal
 
 import numpy as np
 import volux
-from paper import ACCENT, Tile, greys, middle_of, run, sheet, size_of, window
+from paper import ACCENT, Tile, greys, middle_of, needs, run, sheet, size_of, window
 from PIL import Image, ImageDraw
 
 PIXELS, VOXELS = 340, 17  # of a tile, and along a side of the part that is magnified
@@ -27,7 +28,7 @@ def kernels(image: volux.Image) -> Image.Image:
     edge = 1.1 * float(size_of(image).max()) / PIXELS
     plane = volux.Plane(middle_of(image), NORMAL, UP, (PIXELS, PIXELS), edge)
     part, frame = telling(image, plane)
-    whole = greys(volux.reslice(image, plane, fill=low).array[0], low, high)
+    whole = greys(volux.reslice(image, plane, fill=floor(low)).array[0], low, high)
     ImageDraw.Draw(whole).rectangle(frame, outline=ACCENT, width=2)
     tiles = [Tile(whole, "an oblique plane, and the part that is magnified", plane)]
     for kernel, words in KERNELS.items():
@@ -43,6 +44,7 @@ def telling(
     """Return the square of a plane in which linear and cubic differ most, and its frame there."""
     length = VOXELS * min(image.spacing)
     half = max(1, round(length / plane.spacing[1] / 2))
+    needs(2 * half < PIXELS, f"be {VOXELS} voxels long or longer")
     linear, cubic = (
         volux.reslice(image, plane, interpolation=kernel, dtype="float64").array[0]
         for kernel in ("linear", "cubic")

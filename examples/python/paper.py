@@ -9,7 +9,8 @@ from __future__ import annotations
 import sys
 from collections.abc import Callable, Sequence
 from itertools import pairwise
-from typing import NamedTuple
+from pathlib import Path
+from typing import NamedTuple, TypeVar
 
 import nibabel
 import numpy as np
@@ -17,6 +18,8 @@ import numpy.typing as npt
 import SimpleITK
 import volux
 from PIL import Image, ImageDraw, ImageFont
+
+T = TypeVar("T")
 
 PAPER, INK, FAINT, ACCENT = (26, 27, 30), (235, 235, 235), (160, 160, 165), (255, 184, 77)
 MARGIN, GAP = 20, 12  # pixels: around the sheet, between tiles
@@ -32,17 +35,40 @@ class Tile(NamedTuple):
     plane: volux.Plane
 
 
+class UnfitError(ValueError):
+    """A volume that a program cannot draw; the words go on after the name of its file."""
+
+
+def needs(is_so: bool, words: str) -> None:
+    """Refuse a volume that is not so."""
+    if not is_so:
+        raise UnfitError(f"the volume must {words}")
+
+
 def read(path: str) -> volux.Image:
     """Return the volume of a file: NIfTI by nibabel, all else by SimpleITK."""
+    if not Path(path).exists():
+        raise UnfitError("there is no such file")
     if path.endswith((".nii", ".nii.gz")):
-        return volux.Image.from_nibabel(nibabel.load(path))
-    return volux.Image.from_sitk(SimpleITK.ReadImage(path))
+        image = volux.Image.from_nibabel(nibabel.load(path))
+    else:
+        image = volux.Image.from_sitk(SimpleITK.ReadImage(path))
+    needs(image.channels is None, "be one, not a series or several channels")
+    return image
 
 
 def run(program: str | None, draw: Callable[[volux.Image], Image.Image]) -> None:
     """Draw the volume that the command line names first, into the file that it names then."""
     source, output = arguments(program, 2)
-    draw(read(source)).save(output)
+    drawn(source, draw).save(output)
+
+
+def drawn(source: str, draw: Callable[[volux.Image], T]) -> T:
+    """Return what is drawn of a file; say in a line why it cannot be."""
+    try:
+        return draw(read(source))
+    except UnfitError as error:
+        sys.exit(f"{source}: {error}")
 
 
 def arguments(program: str | None, count: int) -> list[str]:
@@ -68,6 +94,7 @@ def middle_of(image: volux.Image) -> npt.NDArray[np.float64]:
 def cropped(image: volux.Image, threshold: float, margin: int = 0) -> volux.Image:
     """Return the box of a volume that has nearly all the voxels above a threshold."""
     above = image.array > threshold
+    needs(bool(above.any()), f"have voxels above {threshold:g}")
     box = []
     for axis in range(3):
         counts = above.sum(axis=tuple({0, 1, 2} - {axis}))
@@ -78,8 +105,10 @@ def cropped(image: volux.Image, threshold: float, margin: int = 0) -> volux.Imag
 
 def window(image: volux.Image) -> tuple[float, float]:
     """Return which readings are shown black and white: nearly all that is no background."""
-    low = float(np.percentile(image.array, 1))
-    return low, float(np.percentile(image.array[image.array > low], 99.5))
+    finite = image.array[np.isfinite(image.array)]
+    low = float(np.percentile(finite, 1)) if finite.size else 0.0
+    needs(bool((finite > low).any()), "have different values")
+    return low, float(np.percentile(finite[finite > low], 99.5))
 
 
 def greys(readings: npt.ArrayLike, low: float, high: float) -> Image.Image:

@@ -11,7 +11,7 @@ from typing import Any
 import numpy as np
 import numpy.typing as npt
 import volux
-from paper import Tile, cropped, middle_of, run, sheet, size_of
+from paper import Tile, cropped, middle_of, needs, run, sheet, size_of
 from PIL import Image
 
 FACTOR, PIXELS = 4, 400  # PIXELS along the longest side
@@ -42,6 +42,7 @@ def reduced_labels(image: volux.Image) -> Image.Image:
 def whole_blocks(image: volux.Image) -> volux.Image:
     """Return the labelled part of a volume, as far as whole blocks go."""
     part = cropped(image, 0)
+    needs(min(part.shape) >= FACTOR, f"have labels over {FACTOR} voxels along each axis")
     box = tuple(slice(n // FACTOR * FACTOR) for n in part.shape)
     return volux.Image(part.array[box], part.affine, axes=part.axes)
 

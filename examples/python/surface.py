@@ -14,11 +14,12 @@ from typing import Any, NamedTuple
 import numpy as np
 import numpy.typing as npt
 import volux
-from paper import PAPER, cropped, middle_of, size_of
+from paper import PAPER, cropped, middle_of, needs, size_of
 from PIL import Image
 
 AIR = -1024
 BONE, COMPACT = 350.0, 650.0  # Hounsfield units
+FLATTEST = 8  # how much wider than high a skull may be
 READING: dict[str, Any] = {"interpolation": "cubic", "border": "constant", "fill": AIR}
 IVORY = np.array([1.0, 0.96, 0.88])
 AMBIENT, DIFFUSE, GLOSS = 0.16, 0.80, 0.15
@@ -34,6 +35,8 @@ class View(NamedTuple):
 def bones_of(image: volux.Image) -> volux.Image:
     """Return the part of a CT around its compact bone, without what lies farther away."""
     part = cropped(image, COMPACT, margin=4)
+    size = size_of(part)
+    needs(size.max() <= FLATTEST * size[2], f"have bone {FLATTEST} times as wide as high at most")
     compact = volux.Image((part.array > COMPACT).astype("f4"), part.affine, axes=part.axes)
     coarse = volux.resize(compact, spacing=6.0, antialias="mean")
     near = volux.resample(coarse, like=part, outside="extend").array > 0.02

@@ -8,7 +8,7 @@ from __future__ import annotations
 from math import hypot
 
 import volux
-from paper import Tile, arguments, read, sheet, size_of
+from paper import Tile, arguments, drawn, sheet, size_of
 from PIL import Image
 from surface import BONE, bones_of, shaded, view
 
@@ -37,4 +37,4 @@ def save(made: list[Image.Image], path: str) -> None:
 
 if __name__ == "__main__":
     source, output = arguments(__doc__, 2)
-    save(frames(read(source)), output)
+    save(drawn(source, frames), output)

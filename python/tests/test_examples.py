@@ -72,6 +72,44 @@ def test_a_program_that_is_not_told_enough_says_how_it_is_used(name, monkeypatch
         command(name, "one", monkeypatch=monkeypatch)
 
 
+UNFIT = {
+    "kernels": (np.ones((9, 9, 9)), "have different values"),
+    "borders": (np.full((4, 4, 4), np.nan), "have different values"),
+    "warp": (np.zeros((2, 2, 2)), "have different values"),
+    "reduced_labels": (np.ones((8, 8, 2)), "have labels over 4 voxels along each axis"),
+    "resized": (np.full((4, 4, 4), -1000.0), "have voxels above -300"),
+    "rays": (np.zeros((5, 5, 5)), "have voxels above 650"),
+    "turning": (np.full((60, 2, 1), 900.0), "have bone 8 times as wide as high at most"),
+}
+
+
+@pytest.mark.parametrize("name", UNFIT)
+def test_a_program_says_in_a_line_what_a_volume_lacks(name, tmp_path, monkeypatch):
+    array, words = UNFIT[name]
+    scan = tmp_path / "scan.nii"
+    program("nibabel").save(program("nibabel").Nifti1Image(array.astype("f4"), np.eye(4)), scan)
+    with pytest.raises(SystemExit) as ended:
+        command(name, scan, tmp_path / "x.gif", monkeypatch=monkeypatch)
+    assert str(ended.value) == f"{scan}: the volume must {words}"
+
+
+@pytest.mark.parametrize(
+    ("array", "words"),
+    [
+        (None, "there is no such file"),
+        (np.ones((4, 4, 4, 2)), "the volume must be one, not a series or several channels"),
+        (np.eye(3)[..., None] * np.arange(3), "the volume must be 17 voxels long or longer"),
+    ],
+)
+def test_a_file_that_has_no_volume_to_draw_is_named(array, words, tmp_path, monkeypatch):
+    scan = tmp_path / "scan.nii"
+    if array is not None:
+        image = program("nibabel").Nifti1Image(array.astype("i2"), np.eye(4))
+        program("nibabel").save(image, scan)
+    with pytest.raises(SystemExit, match=f"{scan}: {words}"):
+        command("kernels", scan, tmp_path / "x.png", monkeypatch=monkeypatch)
+
+
 def test_a_head_of_another_kind_is_refused_in_words(monkeypatch):
     with pytest.raises(SystemExit, match="pet: must be mr, ct or labels"):
         command("head", "pet", "x.nii", monkeypatch=monkeypatch)

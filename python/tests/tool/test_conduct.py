@@ -141,12 +141,12 @@ def test_a_signal_while_it_writes_keeps_what_was_there():
     Path("x.nii.gz").write_text("precious")
     code = """
 import os, signal, sys
-from volux.tool import _nifti, _cli
-write = _nifti.write
+from volux.tool import _cli, _slabs
+write = _slabs.write
 def interrupted(scan, path):
     write(scan, path)
     os.kill(os.getpid(), signal.SIGTERM)
-_nifti.write = interrupted
+_slabs.write = interrupted
 sys.exit(_cli.main(["convert", "ct.nii.gz", "-o", "x.nii.gz", "--force"]))
 """
     ran = subprocess.run([sys.executable, "-c", code], capture_output=True, check=False)

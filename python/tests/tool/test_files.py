@@ -113,30 +113,6 @@ def test_a_type_that_is_asked_for_gets_the_values():
     np.testing.assert_array_equal(values, np.asarray(nibabel.load("x.nii").dataobj))
 
 
-CASTS = [
-    ("uint8", "saturate", [0, 0, 1, 3, 255, 255]),
-    ("int8", "saturate", [-128, -1, 1, 3, 127, 127]),
-    ("uint8", "wrap", [56, 255, 1, 3, 0, 44]),
-    ("int8", "wrap", [56, -1, 1, 3, 0, 44]),
-    ("uint16", "saturate", [0, 0, 1, 3, 256, 300]),
-]
-
-
-@pytest.mark.parametrize(("dtype", "overflow", "wanted"), CASTS)
-def test_values_are_rounded_half_away_from_zero_and_fitted_to_a_type(dtype, overflow, wanted):
-    values = np.array([-200, -0.5, 0.5, 2.5, 256, 300], np.float32).reshape(6, 1, 1)
-    save("x.nii", values, np.eye(4))
-    done("convert", "x.nii", "-o", "y.nii", "--dtype", dtype, "--overflow", overflow)
-    made, found = loaded("y.nii")
-    assert (made.get_data_dtype(), found.ravel().tolist()) == (np.dtype(dtype), wanted)
-
-
-def test_nan_becomes_zero_in_a_type_of_integers():
-    save("x.nii", np.full((2, 2, 2), np.nan, np.float32))
-    done("convert", "x.nii", "-o", "y.nii", "--dtype", "int16")
-    assert loaded("y.nii")[1].tolist() == np.zeros((2, 2, 2)).tolist()
-
-
 @pytest.mark.parametrize("shape", [(6, 5, 4, 3), (6, 5, 4, 1, 3), (6, 5, 4, 2, 3), (6, 5)])
 def test_all_volumes_of_a_file_are_resized(shape):
     save("x.nii", voxels(shape))

@@ -23,6 +23,7 @@ def empty(monkeypatch):
     monkeypatch.setattr(_memory, "resident", lambda: 0)
     monkeypatch.setattr(_memory, "peak", lambda: 0)
     monkeypatch.setattr(_memory, "_LATER", 0)
+    monkeypatch.setattr(_memory, "_AROUND", 0)
 
 
 def scaled():
@@ -92,7 +93,7 @@ def test_parts_make_the_bytes_of_the_whole(case):
     done(*typed.split(), "-o", "x.nii")
     expected = Path("x.nii").read_bytes(), Path("x.json").read_bytes()
     depths = set()
-    for share in (0.9, 0.6, 0.3):
+    for share in (0.9, 0.65, 0.4):
         memory = ("-o", "x.nii", "--force", "--memory", int(whole["memory"] * share))
         plan = json.loads(done(*typed.split(), *memory, "-n", "--json"))
         assert plan["memory"] <= whole["memory"] * share
@@ -143,6 +144,33 @@ def test_what_does_not_fit_in_parts_either_is_refused(typed):
     assert left() == ["a.nii", "a.nii.gz"]
 
 
+@pytest.mark.parametrize(
+    ("count", "text"),
+    [
+        (0, "0 bytes"),
+        (1, "1 byte"),
+        (1023, "1023 bytes"),
+        (1024, "1 KiB"),
+        (2100000, "2 MiB"),
+        (2200000, "2.1 MiB"),
+        (140 << 20, "140 MiB"),
+        (1023 << 20, "1023 MiB"),
+        (5 << 40, "5 TiB"),
+        (5 << 52, "20480 TiB"),
+    ],
+)
+def test_a_size_is_said_as_one_reads_it(count, text):
+    from volux.tool._plan import size_text
+
+    assert size_text(count) == text
+
+
+def test_a_few_bytes_are_said_as_bytes():
+    PLAIN()
+    ended = run("resize", "a.nii", "-o", "x.nii", "--scale", 2, "--memory", 5)
+    assert "--memory allows 5 bytes; crop it first" in ended.err
+
+
 def test_a_disk_that_is_full_while_parts_are_written_is_told():
     save("a.nii", voxels((40, 40, 40)))
     Path("x.nii").write_text("precious")
@@ -150,7 +178,8 @@ def test_a_disk_that_is_full_while_parts_are_written_is_told():
 import sys
 from volux.tool import _cli, _memory
 _memory.resident = _memory.peak = lambda: 0
-sys.exit(_cli.main("convert a.nii -o x.nii --force --memory 4300kB".split()))
+_memory._LATER = 0
+sys.exit(_cli.main("convert a.nii -o x.nii --force --memory 200kB".split()))
 """
     ran = subprocess.run(
         [sys.executable, "-c", code],
@@ -162,6 +191,61 @@ sys.exit(_cli.main("convert a.nii -o x.nii --force --memory 4300kB".split()))
     assert ran.stderr.startswith(b"volux: x.nii: ")
     assert Path("x.nii").read_text() == "precious"
     assert left() == ["a.nii", "x.nii"]
+
+
+TYPES = ("uint8", "int8", "uint16", "int16", "uint32", "int32", "float32", "float64")
+
+# Runs commands one after another in a process whose peak of memory begins anew each time, and whose
+# arrays go back to the system when they are not needed any more.
+MEASURED = """
+import contextlib, io, json, re, sys
+from volux.tool import _memory
+from volux.tool._cli import main
+
+def measured(typed):
+    with open("/proc/self/clear_refs", "w") as file:
+        file.write("5")
+    with contextlib.redirect_stdout(io.StringIO()) as out:
+        assert main([*typed.split(), "--dry-run", "--json", "--force"]) == 0
+        plan = json.loads(out.getvalue())
+        assert main([*typed.split(), "--quiet", "--force"]) == 0
+    peak = re.search(r"VmHWM:\\s*(\\d+) kB", open("/proc/self/status").read())[1]
+    return plan["memory"], int(peak) * 1024, plan["planes"]
+
+commands = sys.stdin.read().splitlines()
+measured(commands[0])
+_memory._LATER = 3 << 20  # all is loaded now
+print(json.dumps([measured(typed) for typed in commands]))
+"""
+
+
+def of_all_types():
+    """Commands for volumes and series of each type: at once, and cast in parts."""
+    for dtype, shape in ((t, s) for t in TYPES for s in ((80, 80, 80), (48, 48, 80, 3))):
+        array = np.random.default_rng(3).integers(0, 100, shape).astype(dtype)
+        name = f"{dtype}_{len(shape)}.nii"
+        nibabel.save(nibabel.Nifti1Image(array, np.eye(4), dtype=dtype), name)
+        typed = f"resize {name} -o x.nii --scale 2 --interp nearest"
+        yield typed
+        yield f"{typed} --dtype int8 --memory 60MiB"
+
+
+@pytest.mark.skipif(UNDER_ASAN, reason="the sanitizer takes memory")
+@pytest.mark.skipif(not os.access("/proc/self/clear_refs", os.W_OK), reason="needs Linux")
+def test_no_type_and_no_series_takes_more_than_its_plan():
+    typed = list(of_all_types())
+    ran = subprocess.run(
+        [sys.executable, "-c", MEASURED],
+        input="\n".join(typed),
+        capture_output=True,
+        text=True,
+        check=True,
+        env={**os.environ, "MALLOC_MMAP_THRESHOLD_": "65536"},
+    )
+    found = dict(zip(typed, json.loads(ran.stdout), strict=True))
+    wrong = {name: row for name, row in found.items() if not row[1] <= row[0] <= 1.1 * row[1]}
+    assert wrong == {}
+    assert all(row[2] < 160 for name, row in found.items() if "--memory" in name)
 
 
 MEMORY = [

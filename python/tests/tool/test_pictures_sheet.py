@@ -159,6 +159,20 @@ def test_what_is_outside_a_slab_does_not_count(projection):
 
 
 @pytest.mark.parametrize(
+    ("projection", "odd", "level"),
+    [("maximum", -np.inf, -99), ("minimum", np.inf, 101), ("maximum", np.nan, -99)],
+)
+def test_one_voxel_that_is_not_finite_spoils_no_slab(projection, odd, level):
+    voxels = np.full((9, 9, 9), level - 1, np.float32)
+    place = (4.0, 4.0, 4.0), (1.0, 1.0, 1.0), (0.0, 0.0, 1.0)
+    look = Look(Window(level, 20), interpolation="nearest")
+    how = {"thickness": 6.0, "projection": projection}
+    even = oblique(volux.Image(voxels), look, place, **how)
+    voxels[4, 4, 4] = odd
+    assert oblique(volux.Image(voxels), look, place, **how).tobytes() == even.tobytes()
+
+
+@pytest.mark.parametrize(
     ("projection", "greys"),
     [("maximum", {100, 200}), ("minimum", {50, 100}), ("mean", {94, 100, 113})],
 )

@@ -30,7 +30,10 @@ def test_a_picture_is_a_png_and_the_same_twice(tmp_path, monkeypatch):
         (("-o", "a.png", "--window", "40,0"), "the width above 0"),
         (("-o", "a.png", "--size", "3"), "must be 16 to 8192"),
         (("-o", "a.png", "--montage", "0"), "must be 1 to 400"),
-        (("-o", "a.png", "--slab", "3"), "go with --normal"),
+        (("-o", "a.png", "--slab", "3"), "--slab: goes with --normal"),
+        (("-o", "a.png", "--up", "0,0,1"), "--up: goes with --normal"),
+        (("-o", "a.png", "--projection", "mean"), "--projection: goes with --normal"),
+        (("-o", "a.png", "--interp", "label", "--window", "1,2"), "a.nii.gz is drawn as labels"),
         (("-o", "a.png", "--normal", "0,0,1", "--slab", "-1"), "must be above 0"),
         (("-o", "a.png", "--montage", "4", "--normal", "0,0,1"), "leave out --centre"),
         (("-o", "a.png", "--normal", "0,0,0"), "must not be 0"),
@@ -112,3 +115,11 @@ def test_extremes_of_slabs_are_read_by_the_cubic_kernel():
         made, _ = pixels(*slab, projection)
         same[projection] = [np.array_equal(made, other) for other in kernels]
     assert same == {"maximum": [False, True], "mean": [True, False]}
+
+
+def test_a_projection_without_a_slab_is_that_of_all_the_volume():
+    save("a.nii.gz", affine=np.diag([1, 1, 2, 1]))
+    looked = ("a.nii.gz", "--normal", "0,0,-2", "--projection", "maximum")
+    whole, _ = pixels(*looked, "--slab", "16")
+    assert np.array_equal(pixels(*looked)[0], whole)
+    assert not np.array_equal(pixels(*looked, "--slab", "4")[0], whole)

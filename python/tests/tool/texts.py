@@ -16,7 +16,7 @@ from unittest import mock
 
 import volux.tool
 from volux.tool import _texts
-from volux.tool._options import signature_of
+from volux.tool._flat import signature_of
 from volux.tool._verbs import VERBS, command
 
 FOLDER = Path(volux.tool.__file__).parent / "texts"

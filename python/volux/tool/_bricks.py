@@ -10,7 +10,7 @@ import volux
 from volux import Grid, Image
 from volux.tool._errors import Refusal
 from volux.tool._files import suffix_of
-from volux.tool._memory import at_most, mapped
+from volux.tool._memory import at_most, mapped, passing
 from volux.tool._plan import Plan, size_text
 
 Told = Callable[[float], object] | None
@@ -115,9 +115,8 @@ def _needed(depth: int, plan: Plan, way: Way) -> int:
     """Return the bytes that the process will have at most, with so many planes at a time."""
     scan, amount, count = plan.source, plan.amount, plan.grid.shape[2]
     read = max(_length(way.reads(part)) for part in planes(depth, count)) if way.reads else 0
-    number = max(amount.computed + (amount.wanted if amount.is_cast else 0), amount.wanted)
-    made = amount.numbers * depth // count * max(number, scan.file_type.itemsize)
-    return at_most(mapped(scan) * read // scan.stored.shape[2] + made)
+    made = amount.plane * depth * amount.made
+    return at_most(mapped(scan) * read // scan.stored.shape[2] + made + passing(scan, amount))
 
 
 def _length(part: slice) -> int:

@@ -20,8 +20,9 @@ def compare(
     tolerance, tolerance_mm = tolerances
     if files == (STREAM, STREAM):
         raise Misuse("both files are -; stdin is one of them at most")
-    if not (tolerance >= 0 and tolerance_mm >= 0):
-        raise Misuse("--tolerance and --tolerance-mm must be 0 or above")
+    for name, given in (("--tolerance", tolerance), ("--tolerance-mm", tolerance_mm)):
+        if not given >= 0:
+            raise Misuse(f"{name} {given:g}: must be 0 or above")
     one, other = (read_aloud(file, quiet=quiet) for file in files)
     facts = differences(one, other, tolerance)
     apart = facts["corners_mm"]

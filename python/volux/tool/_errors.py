@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import re
 import sys
 from importlib import import_module
 from typing import Any
@@ -25,6 +26,11 @@ class Misuse(Refusal):
     """One line about options that do not go together, or whose values are not allowed."""
 
     code = MISUSE
+
+
+def misuse(error: Exception) -> Misuse:
+    """Return what the package says of a keyword as what is said of the option."""
+    return Misuse(re.sub(r"^(threads|fill|slab|count)=(\S+?):? ", r"--\1 \2: ", str(error)))
 
 
 def say(text: object) -> None:

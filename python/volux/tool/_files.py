@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import sys
 from collections.abc import Sequence
 from dataclasses import dataclass, field, replace
 from functools import cached_property
@@ -10,6 +11,7 @@ from pathlib import Path
 from typing import Any
 
 import numpy as np
+import numpy.typing as npt
 
 from volux import Grid, Image
 from volux._arrays import SERVED
@@ -17,6 +19,7 @@ from volux._types import Array, Matrix
 from volux.tool._errors import Refusal, say
 
 NIBABELS = (".nii", ".nii.gz", ".hdr", ".img", ".img.gz", ".mgh", ".mgz")
+SINGLE = (".nii", ".nii.gz")
 STREAM = "-"
 
 # Types that volux does not serve, and one that may hold their numbers.
@@ -99,6 +102,14 @@ class Scan:
         if self.mapping is not None:
             self.mapping.madvise(MADV_DONTNEED)
 
+    def decoded(self, dtype: npt.DTypeLike | None = None) -> Scan:
+        """Return a scan of the values themselves, of a type or of that which they have."""
+        array = np.empty_like(self.stored.array, dtype=dtype or self.values(slice(1)).dtype)
+        for k in range(array.shape[2]):  # one by one: a value takes eight bytes at first
+            array[:, :, k] = self.values(slice(k, k + 1))[:, :, 0]
+        image = Image(array, self.stored.affine, axes="xyz")
+        return self.made(image, file_type=array.dtype, slope=1.0, inter=0.0)
+
     def made(self, image: Image, **changes: Any) -> Scan:
         """Return the same file with other numbers or in another place."""
         return replace(self, stored=image, **changes)
@@ -110,7 +121,7 @@ def read(path: str) -> Scan:
         from volux.tool import _nifti
 
         return _nifti.read_stream()
-    _refuse_missing(path)
+    refuse_missing(path)
     if Path(path).is_dir():
         from volux.tool import _dicom
 
@@ -134,7 +145,7 @@ def read_aloud(path: str, *, quiet: bool) -> Scan:
 
 def grid_of(path: str) -> Grid:
     """Return where the voxels of a file lie, without reading them."""
-    _refuse_missing(path)
+    refuse_missing(path)
     if suffix_of(path) in NIBABELS:
         from volux.tool import _nifti
 
@@ -154,21 +165,27 @@ def placed_grid(path: str, shape: Sequence[int], affine: Matrix) -> Grid:
 
 def write(scan: Scan, path: Path) -> None:
     """Write a volume in the format that the name of the file says."""
-    if suffix_of(path.name) in NIBABELS:
+    suffix = suffix_of(path.name)
+    if suffix in SINGLE:
+        from volux.tool import _slabs
+
+        _slabs.write(scan, path)
+    elif suffix in NIBABELS:
         from volux.tool import _nifti
 
         _nifti.write(scan, path)
-        return
-    from volux.tool import _itk
+    else:
+        from volux.tool import _itk
 
-    _itk.write(scan, path)
+        _itk.write(scan, path)
 
 
 def write_stream(scan: Scan) -> None:
     """Write a volume to stdout as NIfTI."""
-    from volux.tool import _nifti
+    from volux.tool import _slabs
 
-    _nifti.write_stream(scan)
+    _slabs.write_to(sys.stdout.buffer, scan)
+    sys.stdout.buffer.flush()
 
 
 def suffix_of(path: str) -> str:
@@ -203,8 +220,8 @@ def _served(path: str, array: Array) -> Array:
     native = array.dtype.newbyteorder("=")
     if native in SERVED:
         return array if array.dtype.isnative else array.astype(native)
-    held = _HELD_BY.get(native.name)
-    if held is None:
+    held = held_by(native)
+    if held not in SERVED:
         raise Refusal(f"{path}: its voxels are {native}; convert them to numbers that are real")
     numbers = array.astype(held)
     if not np.array_equal(numbers, array, equal_nan=native.kind == "f"):
@@ -212,19 +229,23 @@ def _served(path: str, array: Array) -> Array:
     return numbers
 
 
+def held_by(dtype: np.dtype[Any]) -> np.dtype[Any]:
+    """Return a type that volux serves, and which may hold numbers of another one."""
+    held: np.dtype[Any] = np.dtype(_HELD_BY.get(dtype.name, dtype.name))
+    return held
+
+
 def in_file_type(scan: Scan) -> Array:
     """Return the numbers as the file shall have them, with all its axes."""
     array = scan.stored.array
     if array.dtype != scan.file_type:
-        limits = np.iinfo(scan.file_type) if scan.file_type.kind in "iu" else None
-        array = array if limits is None else array.clip(limits.min, limits.max)
         array = array.astype(scan.file_type)
     if len(scan.tail) > 1:
         array = array.reshape((*array.shape[:3], *scan.tail), order="F")
     return array
 
 
-def _refuse_missing(path: str) -> None:
+def refuse_missing(path: str) -> None:
     where = Path(path)
     if not where.exists():
         raise Refusal(f"{path}: there is no such file{_near(where)}")
@@ -237,4 +258,4 @@ def _near(path: Path) -> str:
 
     names = [other.name for other in path.parent.iterdir()] if path.parent.is_dir() else []
     close = get_close_matches(path.name, names, 1)
-    return f"; did you mean {path.parent / close[0]}?" if close else ""
+    return f"; did you mean {path.parent / close[0]}?" if close else "; check its name"

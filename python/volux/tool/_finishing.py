@@ -4,6 +4,8 @@ from __future__ import annotations
 
 import json
 import warnings
+from collections.abc import Callable
+from functools import partial
 from pathlib import Path
 from typing import Any
 
@@ -11,12 +13,13 @@ import volux
 from volux import Grid, Image
 from volux.tool import _sidecar
 from volux.tool._bricks import Told, Way, fitted, planes
-from volux.tool._errors import SUCCESS, Misuse
+from volux.tool._errors import SUCCESS, misuse
 from volux.tool._files import STREAM, Scan, grid_of, write, write_stream
-from volux.tool._looking import digest_of, fingerprint, with_channels
+from volux.tool._looking import digest_of, fingerprint, hash_planes
 from volux.tool._making import Task, converted
+from volux.tool._meanwhile import Meanwhile
 from volux.tool._options import Converting, size
-from volux.tool._output import placed
+from volux.tool._output import flush, placed
 from volux.tool._plan import Plan
 from volux.tool._progress import progress
 from volux.tool._slabs import Slabs
@@ -50,13 +53,19 @@ def _at_once(task: Task, plan: Plan, way: Way, to: Converting) -> dict[str, Any]
     if task.conduct.output == STREAM:
         write_stream(result)
         return {}
+    digests: Callable[[], list[str]] = partial(_sidecar.digests, task)
+    if _is_told(task) and plan.amount.made:  # else what is written is the input, page by page
+        digests = Meanwhile(digests).result
     with placed(task.conduct.output) as path:
         write(result, path)
         if not _is_told(task):
             return {}
         # The place as the file has it: NIfTI keeps it in short numbers.
         there = Image(result.stored.array, grid_of(str(path)).affine, axes="xyz")
-        return _told(task, plan.grid, digest_of(result.made(there)), path)
+        flushed = Meanwhile(partial(flush, path))  # which waits for the disk
+        digest = digest_of(result.made(there))
+        flushed.result()
+        return _told(task, plan.grid, (digests(), digest), path)
 
 
 def _by_planes(task: Task, plan: Plan, way: Way, to: Converting) -> dict[str, Any]:
@@ -68,15 +77,18 @@ def _by_planes(task: Task, plan: Plan, way: Way, to: Converting) -> dict[str, An
         path.open("wb") as file,
     ):
         slabs = Slabs(file, kind, grid)
+        file.flush()
         digest = fingerprint(kind, Grid(grid.shape, grid_of(str(path)).affine, axes="xyz"))
         for part in planes(plan.planes or grid.shape[2], grid.shape[2]):
             made = _computed(scan, way, to, part, _share(told, part, grid))
             slabs.write(part.start, made)
             if _is_told(task):
-                digest.add(with_channels(made.values(slice(None))))
+                hash_planes(digest, made)
             del made  # there is no room for the next one beside it
             scan.release()
-        return _told(task, grid, digest.hexdigest(), path) if _is_told(task) else {}
+        if not _is_told(task):
+            return {}
+        return _told(task, grid, (_sidecar.digests(task), digest.hexdigest()), path)
 
 
 def _computed(scan: Scan, way: Way, to: Converting, part: slice | None, told: Told) -> Scan:
@@ -85,7 +97,7 @@ def _computed(scan: Scan, way: Way, to: Converting, part: slice | None, told: To
         try:
             return converted(scan, way.make(part, told), to)
         except (TypeError, ValueError) as error:
-            raise Misuse(str(error)) from None
+            raise misuse(error) from None
 
 
 def _share(told: Told, part: slice, grid: Grid) -> Told:
@@ -103,9 +115,9 @@ def _is_told(task: Task) -> bool:
     return task.has_sidecar or task.conduct.json
 
 
-def _told(task: Task, grid: Grid, digest: str, path: Path) -> dict[str, Any]:
+def _told(task: Task, grid: Grid, digests: tuple[list[str], str], path: Path) -> dict[str, Any]:
     """Return what a result is, in a sidecar, too, if there is one."""
-    facts = _sidecar.facts(task, grid, digest)
+    facts = _sidecar.facts(task, grid, *digests)
     if task.has_sidecar:
         _sidecar.write(facts, path)
     return facts

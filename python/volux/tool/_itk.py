@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import re
 from pathlib import Path
 from typing import Any
 
@@ -40,7 +41,7 @@ def read(path: str) -> Scan:
     try:
         found = module.ReadImage(path)
     except FAULTS as error:
-        raise Refusal(f"{path}: SimpleITK cannot read it: {reason(error)}") from None
+        raise _unreadable(path, error) from None
     return scan_of(path, found, suffix_of(path).lstrip(".") or "unknown")
 
 
@@ -51,8 +52,12 @@ def grid_of(path: str) -> Grid:
     try:
         reader.ReadImageInformation()
     except FAULTS as error:
-        raise Refusal(f"{path}: SimpleITK cannot read it: {reason(error)}") from None
+        raise _unreadable(path, error) from None
     return placed_grid(path, reader.GetSize(), _affine(reader))
+
+
+def _unreadable(path: str, error: Exception) -> Refusal:
+    return Refusal(f"{path}: SimpleITK cannot read it: {reason(error)}; name a file of a volume")
 
 
 def scan_of(path: str, found: Any, kind: str) -> Scan:
@@ -105,15 +110,14 @@ def write(scan: Scan, path: Path) -> None:
     try:
         module.WriteImage(image, str(path))
     except FAULTS as error:
-        said = reason(error)
+        said = reason(error).replace(f"{path.parent}/", "")
         raise Refusal(
             f"{path.name}: SimpleITK cannot write it: {said}; .nii.gz holds all"
         ) from None
 
 
 def _image(scan: Scan) -> Any:
-    decoded = scan.made(scan.image, file_type=scan.image.array.dtype) if scan.is_scaled else scan
-    array = in_file_type(decoded)
+    array = in_file_type(scan.decoded() if scan.is_scaled else scan)
     array = array.reshape((*array.shape[:3], -1), order="F") if scan.tail else array
     place = Image(np.broadcast_to(np.uint8(0), array.shape[:3]), scan.stored.affine, axes="xyz")
     pattern = place.to_sitk()
@@ -127,4 +131,5 @@ def reason(error: Exception) -> str:
     """Return the sentence of an exception of ITK's that says why."""
     lines = [line.strip() for line in str(error).splitlines() if line.strip()]
     said = lines[-1] if lines else type(error).__name__
-    return said.removeprefix("sitk::ERROR:").strip().rstrip(".")
+    said = said.removeprefix("sitk::ERROR:").strip().rstrip(".")
+    return re.sub(r"^ITK ERROR: \w+\(0x[0-9a-f]+\): ", "", said)

@@ -9,7 +9,7 @@ import numpy as np
 
 from volux import Grid
 from volux._digest import Fingerprint
-from volux._types import Array, Matrix
+from volux._types import Matrix
 from volux.tool._errors import SUCCESS
 from volux.tool._files import Scan, read_aloud
 
@@ -36,21 +36,22 @@ def digest(file: str, *, as_json: bool, quiet: bool) -> int:
 def digest_of(scan: Scan) -> str:
     """Return the digest of the values, whatever types and scales the file holds them by."""
     made = fingerprint(scan, scan.stored.grid)
-    for k in range(scan.stored.shape[2]):  # one by one, so that no more is in memory
-        made.add(with_channels(scan.values(slice(k, k + 1))))
-        scan.release()
+    hash_planes(made, scan)
     return made.hexdigest()
+
+
+def hash_planes(made: Fingerprint, scan: Scan) -> None:
+    """Add planes one by one, so that no more is in memory."""
+    for k in range(scan.stored.shape[2]):
+        values = scan.values(slice(k, k + 1))
+        made.add(values if values.ndim == 4 else values[..., np.newaxis])
+        scan.release()
 
 
 def fingerprint(scan: Scan, grid: Grid) -> Fingerprint:
     """Return the digest of the values of a scan, before any of them, on a grid."""
     dtype = scan.values(slice(0, 1)).dtype
     return Fingerprint(dtype, (*grid.shape, scan.stored.channels or 1), grid)
-
-
-def with_channels(array: Array) -> Array:
-    """Return an array with an axis of channels."""
-    return array if array.ndim == 4 else array[..., np.newaxis]
 
 
 def facts_of(scan: Scan) -> dict[str, Any]:

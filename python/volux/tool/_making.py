@@ -3,9 +3,11 @@
 from __future__ import annotations
 
 import sys
+from collections.abc import Iterator
 from dataclasses import dataclass, field
+from itertools import product
 from pathlib import Path
-from typing import Any
+from typing import Any, NamedTuple
 
 import numpy as np
 
@@ -13,7 +15,8 @@ from volux import Grid, Image
 from volux._types import Array
 from volux.tool import _sidecar
 from volux.tool._errors import Misuse, Refusal, say
-from volux.tool._files import STREAM, Scan, read_aloud
+from volux.tool._files import STREAM, Scan, held_by, read_aloud
+from volux.tool._idle import refuse_output, refuse_outside, refuse_overflow
 from volux.tool._memory import Amount, predicted
 from volux.tool._options import Conduct, Converting, Filling, Reading
 from volux.tool._output import refuse
@@ -21,6 +24,9 @@ from volux.tool._plan import Plan
 
 TYPES = ("uint8", "int8", "uint16", "int16", "uint32", "int32", "float32", "float64")
 _FRACTIONS = ("float32", "float64")
+
+# As many numbers get another type at a time.
+_AT_A_TIME = 1 << 15
 
 # A smooth kernel on so few integers is probably a mistake.
 _FEW = 32
@@ -38,7 +44,10 @@ class Task:
 
     def checked(self) -> Task:
         """Return the task, unless its output cannot be written."""
-        output = self.conduct.output
+        output, threads = self.conduct.output, self.conduct.threads
+        refuse_output(self.conduct)
+        if threads is not None and threads < 1:
+            raise Misuse(f"--threads {threads}: must be above 0")
         if not output and not self.conduct.dry_run:
             raise Misuse(f"Missing option --output: `volux {self.verb} --help` shows an example")
         if output not in ("", STREAM):
@@ -74,6 +83,7 @@ class Task:
 
 def keywords(task: Task, scan: Scan, how: Reading, filling: Filling) -> dict[str, Any]:
     """Return the keywords of volux's calls for options."""
+    refuse_outside(how, filling.outside or ("extend" if task.verb == "resize" else "fill"))
     given = {
         "interpolation": how.interp or ("label" if scan.labels else "linear"),
         "border": how.border,
@@ -97,28 +107,56 @@ def _stored(scan: Scan, fill: float) -> float:
 
 
 def _computed(scan: Scan, dtype: str | None) -> str | None:
-    if dtype is None:
-        return None
-    if dtype not in TYPES:
+    if dtype is not None and dtype not in TYPES:
         raise Misuse(f"--dtype {dtype}: allowed are {', '.join(TYPES)}")
-    if scan.is_scaled:
-        return "float64"
-    is_direct = dtype in (*_FRACTIONS, str(scan.stored.array.dtype))
-    return dtype if is_direct else "float64"
+    if dtype is None or (dtype == scan.file_type and not scan.is_scaled):
+        return None
+    return dtype if dtype in _FRACTIONS and not scan.is_scaled else "float64"
 
 
 def planned(
     task: Task, scan: Scan, grid: Grid, to: Converting, *, is_view: bool = False, **known: Any
 ) -> Plan:
     """Return the plan of a result on a grid, which may be a view of what the input has."""
-    numbers = int(np.prod(grid.shape, dtype=np.int64)) * (scan.stored.channels or 1)
-    dtype = _computed(scan, to.dtype)
-    computed = np.dtype(dtype or scan.stored.array.dtype).itemsize
-    wanted = computed if to.dtype is None else np.dtype(to.dtype).itemsize
-    if is_view:
-        computed, wanted = 0, 0 if to.dtype is None else wanted
-    amount = Amount(numbers, computed, wanted)
+    plane = int(np.prod(grid.shape[:2], dtype=np.int64)) * (scan.stored.channels or 1)
+    stored, computed = scan.stored.array.dtype, _computed(scan, to.dtype)
+    first = stored if is_view or computed is None else np.dtype(computed)
+    change = _change(scan, to, first, is_view)
+    refuse_overflow(to.overflow, change.kept, is_view=is_view)
+    amount = Amount(
+        plane=plane,
+        numbers=plane * grid.shape[2],
+        computed=0 if is_view else first.itemsize,
+        cast=change.held.itemsize if change.copies else 0,
+        kept=change.kept,
+        is_scaled=scan.is_scaled and to.dtype is None,
+    )
     return Plan(scan, grid, amount, predicted(scan, amount, task.conduct.output), **known)
+
+
+class Change(NamedTuple):
+    """What becomes of numbers once they are computed.
+
+    Parameters
+    ----------
+    kept, held : dtype
+        Of the numbers in the file, and of those that hold them before.
+    changes, copies : bool
+        Whether numbers change, and whether that takes memory.
+    """
+
+    kept: np.dtype[Any]
+    held: np.dtype[Any]
+    changes: bool
+    copies: bool
+
+
+def _change(scan: Scan, to: Converting, first: np.dtype[Any], is_view: bool) -> Change:
+    kept = scan.file_type if to.dtype is None else np.dtype(to.dtype)
+    held = held_by(kept)
+    is_held = first == kept or (is_view and kept == scan.file_type)
+    changes = not is_held or (scan.is_scaled and to.dtype is not None)
+    return Change(kept, held, changes, changes and (is_view or first != held))
 
 
 def _warn_of_labels(task: Task, scan: Scan, kernel: str) -> None:
@@ -126,7 +164,8 @@ def _warn_of_labels(task: Task, scan: Scan, kernel: str) -> None:
         return
     found: set[int] = set()
     for k in range(scan.stored.shape[2]):
-        found.update(np.unique(scan.stored.array[:, :, k]).tolist())
+        numbers = np.sort(scan.stored.array[:, :, k], axis=None)
+        found.update([int(numbers[0]), *numbers[1:][numbers[1:] != numbers[:-1]].tolist()])
         scan.release()
         if len(found) > _FEW:
             return
@@ -138,31 +177,45 @@ def _warn_of_labels(task: Task, scan: Scan, kernel: str) -> None:
 
 
 def converted(scan: Scan, image: Image, to: Converting) -> Scan:
-    """Return a result with the type that was asked for; its numbers are as stored in the input."""
-    if to.dtype is None:
-        return scan.made(image)
-    wanted = np.dtype(to.dtype)
-    held = np.dtype("int16") if wanted == np.int8 else wanted
-    array = image.array
-    if scan.is_scaled or array.dtype != wanted:
-        array = np.empty_like(image.array, dtype=held)
-        for k in range(array.shape[2]):  # plane by plane, so that little is there twice
-            values = image.array[:, :, k]
-            values = values * scan.slope + scan.inter if scan.is_scaled else values
-            array[:, :, k] = _cast(values, wanted, to.overflow)
-    made = Image(array, image.affine, axes="xyz")
-    return scan.made(made, file_type=wanted, slope=1.0, inter=0.0)
+    """Return a result with the type that was asked for; its numbers are as stored in the input.
+
+    An image that shares no memory with the input may be changed.
+    """
+    is_view = np.may_share_memory(image.array, scan.stored.array)
+    change = _change(scan, to, image.array.dtype, is_view)
+    is_decoded = scan.is_scaled and to.dtype is not None
+    array = np.empty_like(image.array, dtype=change.held) if change.copies else image.array
+    for part in _parts(array.shape) if change.changes else ():
+        values = image.array[part]
+        values = values * scan.slope + scan.inter if is_decoded else values
+        array[part] = _cast(values, change.kept, to.overflow)
+    scaling = {"slope": 1.0, "inter": 0.0} if is_decoded else {}
+    return scan.made(Image(array, image.affine, axes="xyz"), file_type=change.kept, **scaling)
+
+
+def _parts(shape: tuple[int, ...]) -> Iterator[tuple[slice, slice, int]]:
+    """Yield parts of an array that are so small that copies of them hardly take memory."""
+    rows = max(1, _AT_A_TIME // (shape[0] * int(np.prod(shape[3:]))))
+    for k, first in product(range(shape[2]), range(0, shape[1], rows)):
+        yield slice(None), slice(first, first + rows), k
 
 
 def _cast(values: Array, wanted: np.dtype[Any], overflow: str) -> Array:
-    """Return numbers in another type; a half goes away from 0, and NaN becomes 0."""
+    """Return numbers in another type.
+
+    Integers round half away from 0 and are the nearest that the type holds, or wrap; NaN becomes 0,
+    and so does what is infinite and would wrap.
+    """
     if wanted.kind == "f" or values.dtype == wanted:
-        return values.astype(wanted, copy=False)
+        with np.errstate(over="ignore"):  # to infinity, as C++ has it
+            return values.astype(wanted, copy=False)
+    is_wrapped, limits = overflow == "wrap", np.iinfo(wanted)
     numbers = values.astype(np.float64)
+    numbers[~np.isfinite(numbers) if is_wrapped else np.isnan(numbers)] = 0.0
+    if not is_wrapped:
+        numbers = numbers.clip(limits.min, limits.max)
     whole = np.trunc(numbers)
     whole += np.copysign(abs(numbers - whole) >= 0.5, numbers)
-    whole[np.isnan(whole)] = 0.0
-    limits = np.iinfo(wanted)
-    if overflow == "saturate":
-        return whole.clip(limits.min, limits.max).astype(wanted)
-    return np.mod(whole, 2.0**limits.bits).astype(f"u{wanted.itemsize}").view(wanted)
+    if is_wrapped:
+        return np.mod(whole, 2.0**limits.bits).astype(f"u{wanted.itemsize}").view(wanted)
+    return whole.astype(wanted)

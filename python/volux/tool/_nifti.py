@@ -14,7 +14,7 @@ from typing import Any
 
 import numpy as np
 
-from volux import Grid, Image
+from volux import Grid
 from volux._types import Array, Matrix
 from volux.tool._errors import Refusal, needed
 from volux.tool._files import (
@@ -53,7 +53,9 @@ def read(path: str) -> Scan:
     except Refusal:
         raise
     except Exception as error:  # of gzip, of zlib, of nibabel: whatever a broken file leads to
-        raise Refusal(f"{path}: nibabel cannot read it: {_line(error)}") from None
+        raise Refusal(
+            f"{path}: nibabel cannot read it: {_line(error)}; copy or convert it again"
+        ) from None
 
 
 def grid_of(path: str) -> Grid:
@@ -161,21 +163,11 @@ def _notes(found: Any) -> tuple[str, ...]:
 
 
 def write(scan: Scan, path: Path) -> None:
-    """Write a file by nibabel."""
-    image = _image(scan, suffix_of(path.name))
+    """Write MGH, or NIfTI in two files, by nibabel."""
+    suffix = suffix_of(path.name)
+    is_mgh = suffix in (".mgh", ".mgz")
+    image = _mgh(scan) if is_mgh else image_with(in_file_type(scan), scan, suffix)
     needed("nibabel").save(image, path)
-
-
-def write_stream(scan: Scan) -> None:
-    """Write NIfTI to stdout."""
-    sys.stdout.buffer.write(_image(scan, ".nii").to_bytes())
-    sys.stdout.buffer.flush()
-
-
-def _image(scan: Scan, suffix: str) -> Any:
-    return (
-        _mgh(scan) if suffix in (".mgh", ".mgz") else image_with(in_file_type(scan), scan, suffix)
-    )
 
 
 def image_with(array: Array, scan: Scan, suffix: str) -> Any:
@@ -240,11 +232,7 @@ def _is_right_angled(affine: Matrix) -> bool:
 
 def _mgh(scan: Scan) -> Any:
     nibabel = needed("nibabel")
-    if scan.is_scaled:
-        values = scan.image.array.astype(np.float32)
-        scan = scan.made(Image(values, scan.stored.affine, axes="xyz"), slope=1.0, inter=0.0)
-        scan = scan.made(scan.stored, file_type=values.dtype)
-    array = in_file_type(scan)
+    array = in_file_type(scan.decoded(np.float32) if scan.is_scaled else scan)
     try:
         return nibabel.MGHImage(array, scan.stored.affine)
     except Exception as error:  # its types are few, and nibabel says which

@@ -2,17 +2,13 @@
 
 from __future__ import annotations
 
-import inspect
 import re
-from collections.abc import Callable
-from dataclasses import dataclass, fields, is_dataclass
-from typing import Annotated, Any, Literal, TypeVar, get_type_hints
+from dataclasses import dataclass
+from typing import Annotated, Any, Literal
 
 import typer
 
 from volux.tool._errors import Misuse
-
-T = TypeVar("T")
 
 Triple = tuple[float, float, float]
 
@@ -32,6 +28,13 @@ def numbers(text: str, name: str) -> Triple:
         raise Misuse(f"{name} {text}: must be one number or three, such as 1,1,2.5")
     first, second, third = values
     return first, second, third
+
+
+def place(text: str, name: str) -> Triple:
+    """Return the three numbers of a place or a direction, such as 0,10,-20."""
+    if "," not in text:
+        raise Misuse(f"{name} {text}: must be three numbers, such as 0,10,-20")
+    return numbers(text, name)
 
 
 def counts(text: str, name: str) -> tuple[int, int, int]:
@@ -138,7 +141,8 @@ class Reading:
         ),
     ] = "edge"
     fill: Annotated[
-        float, option("--fill", text="The value outside the field of view.", default="0")
+        float,
+        option("--fill", text="The value outside, where the edge does not go on.", default="0"),
     ] = 0.0
 
 
@@ -325,7 +329,12 @@ class Shown:
     up: Up = None
     slab: Annotated[
         float | None,
-        option("--slab", metavar="MM", text="Thickness of a slab at right angles to --normal."),
+        option(
+            "--slab",
+            metavar="MM",
+            text="Thickness of a slab at right angles to --normal.",
+            default="all of the volume if --projection is given, else none",
+        ),
     ] = None
     projection: Projection = "mean"
     size: Annotated[
@@ -337,42 +346,3 @@ class Shown:
             default="400, or 200 in a montage",
         ),
     ] = None
-
-
-def signature_of(verb: Callable[..., object]) -> inspect.Signature:
-    """Return the parameters of a verb one by one."""
-    return inspect.Signature(_parameters(verb, get_type_hints(verb, include_extras=True)))
-
-
-def flat(verb: Callable[..., T]) -> Callable[..., T]:
-    """Return a verb whose groups of options are parameters one by one, as typer takes them."""
-    hints = get_type_hints(verb, include_extras=True)
-    groups: dict[str, Any] = {name: hint for name, hint in hints.items() if is_dataclass(hint)}
-
-    def call(**given: Any) -> T:
-        made = {
-            name: group(**{part.name: given.pop(part.name) for part in fields(group)})
-            for name, group in groups.items()
-        }
-        return verb(**given, **made)
-
-    call.__name__, call.__doc__ = verb.__name__, verb.__doc__
-    call.__signature__ = signature_of(verb)  # type: ignore[attr-defined]
-    call.__annotations__ = {}
-    return call
-
-
-def _parameters(verb: Callable[..., object], hints: dict[str, Any]) -> list[inspect.Parameter]:
-    own, shared = [], []
-    for name, parameter in inspect.signature(verb).parameters.items():
-        if is_dataclass(hints[name]):
-            inside = get_type_hints(hints[name], include_extras=True)
-            shared += [_keyword(p.name, p.default, inside[p.name]) for p in fields(hints[name])]
-        else:
-            own.append(_keyword(name, parameter.default, hints[name]))
-    return own + shared
-
-
-def _keyword(name: str, default: Any, hint: Any) -> inspect.Parameter:
-    kind = inspect.Parameter.KEYWORD_ONLY
-    return inspect.Parameter(name, kind, default=default, annotation=hint)

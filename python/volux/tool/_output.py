@@ -7,12 +7,16 @@ import shutil
 import tempfile
 from collections.abc import Iterable, Iterator
 from contextlib import contextmanager, suppress
+from fcntl import LOCK_EX, LOCK_NB, flock
 from pathlib import Path
 
 from volux.tool._errors import Misuse, Refusal
 
 # Formats of a header and a file of voxels, which have one name but for the end.
 _IN_PARTS = (".hdr", ".img", ".img.gz", ".mhd", ".nhdr", ".raw", ".raw.gz", ".zraw")
+
+# The end of a folder that has an output before it takes its place.
+_PARTIAL = ".partial"
 
 
 def refuse(output: str, inputs: Iterable[str], *, force: bool) -> None:
@@ -48,18 +52,19 @@ def placed(output: str) -> Iterator[Path]:
 
     The path is in a folder of its own beside the output, so that a format of several files finds
     all of them by their names. Whatever ends the block early, that folder goes and the output is
-    what it was.
+    what it was. What nothing can clean up after, such as SIGKILL, the next block does.
     """
     path = Path(output)
     try:
-        folder = Path(tempfile.mkdtemp(prefix=f".{path.name}.", dir=path.parent))
+        _remove_abandoned(path)
+        folder, lock = _locked_folder(path)
     except OSError as error:
         raise Refusal(f"{output}: {error.strerror}; nothing was written") from None
     try:
         yield folder / path.name
         written = sorted(folder.iterdir(), key=lambda file: file.name == path.name)
         for file in written:
-            _flush(file)
+            flush(file)
         for file in written:  # the one that was asked for comes last: it refers to the others
             os.replace(file, path.parent / file.name)
     except OSError as error:
@@ -69,9 +74,40 @@ def placed(output: str) -> Iterator[Path]:
     finally:
         with suppress(OSError):
             shutil.rmtree(folder)
+        os.close(lock)
 
 
-def _flush(file: Path) -> None:
-    # A full disk may say so only now; and the umask counts, not the folder's privacy.
+def _locked_folder(path: Path) -> tuple[Path, int]:
+    """Make a folder beside an output; as long as this process lives, it is locked."""
+    while True:
+        made = tempfile.mkdtemp(prefix=f".{path.name}.", suffix=_PARTIAL, dir=path.parent)
+        with suppress(FileNotFoundError):  # or it is gone once it is locked: see below
+            lock = os.open(made, os.O_RDONLY | os.O_DIRECTORY)
+            with suppress(OSError):  # a file system without locks, where no one else has any
+                flock(lock, LOCK_EX)
+            if os.path.exists(made):
+                return Path(made), lock
+            os.close(lock)
+
+
+def _remove_abandoned(path: Path) -> None:
+    """Remove the folders of processes that wrote the same output and are gone.
+
+    One that has been made and is not locked yet looks abandoned, so its process looks again.
+    """
+    for entry in os.scandir(path.parent):
+        if not (entry.name.startswith(f".{path.name}.") and entry.name.endswith(_PARTIAL)):
+            continue
+        with suppress(OSError):  # locked: its process lives
+            lock = os.open(entry.path, os.O_RDONLY | os.O_DIRECTORY | os.O_NOFOLLOW)
+            try:
+                flock(lock, LOCK_EX | LOCK_NB)
+                shutil.rmtree(entry.path)
+            finally:
+                os.close(lock)
+
+
+def flush(file: Path) -> None:
+    """Wait until a file is on the disk, which may say only now that it is full."""
     with file.open("rb") as opened:
         os.fsync(opened.fileno())

@@ -87,7 +87,7 @@ def _slices(box: str, shape: tuple[int, ...]) -> tuple[slice, ...]:
     slices = tuple(slice(*pair) for pair in ends)
     for axis, along, extent in zip("ijk", slices, shape, strict=True):
         start, stop, _ = along.indices(extent)
-        if stop <= start or (along.stop or 0) > extent:
+        if stop <= start or (along.stop or 0) > extent or (along.start or 0) < -extent:
             said = box.split(",")["ijk".index(axis)]
             raise Misuse(f"--box {box}: {said} along {axis} is not within 0:{extent}")
     return slices

@@ -14,6 +14,8 @@ from volux.tool._files import Scan
 from volux.tool._looking import aligned
 from volux.tool._memory import Amount
 
+_UNITS = ("KiB", "MiB", "GiB", "TiB")
+
 
 @dataclass(frozen=True)
 class Plan:
@@ -101,7 +103,9 @@ def _product(values: Any) -> str:
 
 
 def size_text(count: int) -> str:
-    """Return a number of bytes as one reads it."""
-    if count >= 2**30:
-        return f"{count / 2**30:.2f} GiB"
-    return f"{count / 2**20:.0f} MiB" if count >= 2**20 else f"{count / 2**10:.0f} KiB"
+    """Return a number of bytes as one reads it, with three digits or more."""
+    if count < 2**10:
+        return f"{count} byte" + "s" * (count != 1)
+    power = min((count.bit_length() - 1) // 10, len(_UNITS))
+    size = count / 2 ** (10 * power)
+    return f"{size:.0f} {_UNITS[power - 1]}" if size >= 100 else f"{size:.3g} {_UNITS[power - 1]}"

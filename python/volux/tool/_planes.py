@@ -10,7 +10,8 @@ import numpy as np
 from volux import Grid, Image, Plane
 from volux._types import Floats, Matrix
 from volux.tool._errors import Misuse
-from volux.tool._options import PlaneOptions, counts, numbers
+from volux.tool._idle import refuse_plane
+from volux.tool._options import PlaneOptions, counts, place
 
 _HEAD, _FRONT = (0.0, 0.0, 1.0), (0.0, 1.0, 0.0)
 
@@ -23,6 +24,7 @@ _MOST = 8192
 
 def grid(where: PlaneOptions, image: Image) -> Grid:
     """Return the plane, or the stack of planes, that options describe."""
+    refuse_plane(where)
     try:
         return _plane(where, image).stack(where.count)
     except ValueError as error:
@@ -34,13 +36,13 @@ def _plane(where: PlaneOptions, image: Image) -> Plane:
     if where.through:
         if len(where.through) != 3 or where.centre or where.normal:
             raise Misuse("give --through three times, or --centre and --normal")
-        p, q, r = (numbers(text, "--through") for text in where.through)
+        p, q, r = (place(text, "--through") for text in where.through)
         return _sized(where, image, lambda shape: Plane.through(p, q, r, shape, spacing))
     if where.normal is None:
         raise Misuse("give --normal, or --through three times: they say where the plane lies")
-    normal = numbers(where.normal, "--normal")
-    centre = middle_of(image) if where.centre is None else numbers(where.centre, "--centre")
-    up = upwards(normal) if where.up is None else numbers(where.up, "--up")
+    normal = place(where.normal, "--normal")
+    centre = middle_of(image) if where.centre is None else place(where.centre, "--centre")
+    up = upwards(normal) if where.up is None else place(where.up, "--up")
     return _sized(where, image, lambda shape: Plane(centre, normal, up, shape, spacing))
 
 
@@ -54,7 +56,7 @@ def _spacing(where: PlaneOptions, image: Image) -> Floats:
 def _sized(where: PlaneOptions, image: Image, plane: Callable[[tuple[int, int]], Plane]) -> Plane:
     """Return a plane of the extents that were asked for, or of those that the volume needs."""
     if where.shape is not None:
-        columns, rows, _ = counts(_with_depth(where.shape), "--shape")
+        columns, rows = _across(where.shape)
         return plane((rows, columns))
     place = plane((1, 1)).grid.affine
     across = np.linalg.solve(place, _corners(image).T)[[2, 1]]
@@ -64,8 +66,12 @@ def _sized(where: PlaneOptions, image: Image, plane: Callable[[tuple[int, int]],
     return plane((rows, columns))
 
 
-def _with_depth(shape: str) -> str:
-    return f"{shape},1" if "," in shape else shape
+def _across(shape: str) -> tuple[int, int]:
+    """Return columns and rows; a single number counts for both."""
+    if shape.count(",") > 1:
+        raise Misuse(f"--shape {shape}: must be columns and rows, such as 256,200")
+    columns, rows, _ = counts(f"{shape},1" if "," in shape else shape, "--shape")
+    return columns, rows
 
 
 def _corners(image: Image) -> Matrix:
@@ -78,6 +84,12 @@ def middle_of(image: Image) -> Floats:
     """Return the middle of a volume in the world."""
     x, y, z = _corners(image).mean(axis=0)[:3].tolist()
     return x, y, z
+
+
+def depth_of(image: Image, centre: Floats, normal: Floats) -> float:
+    """Return how thick a slab about a place must be to have all of a volume."""
+    away = (_corners(image)[:, :3] - centre) @ normal
+    return 2.0 * float(abs(away).max()) / (float(np.linalg.norm(normal)) or 1.0)
 
 
 def upwards(normal: Floats) -> Floats:

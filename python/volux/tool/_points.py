@@ -13,8 +13,9 @@ import numpy as np
 
 import volux
 from volux._types import Matrix
-from volux.tool._errors import SUCCESS, Misuse, Refusal, say
+from volux.tool._errors import SUCCESS, Misuse, Refusal, misuse, say
 from volux.tool._files import STREAM, Scan, read
+from volux.tool._idle import refuse_outside
 from volux.tool._options import Reading
 from volux.tool._output import placed, refuse
 
@@ -32,6 +33,7 @@ def sample(
 ) -> int:
     """Read a volume at points."""
     file, points = files
+    refuse_outside(how, "extend")
     if file == points == STREAM:
         raise Misuse("INPUT and POINTS are both -; stdin is one of them at most")
     if output not in ("", STREAM):
@@ -48,6 +50,8 @@ def sample(
 
 
 def _table(path: str) -> tuple[list[str], list[list[str]]]:
+    if path != STREAM and not Path(path).is_file():
+        raise Refusal(f"{path}: there is no such file; POINTS is a CSV file")
     try:
         if path == STREAM:
             lines = list(csv.reader(sys.stdin))
@@ -55,7 +59,7 @@ def _table(path: str) -> tuple[list[str], list[list[str]]]:
             with open(path, newline="", encoding="utf-8-sig") as file:
                 lines = list(csv.reader(file))
     except (UnicodeDecodeError, csv.Error) as error:
-        raise Refusal(f"{path}: is no CSV file: {error}") from None
+        raise Refusal(f"{path}: is no CSV file: {error}; INPUT comes before POINTS") from None
     lines = [line for line in lines if line]
     if not lines:
         raise Refusal(f"{path}: is empty; its first line names the columns, such as x,y,z")
@@ -90,7 +94,7 @@ def _values(scan: Scan, where: Matrix, how: Reading, given: dict[str, Any]) -> M
     try:
         values = volux.sample(scan.image, where, **reading, **given)
     except (TypeError, ValueError) as error:
-        raise Misuse(str(error)) from None
+        raise misuse(error) from None
     return values.reshape(len(where), scan.image.channels or 1)
 
 

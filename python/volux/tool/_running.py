@@ -15,6 +15,9 @@ from typing import Any
 
 from volux.tool._errors import FAILURE, INSTALL, INTERRUPTED, MISUSE, SUCCESS, Refusal, say
 
+# More than all modules make when they are imported.
+_OBJECTS = 200_000
+
 
 def run(given: list[str]) -> int:
     """Run the command, whatever happens, and return its exit code."""
@@ -44,32 +47,40 @@ def run(given: list[str]) -> int:
 def _run(given: list[str]) -> int:
     if find_spec("typer") is None:
         raise Refusal(f"the package typer is not installed: {INSTALL}")
-    return _parsed_and_run(given)
+    with _seldom_collecting():
+        return _parsed_and_run(given)
 
 
 def _parsed_and_run(given: list[str]) -> int:
-    gc.disable()  # what is imported stays, and to look for garbage in it takes a tenth of the time
     from typer.exceptions import TyperException
 
     from volux.tool._verbs import command
 
     try:
-        call = command(given)
-    finally:
-        gc.enable()
-    try:
-        code = call()
+        code = command(given)()
     except TyperException as error:
-        say(_misused(error))
+        say(_misused(error, given))
         return MISUSE
     if code == INTERRUPTED:
         return _interrupted()
     return int(code or SUCCESS)
 
 
-def _misused(error: Any) -> str:
-    context = getattr(error, "ctx", None)
-    path = "volux" if context is None else context.command_path
+@contextmanager
+def _seldom_collecting() -> Iterator[None]:
+    """Look for garbage seldom: what is imported stays, and to look takes a tenth of the time."""
+    before = gc.get_threshold()
+    gc.set_threshold(_OBJECTS, *before[1:])
+    try:
+        yield
+    finally:
+        gc.set_threshold(*before)
+
+
+def _misused(error: Any, given: list[str]) -> str:
+    from volux.tool._verbs import VERBS
+
+    path = f"volux {given[0]}" if given and given[0] in VERBS else "volux"
     said = error.format_message().rstrip(".")
     return f"{said}: `{path} --help` shows what is allowed"
 

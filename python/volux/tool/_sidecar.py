@@ -20,8 +20,8 @@ def name(output: str) -> str:
     return f"{output.removesuffix(output[len(output) - len(suffix) :])}.json"
 
 
-def facts(task: Task, grid: Grid, digest: str) -> dict[str, Any]:
-    """Return what a result is, and what it was made of."""
+def facts(task: Task, grid: Grid, inputs: list[str], output: str) -> dict[str, Any]:
+    """Return what a result is, and what it was made of, with the digests of all."""
     from volux.tool._version import version
 
     spacing = " x ".join(f"{value:.6g}" for value in grid.spacing)
@@ -36,8 +36,8 @@ def facts(task: Task, grid: Grid, digest: str) -> dict[str, Any]:
             for key, value in task.options.items()
             if value not in (None, [])
         },
-        "InputDigests": [_digest(task, path) for path in task.inputs],
-        "OutputDigest": digest,
+        "InputDigests": inputs,
+        "OutputDigest": output,
     }
 
 
@@ -45,6 +45,11 @@ def _named(key: str, value: Any) -> Any:
     if key == "transform":
         return [Path(path).name for path in value]
     return Path(value).name if key == "like" else value
+
+
+def digests(task: Task) -> list[str]:
+    """Return the digest of each input."""
+    return [_digest(task, path) for path in task.inputs]
 
 
 def _digest(task: Task, path: str) -> str:

@@ -11,6 +11,7 @@ from typing import Annotated, Any, Literal, TypeVar
 
 import typer
 
+from volux.tool._flat import flat
 from volux.tool._options import (
     Align,
     Conduct,
@@ -27,7 +28,6 @@ from volux.tool._options import (
     Shown,
     Spacing,
     Threads,
-    flat,
     option,
 )
 

@@ -10,11 +10,12 @@ from volux import Image
 from volux._types import Interpolation
 from volux.tool._errors import SUCCESS, Misuse, needed, say
 from volux.tool._files import Scan, read_aloud
+from volux.tool._flat import is_said
 from volux.tool._names import names_of
-from volux.tool._options import Shown, numbers
+from volux.tool._options import Shown, place
 from volux.tool._output import placed, refuse
 from volux.tool._pictures._grey import Window, window_of
-from volux.tool._planes import middle_of, upwards
+from volux.tool._planes import depth_of, middle_of, upwards
 
 if TYPE_CHECKING:
     from volux.tool._pictures._planes import Look
@@ -45,8 +46,9 @@ def _check(shown: Shown) -> None:
         raise Misuse(f"--montage {shown.montage}: must be 1 to 400")
     if shown.slab is not None and not 0 < shown.slab < float("inf"):
         raise Misuse(f"--slab {shown.slab:g}: must be above 0")
-    if shown.normal is None and (shown.up is not None or shown.slab is not None):
-        raise Misuse("--up and --slab go with --normal, which says where the plane lies")
+    idle = [name for name in ("up", "slab", "projection") if is_said(name)]
+    if shown.normal is None and idle:
+        raise Misuse(f"--{idle[0]}: goes with --normal, which says what is looked along")
     if shown.montage is not None and (shown.normal is not None or shown.centre is not None):
         raise Misuse("--montage takes all the volume; leave out --centre and --normal")
 
@@ -57,10 +59,15 @@ def _look(scan: Scan, image: Image, shown: Shown, quiet: bool) -> Look:
     if (shown.interp or ("label" if scan.labels else "linear")) == "label":
         if shown.labels is not None:
             raise Misuse(f"--labels {shown.labels}: {scan.path} is drawn as labels itself")
+        if shown.window is not None:
+            raise Misuse(
+                f"--window {shown.window}: {scan.path} is drawn as labels, which have colours; "
+                "--interp linear draws greys"
+            )
         _whole(image, scan.path)
         return Look(None, None, "label", names_of(scan, shown.volume or 0))
     window = None if shown.window is None else _window(shown.window)
-    if window is None and shown.slab is None:
+    if window is None and not _is_slab(shown):
         window = window_of(image.array)
     labels = None if shown.labels is None else read_aloud(shown.labels, quiet=quiet)
     return Look(
@@ -73,8 +80,11 @@ def _look(scan: Scan, image: Image, shown: Shown, quiet: bool) -> Look:
 
 def _kernel(shown: Shown) -> Interpolation:
     # Between voxels, linear readings are lower than both maxima beside them, which shows as rings.
-    is_extreme = shown.slab is not None and shown.projection != "mean"
-    return "cubic" if is_extreme else "linear"
+    return "cubic" if _is_slab(shown) and shown.projection != "mean" else "linear"
+
+
+def _is_slab(shown: Shown) -> bool:
+    return shown.slab is not None or is_said("projection")
 
 
 def _picture(image: Image, look: Look, shown: Shown) -> Any:
@@ -82,13 +92,14 @@ def _picture(image: Image, look: Look, shown: Shown) -> Any:
 
     if shown.montage is not None:
         return montage(image, look, shown.montage, shown.size or 200)
-    centre = middle_of(image) if shown.centre is None else numbers(shown.centre, "--centre")
+    centre = middle_of(image) if shown.centre is None else place(shown.centre, "--centre")
     try:
         if shown.normal is None:
             return three(image, look, centre, shown.size or 400)
-        normal = numbers(shown.normal, "--normal")
-        up = upwards(normal) if shown.up is None else numbers(shown.up, "--up")
-        how: dict[str, Any] = {"thickness": shown.slab or 0.0, "projection": shown.projection}
+        normal = place(shown.normal, "--normal")
+        up = upwards(normal) if shown.up is None else place(shown.up, "--up")
+        depth = shown.slab or (depth_of(image, centre, normal) if _is_slab(shown) else 0.0)
+        how: dict[str, Any] = {"thickness": depth, "projection": shown.projection}
         return oblique(image, look, (centre, normal, up), size=shown.size or 400, **how)
     except ValueError as error:
         raise Misuse(f"the plane: {error}") from None

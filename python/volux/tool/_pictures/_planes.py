@@ -213,9 +213,10 @@ def _at_the_rim(letters: Letters, place: tuple[int, int], last: tuple[int, int])
 
 def _paper(image: Image, projection: str | None) -> float:
     """Return a number of the volume's type that does not count in a projection."""
-    extreme = np.fmax if projection == "minimum" else np.fmin
-    number: float = extreme.reduce(image.array, axis=None).item()
-    return number if np.isfinite(number) else 0.0
+    extreme, of_some = (max, np.max) if projection == "minimum" else (min, np.min)
+    finite = (plane[np.isfinite(plane)] for plane in image.array)
+    number: float = extreme((of_some(some).item() for some in finite if some.size), default=0.0)
+    return number
 
 
 def _ones(image: Image) -> Image:
