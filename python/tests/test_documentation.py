@@ -75,3 +75,7 @@ def test_the_calls_of_scipy_are_there_without_an_import_of_their_own():
 def test_a_name_that_is_not_there_is_refused():
     with pytest.raises(AttributeError, match="module 'volux' has no attribute 'zoom'"):
         volux.zoom  # noqa: B018
+
+
+def test_all_public_names_are_listed():
+    assert set(volux.__all__) <= set(dir(volux))

@@ -167,3 +167,7 @@ def test_a_plane_pickles():
     again = pickle.loads(pickle.dumps(PLANE))
     assert again == PLANE
     assert hash(again) == hash(PLANE)
+
+
+def test_a_plane_says_where_it_lies_when_it_is_printed():
+    assert repr(PLANE) == f"<Plane of {PLANE.grid!r}>"

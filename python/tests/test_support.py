@@ -17,6 +17,7 @@ FIELD = volux.Displacement(
     np.random.default_rng(8).normal(0, 0.7, (5, 5, 5, 3)),
     volux.Grid((5, 5, 5), PLACE @ np.diag([1.5, 1.5, 1.5, 1.0]), axes="zyx"),
 )
+WHOLE = volux.Grid((7, 8, 9), np.eye(4), axes="zyx")
 TRANSFORMS = [None, volux.Affine(placed(np.eye(3, 4) + 0.125)), FIELD]
 
 ends = st.tuples(st.integers(0, 7), st.integers(1, 4))
@@ -74,6 +75,18 @@ def test_a_brick_without_what_is_read_is_refused():
         ValueError, match=r"image is the brick .* lacks what the grid reads: volux\.support"
     ):
         volux.resample(brick, GRID, antialias=None)
+
+
+@pytest.mark.parametrize("image", [volux.Image(ARRAY), volux.Image.brick(ARRAY[:4], WHOLE[:4])])
+def test_a_value_error_of_the_callers_is_no_word_about_a_brick(image):
+    enough = ValueError("enough")
+
+    def stop(_fraction):
+        raise enough
+
+    with pytest.raises(ValueError, match="enough") as caught:
+        volux.resample(image, WHOLE[:2], progress=stop)
+    assert caught.value is enough
 
 
 @pytest.mark.parametrize(

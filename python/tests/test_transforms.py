@@ -163,3 +163,11 @@ def test_equal_affines_are_equal_and_hash_alike():
     assert volux.Affine(TURN) == volux.Affine(TURN.tolist())
     assert hash(volux.Affine(TURN)) == hash(volux.Affine(TURN.tolist()))
     assert volux.Affine(TURN) != volux.Affine(SHEAR)
+
+
+def test_a_transform_says_what_it_is_when_it_is_printed():
+    matrix = np.diag([2.0, 1.0, 0.5, 1.0])
+    assert eval(repr(volux.Affine(matrix)), {"Affine": volux.Affine}) == volux.Affine(matrix)
+    field = volux.Displacement(np.zeros((1, 1, 2, 3), "f4"), volux.Grid((1, 1, 2), np.eye(4)))
+    assert repr(field) == f"<Displacement of float32, {field.grid!r}>"
+    assert repr(volux.compose(field, volux.Affine(matrix))) == f"<Composite of {field!r}>"

@@ -208,6 +208,14 @@ REFUSALS = [
     (lambda: volux.reslice(ARRAY, 1), TypeError, "planes is a int; allowed are a volux.Plane"),
     (lambda: GRID[5:9], ValueError, "box has slice"),
     (lambda: GRID[::2], ValueError, "box has slice"),
+    (lambda: volux.support(IMAGE, np.s_[:1], image=IMAGE), TypeError, "grid is a Image; it must"),
+    (
+        lambda: volux.Image.brick(ARRAY, np.eye(4)),
+        TypeError,
+        r"grid is a ndarray; it must be a volux\.Grid",
+    ),
+    (lambda: volux.resize(ARRAY, spacing=(1, "2", 1)), TypeError, r"spacing\[1\]='2' must be a n"),
+    (lambda: volux.resize(ARRAY, spacing=(1, None, 1)), TypeError, r"spacing\[1\]=None must be a"),
     (lambda: GRID[1], TypeError, "must be made of slices, such as 10:20"),
     (lambda: GRID[:, :, :, :], ValueError, "has 4 slices; the grid has 3 axes"),
 ]
@@ -227,6 +235,7 @@ STRANGERS = [
     (None, TypeError, "image is a NoneType"),
     (np.zeros((4, 4)), ValueError, r"shape \(4, 4\).*image\[np\.newaxis\]"),
     (np.zeros((2, 2, 2, 2, 2)), ValueError, "joins the others to channels"),
+    (np.zeros(4), ValueError, r"shape \(4,\); it must have three axes, and a fourth for channels$"),
     (np.zeros((0, 2, 2)), ValueError, r"shape \(0, 2, 2\), and so no voxels"),
     (np.zeros((2, 2, 2), object), TypeError, r"dtype object; .*image\.astype\('float64'\)"),
     (np.zeros((2, 2, 2), complex), TypeError, r"image\.real and image\.imag"),

@@ -2,6 +2,8 @@
 
 from __future__ import annotations
 
+from abc import ABC, abstractmethod
+
 import numpy as np
 import numpy.typing as npt
 
@@ -26,7 +28,7 @@ def listed(points: Matrix) -> Matrix:
     return points if points.ndim == 2 else points.reshape(-1, 3)
 
 
-class PointMap:
+class PointMap(ABC):
     """What takes points of the world to others."""
 
     __slots__ = ()
@@ -49,6 +51,6 @@ class PointMap:
         self._move(listed(given), results.reshape(-1, 3))
         return results
 
+    @abstractmethod
     def _move(self, points: Matrix, results: Matrix) -> None:
         """Write where points (n, 3) lead to an array of as many."""
-        raise NotImplementedError

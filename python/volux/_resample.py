@@ -27,6 +27,10 @@ if TYPE_CHECKING:
     from typing_extensions import Unpack
 
 
+# How the library begins to say that a brick lacks what is read.
+_TOO_SMALL = "An index or an extent does not fit"
+
+
 class AliasingWarning(UserWarning):
     """A result of larger voxels than its source, made without a decision about aliasing."""
 
@@ -109,8 +113,8 @@ def _fill(source: Subject, made: Result, way: Route, how: _core.Reading) -> None
     warp, region = way.warp(), way.region()
     try:
         _core.fill(source.voxels, made.voxels, way.affine, how, warp=warp, region=region)
-    except ValueError:
-        if not way.source.is_box:
+    except ValueError as error:  # that of a progress callback, or of a signal's, among them
+        if not (way.source.is_box and str(error).startswith(_TOO_SMALL)):
             raise
         raise ValueError(
             f"image is the brick {way.source.shape} at {way.source.whole[1]} of a larger one, and "

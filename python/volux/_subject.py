@@ -61,11 +61,6 @@ class Result(NamedTuple):
     grid: Grid  # which names the axes
     is_image: bool
 
-    @property
-    def axes(self) -> Axes:
-        """What the axes of the array are called."""
-        return self.grid._order
-
     def handed_on(self) -> Image | Array:
         """Return it as the caller gave the image: with a place in the world, or as an array."""
         return Image._on(self.array, self.grid._alone()) if self.is_image else self.array
