@@ -76,6 +76,11 @@ def test_readings_of_each_type_are_stored_as_scipy_stores_them(dtype, order, mod
         assert agree(ours.astype(float), theirs.astype(float), np.abs(array.astype(float)).max())
 
 
+def is_invertible(matrix):
+    with np.errstate(all="ignore"):  # numbers near 0 divide by 0 on the way
+        return abs(np.linalg.det(matrix)) > 1e-6
+
+
 @settings(max_examples=100, deadline=None)
 @given(
     matrix=st.lists(st.tuples(steps, steps, steps), min_size=3, max_size=3),
@@ -83,7 +88,7 @@ def test_readings_of_each_type_are_stored_as_scipy_stores_them(dtype, order, mod
     mode=modes,
 )
 def test_an_affine_transform_with_halves_reads_the_voxels_of_scipy(matrix, offset, mode):
-    assume(abs(np.linalg.det(matrix)) > 1e-6)
+    assume(is_invertible(matrix))
     how = {"order": 0, "mode": mode, "cval": 7.0}
     ours = ndimage.affine_transform(ARRAY, matrix, offset, **how)
     assert same_bits(ours, scipy.affine_transform(ARRAY, matrix, offset, **how))
@@ -97,7 +102,7 @@ def test_an_affine_transform_with_halves_reads_the_voxels_of_scipy(matrix, offse
     mode=modes,
 )
 def test_any_affine_transform_reads_what_scipy_reads(matrix, offset, shape, mode):
-    assume(abs(np.linalg.det(matrix)) > 1e-6)
+    assume(is_invertible(matrix))
     how = {"order": 1, "mode": mode, "cval": 7.0, "output_shape": shape}
     ours = ndimage.affine_transform(ARRAY, matrix, offset, **how)
     assert agree(ours, scipy.affine_transform(ARRAY, matrix, offset, **how))
