@@ -27,9 +27,14 @@ def wheel(is_fresh):
     return next(DIST.glob("*.whl"))
 
 
+def environment(group):
+    """Returns Python in the environment of a group of python/requirements."""
+    return f"{output_of([ROOT / 'scripts' / 'python-env', group], text=True).strip()}/bin/python"
+
+
 def interpreter(group, is_fresh=False):
     """Returns Python in the environment of a group of python/requirements, with the wheel in it."""
-    folder = output_of([ROOT / "scripts" / "python-env", group], text=True).strip()
-    succeed([f"{folder}/bin/pip", "install", "--no-index", "--no-deps", "--force-reinstall",
+    python = environment(group)
+    succeed([python, "-m", "pip", "install", "--no-index", "--no-deps", "--force-reinstall",
              wheel(is_fresh)])
-    return f"{folder}/bin/python"
+    return python

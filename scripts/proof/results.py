@@ -25,7 +25,8 @@ class Result:
 
 def sources_today(check):
     """Returns the digest of the sources that a result of a check, a module, would hold for now."""
-    return provenance.sources(getattr(check, "WITH_RESAMPLE", False))
+    return provenance.sources(getattr(check, "WITH_RESAMPLE", False),
+                              getattr(check, "MORE_SOURCES", ()))
 
 
 @dataclasses.dataclass

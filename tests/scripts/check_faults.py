@@ -11,8 +11,9 @@ ROOT = Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "scripts"))
 
 from evidence import provenance  # noqa: E402  (the path comes first)
+from evidence.commands import Failure  # noqa: E402
 from proof import (boundary, bulk, coverage, differential, digest, exhaustion, fuzz,  # noqa: E402
-                   load, mutants, sanitizers, sequences)
+                   load, mutants, python_coverage, python_mutants, sanitizers, sequences)
 
 
 def options_of(check, *arguments):
@@ -259,6 +260,74 @@ class Mutants(unittest.TestCase):
                 self.assertTrue(mutants.run_sample(options).passed)
         self.assertEqual(tried[0], tried[1])
         self.assertNotEqual(tried[0], tried[2])
+
+
+class PythonCoverage(unittest.TestCase):
+    SITE = "env/lib/python3.11/site-packages/volux"
+
+    def judge(self, **missing):
+        """The result where lines of some files are not reached."""
+        names = ("_grid.py", "dask.py", "ndimage.py", "tool/_cli.py", "scale/_plan.py")
+        files = {f"{self.SITE}/{name}": self.found(missing.get(Path(name).stem, []))
+                 for name in names}
+        return python_coverage.result_of(files, 7, python_coverage.PARTS)
+
+    @staticmethod
+    def found(lines):
+        summary = {"num_statements": 50, "covered_lines": 50 - len(lines), "num_branches": 10,
+                   "covered_branches": 10}
+        return {"summary": summary, "missing_lines": lines, "missing_branches": []}
+
+    def test_a_line_of_the_package_proper_that_no_test_reaches_fails_and_is_listed(self):
+        self.assertTrue(self.judge().passed)
+        failed = self.judge(ndimage=[12])
+        self.assertFalse(failed.passed)
+        self.assertEqual(failed.tables[1].rows, [["`ndimage.py`", "12", ""]])
+
+    def test_a_line_of_the_command_is_listed_and_fails_only_with_others(self):
+        self.assertTrue(self.judge(_cli=[3]).passed)
+        self.assertEqual(self.judge(_cli=[3]).tables[1].rows, [["`tool/_cli.py`", "3", ""]])
+        self.assertFalse(self.judge(_cli=list(range(20))).passed)
+
+    def test_each_file_counts_in_its_part(self):
+        self.assertEqual([row[1] for row in self.judge().tables[0].rows], [2, 1, 2])
+
+    def test_tests_that_fail_measure_nothing(self):
+        done = subprocess.CompletedProcess([], 1, "1 failed, 7 passed in 1 s", "")
+        with tempfile.TemporaryDirectory() as folder, \
+                mock.patch.object(python_coverage, "FOLDER", Path(folder) / "counts"), \
+                mock.patch.multiple(python_coverage.commands, LOGS=Path(folder),
+                                    run=lambda *_, **__: done):
+            with self.assertRaisesRegex(Failure, "tests fail while what they reach is measured"):
+                python_coverage.run_tests("python", [])
+
+
+class PythonMutants(unittest.TestCase):
+    def judge(self, *verdicts, campaign=False):
+        rows = [[f"id{n}", "_grid.py", "1", "number", "1 -> 2", verdict, ""]
+                for n, verdict in enumerate(verdicts)]
+        with mock.patch.object(python_mutants, "read", lambda _: {"id0": ["id0", "none can tell"]}):
+            return python_mutants.result_of(rows, campaign, True)
+
+    def test_a_survivor_that_nobody_has_explained_fails(self):
+        self.assertTrue(self.judge("survived", "killed").passed)
+        failed = self.judge("killed", "survived")
+        self.assertFalse(failed.passed)
+        self.assertIn("id1: let a test kill it", failed.summary)
+
+    def test_an_explanation_of_what_a_test_kills_fails_a_campaign(self):
+        many = ["killed"] * python_mutants.FEWEST
+        self.assertTrue(self.judge("survived", *many, campaign=True).passed)
+        self.assertFalse(self.judge("killed", *many, campaign=True).passed)
+
+    def test_a_campaign_has_its_number_of_mutants(self):
+        self.assertFalse(self.judge("survived", "killed", campaign=True).passed)
+
+    def test_every_file_has_tests_and_those_of_its_name_come_first(self):
+        sources = ROOT / "python" / "volux"
+        for path in sources.rglob("*.py"):
+            self.assertTrue(python_mutants.tests_of(path.relative_to(sources).as_posix()), path)
+        self.assertEqual(python_mutants.tests_of("_grid.py")[0].name, "test_grids.py")
 
 
 if __name__ == "__main__":

@@ -38,7 +38,7 @@ def standing(*records):
 
 class Marks(unittest.TestCase):
     def setUp(self):
-        patch = mock.patch.object(provenance, "sources", lambda with_resample: TODAY)
+        patch = mock.patch.object(provenance, "sources", lambda *_: TODAY)
         patch.start()
         self.addCleanup(patch.stop)
 
