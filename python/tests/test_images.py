@@ -2,6 +2,7 @@
 
 import gc
 import pickle
+from types import SimpleNamespace
 
 import numpy as np
 import pytest
@@ -181,6 +182,11 @@ def test_a_picture_of_sitk_is_refused_with_the_call_that_makes_a_volume():
 def test_what_is_no_image_of_the_library_is_refused(convert):
     with pytest.raises(TypeError, match="image is a ndarray; it must be an image of"):
         convert(volume())
+
+
+def test_an_image_of_nibabel_has_an_affine():
+    with pytest.raises(TypeError, match="is a SimpleNamespace; it must be an image of nibabel"):
+        volux.Image.from_nibabel(SimpleNamespace(dataobj=volume()))
 
 
 def test_a_displacement_field_of_sitk_leads_where_it_leads_there():

@@ -20,6 +20,7 @@ from volux import ndimage
 
 from .volumes import same_bits, volume
 
+MANY = 100_000 if os.environ.get("VOLUX_LONG") == "1" else 2000
 ARRAY = volume("int16", (48, 48, 48))
 SHEAR = np.eye(4) + np.eye(4, k=1) * [[0.1], [0.1], [0.1], [0]]
 GRID = volux.Grid((48, 48, 48), SHEAR)
@@ -135,7 +136,7 @@ def private_kilobytes():
 @pytest.mark.parametrize("name", CALLS)
 def test_thousands_of_calls_of_each_kind_leave_no_memory_behind(name):
     def call():
-        for _ in range(2000):
+        for _ in range(MANY):
             CALLS[name]()
 
     call()

@@ -153,6 +153,10 @@ def test_an_out_does_not_go_with_a_sequence():
         (lambda: volux.Plane((0, 0, 0), (0, 0, 1), (0, 1, 0), (2, 2, 2), 1.0), "rows and columns"),
         (lambda: volux.Plane((0, 0, 0), (0, 0, 1), (0, 1, 0), (2, 2), (1, 1)), "between planes"),
         (lambda: volux.Plane.through((0, 0, 0), (1, 0, 0), (2, 0, 0), (2, 2), 1), "on one line"),
+        (
+            lambda: volux.Plane.through((0, 0, 0), (1, 0), (2, 1, 0), (2, 2), 1),
+            r"^q=.* has 2",
+        ),
         (lambda: volux.Plane.along([(0, 0, 0)], (0, 1, 0), (2, 2), 1), "points must go on"),
         (lambda: PLANE.stack(2, direction=(0, 0, 0)), "direction=.* must not be 0"),
         (lambda: PLANE.stack(2, direction=steps(PLANE)[1]), "must leave the plane"),

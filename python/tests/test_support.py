@@ -106,6 +106,13 @@ def test_a_brick_serves_no_other_call(call):
         call(brick)
 
 
+def test_a_brick_may_have_channels():
+    colours = np.stack([ARRAY, -ARRAY], axis=-1)
+    brick = volux.Image.brick(colours[:4], WHOLE[:4])
+    made = volux.resample(brick, WHOLE[:2])
+    assert same_bits(made.array, np.ascontiguousarray(colours[:2]))
+
+
 def test_a_brick_has_the_shape_of_its_grid():
     with pytest.raises(
         ValueError, match=r"array has the shape \(7, 8, 9\), and the grid \(2, 8, 9\)"

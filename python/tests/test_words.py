@@ -134,7 +134,7 @@ REFUSALS = [
     (
         lambda: volux.resample(ARRAY, (2, 2, 2)),
         TypeError,
-        "grid is a tuple; it must be a volux.Grid",
+        r"grid is a tuple; it must be a volux\.Grid$",
     ),
     (lambda: volux.resample(ARRAY, IMAGE), TypeError, "like= takes images"),
     (lambda: volux.resample(ARRAY, like=GRID), TypeError, "grid= takes grids"),

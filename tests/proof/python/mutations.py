@@ -39,6 +39,10 @@ class WithoutTypes(ast.NodeTransformer):
         node.returns = None
         return self.generic_visit(node)
 
+    def visit_ClassDef(self, node):
+        node.keywords = [word for word in node.keywords if word.arg != "total"]  # of a TypedDict
+        return self.generic_visit(node)
+
     def visit_arg(self, node):
         node.annotation = None
         return node
