@@ -1,4 +1,5 @@
 """Mutation of the Python package: its tests must notice each small mistake put into it."""
+import collections
 import dataclasses
 import fnmatch
 import json
@@ -11,7 +12,8 @@ from pathlib import Path
 from evidence import package
 from evidence.commands import ROOT, Failure, output_of
 
-from .mutants import explanations, outcome, read, row_of, tally, write
+from .mutants import explanations, outcome, read, row_of, write
+from .python_coverage import part_of
 from .python_suite import SLOW, TESTS
 from .results import Result, Table
 
@@ -21,6 +23,7 @@ MORE_SOURCES = package.FOLDERS
 CI_RUN = ["--sample", "3"]
 WHOLE_RUN = ["--sample", "12"]
 
+SOURCES = ROOT / "python" / "volux"
 PROGRAMS = ROOT / "tests" / "proof" / "python"
 FOLDER = ROOT / "build" / "proof" / "python-mutants"
 JOURNAL = FOLDER / "journal.tsv"
@@ -36,6 +39,7 @@ SUITE = {
     "tool/*": "tool/test_*",
     "scale/*": "scale/test_*",
     "dask.py": "scale/test_dask.py",
+    "_threads.py": "test_running.py",
     "*": "test_*",
 }
 TOO_SLOW = "not 200_broken and not killed and not memory and not signal and not processes"
@@ -45,7 +49,7 @@ def tests_of(file):
     """Returns the tests that meet a mistake in a file, those that are called like it first."""
     words = next(words for pattern, words in SUITE.items() if fnmatch.fnmatch(file, pattern))
     found = [path for word in words.split() for path in sorted(TESTS.glob(word))
-             if path.name not in SLOW or path.parent.name == "scale"]
+             if path.name not in SLOW or word == path.name or path.parent.name == "scale"]
     stem = Path(file).stem.strip("_")[:6]
     return sorted(found, key=lambda path: stem not in path.name)
 
@@ -102,8 +106,19 @@ class Tree:
                 raise Failure(f"the tests of {suite} fail without a mistake, too: {said}.")
 
 
-def all_mutants(interpreter):
-    said = output_of([interpreter, PROGRAMS / "mutations.py", ROOT / "python" / "volux"], text=True)
+def files_like(pattern):
+    """Returns the files of the package whose names a pattern fits, all without one."""
+    found = sorted(path.relative_to(SOURCES).as_posix() for path in SOURCES.rglob("*.py"))
+    files = [file for file in found if pattern is None or fnmatch.fnmatch(file, pattern)]
+    if not files:
+        raise Failure(f"--file {pattern} fits no file of the package.")
+    return files
+
+
+def mutants_of(files):
+    """Returns the mistakes that are drawn of files."""
+    said = output_of([package.environment("mutants"), PROGRAMS / "mutations.py", SOURCES, *files],
+                     text=True)
     return [Mutant(**json.loads(line)) for line in said.splitlines()]
 
 
@@ -131,7 +146,9 @@ def decided(options):
             if row[5] != "survived" or key in explained}
 
 
-def run_campaign(options, mutants, tree):
+def run_campaign(options, tree):
+    mutants = mutants_of(files_like(options.file))
+    tree.prove_sound([mutant.file for mutant in mutants])
     known = decided(options)
     todo = [mutant for mutant in mutants if mutant.id not in known]
     print(f"  {len(mutants)} mutants, {len(mutants) - len(todo)} decided before", flush=True)
@@ -143,11 +160,28 @@ def run_campaign(options, mutants, tree):
     return result_of(rows, whole, whole)
 
 
-def run_sample(options, mutants, tree):
+def run_sample(options, tree):
+    """Tries a mistake in each of some files."""
     seed = options.seed or package.sources()
-    sample = random.Random(seed).sample(mutants, min(options.sample, len(mutants)))
+    draw = random.Random(seed)
+    files = files_like(options.file)
+    drawn = [draw.choice(found) for file in draw.sample(files, min(options.sample, len(files)))
+             if (found := mutants_of([file]))]
     print(f"  seed {seed}", flush=True)
-    return result_of(list(tried(tree, sample, None).values()), False, options.file is None)
+    return result_of(list(tried(tree, drawn, None).values()), False, options.file is None)
+
+
+def tally(rows, name, key, explained):
+    """Returns how many mutants ended how, by what a key says of their rows."""
+    counts = collections.defaultdict(collections.Counter)
+    for row in rows:
+        for group in (key(row), "all"):
+            counts[group][outcome(row, explained)] += 1
+    order = sorted(counts.keys() - {"all"}) + ["all"]
+    outcomes = ("killed", "explained", "unexplained")
+    return Table(f"Mutants by {name}", [name, "mutants", *outcomes],
+                 [[group, counts[group].total(), *(counts[group][one] for one in outcomes)]
+                  for group in order])
 
 
 def result_of(rows, campaign, complete):
@@ -164,7 +198,8 @@ def result_of(rows, campaign, complete):
                     f"{EXPLAINED.relative_to(ROOT)})")
     if wrong:
         summary += f"; explained without need: {', '.join(wrong)}"
-    tables = [tally(rows, 1, "file", explained), tally(rows, 3, "kind", explained)]
+    tables = [tally(rows, "part", lambda row: part_of(row[1])[0], explained),
+              tally(rows, "operator", lambda row: row[3], explained)]
     if left:
         tables.append(Table("Survivors", ["id", "file", "line", "kind", "change"],
                             [row[:5] for row in left]))
@@ -177,7 +212,7 @@ def result_of(rows, campaign, complete):
 
 def add_arguments(parser):
     parser.add_argument("--sample", type=int, metavar="N",
-                        help="try N of them, which the sources draw")
+                        help="try one in each of N files, which the sources draw")
     parser.add_argument("--seed", help="draws the sample by this instead")
     parser.add_argument("--file", metavar="PATTERN", help="only files like this, as in 'tool/*'")
     parser.add_argument("--afresh", action="store_true", help="try again what was decided before")
@@ -186,16 +221,8 @@ def add_arguments(parser):
 def run(options):
     if options.sample is not None and options.sample < 1:
         raise Failure("--sample wants a number from 1.")
-    mutator = package.environment("mutants")
-    mutants = [mutant for mutant in all_mutants(mutator)
-               if options.file is None or fnmatch.fnmatch(mutant.file, options.file)]
-    if not mutants:
-        raise Failure("no mutant is like that.")
     interpreter = package.interpreter("lint")
     installed = output_of([interpreter, "-c", "import volux; print(*volux.__path__)"], text=True,
                           cwd="/").strip()
     tree = Tree(interpreter, installed)
-    if options.sample is None:
-        tree.prove_sound([mutant.file for mutant in mutants])
-        return run_campaign(options, mutants, tree)
-    return run_sample(options, mutants, tree)
+    return run_campaign(options, tree) if options.sample is None else run_sample(options, tree)

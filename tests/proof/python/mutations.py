@@ -4,7 +4,7 @@ In every place where an operator changes something one change is a candidate. A 
 draws some candidates of each file, one of each operator in turn, so that a change of the sources
 changes few of them. Left out are texts, and what no run can tell from the original: types, and what
 only those read who check them.
-Usage: mutations.py FOLDER
+Usage: mutations.py FOLDER FILE ...
 """
 import ast
 import collections
@@ -48,6 +48,8 @@ class WithoutTypes(ast.NodeTransformer):
         return node
 
     def visit_AnnAssign(self, node):
+        if getattr(node.annotation, "id", None) == "TypeAlias":
+            return ast.Pass()
         node.annotation = ast.Constant(None)
         return self.generic_visit(node)
 
@@ -128,12 +130,11 @@ def change(source, mutated):
     return " ".join(f"{was} -> {now}".split())
 
 
-def main(folder):
-    for path in sorted(folder.rglob("*.py")):
-        file = path.relative_to(folder).as_posix()
-        for mistake in mistakes(file, path.read_text(encoding="utf-8")):
+def main(folder, *files):
+    for file in files:
+        for mistake in mistakes(file, (Path(folder) / file).read_text(encoding="utf-8")):
             print(json.dumps(mistake))
 
 
 if __name__ == "__main__":
-    main(Path(sys.argv[1]))
+    main(*sys.argv[1:])
