@@ -20,7 +20,7 @@ from ..tool.runs import nibabel
 pytest.importorskip("zarr", reason="plans need the extra: pip install 'volux[scale]'")
 
 ALL = os.environ.get("VOLUX_LONG") == "1"
-SOME = 4
+SOME = 3
 SHORT = -1  # a write of half of what is asked for
 
 FAILURES = (errno.ENOSPC, errno.EIO)
