@@ -22,7 +22,7 @@ LOG = "proof-python-coverage"
 # tests must reach, in per cent of its lines and branches.
 PARTS = ("volux", "volux.tool", "volux.scale")
 GOALS = {"volux": 100.0, "volux.tool": 95.0, "volux.scale": 95.0}
-# On a disk that is full coverage could not write what it has counted, and it asks for memory itself.
+# On a full disk coverage could not write what it has counted, and it asks for memory itself.
 NOT_MEASURED = "not disk_that_is_full and not request_for_memory"
 
 
