@@ -53,6 +53,16 @@ def test_a_box_made_of_what_it_reads_has_the_bits_of_the_whole(
     assert same_bits(made.array, np.ascontiguousarray(whole.array[wanted]))
 
 
+def test_a_box_of_a_grid_that_names_no_axes_has_the_bits_of_the_whole():
+    image = volux.Image(np.sqrt(ARRAY), PLACE)
+    grid = volux.Grid(GRID.shape, GRID.affine)
+    whole = volux.resample(image, grid).array
+    for n in range(GRID.shape[0]):
+        assert same_bits(
+            volux.resample(image, grid[n : n + 1, 2:]).array, whole[n : n + 1, 2:].copy()
+        )
+
+
 def test_only_what_is_read_is_asked_for():
     grid = volux.Grid((10, 10, 10), np.eye(4))
     read = volux.support(grid, np.s_[2:5, :, 7:8], image=grid, interpolation="nearest")
