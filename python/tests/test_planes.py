@@ -146,13 +146,16 @@ def test_an_out_does_not_go_with_a_sequence():
     [
         (
             lambda: volux.Plane((0, 0, 0), (0, 0, 0), (0, 1, 0), (2, 2), 1.0),
-            "normal=.*must not be 0",
+            r"normal=\(0\.0, 0\.0, 0\.0\) must not be 0 and up=\(0\.0, 1\.0, 0\.0\)",
         ),
         (lambda: volux.Plane((0, 0, 0), (0, 2, 0), (0, 1, 0), (2, 2), 1.0), "up=.* not parallel"),
         (lambda: volux.Plane((0, 0), (0, 0, 1), (0, 1, 0), (2, 2), 1.0), "x, y and z in the world"),
         (lambda: volux.Plane((0, 0, 0), (0, 0, 1), (0, 1, 0), (2, 2, 2), 1.0), "rows and columns"),
         (lambda: volux.Plane((0, 0, 0), (0, 0, 1), (0, 1, 0), (2, 2), (1, 1)), "between planes"),
-        (lambda: volux.Plane.through((0, 0, 0), (1, 0, 0), (2, 0, 0), (2, 2), 1), "on one line"),
+        (
+            lambda: volux.Plane.through((0, 0, 0), (1, 0, 0), (2, 0, 0), (2, 2), 1),
+            r"p=\(0\.0, .*, q=\(1\.0, .* and r=\(2\.0, .* must not be on one line",
+        ),
         (
             lambda: volux.Plane.through((0, 0, 0), (1, 0), (2, 1, 0), (2, 2), 1),
             r"^q=.* has 2",

@@ -89,3 +89,11 @@ def test_a_volume_that_keeps_its_size_keeps_its_place_exactly():
         made = volux.resize(image, interpolation="cubic", **wanted)
         assert made.affine.tobytes() == oblique.tobytes()
         assert same_bits(made.array, image.array)
+
+
+@pytest.mark.parametrize("seed", range(8))
+def test_a_volume_of_the_same_voxels_stays_in_its_place_to_the_last_bit(seed):
+    turned = placed(np.random.default_rng(seed).normal(0.0, 3.0, (3, 4)))
+    image = volux.Image(volume(), turned)
+    for same in ({"scale": 1}, {"shape": image.array.shape}, {"spacing": image.spacing}):
+        assert volux.resize(image, **same).affine.tolist() == turned.tolist()

@@ -82,7 +82,7 @@ def test_a_brick_without_what_is_read_is_refused():
     image = volux.Image(ARRAY, PLACE)
     brick = volux.Image.brick(ARRAY[:2], image.grid[:2])
     with pytest.raises(
-        ValueError, match=r"image is the brick .* lacks what the grid reads: volux\.support"
+        ValueError, match=r"image is the brick \(2, 8, 9\) at \(0, 0, 0\) of .*: volux\.support"
     ):
         volux.resample(brick, GRID, antialias=None)
 

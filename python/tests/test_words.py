@@ -106,6 +106,7 @@ REFUSALS = [
         "torch's name for it; here it is align='centres'",
     ),
     (lambda: resize(align=False), TypeError, "here it is align='edges'"),
+    (lambda: resize(align=True), TypeError, "here it is align='centres'"),
     (lambda: resample(fill="0"), TypeError, "fill='0' must be a number"),
     (
         lambda: resample(fill=0.5),
@@ -143,6 +144,7 @@ REFUSALS = [
         TypeError,
         "must both be a volux.Image or both a plain",
     ),
+    (lambda: volux.resample(IMAGE, like=ARRAY), TypeError, "like and image must both be a volux"),
     (lambda: volux.resize(ARRAY), TypeError, "one of shape=, spacing=, scale= is required"),
     (lambda: resize(scale=2), ValueError, "shape=.*scale=2: shape and scale exclude one another"),
     (lambda: volux.resize(ARRAY, shape=(2, 2)), ValueError, "has 2 numbers; it must be 3"),
