@@ -62,7 +62,7 @@ NOT_YET = {
     r"close new\.plan\.json$": "the plan stays, and its store is taken away",
 }
 # What these have made stays, and they go on from there.
-GOING_ON = ["run begun.plan.json --threads 1", "pyramid made.zarr --levels 2"]
+GOING_ON = ["run begun.plan.json --threads 1", "pyramid made.zarr --levels 2 --quiet"]
 
 
 @pytest.fixture(scope="module")
