@@ -50,6 +50,7 @@ SUITE = (
     ("_threads.py", "test_running.py"),
     ("*", "test_*"),
 )
+NO_VERDICT = (3, 4, 5)  # what pytest exits with when it breaks down, or has no test to run
 TOO_SLOW = "not 200_broken and not killed and not memory_behind and not signal and not processes"
 
 
@@ -94,6 +95,8 @@ class Tree:
         self.trials.stdin.write(json.dumps(words) + "\n")
         self.trials.stdin.flush()
         code, _, said = self.trials.stdout.readline().strip().partition(" ")
+        if not code or int(code) in NO_VERDICT:
+            raise Failure(f"pytest does not run the tests of {file}: {said or 'it has ended'}.")
         return int(code), said.removeprefix("python/tests/")
 
     def verdict(self, mutant):

@@ -1,5 +1,6 @@
 """Each check of scripts/prove finds the faults that are planted for it. Nothing is built."""
 import argparse
+import io
 import subprocess
 import sys
 import tempfile
@@ -322,6 +323,14 @@ class PythonMutants(unittest.TestCase):
 
     def test_a_campaign_has_its_number_of_mutants(self):
         self.assertFalse(self.judge("survived", "killed", campaign=True).passed)
+
+    def test_tests_that_do_not_run_notice_nothing(self):
+        for said in ("", "4 no such file\n", "5 no tests ran\n"):
+            tree = mock.Mock(trials=mock.Mock(stdout=io.StringIO(said)))
+            with self.assertRaisesRegex(Failure, "pytest does not run the tests of _grid.py"):
+                python_mutants.Tree.test(tree, "_grid.py")
+        tree = mock.Mock(trials=mock.Mock(stdout=io.StringIO("1 python/tests/test_grids.py::a\n")))
+        self.assertEqual(python_mutants.Tree.test(tree, "_grid.py"), (1, "test_grids.py::a"))
 
     def test_every_file_has_tests_and_those_of_its_name_come_first(self):
         sources = ROOT / "python" / "volux"
