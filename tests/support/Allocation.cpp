@@ -7,7 +7,7 @@
 
 extern "C" {
 // Names that the C library and the sanitizers fix.
-// NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp,readability-identifier-naming)
+// NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming)
 void* __libc_calloc(std::size_t count, std::size_t size);
 void __libc_free(void* block);
 
@@ -22,7 +22,7 @@ const char* __tsan_default_options()
 {
     return "allocator_may_return_null=1";
 }
-// NOLINTEND(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp,readability-identifier-naming)
+// NOLINTEND(bugprone-reserved-identifier,readability-identifier-naming)
 }
 
 namespace volux::test {

@@ -8,7 +8,7 @@
 
 extern "C" {
 // Names that the C library and the sanitizer fix.
-// NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp,readability-identifier-naming)
+// NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming)
 #ifdef VOLUX_TEST_ADDRESS_SANITIZER
 void* __interceptor_calloc(std::size_t count, std::size_t size);
 void __interceptor_free(void* block);
@@ -16,7 +16,7 @@ void __interceptor_free(void* block);
 void* __libc_calloc(std::size_t count, std::size_t size);
 void __libc_free(void* block);
 #endif
-// NOLINTEND(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp,readability-identifier-naming)
+// NOLINTEND(bugprone-reserved-identifier,readability-identifier-naming)
 }
 
 namespace volux::test {
