@@ -1,8 +1,10 @@
 """The Python package as it is published, in an environment of its own."""
+import hashlib
+
 from . import commands, provenance
 from .commands import ROOT, Failure, output_of
 
-DIST = ROOT / "build" / "python" / "published"
+DIST = ROOT / "build" / "python" / "dist"
 FOLDERS = ("python/src", "python/volux")
 LOG = "python-package"
 
@@ -18,12 +20,20 @@ def succeed(command):
         raise Failure(f"{' '.join(map(str, command))} fails; see build/logs/{LOG}.log.")
 
 
-def wheel(is_fresh):
-    """Returns the wheel, built anew if that is wanted or if its sources have changed."""
-    made_of = DIST / "made-of"
-    if is_fresh or not made_of.exists() or made_of.read_text(encoding="utf-8") != sources():
+def ingredients():
+    """Returns what tells one wheel from another: its sources, and how they are built."""
+    recipes = [ROOT / "CMakeLists.txt", ROOT / "pyproject.toml", *(ROOT / "cmake").iterdir()]
+    built = b"".join(path.read_bytes() for path in sorted(recipes))
+    return f"{sources()} {hashlib.sha256(built).hexdigest()}"
+
+
+def wheel(is_fresh=False):
+    """Returns the wheel, built anew if that is wanted or if what it is made of has changed."""
+    made_of = DIST.with_suffix(".made-of")
+    if is_fresh or not made_of.exists() or made_of.read_text(encoding="utf-8") != ingredients():
+        made_of.unlink(missing_ok=True)
         succeed([ROOT / "scripts" / "python-wheel", DIST])
-        made_of.write_text(sources(), encoding="utf-8")
+        made_of.write_text(ingredients(), encoding="utf-8")
     return next(DIST.glob("*.whl"))
 
 

@@ -272,7 +272,7 @@ class Package(unittest.TestCase):
         folder = tempfile.TemporaryDirectory()
         self.addCleanup(folder.cleanup)
         self.built = []
-        for name, value in (("DIST", Path(folder.name)), ("succeed", self.build),
+        for name, value in (("DIST", Path(folder.name) / "dist"), ("succeed", self.build),
                             ("sources", lambda: self.today)):
             patch = mock.patch.object(package, name, value)
             patch.start()
@@ -280,6 +280,7 @@ class Package(unittest.TestCase):
 
     def build(self, command):
         self.built.append(self.today)
+        command[1].mkdir(exist_ok=True)
         (command[1] / "volux-1.whl").touch()
 
     def test_is_built_anew_if_its_sources_have_changed_or_if_that_is_wanted(self):
