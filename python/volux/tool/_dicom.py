@@ -8,7 +8,7 @@ from typing import Any
 import numpy as np
 
 from volux._types import Matrix
-from volux.tool._errors import Refusal
+from volux.tool._errors import Refusal, is_short_of_memory
 from volux.tool._files import Scan
 from volux.tool._itk import FAULTS, reason, scan_of, sitk
 
@@ -27,6 +27,8 @@ def read(path: str) -> Scan:
     try:
         return scan_of(path, reader.Execute(), "DICOM series")
     except FAULTS as error:
+        if is_short_of_memory(error):
+            raise
         raise Refusal(f"{path}: SimpleITK cannot read the series: {reason(error)}") from None
 
 

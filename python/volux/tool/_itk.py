@@ -11,7 +11,7 @@ import numpy as np
 from volux import Grid, Image
 from volux._sitk import turned
 from volux._types import Array, Matrix
-from volux.tool._errors import Refusal, needed
+from volux.tool._errors import Refusal, is_short_of_memory, needed
 from volux.tool._files import (
     Scan,
     image_of,
@@ -56,7 +56,9 @@ def grid_of(path: str) -> Grid:
     return placed_grid(path, reader.GetSize(), _affine(reader))
 
 
-def _unreadable(path: str, error: Exception) -> Refusal:
+def _unreadable(path: str, error: Exception) -> Exception:
+    if is_short_of_memory(error):
+        return error
     return Refusal(f"{path}: SimpleITK cannot read it: {reason(error)}; name a file of a volume")
 
 
@@ -110,6 +112,8 @@ def write(scan: Scan, path: Path) -> None:
     try:
         module.WriteImage(image, str(path))
     except FAULTS as error:
+        if is_short_of_memory(error):
+            raise
         said = reason(error).replace(f"{path.parent}/", "")
         raise Refusal(
             f"{path.name}: SimpleITK cannot write it: {said}; .nii.gz holds all"

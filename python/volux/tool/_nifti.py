@@ -51,7 +51,7 @@ def read(path: str) -> Scan:
         with _overheard(nibabel) as said:
             scan = _scan(path, _loaded(path))
         return scan.made(scan.stored, notes=(*said, *scan.notes))
-    except Refusal:
+    except (Refusal, MemoryError):
         raise
     except Exception as error:  # of gzip, of zlib, of nibabel: whatever a broken file leads to
         raise Refusal(
@@ -88,7 +88,7 @@ def read_stream() -> Scan:
         plain = gzip.decompress(data) if data.startswith(_GZIP) else data
         kind = nibabel.Nifti2Image if plain[:4] in _SIZES_OF_2 else nibabel.Nifti1Image
         return _scan(STREAM, kind.from_stream(BytesIO(plain)))
-    except Refusal:
+    except (Refusal, MemoryError):
         raise
     except Exception as error:  # as above
         raise Refusal(f"stdin: is no NIfTI that nibabel can read: {_line(error)}") from None

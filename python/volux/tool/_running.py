@@ -87,7 +87,7 @@ def _misused(error: Any, given: list[str]) -> str:
 
 def _described(error: Exception) -> str:
     if isinstance(error, MemoryError):
-        return f"not enough memory: --dry-run says how much is needed ({error or 'no details'})"
+        return "there is not enough memory; end other programs, or allow more (ulimit -v)"
     return f"failed, for a reason that it should have said itself: {type(error).__name__}: {error}"
 
 
