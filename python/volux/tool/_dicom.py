@@ -10,7 +10,7 @@ import numpy as np
 from volux._types import Matrix
 from volux.tool._errors import Refusal, is_short_of_memory
 from volux.tool._files import Scan
-from volux.tool._itk import FAULTS, reason, scan_of, sitk
+from volux.tool._itk import FAULTS, reason, scan_of, sitk, unheard
 
 _POSITION = "0020|0032"
 _ORIENTATION = "0020|0037"
@@ -25,7 +25,9 @@ def read(path: str) -> Scan:
     reader = sitk().ImageSeriesReader()
     reader.SetFileNames(names)
     try:
-        return scan_of(path, reader.Execute(), "DICOM series")
+        with unheard():
+            found = reader.Execute()
+        return scan_of(path, found, "DICOM series")
     except FAULTS as error:
         if is_short_of_memory(error):
             raise
@@ -61,7 +63,8 @@ def _placed(path: str, name: str) -> tuple[Matrix, Matrix]:
     reader: Any = sitk().ImageFileReader()
     reader.SetFileName(name)
     try:
-        reader.ReadImageInformation()
+        with unheard():
+            reader.ReadImageInformation()
         position = np.array(reader.GetMetaData(_POSITION).split("\\"), dtype=float)
         rows = np.array(reader.GetMetaData(_ORIENTATION).split("\\"), dtype=float)
     except (*FAULTS, ValueError) as error:

@@ -2,7 +2,10 @@
 
 from __future__ import annotations
 
+import os
 import re
+from collections.abc import Iterator
+from contextlib import contextmanager
 from pathlib import Path
 from typing import Any
 
@@ -35,11 +38,30 @@ def sitk() -> Any:
     return module
 
 
+@contextmanager
+def unheard() -> Iterator[None]:
+    """Send nowhere what libraries below SimpleITK print: its exceptions say what has failed."""
+    try:
+        stderr = os.dup(2)
+    except OSError:  # it is closed
+        yield
+        return
+    nowhere = os.open(os.devnull, os.O_WRONLY)
+    try:
+        os.dup2(nowhere, 2)
+        yield
+    finally:
+        os.dup2(stderr, 2)
+        os.close(stderr)
+        os.close(nowhere)
+
+
 def read(path: str) -> Scan:
     """Read a file by SimpleITK."""
     module = sitk()
     try:
-        found = module.ReadImage(path)
+        with unheard():
+            found = module.ReadImage(path)
     except FAULTS as error:
         raise _unreadable(path, error) from None
     return scan_of(path, found, suffix_of(path).lstrip(".") or "unknown")
@@ -50,7 +72,8 @@ def grid_of(path: str) -> Grid:
     reader = sitk().ImageFileReader()
     reader.SetFileName(path)
     try:
-        reader.ReadImageInformation()
+        with unheard():
+            reader.ReadImageInformation()
     except FAULTS as error:
         raise _unreadable(path, error) from None
     return placed_grid(path, reader.GetSize(), _affine(reader))
@@ -110,14 +133,13 @@ def write(scan: Scan, path: Path) -> None:
     for key, value in (scan.header if isinstance(scan.header, dict) else {}).items():
         image.SetMetaData(key, value)
     try:
-        module.WriteImage(image, str(path))
+        with unheard():
+            module.WriteImage(image, str(path))
     except FAULTS as error:
         if is_short_of_memory(error):
             raise
-        said = reason(error).replace(f"{path.parent}/", "")
-        raise Refusal(
-            f"{path.name}: SimpleITK cannot write it: {said}; .nii.gz holds all"
-        ) from None
+        said = f"SimpleITK cannot write it: {reason(error)}; .nii.gz holds all"
+        raise Refusal(f"{path}: {said}") from None
 
 
 def _image(scan: Scan) -> Any:

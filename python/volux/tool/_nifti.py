@@ -189,7 +189,9 @@ def write(scan: Scan, path: Path) -> None:
 
 def image_with(array: Array, scan: Scan, suffix: str) -> Any:
     """Return nibabel's image of these numbers, with all that the header of a scan says."""
-    made = _class_for(scan, suffix)(array, scan.stored.affine, _header(scan), dtype=array.dtype)
+    kind = _class_for(scan, suffix)
+    with _overheard(needed("nibabel")):  # that NIfTI-1 has become NIfTI-2
+        made = kind(array, scan.stored.affine, _header(scan), dtype=array.dtype)
     header = made.header
     if scan.is_scaled:
         header.set_slope_inter(scan.slope, scan.inter)

@@ -67,6 +67,9 @@ def placed(output: str) -> Iterator[Path]:
         for file in written:
             flush(file)
         _rename(written, path.parent)
+    except Refusal as refusal:  # of a file there, which nobody has named
+        said = str(refusal).replace(f"{folder}/", output.removesuffix(path.name))
+        raise type(refusal)(said) from None
     except OSError as error:
         if error.strerror is None:
             raise
