@@ -170,8 +170,9 @@ def test_a_disk_that_is_full_is_told_and_keeps_what_was_there(output):
     assert left() == ["noise.nii", output]
 
 
+@pytest.mark.usefixtures("ct")
 @pytest.mark.parametrize("typed", ["info x.mha", "info x.nrrd", "resample ct.nii.gz -n -t x.h5"])
-def test_what_libraries_say_of_a_broken_file_is_one_line_of_ours(typed, ct):
+def test_what_libraries_say_of_a_broken_file_is_one_line_of_ours(typed):
     for name in ("x.mha", "x.nrrd", "x.h5"):
         Path(name).write_text("NRRD0004\nObjectType = Image\nthis is a letter\n")
     ran = spawned(*typed.split())

@@ -316,8 +316,8 @@ BEYOND = {
     "a huge NIfTI": (a_huge_nifti, "info x.nii.gz", f"x.nii.gz: {READ}"),
     "a huge NRRD": (a_huge_nrrd, "digest x.nrrd", f"x.nrrd: {READ}"),
     "a huge grid": (PLAIN, f"{HUGE} -o x.nii", "there is less memory; --memory, with less than"),
-    "a huge file of gzip": (PLAIN, f"{HUGE} -o x.nii.gz", "less memory; name an output .nii, which"),
-    "a huge slab": (PLAIN, f"{SLAB} --shape 30000000", "there is less memory; a slab is made at once"),
+    "a huge gzip": (PLAIN, f"{HUGE} -o x.nii.gz", "less memory; name an output .nii, which"),
+    "a huge slab": (PLAIN, f"{SLAB} --shape 30000000", "less memory; a slab is made at once"),
 }
 
 
