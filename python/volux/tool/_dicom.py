@@ -10,7 +10,7 @@ import numpy as np
 from volux._types import Matrix
 from volux.tool._errors import Refusal, is_short_of_memory
 from volux.tool._files import Scan
-from volux.tool._itk import FAULTS, reason, scan_of, sitk, unheard
+from volux.tool._itk import FAULTS, named, reason, scan_of, sitk, unheard
 
 _POSITION = "0020|0032"
 _ORIENTATION = "0020|0037"
@@ -36,7 +36,7 @@ def read(path: str) -> Scan:
 
 def _names(path: str) -> list[str]:
     reader = sitk().ImageSeriesReader
-    series = reader.GetGDCMSeriesIDs(path)
+    series = reader.GetGDCMSeriesIDs(named(path))
     if not series:
         raise Refusal(f"{path}: the folder has no DICOM series; name a file or another folder")
     if len(series) > 1:

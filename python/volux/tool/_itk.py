@@ -56,12 +56,23 @@ def unheard() -> Iterator[None]:
         os.close(nowhere)
 
 
+def named(path: str) -> str:
+    """Return the name of a file, unless SimpleITK would end the process because of it."""
+    try:
+        path.encode()
+    except UnicodeEncodeError:
+        raise Refusal(
+            f"{path}: SimpleITK takes names in UTF-8 alone; rename it, or set LC_ALL to C.UTF-8"
+        ) from None
+    return path
+
+
 def read(path: str) -> Scan:
     """Read a file by SimpleITK."""
     module = sitk()
     try:
         with unheard():
-            found = module.ReadImage(path)
+            found = module.ReadImage(named(path))
     except FAULTS as error:
         raise _unreadable(path, error) from None
     return scan_of(path, found, suffix_of(path).lstrip(".") or "unknown")
@@ -70,7 +81,7 @@ def read(path: str) -> Scan:
 def grid_of(path: str) -> Grid:
     """Return where the voxels of a file lie."""
     reader = sitk().ImageFileReader()
-    reader.SetFileName(path)
+    reader.SetFileName(named(path))
     try:
         with unheard():
             reader.ReadImageInformation()
@@ -134,7 +145,7 @@ def write(scan: Scan, path: Path) -> None:
         image.SetMetaData(key, value)
     try:
         with unheard():
-            module.WriteImage(image, str(path))
+            module.WriteImage(image, named(str(path)))
     except FAULTS as error:
         if is_short_of_memory(error):
             raise

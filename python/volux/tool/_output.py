@@ -135,7 +135,11 @@ def _remove_abandoned(path: Path) -> None:
 
     One that has been made and is not locked yet looks abandoned, so its process looks again.
     """
-    for entry in os.scandir(path.parent):
+    try:
+        entries = os.scandir(path.parent)
+    except PermissionError:  # one may write in a folder that one may not read
+        return
+    for entry in entries:
         if not (entry.name.startswith(f".{path.name}.") and entry.name.endswith(_PARTIAL)):
             continue
         with suppress(OSError):  # locked: its process lives

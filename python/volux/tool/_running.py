@@ -10,6 +10,7 @@ import warnings
 from collections.abc import Iterator
 from contextlib import contextmanager, suppress
 from importlib.util import find_spec
+from io import TextIOWrapper
 from types import FrameType
 from typing import Any
 
@@ -24,6 +25,8 @@ def run(given: list[str]) -> int:
     try:
         with _interruptible(), warnings.catch_warnings():
             warnings.showwarning = _warn
+            if isinstance(sys.stdout, TextIOWrapper):  # names of files are any bytes
+                sys.stdout.reconfigure(errors="surrogateescape")
             code = _run(given)
         print(end="", flush=True)  # what cannot be written any more is told now
     except Refusal as refusal:

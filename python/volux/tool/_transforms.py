@@ -13,7 +13,7 @@ from volux._displacement import Composite, Transform
 from volux._types import Matrix
 from volux.tool._errors import Refusal
 from volux.tool._files import suffix_of
-from volux.tool._itk import FAULTS, reason, sitk, unheard
+from volux.tool._itk import FAULTS, named, reason, sitk, unheard
 
 _ITKS = (".tfm", ".h5", ".hdf5", ".xfm")
 _ITKS_TEXT = b"#Insight Transform File"
@@ -68,7 +68,7 @@ def parts_of(path: str) -> list[Transform]:
 def _itks(path: str) -> list[Transform]:
     try:
         with unheard():
-            found = sitk().ReadTransform(path)
+            found = sitk().ReadTransform(named(path))
     except FAULTS as error:
         raise Refusal(f"{path}: SimpleITK cannot read the transform: {reason(error)}") from None
     if found.GetDimension() != 3:
@@ -113,7 +113,7 @@ def _text(path: str) -> Affine:
 def _field(path: str) -> Transform:
     try:
         with unheard():
-            found = sitk().ReadImage(path)
+            found = sitk().ReadImage(named(path))
     except FAULTS as error:
         raise Refusal(f"{path}: is no transform that SimpleITK reads: {reason(error)}") from None
     if found.GetDimension() != 3 or found.GetNumberOfComponentsPerPixel() != 3:
