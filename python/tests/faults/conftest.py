@@ -44,11 +44,14 @@ def python_with(library):
 
 @pytest.fixture(scope="session")
 def commanded(python_with):
-    """Run a command in a folder with a fault, and return how it ended."""
+    """Run a command in a folder with a fault, and return how it ended.
+
+    A fault is a call's name, which call of this name fails, from 1, and the number of an error.
+    """
     with python_with("serve.py") as server:
 
-        def ask(folder, typed, at=0, error=0):
-            request = {"folder": str(folder), "arguments": typed, "at": at, "error": error}
+        def ask(folder, typed, fault=("", 0, 0)):
+            request = {"folder": str(folder), "arguments": typed, "fault": fault}
             server.stdin.write(json.dumps(request) + "\n")
             server.stdin.flush()
             return json.loads(server.stdout.readline())

@@ -17,12 +17,13 @@
 
 #define PUBLIC __attribute__((visibility("default")))
 
-enum { SHORT = -1 };  // what stands for a short write among the numbers of errors
+enum { SHORT = -1 };  // what stands for a part of what is asked for among the numbers of errors
 
 static struct {
     pthread_mutex_t lock;
     char folder[PATH_MAX];
-    long at, count;  // which call fails, from 1, and how many there have been
+    char call[16];   // its name
+    long at, count;  // which call of this name fails, from 1, and how many there have been
     int error;
     size_t length;
     char calls[1 << 18];  // a line for each: its name and its file
@@ -30,10 +31,11 @@ static struct {
 
 static atomic_long memory_at = -1, memory_count;  // likewise for memory; -1: none are counted
 
-PUBLIC void faults_in_files(const char* folder, long at, int error)
+PUBLIC void faults_in_files(const char* folder, const char* call, long at, int error)
 {
     pthread_mutex_lock(&files.lock);
     strncpy(files.folder, folder, sizeof files.folder - 1);
+    strncpy(files.call, call, sizeof files.call - 1);
     files.at = at;
     files.error = error;
     files.count = 0;
@@ -71,7 +73,7 @@ static int fault(const char* call, const char* path)
         return 0;
     }
     pthread_mutex_lock(&files.lock);
-    const int fails = ++files.count == files.at;
+    const int fails = strcmp(call, files.call) == 0 && ++files.count == files.at;
     const size_t room = sizeof files.calls - files.length;
     const int written = snprintf(files.calls + files.length, room, "%s %s\n", call,
                                  path + strlen(files.folder) + 1);
@@ -197,10 +199,27 @@ PUBLIC int fclose(FILE* file)
     return error ? (int)failed(error) : closed;
 }
 
-// Half of what is to be written, where the write is to be a short one.
+// Half of what is to be read or written, where that is to be less than what is asked for.
 static size_t cut(int error, size_t size)
 {
     return error == SHORT && size > 1 ? size / 2 : size;
+}
+
+PUBLIC ssize_t read(int from, void* data, size_t size)
+{
+    const int error = fault_of("read", from);
+    return error > 0 ? failed(error) : syscall(SYS_read, from, data, cut(error, size));
+}
+
+PUBLIC ssize_t pread(int from, void* data, size_t size, off_t at)
+{
+    const int error = fault_of("read", from);
+    return error > 0 ? failed(error) : syscall(SYS_pread64, from, data, cut(error, size), at);
+}
+
+PUBLIC ssize_t pread64(int from, void* data, size_t size, off64_t at)
+{
+    return pread(from, data, size, at);
 }
 
 PUBLIC ssize_t write(int to, const void* data, size_t size)
@@ -266,6 +285,23 @@ PUBLIC int renameat(int from, const char* old, int to, const char* name)
 PUBLIC int rename(const char* old, const char* name)
 {
     return renameat2(AT_FDCWD, old, AT_FDCWD, name, 0);
+}
+
+PUBLIC int linkat(int from, const char* old, int to, const char* name, int flags)
+{
+    const int error = fault_at("link", to, name);
+    return (int)(error ? failed(error) : syscall(SYS_linkat, from, old, to, name, flags));
+}
+
+PUBLIC int link(const char* old, const char* name)
+{
+    return linkat(AT_FDCWD, old, AT_FDCWD, name, 0);
+}
+
+PUBLIC int mkdir(const char* name, mode_t mode)
+{
+    const int error = fault_at("mkdir", AT_FDCWD, name);
+    return (int)(error ? failed(error) : syscall(SYS_mkdirat, AT_FDCWD, name, mode));
 }
 
 PUBLIC int close(int file)

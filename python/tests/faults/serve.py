@@ -47,9 +47,10 @@ def carry_out(request, faults, calls, said):
     os.chdir(request["folder"])
     os.dup2(said, 2)
     os.dup2(os.open(os.devnull, os.O_RDWR), 1)
-    faults.faults_in_files(request["folder"].encode(), request["at"], request["error"])
+    call, at, error = request["fault"]
+    faults.faults_in_files(request["folder"].encode(), call.encode(), at, error)
     code = main(request["arguments"].split())
-    faults.faults_in_files(b"", 0, 0)
+    faults.faults_in_files(b"", b"", 0, 0)
     os.write(calls, faults.faults_seen())
     return code
 

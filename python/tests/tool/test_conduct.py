@@ -170,6 +170,22 @@ def test_a_disk_that_is_full_is_told_and_keeps_what_was_there(output):
     assert left() == ["noise.nii", output]
 
 
+@pytest.mark.usefixtures("ct")
+@pytest.mark.parametrize("typed", ["info x.mha", "info x.nrrd", "resample ct.nii.gz -n -t x.h5"])
+def test_what_libraries_say_of_a_broken_file_is_one_line_of_ours(typed):
+    for name in ("x.mha", "x.nrrd", "x.h5"):
+        Path(name).write_text("NRRD0004\nObjectType = Image\nthis is a letter\n")
+    ran = spawned(*typed.split())
+    assert (ran.returncode, ran.stdout, ran.stderr.count(b"\n")) == (1, b"", 1)
+    assert ran.stderr.startswith(f"volux: {typed.split()[-1]}: SimpleITK cannot".encode())
+
+
+def test_a_long_axis_becomes_nifti_2_without_a_word_of_the_library(ct):
+    ran = spawned("resize", ct, "-o", "long.nii", "--shape", "32768,1,1", "--no-sidecar")
+    assert (ran.returncode, ran.stderr) == (0, b"volux: long.nii: 32768 x 1 x 1 voxels written\n")
+    assert nibabel.load("long.nii").header["sizeof_hdr"] == 540
+
+
 def test_a_full_stdout_is_told(ct):
     with open("/dev/full", "w") as full:
         ran = spawned("info", ct, stdout=full, stderr=subprocess.PIPE, capture_output=False)

@@ -1,5 +1,6 @@
 """Results with little memory: in parts, with the bytes of the whole."""
 
+import gzip
 import json
 import os
 import resource
@@ -126,7 +127,7 @@ def test_progress_goes_on_from_part_to_part():
 
 
 REFUSED = {
-    "resize a.nii -o x.nii.gz --scale 2 --memory 100kB": "name an output .nii, which is made some",
+    "resize a.nii -o x.nii.gz --scale 2 --memory 100kB": "name an output .nii, which --memory",
     "resize a.nii.gz -o x.nii --scale 2 --memory 2KiB": "allows 2 KiB; gunzip it first",
     "resize a.nii -o x.nii --scale 2 --memory 2KiB": "allows 2 KiB; crop it first",
     f"{RESLICE} 60 --slab 2 -o x.nii --memory 50kB": "a slab is made at once",
@@ -298,3 +299,43 @@ sys.exit(code)
 """
     ran = subprocess.run([sys.executable, "-c", code], capture_output=True, check=True)
     return int(ran.stdout) * 1024
+
+
+def a_huge_nifti():
+    """A header of more voxels than any memory holds, and some of them."""
+    image = nibabel.Nifti1Image(voxels(dtype=np.float64), np.eye(4))
+    header = bytearray(image.header.binaryblock)
+    header[42:48] = np.full(3, 32767, "<i2").tobytes()
+    data = bytes(header) + bytes(10000)
+    Path("x.nii.gz").write_bytes(gzip.compress(data, mtime=0))
+
+
+def a_huge_nrrd():
+    sizes = "type: double\ndimension: 3\nsizes: 60000 60000 60000\nencoding: raw\nendian: little\n"
+    Path("x.nrrd").write_text(f"NRRD0004\n{sizes}\n")
+
+
+READ = "there is not enough memory to read all of it; a .nii that is not compressed is read from"
+HUGE = "resize a.nii --scale 30000"
+SLAB = "reslice a.nii -o x.nii --normal 0,0,1 --slab 2"
+# What is made first, what is typed, and what is said.
+BEYOND = {
+    "a huge NIfTI": (a_huge_nifti, "info x.nii.gz", f"x.nii.gz: {READ}"),
+    "a huge NRRD": (a_huge_nrrd, "digest x.nrrd", f"x.nrrd: {READ}"),
+    "a huge grid": (PLAIN, f"{HUGE} -o x.nii", "there is less memory; --memory, with less than"),
+    "a huge gzip": (PLAIN, f"{HUGE} -o x.nii.gz", "less memory; name an output .nii, which"),
+    "a huge slab": (PLAIN, f"{SLAB} --shape 30000000", "less memory; a slab is made at once"),
+}
+
+
+@pytest.mark.skipif(UNDER_ASAN, reason="the sanitizer ends the process")
+@pytest.mark.parametrize("name", BEYOND)
+def test_what_no_memory_holds_is_refused_with_the_name_of_its_input(name):
+    make, typed, words = BEYOND[name]
+    make()
+    before = left()
+    ended = run(*typed.split())
+    assert (ended.code, ended.out, ended.err.count("\n")) == (1, "", 1)
+    assert ended.err.startswith(f"volux: {typed.split()[1]}: ")
+    assert words in ended.err
+    assert left() == before

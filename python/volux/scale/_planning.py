@@ -222,6 +222,7 @@ def begun(filed: Filed, path: str, place: Grid, *, labels: bool, force: bool) ->
     except BaseException:
         for made in (store, records):
             shutil.rmtree(made, ignore_errors=True)
+        Path(path).unlink(missing_ok=True)
         raise
 
 

@@ -88,13 +88,22 @@ def fitted(plan: Plan, way: Way, limit: int | None, output: str) -> Plan:
     return replace(plan, memory=memory, planes=depth)
 
 
+def short_of_memory(plan: Plan, way: Way, output: str) -> Refusal:
+    """Return what is said when the system has less memory than a result needs."""
+    what = _why_whole(way, output)
+    if not what and plan.planes is None:
+        what = "--memory, with less than there is, makes it some planes at a time"
+    need = f"the result needs {size_text(plan.memory)}, and there is less memory"
+    return Refusal(f"{plan.source.path}: {need}; {what or 'give a smaller --memory'}")
+
+
 def _why_whole(way: Way, output: str) -> str:
     """Return why a result is not made in parts, and what to do about it; or nothing."""
     if way.reads is None:
         return "a slab is made at once: crop first, or make fewer pixels"
     if suffix_of(output) == ".nii":
         return ""
-    return "name an output .nii, which is made some planes at a time"
+    return "name an output .nii, which --memory makes some planes at a time"
 
 
 def _deepest(plan: Plan, way: Way, limit: int) -> tuple[int, int]:

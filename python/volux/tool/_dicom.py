@@ -8,9 +8,9 @@ from typing import Any
 import numpy as np
 
 from volux._types import Matrix
-from volux.tool._errors import Refusal
+from volux.tool._errors import Refusal, is_short_of_memory
 from volux.tool._files import Scan
-from volux.tool._itk import FAULTS, reason, scan_of, sitk
+from volux.tool._itk import FAULTS, named, reason, scan_of, sitk, unheard
 
 _POSITION = "0020|0032"
 _ORIENTATION = "0020|0037"
@@ -25,14 +25,18 @@ def read(path: str) -> Scan:
     reader = sitk().ImageSeriesReader()
     reader.SetFileNames(names)
     try:
-        return scan_of(path, reader.Execute(), "DICOM series")
+        with unheard():
+            found = reader.Execute()
+        return scan_of(path, found, "DICOM series")
     except FAULTS as error:
+        if is_short_of_memory(error):
+            raise
         raise Refusal(f"{path}: SimpleITK cannot read the series: {reason(error)}") from None
 
 
 def _names(path: str) -> list[str]:
     reader = sitk().ImageSeriesReader
-    series = reader.GetGDCMSeriesIDs(path)
+    series = reader.GetGDCMSeriesIDs(named(path))
     if not series:
         raise Refusal(f"{path}: the folder has no DICOM series; name a file or another folder")
     if len(series) > 1:
@@ -59,7 +63,8 @@ def _placed(path: str, name: str) -> tuple[Matrix, Matrix]:
     reader: Any = sitk().ImageFileReader()
     reader.SetFileName(name)
     try:
-        reader.ReadImageInformation()
+        with unheard():
+            reader.ReadImageInformation()
         position = np.array(reader.GetMetaData(_POSITION).split("\\"), dtype=float)
         rows = np.array(reader.GetMetaData(_ORIENTATION).split("\\"), dtype=float)
     except (*FAULTS, ValueError) as error:

@@ -39,6 +39,12 @@ def say(text: object) -> None:
     print(f"volux: {line}", file=sys.stderr, flush=True)
 
 
+def is_short_of_memory(error: Exception) -> bool:
+    """Whether there was too little memory, as Python, ITK and the system's loader say it."""
+    said = r"(?i)failed to (allocate memory|map segment)|cannot allocate memory"
+    return isinstance(error, MemoryError) or re.search(said, str(error)) is not None
+
+
 def needed(module: str, install: str = INSTALL) -> Any:
     """Import what an extra brings, or say what to install."""
     try:

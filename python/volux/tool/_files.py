@@ -16,7 +16,7 @@ import numpy.typing as npt
 from volux import Grid, Image
 from volux._arrays import SERVED
 from volux._types import Array, Matrix
-from volux.tool._errors import Refusal, say
+from volux.tool._errors import Refusal, is_short_of_memory, say
 
 NIBABELS = (".nii", ".nii.gz", ".hdr", ".img", ".img.gz", ".mgh", ".mgz")
 SINGLE = (".nii", ".nii.gz")
@@ -117,6 +117,18 @@ class Scan:
 
 def read(path: str) -> Scan:
     """Read a file, a folder of DICOM slices, or NIfTI from stdin, ``-``."""
+    try:
+        return _read(path)
+    except Exception as error:
+        if not is_short_of_memory(error):
+            raise
+        raise Refusal(
+            f"{path}: there is not enough memory to read all of it; a .nii that is not compressed "
+            "is read from where it is"
+        ) from None
+
+
+def _read(path: str) -> Scan:
     if path == STREAM:
         from volux.tool import _nifti
 

@@ -12,8 +12,8 @@ from typing import Any
 import volux
 from volux import Grid, Image
 from volux.tool import _sidecar
-from volux.tool._bricks import Told, Way, fitted, planes
-from volux.tool._errors import SUCCESS, misuse
+from volux.tool._bricks import Told, Way, fitted, planes, short_of_memory
+from volux.tool._errors import SUCCESS, is_short_of_memory, misuse
 from volux.tool._files import STREAM, Scan, grid_of, write, write_stream
 from volux.tool._looking import digest_of, fingerprint, hash_planes
 from volux.tool._making import Task, converted
@@ -36,7 +36,12 @@ def finish(task: Task, plan: Plan, way: Way, to: Converting) -> int:
         print(json.dumps(plan.facts(), indent=2) if conduct.json else plan.text())
         return SUCCESS
     write_result = _at_once if plan.planes is None else _by_planes
-    facts = write_result(task, plan, way, to)
+    try:
+        facts = write_result(task, plan, way, to)
+    except Exception as error:
+        if not is_short_of_memory(error):
+            raise
+        raise short_of_memory(plan, way, conduct.output) from None
     if conduct.output == STREAM:
         return SUCCESS
     if conduct.json:

@@ -10,6 +10,8 @@ from typing import Any, TypeVar, get_type_hints
 
 import typer
 
+from volux.tool._errors import Refusal, is_short_of_memory
+
 T = TypeVar("T")
 
 # Names of the options that are on the command line; all others have their defaults.
@@ -39,7 +41,12 @@ def flat(verb: Callable[..., T]) -> Callable[..., T]:
             name: group(**{part.name: given.pop(part.name) for part in fields(group)})
             for name, group in groups.items()
         }
-        return verb(**given, **made)
+        try:
+            return verb(**given, **made)
+        except Exception as error:
+            if not is_short_of_memory(error):
+                raise
+            raise _short_of_memory(context.params) from None
 
     call.__name__, call.__doc__ = verb.__name__, verb.__doc__
     options = signature_of(verb).parameters.values()
@@ -47,6 +54,15 @@ def flat(verb: Callable[..., T]) -> Callable[..., T]:
     call.__signature__ = inspect.Signature(parameters)  # type: ignore[attr-defined]
     call.__annotations__ = {}
     return call
+
+
+def _short_of_memory(given: dict[str, Any]) -> Refusal:
+    if "dry_run" in given:
+        what = "--dry-run says how much a result needs"
+    else:
+        what = "crop it first" if "file" in given else "plan smaller units"
+    subject = next((given[name] for name in ("file", "plan", "store") if name in given), "volux")
+    return Refusal(f"{subject}: there is not enough memory; {what}")
 
 
 def _parameters(verb: Callable[..., object], hints: dict[str, Any]) -> list[inspect.Parameter]:

@@ -2,7 +2,10 @@
 
 from __future__ import annotations
 
+import os
 import re
+from collections.abc import Iterator
+from contextlib import contextmanager
 from pathlib import Path
 from typing import Any
 
@@ -11,7 +14,7 @@ import numpy as np
 from volux import Grid, Image
 from volux._sitk import turned
 from volux._types import Array, Matrix
-from volux.tool._errors import Refusal, needed
+from volux.tool._errors import Refusal, is_short_of_memory, needed
 from volux.tool._files import (
     Scan,
     image_of,
@@ -35,11 +38,41 @@ def sitk() -> Any:
     return module
 
 
+@contextmanager
+def unheard() -> Iterator[None]:
+    """Send nowhere what libraries below SimpleITK print: its exceptions say what has failed."""
+    try:
+        stderr = os.dup(2)
+    except OSError:  # it is closed
+        yield
+        return
+    nowhere = os.open(os.devnull, os.O_WRONLY)
+    try:
+        os.dup2(nowhere, 2)
+        yield
+    finally:
+        os.dup2(stderr, 2)
+        os.close(stderr)
+        os.close(nowhere)
+
+
+def named(path: str) -> str:
+    """Return the name of a file, unless SimpleITK would end the process because of it."""
+    try:
+        path.encode()
+    except UnicodeEncodeError:
+        raise Refusal(
+            f"{path}: SimpleITK takes names in UTF-8 alone; rename it, or set LC_ALL to C.UTF-8"
+        ) from None
+    return path
+
+
 def read(path: str) -> Scan:
     """Read a file by SimpleITK."""
     module = sitk()
     try:
-        found = module.ReadImage(path)
+        with unheard():
+            found = module.ReadImage(named(path))
     except FAULTS as error:
         raise _unreadable(path, error) from None
     return scan_of(path, found, suffix_of(path).lstrip(".") or "unknown")
@@ -48,15 +81,18 @@ def read(path: str) -> Scan:
 def grid_of(path: str) -> Grid:
     """Return where the voxels of a file lie."""
     reader = sitk().ImageFileReader()
-    reader.SetFileName(path)
+    reader.SetFileName(named(path))
     try:
-        reader.ReadImageInformation()
+        with unheard():
+            reader.ReadImageInformation()
     except FAULTS as error:
         raise _unreadable(path, error) from None
     return placed_grid(path, reader.GetSize(), _affine(reader))
 
 
-def _unreadable(path: str, error: Exception) -> Refusal:
+def _unreadable(path: str, error: Exception) -> Exception:
+    if is_short_of_memory(error):
+        return error
     return Refusal(f"{path}: SimpleITK cannot read it: {reason(error)}; name a file of a volume")
 
 
@@ -108,12 +144,13 @@ def write(scan: Scan, path: Path) -> None:
     for key, value in (scan.header if isinstance(scan.header, dict) else {}).items():
         image.SetMetaData(key, value)
     try:
-        module.WriteImage(image, str(path))
+        with unheard():
+            module.WriteImage(image, named(str(path)))
     except FAULTS as error:
-        said = reason(error).replace(f"{path.parent}/", "")
-        raise Refusal(
-            f"{path.name}: SimpleITK cannot write it: {said}; .nii.gz holds all"
-        ) from None
+        if is_short_of_memory(error):
+            raise
+        said = f"SimpleITK cannot write it: {reason(error)}; .nii.gz holds all"
+        raise Refusal(f"{path}: {said}") from None
 
 
 def _image(scan: Scan) -> Any:

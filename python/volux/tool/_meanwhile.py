@@ -22,7 +22,10 @@ class Meanwhile(Generic[T]):
         self._call = call
         self._error: BaseException | None = None
         self._thread = Thread(target=self._run, daemon=True)
-        self._thread.start()
+        try:
+            self._thread.start()
+        except RuntimeError:  # there is no memory for a thread, or there are too many
+            self._run()
 
     def _run(self) -> None:
         try:
@@ -32,7 +35,8 @@ class Meanwhile(Generic[T]):
 
     def result(self) -> T:
         """Wait for the end of the call, and return what it returned."""
-        self._thread.join()
+        if self._thread.ident is not None:
+            self._thread.join()
         if self._error is not None:
             raise self._error
         return self._value

@@ -41,6 +41,7 @@ _KINDS = {
     "Nifti2Pair": "NIfTI-2 pair",
     "MGHImage": "MGH",
 }
+_ANALYZE = "Analyze"
 
 
 def read(path: str) -> Scan:
@@ -48,9 +49,9 @@ def read(path: str) -> Scan:
     nibabel = needed("nibabel")
     try:
         with _overheard(nibabel) as said:
-            scan = _scan(path, nibabel.load(path))
+            scan = _scan(path, _loaded(path))
         return scan.made(scan.stored, notes=(*said, *scan.notes))
-    except Refusal:
+    except (Refusal, MemoryError):
         raise
     except Exception as error:  # of gzip, of zlib, of nibabel: whatever a broken file leads to
         raise Refusal(
@@ -61,10 +62,22 @@ def read(path: str) -> Scan:
 def grid_of(path: str) -> Grid:
     """Return where the voxels of a file lie."""
     try:
-        found = needed("nibabel").load(path)
+        found = _loaded(path)
     except Exception as error:  # as above
         raise Refusal(f"{path}: nibabel cannot read it: {_line(error)}") from None
     return placed_grid(path, found.shape, found.affine)
+
+
+def _loaded(path: str) -> Any:
+    """Load a file, but not as Analyze because nibabel could not read what says that it is NIfTI."""
+    nibabel = needed("nibabel")
+    found = nibabel.load(path)
+    if _kind(found) == _ANALYZE:
+        for pair in (nibabel.Nifti1Pair, nibabel.Nifti2Pair):
+            is_nifti, header = pair.path_maybe_image(path)
+            if is_nifti or header is None:
+                raise OSError("its header could not be read at once")
+    return found
 
 
 def read_stream() -> Scan:
@@ -75,7 +88,7 @@ def read_stream() -> Scan:
         plain = gzip.decompress(data) if data.startswith(_GZIP) else data
         kind = nibabel.Nifti2Image if plain[:4] in _SIZES_OF_2 else nibabel.Nifti1Image
         return _scan(STREAM, kind.from_stream(BytesIO(plain)))
-    except Refusal:
+    except (Refusal, MemoryError):
         raise
     except Exception as error:  # as above
         raise Refusal(f"stdin: is no NIfTI that nibabel can read: {_line(error)}") from None
@@ -112,7 +125,7 @@ def _scan(path: str, found: Any) -> Scan:
         path=path,
         stored=image,
         file_type=found.get_data_dtype().newbyteorder("="),
-        kind=_KINDS.get(type(found).__name__, "Analyze"),
+        kind=_kind(found),
         labels=_says_labels(found) or is_segmentation(path),
         slope=slope,
         inter=inter,
@@ -120,6 +133,10 @@ def _scan(path: str, found: Any) -> Scan:
         header=found.header,
         notes=_notes(found),
     )
+
+
+def _kind(found: Any) -> str:
+    return _KINDS.get(type(found).__name__, _ANALYZE)
 
 
 def _numbers(path: str, found: Any) -> Array:
@@ -172,7 +189,9 @@ def write(scan: Scan, path: Path) -> None:
 
 def image_with(array: Array, scan: Scan, suffix: str) -> Any:
     """Return nibabel's image of these numbers, with all that the header of a scan says."""
-    made = _class_for(scan, suffix)(array, scan.stored.affine, _header(scan), dtype=array.dtype)
+    kind = _class_for(scan, suffix)
+    with _overheard(needed("nibabel")):  # that NIfTI-1 has become NIfTI-2
+        made = kind(array, scan.stored.affine, _header(scan), dtype=array.dtype)
     header = made.header
     if scan.is_scaled:
         header.set_slope_inter(scan.slope, scan.inter)

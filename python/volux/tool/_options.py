@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import re
 from dataclasses import dataclass
+from fractions import Fraction
 from typing import Annotated, Any, Literal
 
 import typer
@@ -52,7 +53,7 @@ def size(text: str, name: str) -> int:
     units = {unit.lower(): factor for unit, factor in _UNITS.items()}
     if match is None or match[2].lower() not in units:
         raise Misuse(f"{name} {text}: must be a size, such as 4GiB or 500MB")
-    return int(float(match[1]) * units[match[2].lower()])
+    return int(Fraction(match[1]) * units[match[2].lower()])
 
 
 def option(*names: str, text: str, default: str | None = None, metavar: str | None = None) -> Any:

@@ -5,9 +5,10 @@ from __future__ import annotations
 import os
 import shutil
 import tempfile
-from collections.abc import Iterable, Iterator
-from contextlib import contextmanager, suppress
+from collections.abc import Callable, Iterable, Iterator
+from contextlib import ExitStack, contextmanager, suppress
 from fcntl import LOCK_EX, LOCK_NB, flock
+from functools import partial
 from pathlib import Path
 
 from volux.tool._errors import Misuse, Refusal
@@ -65,29 +66,68 @@ def placed(output: str) -> Iterator[Path]:
         written = sorted(folder.iterdir(), key=lambda file: file.name == path.name)
         for file in written:
             flush(file)
-        for file in written:  # the one that was asked for comes last: it refers to the others
-            os.replace(file, path.parent / file.name)
+        _rename(written, path.parent)
+    except Refusal as refusal:  # of a file there, which nobody has named
+        said = str(refusal).replace(f"{folder}/", output.removesuffix(path.name))
+        raise type(refusal)(said) from None
     except OSError as error:
         if error.strerror is None:
             raise
         raise Refusal(f"{output}: {error.strerror}; nothing was written") from None
     finally:
-        with suppress(OSError):
-            shutil.rmtree(folder)
-        os.close(lock)
+        with suppress(OSError):  # of a folder that nothing was written through
+            _remove(folder)
+            os.close(lock)
+
+
+def _rename(written: list[Path], folder: Path) -> None:
+    """Rename files into a folder; if one fails, those before it are what they were.
+
+    The one that was asked for comes last: it refers to the others.
+    """
+    with ExitStack() as undoing:
+        for file in written:
+            place = folder / file.name
+            if file != written[-1]:
+                undoing.callback(_kept(place, file.with_name(f"{file.name}.before")))
+            os.replace(file, place)
+        undoing.pop_all()
+
+
+def _kept(place: Path, copy: Path) -> Callable[[], object]:
+    """Keep what is in a place, if anything, and return what puts it there again."""
+    if not os.path.lexists(place):
+        return partial(place.unlink, missing_ok=True)
+    try:
+        os.link(place, copy, follow_symlinks=False)
+    except OSError:  # a file system without hard links
+        shutil.copy2(place, copy, follow_symlinks=False)
+    return partial(os.replace, copy, place)
+
+
+def _remove(folder: Path) -> None:
+    """Remove a folder of files, without opening it as `shutil.rmtree` does, which may fail."""
+    for name in os.listdir(folder):
+        os.unlink(folder / name)
+    os.rmdir(folder)
 
 
 def _locked_folder(path: Path) -> tuple[Path, int]:
     """Make a folder beside an output; as long as this process lives, it is locked."""
     while True:
         made = tempfile.mkdtemp(prefix=f".{path.name}.", suffix=_PARTIAL, dir=path.parent)
-        with suppress(FileNotFoundError):  # or it is gone once it is locked: see below
+        try:
             lock = os.open(made, os.O_RDONLY | os.O_DIRECTORY)
-            with suppress(OSError):  # a file system without locks, where no one else has any
-                flock(lock, LOCK_EX)
-            if os.path.exists(made):
-                return Path(made), lock
-            os.close(lock)
+        except FileNotFoundError:  # or it is gone once it is locked: see below
+            continue
+        except OSError:
+            os.rmdir(made)
+            raise
+        with suppress(OSError):  # a file system without locks, where no one else has any
+            flock(lock, LOCK_EX)
+        if os.path.exists(made):
+            return Path(made), lock
+        os.close(lock)
 
 
 def _remove_abandoned(path: Path) -> None:
@@ -95,7 +135,11 @@ def _remove_abandoned(path: Path) -> None:
 
     One that has been made and is not locked yet looks abandoned, so its process looks again.
     """
-    for entry in os.scandir(path.parent):
+    try:
+        entries = os.scandir(path.parent)
+    except PermissionError:  # one may write in a folder that one may not read
+        return
+    for entry in entries:
         if not (entry.name.startswith(f".{path.name}.") and entry.name.endswith(_PARTIAL)):
             continue
         with suppress(OSError):  # locked: its process lives

@@ -10,6 +10,7 @@ import warnings
 from collections.abc import Iterator
 from contextlib import contextmanager, suppress
 from importlib.util import find_spec
+from io import TextIOWrapper
 from types import FrameType
 from typing import Any
 
@@ -24,6 +25,8 @@ def run(given: list[str]) -> int:
     try:
         with _interruptible(), warnings.catch_warnings():
             warnings.showwarning = _warn
+            if isinstance(sys.stdout, TextIOWrapper):  # names of files are any bytes
+                sys.stdout.reconfigure(errors="surrogateescape")
             code = _run(given)
         print(end="", flush=True)  # what cannot be written any more is told now
     except Refusal as refusal:
@@ -87,7 +90,7 @@ def _misused(error: Any, given: list[str]) -> str:
 
 def _described(error: Exception) -> str:
     if isinstance(error, MemoryError):
-        return f"not enough memory: --dry-run says how much is needed ({error or 'no details'})"
+        return "there is not enough memory; end other programs, or allow more (ulimit -v)"
     return f"failed, for a reason that it should have said itself: {type(error).__name__}: {error}"
 
 

@@ -13,7 +13,7 @@ from volux._displacement import Composite, Transform
 from volux._types import Matrix
 from volux.tool._errors import Refusal
 from volux.tool._files import suffix_of
-from volux.tool._itk import FAULTS, reason, sitk
+from volux.tool._itk import FAULTS, named, reason, sitk, unheard
 
 _ITKS = (".tfm", ".h5", ".hdf5", ".xfm")
 _ITKS_TEXT = b"#Insight Transform File"
@@ -67,7 +67,8 @@ def parts_of(path: str) -> list[Transform]:
 
 def _itks(path: str) -> list[Transform]:
     try:
-        found = sitk().ReadTransform(path)
+        with unheard():
+            found = sitk().ReadTransform(named(path))
     except FAULTS as error:
         raise Refusal(f"{path}: SimpleITK cannot read the transform: {reason(error)}") from None
     if found.GetDimension() != 3:
@@ -111,7 +112,8 @@ def _text(path: str) -> Affine:
 
 def _field(path: str) -> Transform:
     try:
-        found = sitk().ReadImage(path)
+        with unheard():
+            found = sitk().ReadImage(named(path))
     except FAULTS as error:
         raise Refusal(f"{path}: is no transform that SimpleITK reads: {reason(error)}") from None
     if found.GetDimension() != 3 or found.GetNumberOfComponentsPerPixel() != 3:
