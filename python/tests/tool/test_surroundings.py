@@ -173,7 +173,8 @@ def test_what_a_user_may_not_do_is_one_line_and_the_rest_is_done(typed):
     Path("hidden").chmod(0o700)
 
 
-def test_a_folder_that_cannot_be_read_is_no_hindrance_to_writing_in_it(loaded, ct):
+@pytest.mark.usefixtures("loaded")
+def test_a_folder_that_cannot_be_read_is_no_hindrance_to_writing_in_it(ct):
     Path("blind").mkdir()
     shutil.copy(ct, "blind")
     Path("blind").chmod(0o333)
