@@ -40,7 +40,10 @@ SUITE = (
      "tool/test_memory.py tool/test_verbs.py tool/test_conduct.py"),
     ("tool/__main__.py tool/_cli.py tool/_errors.py tool/_output.py tool/_progress.py "
      "tool/_running.py tool/_texts.py tool/_version.py",
-     "tool/test_help.py tool/test_failures.py tool/test_conduct.py"),
+     "tool/test_help.py tool/test_failures.py tool/test_conduct.py tool/test_abandoned.py"),
+    ("tool/_flat.py tool/_idle.py tool/_making.py tool/_sidecar.py",
+     "tool/test_idle.py tool/test_types.py tool/test_conduct.py tool/test_verbs.py "
+     "tool/test_failures.py tool/test_short_of_memory.py"),
     ("tool/_scal*", "scale/test_plans.py scale/test_conduct.py scale/test_pyramid.py"),
     ("tool/*", "tool/test_verbs.py tool/test_files.py tool/test_failures.py tool/test_names.py "
                "tool/test_help.py"),

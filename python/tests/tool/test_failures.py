@@ -138,6 +138,12 @@ FAILURES = {
         2,
         "--fill 1000000000.0: int16",
     ),
+    "half a fill of whole numbers": (
+        nothing,
+        f"{RESIZE} --border constant --fill 0.5",
+        2,
+        "--fill 0.5: int16 holds whole numbers",
+    ),
     "an unknown type": (nothing, f"{RESIZE} --dtype int3", 2, "--dtype int3: allowed are uint8"),
     "too little memory": (nothing, f"{RESIZE} --memory 1MB", 1, "--memory allows"),
     "no size of memory": (nothing, f"{RESIZE} --memory much", 2, "--memory much: must be a size"),

@@ -260,6 +260,7 @@ MEMORY = [
     "resize large.nii -o x.nii --spacing 1",
     "resize large.nii -o x.nii.gz --spacing 1 --no-sidecar",
     "resize large.nii -o x.nrrd --spacing 1",
+    "resize large.nii -o x.mha --scale 1.5 --interp nearest --no-sidecar",
     "resize large.nii -o x.nii --spacing 1 --dtype float64",
     "resize large.nii -o x.nii --spacing 1 --dtype uint8",
     "crop large.nii -o x.nii --box 10:-10,:,:",

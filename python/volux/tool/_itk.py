@@ -156,11 +156,13 @@ def write(scan: Scan, path: Path) -> None:
 def _image(scan: Scan) -> Any:
     array = in_file_type(scan.decoded() if scan.is_scaled else scan)
     array = array.reshape((*array.shape[:3], -1), order="F") if scan.tail else array
-    place = Image(np.broadcast_to(np.uint8(0), array.shape[:3]), scan.stored.affine, axes="xyz")
-    pattern = place.to_sitk()
+    # A voxel says where all lie; a pattern of all would take a byte of memory for each.
+    pattern = Image(np.zeros((1, 1, 1), np.uint8), scan.stored.affine, axes="xyz").to_sitk()
     axes = (2, 1, 0, 3)[: array.ndim]
     image = sitk().GetImageFromArray(array.transpose(axes), isVector=array.ndim == 4)
-    image.CopyInformation(pattern)
+    image.SetOrigin(pattern.GetOrigin())
+    image.SetSpacing(pattern.GetSpacing())
+    image.SetDirection(pattern.GetDirection())
     return image
 
 

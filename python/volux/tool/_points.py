@@ -13,8 +13,8 @@ import numpy as np
 
 import volux
 from volux._types import Matrix
-from volux.tool._errors import SUCCESS, Misuse, Refusal, misuse, say
-from volux.tool._files import STREAM, Scan, read
+from volux.tool._errors import SUCCESS, Misuse, Refusal, misuse
+from volux.tool._files import STREAM, Scan, read_aloud
 from volux.tool._idle import refuse_outside
 from volux.tool._options import Reading
 from volux.tool._output import placed, refuse
@@ -40,9 +40,7 @@ def sample(
         refuse(output, files, force=force)
     names, rows = _table(points)
     where, space = _places(points, names, rows)
-    scan = read(file)
-    for note in () if quiet else scan.notes:
-        say(f"{file}: {note}")
+    scan = read_aloud(file, quiet=quiet)
     values = _values(scan, where, how, {"space": space, "threads": threads})
     with _opened(output) as stream:
         _write(stream, names, rows, values)
