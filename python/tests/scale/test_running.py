@@ -159,15 +159,6 @@ def test_a_task_whose_workers_are_killed_again_and_again_is_told():
     assert said.count("\n") == 1
 
 
-def test_no_task_needs_more_memory_than_was_projected():
-    plan = planned("--scale", 3, chunk=32, unit=64)
-    ran = spawned("run", plan, "--processes", 2)
-    assert ran.returncode == 0
-    most = json.loads(Path(plan).read_text())["memory"]
-    taken = [json.loads(record)["memory"] for record in records().values()]
-    assert 0 < max(taken) < most
-
-
 @pytest.mark.parametrize(("number", "processes"), [(signal.SIGINT, 1), (signal.SIGTERM, 2)])
 def test_a_signal_ends_a_run_and_leaves_no_partial_file(number, processes):
     plan = planned("--scale", 3, "--interp", "cubic")

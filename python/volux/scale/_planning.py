@@ -160,6 +160,7 @@ def planned(
             wanted.transform,
             wanted.options,
             (source.dtype, wanted.dtype),
+            source.at_once,
         ),
     )
     return Filed(plan, identity(plan.facts()), folder)

@@ -160,7 +160,9 @@ def planned(store: Store, *, labels: bool) -> tuple[Filed, Ints]:
         unit=tuple(unit),
         codec={"name": "same", "versions": _store.versions()},
         metadata=json.dumps(store.finest | {"shape": list(shape), "attributes": {}}, indent=2),
-        memory=_memory.projected(own.grid, target.grid, unit, None, options, (dtype, dtype)),
+        memory=_memory.projected(
+            own.grid, target.grid, unit, None, options, (dtype, dtype), source.at_once
+        ),
     )
     return Filed(plan, identity(plan.facts()), folder), factors
 

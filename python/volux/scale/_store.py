@@ -79,11 +79,11 @@ class Codec:
         self._metadata = json.loads(metadata)
         self._of_thread = threading.local()
 
-    def encoded(self, voxels: Array) -> bytes:
+    def encoded(self, voxels: Array) -> memoryview:
         """Return the bytes of a unit."""
         array, store = self._of(voxels.shape)
         array[...] = voxels
-        return bytes(store.pop(_ONLY).to_bytes())
+        return memoryview(store.pop(_ONLY).as_numpy_array()).cast("B")
 
     def decoded(self, data: bytes, shape: Ints) -> Array:
         """Return the voxels of a unit."""
@@ -113,7 +113,7 @@ def _opened(store: dict[str, Any]) -> Any:
         return zarr().open_array(zarr().storage.MemoryStore(store), mode="r+")
 
 
-def put(path: Path, data: bytes, *, is_kept: bool = True) -> None:
+def put(path: Path, data: bytes | memoryview, *, is_kept: bool = True) -> None:
     """Write a file beside its place, and rename it when it is whole.
 
     Two that write the same file take turns by a lock, which goes with the process that holds it;
@@ -123,7 +123,7 @@ def put(path: Path, data: bytes, *, is_kept: bool = True) -> None:
     ----------
     path : Path
         Its folder is made.
-    data : bytes
+    data : bytes or memoryview
         All of it.
     is_kept : bool
         Whether its bytes must outlive a failure of power wherever its name does. A name that is
@@ -157,6 +157,6 @@ def _locked(partial: Path) -> int:
         os.close(descriptor)
 
 
-def digest_of(data: bytes) -> str:
+def digest_of(data: bytes | memoryview) -> str:
     """Return the SHA-256 of bytes."""
     return sha256(data).hexdigest()

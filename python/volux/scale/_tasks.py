@@ -137,6 +137,8 @@ class Worker:
     def _refuse_beyond(self, need: Box, box: Box) -> None:
         if self._limit is None:
             return
-        amount = _memory.needed(extents(need), extents(box), self._source.dtype, self._plan.dtype)
+        at_once = self._source.at_once + _memory.of_transform(self._transform)
+        dtypes = self._source.dtype, self._plan.dtype
+        amount = _memory.needed(extents(need), extents(box), dtypes, at_once, self._plan.unit)
         if amount > self._limit:
             raise Refusal(f"a task needs {amount} bytes, and --memory allows {self._limit}")
