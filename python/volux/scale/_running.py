@@ -2,7 +2,6 @@
 
 from __future__ import annotations
 
-import json
 import multiprocessing
 import multiprocessing.connection
 import signal
@@ -13,7 +12,7 @@ from itertools import islice
 from pathlib import Path
 from typing import Any
 
-from volux.scale import _memory
+from volux.scale import _memory, _store
 from volux.scale._needed import zarr
 from volux.scale._plan import Filed
 from volux.scale._tasks import Record, Worker, is_done
@@ -161,13 +160,24 @@ def undone(filed: Filed, tasks: range) -> Iterator[int]:
 def state(filed: Filed) -> dict[str, Any]:
     """Return how many units there are, and the digests of the tree once it has been verified."""
     tasks = filed.plan.units.tasks
-    complete = complete_path(filed)
     return {
         "plan": filed.id,
         "tasks": tasks,
         "done": tasks - sum(1 for _ in undone(filed, range(1, tasks + 1))),
-        "complete": json.loads(complete.read_text(encoding="utf-8")) if complete.exists() else None,
+        "complete": _complete(filed),
     }
+
+
+def _complete(filed: Filed) -> dict[str, Any] | None:
+    path = complete_path(filed)
+    if not path.exists():
+        return None
+    facts = _store.facts_of(path)
+    if facts.get("plan") != filed.id or not all(
+        isinstance(facts.get(name), str) for name in ("decoded", "stored")
+    ):
+        raise Refusal(f"{path}: is not what volux verify has written of this plan; verify again")
+    return facts
 
 
 def complete_path(filed: Filed) -> Path:

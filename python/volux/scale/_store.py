@@ -4,9 +4,9 @@ from __future__ import annotations
 
 import fcntl
 import json
+import math
 import os
 import threading
-from contextlib import suppress
 from hashlib import sha256
 from importlib.metadata import version
 from pathlib import Path
@@ -16,11 +16,17 @@ import numpy as np
 
 from volux._types import Array, Ints
 from volux.scale._needed import zarr
+from volux.tool._errors import Refusal
 
 PARTIAL = ".partial"
 METADATA = "zarr.json"
 RECORDS = ".volux"  # the folder beside a store
 _ONLY = "c/0/0/0"
+
+
+def records_of(store: Path) -> Path:
+    """Return the folder beside a store that says what has been done."""
+    return store.with_name(store.stem + RECORDS)
 
 
 def array_metadata(
@@ -60,7 +66,30 @@ def group_metadata(attributes: dict[str, Any]) -> str:
 
 
 def _text(facts: dict[str, Any]) -> str:
-    return json.dumps(facts, indent=2) + "\n"
+    return json.dumps(facts, indent=2, allow_nan=False) + "\n"
+
+
+def strict(number: float) -> float | str:
+    """Return a number as JSON has it, in which Zarr spells those that are not finite."""
+    if math.isfinite(number):
+        return number
+    return "NaN" if math.isnan(number) else "Infinity" if number > 0 else "-Infinity"
+
+
+def loose(number: float | str) -> float:
+    """Return the number that `strict` has spelt."""
+    return float(number) if isinstance(number, str) else number
+
+
+def facts_of(path: Path) -> dict[str, Any]:
+    """Return the object in a file of JSON, or say that the file is damaged."""
+    try:
+        facts = json.loads(path.read_bytes())
+    except ValueError:
+        facts = None
+    if not isinstance(facts, dict):
+        raise Refusal(f"{path}: is damaged: it is no object of JSON")
+    return facts
 
 
 def _buffer(data: bytes) -> Any:
@@ -140,7 +169,8 @@ def put(path: Path, data: bytes | memoryview, *, is_kept: bool = True) -> None:
             os.fsync(descriptor)
         os.replace(partial, path)
     except BaseException:
-        partial.unlink(missing_ok=True)
+        if _is_at(descriptor, partial):  # else it has its name, and another writes here
+            partial.unlink()
         raise
     finally:
         os.close(descriptor)
@@ -150,11 +180,22 @@ def _locked(partial: Path) -> int:
     partial.parent.mkdir(parents=True, exist_ok=True)
     while True:
         descriptor = os.open(partial, os.O_RDWR | os.O_CREAT, 0o666)
-        fcntl.flock(descriptor, fcntl.LOCK_EX)
-        with suppress(FileNotFoundError):  # the one before has renamed it meanwhile
-            if os.path.samestat(os.fstat(descriptor), partial.stat()):
+        try:
+            fcntl.flock(descriptor, fcntl.LOCK_EX)
+            if _is_at(descriptor, partial):
                 return descriptor
-        os.close(descriptor)
+        except BaseException:
+            os.close(descriptor)
+            raise
+        os.close(descriptor)  # the one before has renamed it meanwhile
+
+
+def _is_at(descriptor: int, path: Path) -> bool:
+    """Whether a path still leads to an open file."""
+    try:
+        return os.path.samestat(os.fstat(descriptor), path.stat())
+    except FileNotFoundError:
+        return False
 
 
 def digest_of(data: bytes | memoryview) -> str:

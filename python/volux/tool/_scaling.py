@@ -77,8 +77,7 @@ def plan(given: Given, *, force: bool, as_json: bool, quiet: bool) -> int:
     files = (given.path, given.stored.output, _ARRAY)
     filed = _planning.planned(source, wanted, given.layout(), files, layout)
     _refuse_beyond(filed, given.memory)
-    labels = wanted.options["interpolation"] == "label"
-    _planning.begun(filed, given.path, wanted.place, labels=labels, force=force)
+    _planning.begun(filed, given.path, force=force)
     if not quiet:
         for warning in _warnings(given, wanted):
             say(warning)
@@ -201,7 +200,7 @@ def _found(path: str) -> Filed:
 
 
 def _refuse_other_store(filed: Filed, path: str) -> None:
-    if (filed.array / METADATA).read_text() != filed.plan.metadata:
+    if (filed.array / METADATA).read_bytes() != filed.plan.metadata.encode():
         raise Refusal(f"{filed.store}: is not the store that {path} has begun; plan again")
 
 
