@@ -4,6 +4,7 @@ import contextlib
 import json
 import os
 import random
+import re
 import resource
 import shutil
 import signal
@@ -144,6 +145,46 @@ def test_a_worker_that_is_killed_is_replaced():
     assert wrong_in() == {}
 
 
+def test_workers_that_are_killed_as_they_start_are_replaced():
+    plan = planned("--scale", 2)
+    killed = set()
+    with started("run", plan, "--processes", "2", "--quiet", text=True) as running:
+        while len(killed) < 8 and running.poll() is None:
+            for pid in set(workers_of(running)) - killed:
+                os.kill(pid, signal.SIGKILL)
+                killed.add(pid)
+        _, said = running.communicate(timeout=100)
+    assert (running.returncode, said) == (0, "")
+    assert wrong_in() == {}
+
+
+@pytest.mark.parametrize("patience", [0.0, 0.05, 0.3])
+def test_ctrl_c_while_workers_start_is_one_line(patience):
+    plan = planned("--scale", 2)
+    with started("run", plan, "--processes", "2", text=True, start_new_session=True) as running:
+        while running.poll() is None and not set(workers_of(running)):
+            time.sleep(0.001)
+        time.sleep(patience)
+        os.killpg(running.pid, signal.SIGINT)
+        _, said = running.communicate(timeout=100)
+    assert (running.returncode, said) == (130, "volux: interrupted; run it again to go on\n")
+
+
+@pytest.mark.usefixtures("finished")
+def test_progress_of_another_run_begins_where_the_last_one_ended():
+    deleted(unit_of(18))
+    ended = run("run", "out.plan.json", "--progress", "plain")
+    assert ended.err.startswith("volux: run: 100 %\n")
+
+
+@pytest.mark.usefixtures("finished")
+def test_several_tasks_are_made_again():
+    for task in (2, 5, 9, 18):
+        flipped_bit(unit_of(task))
+    done("run", "out.plan.json", "--task", "5,2,2", "--task", 9, "--task", 18)
+    assert wrong_in() == {}
+
+
 def test_a_task_whose_workers_are_killed_again_and_again_is_told():
     plan = planned("--scale", 3, "--interp", "cubic")
     with started("run", plan, "--processes", "2", text=True) as running:
@@ -154,7 +195,7 @@ def test_a_task_whose_workers_are_killed_again_and_again_is_told():
             time.sleep(0.01)
         _, said = running.communicate(timeout=100)
     assert running.returncode == 1
-    assert said.startswith("volux: task ")
+    assert re.match(r"volux: (task \d+: 3|12) processes were killed", said)
     assert said.endswith("run fewer processes, or plan smaller units\n")
     assert said.count("\n") == 1
 
@@ -354,6 +395,9 @@ MISUSES = {
     "--shard half": "such as 1/8",
     "--task 0": "must be 1 to 18",
     "--task 19": "must be 1 to 18",
+    "--task 3,19": "--task 19: must be 1 to 18",
+    "--task 3,": "must be 1 to 18",
+    "--task 3-5": "or several such as 1,5,9",
     "--task 1 --shard 1/2": "exclude one another",
     "--processes 0": "must be 1 or more",
     "--memory much": "must be a size",

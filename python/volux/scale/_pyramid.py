@@ -5,8 +5,10 @@ from __future__ import annotations
 import json
 import os
 import shutil
-from collections.abc import Callable
+from collections.abc import Callable, Iterator
+from contextlib import contextmanager, suppress
 from dataclasses import dataclass
+from fcntl import LOCK_EX, LOCK_NB, flock
 from functools import cached_property
 from pathlib import Path
 from typing import Any
@@ -57,6 +59,21 @@ class Store:
             )
         self._refuse_other_levels()
         return self
+
+    @contextmanager
+    def alone(self) -> Iterator[None]:
+        """Refuse another process that adds levels, as long as this one does."""
+        self.records.mkdir(exist_ok=True)
+        lock = os.open(self.records, os.O_RDONLY | os.O_DIRECTORY)
+        try:
+            with suppress(OSError):  # a file system without locks, where no one else has any
+                try:
+                    flock(lock, LOCK_EX | LOCK_NB)
+                except BlockingIOError:
+                    raise Refusal(f"{self.path}: another process adds levels to it now") from None
+            yield
+        finally:
+            os.close(lock)
 
     def _refuse_other_levels(self) -> None:
         # The next level is named by their number, and is stored as they are.

@@ -85,6 +85,11 @@ class Source:
         return voxels
 
     @property
+    def is_bare(self) -> bool:
+        """Whether the file does not say where its voxels lie."""
+        return self.kind in ("raw", "NumPy", "Zarr 2", "Zarr 3")
+
+    @property
     def at_once(self) -> int:
         """Bytes of chunks that are decoded whole, beside the voxels that are asked for."""
         return in_flight(self.array)
