@@ -59,7 +59,7 @@ def test_hardly_a_chunk_is_decoded_again_for_the_units_that_share_it():
 
 
 def test_what_is_kept_of_chunks_is_bounded(monkeypatch):
-    monkeypatch.setattr(_reading, "_KEPT", 3000)
+    monkeypatch.setattr(_reading, "_MOST", 3000)
     _, source = counted((8, 8, 8))
     reader = _reading.Chunks(source)
     for a, b, c in itertools.product(range(3), repeat=3):

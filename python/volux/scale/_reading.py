@@ -20,8 +20,8 @@ _Spans: TypeAlias = tuple[range, ...]  # of chunks, along each axis
 # What is asked of zarr at once, unless a chunk is larger; it has all of it encoded and decoded.
 _BLOCK = 8 << 20
 
-# What is kept of chunks that neighbouring boxes read, too.
-_KEPT = 32 << 20
+# What is kept of chunks that neighbouring boxes read, too: so much and a box, but no more than most.
+_KEPT, _MOST = 32 << 20, 96 << 20
 
 
 def in_flight(array: Any) -> int:
@@ -42,11 +42,13 @@ class Chunks:
         self._dtype = np.dtype(array.dtype).newbyteorder("=")
         self._each = _chunk_bytes(array)
         self._kept: OrderedDict[tuple[int, ...], Array] = OrderedDict()
+        self._limit = 0
         self._lock = Lock()
 
     def read(self, box: Slices) -> Array:
         """Return the voxels of a box in this machine's byte order."""
         made = np.empty([along.stop - along.start for along in box], self._dtype)
+        self._limit = min(_MOST, _KEPT + made.nbytes)
         spans = tuple(
             range(along.start // by, -(-along.stop // by))
             for along, by in zip(box, self._array.chunks, strict=True)
@@ -105,7 +107,7 @@ class Chunks:
                 continue
             with self._lock:
                 self._kept[index] = voxels[_seen_from(chunk, place)].copy()
-                while len(self._kept) * self._each > _KEPT:
+                while len(self._kept) * self._each > self._limit:
                     self._kept.popitem(last=False)
 
 
