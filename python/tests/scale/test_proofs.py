@@ -19,7 +19,8 @@ import pytest
 import volux
 
 from ..tool.runs import PROGRAM, done, spawned, started, voxels
-from .test_running import records, workers_of
+from .test_running import records
+from .test_workers import workers_of
 from .volumes import SHAPE, placed, planned, save_ome, tree_of, wrong_in, zarr
 
 LONG = os.environ.get("VOLUX_LONG") == "1"

@@ -116,7 +116,7 @@ class Filed:
         """Return the plan for a copy of the result, beside which lie the copied records."""
         if not Path(store).is_dir():
             raise Refusal(f"{store}: there is no such folder")
-        return replace(self, copy=Path(os.path.abspath(store)))
+        return replace(self, copy=Path(store))
 
     @property
     def array(self) -> Path:

@@ -154,17 +154,21 @@ def planned(
             codec=layout.codec,
         ),
         group=_group(output, array, wanted),
-        memory=_memory.projected(
-            wanted.source.grid,
-            wanted.target.grid,
-            layout.unit,
-            wanted.transform,
-            wanted.options,
-            (source.dtype, wanted.dtype),
-            source.at_once,
-        ),
+        memory=_memory_of(source, wanted, layout.unit),
     )
     return Filed(plan, identity(plan.facts()), folder)
+
+
+def _memory_of(source: Source, wanted: Wanted, unit: Ints) -> int:
+    return _memory.projected(
+        wanted.source.grid,
+        wanted.target.grid,
+        unit,
+        wanted.transform,
+        wanted.options,
+        (source.dtype, wanted.dtype),
+        source.at_once,
+    )
 
 
 def _group(output: str, array: str, wanted: Wanted) -> str:

@@ -44,7 +44,7 @@ class Store:
     @property
     def records(self) -> Path:
         """The folder beside it."""
-        return _store.records_of(Path(os.path.abspath(self.path)))
+        return _store.records_of(Path(self.path))
 
     def checked(self) -> Store:
         """Return the store, unless it is of another form or not complete."""

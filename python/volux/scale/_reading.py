@@ -20,7 +20,7 @@ _Spans: TypeAlias = tuple[range, ...]  # of chunks, along each axis
 # What is asked of zarr at once, unless a chunk is larger; it has all of it encoded and decoded.
 _BLOCK = 8 << 20
 
-# What is kept of chunks that neighbouring boxes read, too: so much and a box, but no more than most.
+# What is kept of chunks that neighbouring boxes read, too: so much and a box, or at most so much.
 _KEPT, _MOST = 32 << 20, 96 << 20
 
 

@@ -26,6 +26,8 @@ _ONLY = "c/0/0/0"
 
 def records_of(store: Path) -> Path:
     """Return the folder beside a store that says what has been done."""
+    if store.name in ("", ".."):  # it is . or the folder above, whose own name is needed
+        store = Path(os.path.abspath(store))
     return store.with_name(store.stem + RECORDS)
 
 
