@@ -26,7 +26,7 @@ from .volumes import SHAPE, placed, planned, save_ome, tree_of, wrong_in, zarr
 LONG = os.environ.get("VOLUX_LONG") == "1"
 ALONG = 16 if LONG else 4  # units along each axis
 SECONDS = 100 if LONG else 6  # for which processes are killed
-PAUSE = 0.5
+PAUSE = 0.5 if LONG else 0.1
 SIZES = ("12m", "22m", "80m") if LONG else ("250k", "400k", "4m")
 
 
@@ -52,8 +52,10 @@ def killed_at_random(plan, generator):
     end = time.monotonic() + SECONDS
     while time.monotonic() < end:
         running = started("run", plan, "--processes", 2, "--quiet", start_new_session=True)
+        while not kills and not list(workers_of(running)):
+            time.sleep(0.001)  # so that one at least is killed however fast they are
         while running.poll() is None and time.monotonic() < end and generator.random() < 0.9:
-            time.sleep(PAUSE * generator.uniform(0.5, 1.5))
+            time.sleep(bool(kills) * PAUSE * generator.uniform(0.5, 1.5))
             workers = list(workers_of(running)) if running.poll() is None else []
             for pid in workers[:1] if generator.random() < 0.5 else workers[1:]:
                 with contextlib.suppress(ProcessLookupError):
