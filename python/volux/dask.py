@@ -240,13 +240,16 @@ def make(plan: str, task: int) -> int:
     int
         The bytes that were stored.
     """
-    return _worker(plan, _threads()).make(task).size
+    from volux.scale import _plan, _running
+
+    worker = _worker(plan, _plan.digest_of_file(plan), _threads())
+    _running.complete_path(worker.filed).unlink(missing_ok=True)
+    return worker.make(task).size
 
 
 @lru_cache(maxsize=4)
-def _worker(plan: str, threads: int | None) -> Worker:
-    from volux.scale import _plan, _running, _tasks
+def _worker(plan: str, _digest: str, threads: int | None) -> Worker:
+    """Return what makes units of a plan; a file that is written anew is another plan."""
+    from volux.scale import _plan, _tasks
 
-    filed = _plan.read(plan)
-    _running.complete_path(filed).unlink(missing_ok=True)
-    return _tasks.Worker(filed, threads)
+    return _tasks.Worker(_plan.read(plan), threads)

@@ -75,7 +75,7 @@ def test_force_replaces_a_plan_its_store_and_its_records():
     save_ome()
     first = planned("--scale", 2)
     done("run", first)
-    planned("--scale", 2, "--fill", 1, "--force", file="image.zarr")
+    planned("--scale", 2, "--interp", "cubic", "--force", file="image.zarr")
     assert json.loads(done("status", first, "--json"))["done"] == 0
     assert not Path("out.zarr/0/c").exists()
 

@@ -3,6 +3,7 @@
 import pickle
 from concurrent.futures import ThreadPoolExecutor
 from functools import partial
+from pathlib import Path
 
 import numpy as np
 import pytest
@@ -84,6 +85,24 @@ def test_tasks_of_a_plan_are_made_by_whatever_maps_numbers():
         sizes = list(client.map(partial(volux.dask.make, plan), tasks))
     assert min(sizes) > 0
     assert (volux.dask.undone(plan), wrong_in(plan)) == ([], {})
+
+
+def test_a_plan_that_is_written_anew_is_read_anew():
+    plan = planned("--scale", 2)
+    volux.dask.make(plan, 1)
+    planned("--scale", 2, "--interp", "cubic", "--force", file="image.zarr")
+    for task in volux.dask.undone(plan):
+        volux.dask.make(plan, task)
+    assert (volux.dask.undone(plan), wrong_in(plan)) == ([], {})
+
+
+def test_a_unit_that_is_made_again_takes_away_that_a_result_is_complete():
+    plan = planned("--scale", 2)
+    for task in volux.dask.undone(plan):
+        volux.dask.make(plan, task)
+    assert wrong_in(plan) == {}
+    volux.dask.make(plan, 3)
+    assert not Path("out.volux/0/complete.json").exists()
 
 
 FAILURES = [

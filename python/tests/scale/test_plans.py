@@ -27,7 +27,7 @@ SIZES = {
         "interpolation": "cubic",
     },
     "--scale 0.3 --interp label": {"scale": 0.3, "interpolation": "label"},
-    "--scale 1.7 --dtype float32 --border constant --fill 7 --outside fill": {
+    "--scale 1.7 --dtype float32 --border constant --fill 7": {
         "scale": 1.7,
         "dtype": "float32",
         "border": "constant",
@@ -116,7 +116,7 @@ def test_codecs_keep_the_voxels(codec):
 def test_the_plan_holds_all_that_voxels_depend_on_and_no_tasks():
     plan = json.loads(Path(planned("--scale", 2)).read_text())
     again = json.loads(Path(planned("--scale", 2, "--force")).read_text())
-    other = json.loads(Path(planned("--scale", 2, "--fill", 1, "--force")).read_text())
+    other = json.loads(Path(planned("--scale", 2, "--interp", "cubic", "--force")).read_text())
     large = json.loads(Path(planned("--scale", 40, "--force", unit=8)).read_text())
     assert plan == again
     assert plan["id"] != other["id"]
@@ -235,7 +235,12 @@ FAILURES = {
     "units of no whole chunks": (nothing, f"{RESIZE} --chunk 8 --unit 12", 2, "whole multiples"),
     "chunks of 0": (nothing, f"{RESIZE} --chunk 0", 2, "--chunk 0: must be above 0"),
     "a type for a plan": (nothing, f"{RESIZE} --dtype uint8", 2, "allowed are int16, float32"),
-    "a fill beyond the type": (nothing, f"{RESIZE} --fill 1e9", 2, "fill=1000000000: int16"),
+    "a fill beyond the type": (
+        nothing,
+        f"{RESIZE} --border constant --fill 1e9",
+        2,
+        "fill=1000000000: int16",
+    ),
     "a compressed file": (
         a_compressed_file,
         "plan resize x.nii.gz -o out.zarr --scale 2",
@@ -261,6 +266,27 @@ FAILURES = {
     "a group": (a_plain_group, "plan resize x.zarr -o out.zarr --scale 2", 1, "without OME-Zarr"),
     "too little memory": (nothing, f"{RESIZE} --memory 100MB", 1, "--memory allows"),
     "raw voxels of no type": (nothing, f"{RESIZE} --raw 3,4,5", 2, "must be a type and extents"),
+    "a type of what says it": (nothing, f"{RESIZE} --raw uint8,3,4,5", 2, "--raw uint8,3,4,5: "),
+    "a distance of what says it": (nothing, f"{RESIZE} --voxel 1", 2, "is OME-Zarr 0.5, which sa"),
+    "a fill of nothing": (nothing, f"{RESIZE} --fill 3", 2, "leaves nothing to fill"),
+    "an outside of nothing": (
+        nothing,
+        f"{RESIZE} --border constant --outside fill",
+        2,
+        "--outside fill: goes with --border edge",
+    ),
+    "an overflow of nothing": (
+        nothing,
+        f"{RESIZE} --dtype float32 --overflow wrap",
+        2,
+        "counts for integers",
+    ),
+    "an alignment of nothing": (
+        nothing,
+        "plan resample image.zarr -o out.zarr --like image.zarr --align centres",
+        2,
+        "--align is not an option of resample",
+    ),
     "no plan": (nothing, "run no.json", 1, "no.json"),
     "no JSON": (nothing, "run image.zarr/zarr.json", 1, "is no plan that volux plan made"),
 }

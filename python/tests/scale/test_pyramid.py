@@ -169,6 +169,18 @@ def test_what_levels_cannot_be_added_to_is_refused(prepare):
     assert after == before
 
 
+def test_two_processes_at_once_are_refused_and_the_first_goes_on():
+    from volux.scale._pyramid import Store
+
+    save_ome()
+    with Store("image.zarr").alone():
+        ended = run("pyramid", "image.zarr", "--levels", 2)
+    assert (ended.code, ended.err.count("\n")) == (1, 1)
+    assert "image.zarr: another process adds levels to it now" in ended.err
+    assert len(levels_of("image.zarr")) == 1
+    done("pyramid", "image.zarr", "--levels", 2)
+
+
 def test_levels_that_are_not_called_0_1_2_are_refused_and_stay(tmp_path, monkeypatch):
     monkeypatch.chdir(tmp_path)
     store = zarr.open_group("one.zarr", mode="w", zarr_format=3)

@@ -124,50 +124,6 @@ def test_runs_that_are_killed_go_on_until_the_tree_is_whole():
     assert tree_of() == whole
 
 
-def workers_of(running):
-    children = Path(f"/proc/{running.pid}/task/{running.pid}/children").read_text().split()
-    for pid in map(int, children):
-        with contextlib.suppress(OSError):
-            if b"spawn_main" in Path(f"/proc/{pid}/cmdline").read_bytes():
-                yield pid
-
-
-def test_a_worker_that_is_killed_is_replaced():
-    plan = planned("--scale", 3, "--interp", "cubic")
-    with started("run", plan, "--processes", "2", "--quiet", text=True) as running:
-        while not records():
-            time.sleep(0.01)
-        first = set(workers_of(running))
-        os.kill(max(first), signal.SIGKILL)
-        _, said = running.communicate(timeout=100)
-    assert (running.returncode, len(first), said) == (0, 2, "")
-    assert wrong_in() == {}
-
-
-def test_a_task_whose_workers_are_killed_again_and_again_is_told():
-    plan = planned("--scale", 3, "--interp", "cubic")
-    with started("run", plan, "--processes", "2", text=True) as running:
-        while running.poll() is None:
-            for pid in workers_of(running) if running.poll() is None else ():
-                with contextlib.suppress(ProcessLookupError):
-                    os.kill(pid, signal.SIGKILL)
-            time.sleep(0.01)
-        _, said = running.communicate(timeout=100)
-    assert running.returncode == 1
-    assert said.startswith("volux: task ")
-    assert said.endswith("run fewer processes, or plan smaller units\n")
-    assert said.count("\n") == 1
-
-
-def test_no_task_needs_more_memory_than_was_projected():
-    plan = planned("--scale", 3, chunk=32, unit=64)
-    ran = spawned("run", plan, "--processes", 2)
-    assert ran.returncode == 0
-    most = json.loads(Path(plan).read_text())["memory"]
-    taken = [json.loads(record)["memory"] for record in records().values()]
-    assert 0 < max(taken) < most
-
-
 @pytest.mark.parametrize(("number", "processes"), [(signal.SIGINT, 1), (signal.SIGTERM, 2)])
 def test_a_signal_ends_a_run_and_leaves_no_partial_file(number, processes):
     plan = planned("--scale", 3, "--interp", "cubic")
@@ -282,6 +238,21 @@ def test_a_task_that_is_named_is_made_again():
     assert wrong_in() == {}
 
 
+@pytest.mark.usefixtures("finished")
+def test_progress_of_another_run_begins_where_the_last_one_ended():
+    deleted(unit_of(18))
+    ended = run("run", "out.plan.json", "--progress", "plain")
+    assert ended.err.startswith("volux: run: 100 %\n")
+
+
+@pytest.mark.usefixtures("finished")
+def test_several_tasks_are_made_again():
+    for task in (2, 5, 9, 18):
+        flipped_bit(unit_of(task))
+    done("run", "out.plan.json", "--task", "5,2,2", "--task", 9, "--task", 18)
+    assert wrong_in() == {}
+
+
 def test_a_unit_of_nothing_but_fill_is_written_and_missed_when_it_is_deleted():
     save_ome(array=np.zeros(SHAPE, np.int16))
     made("--scale", 2, file="image.zarr")
@@ -363,6 +334,9 @@ MISUSES = {
     "--shard half": "such as 1/8",
     "--task 0": "must be 1 to 18",
     "--task 19": "must be 1 to 18",
+    "--task 3,19": "--task 19: must be 1 to 18",
+    "--task 3,": "must be 1 to 18",
+    "--task 3-5": "or several such as 1,5,9",
     "--task 1 --shard 1/2": "exclude one another",
     "--processes 0": "must be 1 or more",
     "--memory much": "must be a size",

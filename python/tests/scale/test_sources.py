@@ -133,10 +133,10 @@ def test_numbers_along_the_axes_of_a_turned_file_are_turned_as_well():
 
 def test_a_nifti_file_is_mapped_and_not_read():
     source, _ = read(save_nifti())
-    box = source.read(tuple(slice(0, n) for n in source.grid.shape))
-    while not isinstance(box, np.memmap):
-        box = box.base
-    assert Path(box.filename).name == "ct.nii"
+    array = source.array
+    while not isinstance(array, np.memmap):
+        array = array.base
+    assert Path(array.filename).name == "ct.nii"
 
 
 @pytest.mark.parametrize("dtype", ["uint8", "<i2", ">u2", "float32"])

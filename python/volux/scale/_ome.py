@@ -38,15 +38,17 @@ class Level(NamedTuple):
 
 def levels(attributes: dict[str, Any], path: str) -> list[Level]:
     """Return the levels that the attributes of a group name, the finest first; perhaps none."""
-    found = attributes.get("ome", attributes).get("multiscales")
-    if not found:
-        return []
     try:
+        found = attributes.get("ome", attributes).get("multiscales")
+        if not found:
+            return []
         image = found[0]
         axes = tuple(str(axis["name"]) for axis in image["axes"])
         per_mm = [_per_mm(axis, path) for axis in image["axes"]]
         return [_level(image, data, axes, per_mm) for data in image["datasets"]]
-    except (KeyError, TypeError, IndexError, ValueError) as error:
+    except ValueError as error:
+        raise Refusal(f"{path}: its OME-Zarr metadata have {error}") from None
+    except (KeyError, TypeError, IndexError, AttributeError) as error:
         raise Refusal(
             f"{path}: its OME-Zarr metadata are not those of 0.4 or 0.5: {error!r}"
         ) from None
@@ -69,9 +71,12 @@ def _level(
     for step in steps:
         kind = step["type"]
         if kind == "scale":
-            scale, translation = scale * step["scale"], translation * step["scale"]
+            factors = _numbers(step, axes)
+            if min(factors) <= 0:
+                raise ValueError(f"a scale of {step['scale']}; each must be above 0")
+            scale, translation = scale * factors, translation * factors
         elif kind == "translation":
-            translation = translation + step["translation"]
+            translation = translation + _numbers(step, axes)
         elif kind != "identity":
             raise ValueError(f"a transformation of type {kind}")
     return Level(
@@ -80,6 +85,14 @@ def _level(
         tuple((scale / per_mm).tolist()),
         tuple((translation / per_mm).tolist()),
     )
+
+
+def _numbers(step: dict[str, Any], axes: Sequence[str]) -> Any:
+    kind = step["type"]
+    found = np.array(step[kind], float)
+    if found.shape != (len(axes),) or not np.isfinite(found).all():
+        raise ValueError(f"a {kind} of {step[kind]}; it must be {len(axes)} finite numbers")
+    return found
 
 
 def attributes(name: str, placed: Sequence[tuple[str, Matrix]], *, labels: bool) -> dict[str, Any]:

@@ -65,8 +65,8 @@ class Plan:
         What is decoded at once, and what is written at once.
     codec : dict
         The codec's name, and the versions of the packages that encode.
-    metadata : str
-        Of the array that is written.
+    metadata, group : str
+        Of the array that is written, and of the group in which it is the first; "" for others.
     memory : int
         Bytes that a task needs at most, as projected.
     """
@@ -83,6 +83,7 @@ class Plan:
     unit: Ints
     codec: dict[str, Any]
     metadata: str
+    group: str
     memory: int
 
     @property
@@ -93,6 +94,7 @@ class Plan:
     def facts(self) -> dict[str, Any]:
         """Return the plan as JSON has it, without its own id."""
         said = json.loads(json.dumps(asdict(self)))
+        said["options"]["fill"] = _store.strict(self.options["fill"])
         return {"format": FORMAT, "volux": version(), **said}
 
 
@@ -125,7 +127,7 @@ class Filed:
     def records(self) -> Path:
         """The folder beside the result that says what has been done."""
         array = self.plan.output["array"]
-        return self.store.with_name(self.store.stem + _store.RECORDS) / array
+        return _store.records_of(self.store) / array
 
     def source(self) -> _sources.Source:
         """Return the input, unless it is not the one that the plan was made for."""
@@ -163,7 +165,7 @@ def digest_of_file(path: str) -> str:
 
 def identity(facts: dict[str, Any]) -> str:
     """Return the id of a plan: the SHA-256 of its canonical text."""
-    text = json.dumps(facts, sort_keys=True, separators=(",", ":"))
+    text = json.dumps(facts, sort_keys=True, separators=(",", ":"), allow_nan=False)
     return sha256(text.encode()).hexdigest()
 
 
@@ -175,6 +177,8 @@ def text_of(plan: Plan) -> str:
 
 def read(path: str) -> Filed:
     """Read a plan, and check that it is whole and of this format."""
+    if Path(path).is_dir():
+        raise Refusal(f"{path}: is a folder; name the file that volux plan has written")
     try:
         facts = json.loads(Path(path).read_text(encoding="utf-8"))
         given = facts.pop("id")
@@ -197,6 +201,7 @@ def _plan(facts: dict[str, Any]) -> Plan:
         facts[name] = Place(tuple(place["shape"]), tuple(map(tuple, place["affine"])))
     for name in ("chunk", "unit"):
         facts[name] = tuple(facts[name])
+    facts["options"]["fill"] = _store.loose(facts["options"]["fill"])
     return Plan(**facts)
 
 

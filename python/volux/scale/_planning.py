@@ -153,16 +153,28 @@ def planned(
             fill=wanted.options["fill"],
             codec=layout.codec,
         ),
-        memory=_memory.projected(
-            wanted.source.grid,
-            wanted.target.grid,
-            layout.unit,
-            wanted.transform,
-            wanted.options,
-            (source.dtype, wanted.dtype),
-        ),
+        group=_group(output, array, wanted),
+        memory=_memory_of(source, wanted, layout.unit),
     )
     return Filed(plan, identity(plan.facts()), folder)
+
+
+def _memory_of(source: Source, wanted: Wanted, unit: Ints) -> int:
+    return _memory.projected(
+        wanted.source.grid,
+        wanted.target.grid,
+        unit,
+        wanted.transform,
+        wanted.options,
+        (source.dtype, wanted.dtype),
+        source.at_once,
+    )
+
+
+def _group(output: str, array: str, wanted: Wanted) -> str:
+    placed = [(array, wanted.place.affine)]
+    labels = wanted.options["interpolation"] == "label"
+    return _store.group_metadata(_ome.attributes(Path(output).stem, placed, labels=labels))
 
 
 def input_of(source: Source, folder: Path, raw: _raw.Layout) -> dict[str, Any]:
@@ -206,16 +218,15 @@ def _said(wanted: Wanted, folder: Path) -> dict[str, Any]:
     return {"matrix": None, "files": files}
 
 
-def begun(filed: Filed, path: str, place: Grid, *, labels: bool, force: bool) -> None:
+def begun(filed: Filed, path: str, *, force: bool) -> None:
     """Write a plan, and the store of its result with metadata and no voxels."""
     store, records = filed.store, filed.records.parent
     _refuse_present([Path(path), store, records], force=force)
-    about = _ome.attributes(store.stem, [(filed.plan.output["array"], place.affine)], labels=labels)
     for old in (store, records):
         if old.exists():
             shutil.rmtree(old)
     try:
-        _store.put(store / _store.METADATA, _store.group_metadata(about).encode())
+        _store.put(store / _store.METADATA, filed.plan.group.encode())
         _store.put(filed.array / _store.METADATA, filed.plan.metadata.encode())
         filed.records.mkdir(parents=True)
         _store.put(Path(path), text_of(filed.plan).encode())

@@ -5,8 +5,10 @@ from __future__ import annotations
 import json
 import os
 import shutil
-from collections.abc import Callable
+from collections.abc import Callable, Iterator
+from contextlib import contextmanager, suppress
 from dataclasses import dataclass
+from fcntl import LOCK_EX, LOCK_NB, flock
 from functools import cached_property
 from pathlib import Path
 from typing import Any
@@ -14,7 +16,16 @@ from typing import Any
 import numpy as np
 
 from volux._types import Ints, Matrix
-from volux.scale import _memory, _planning, _raw, _running, _sources, _store, _verifying
+from volux.scale import (
+    _levels,
+    _memory,
+    _planning,
+    _raw,
+    _running,
+    _sources,
+    _store,
+    _verifying,
+)
 from volux.scale._plan import Filed, Plan, identity, index_places, read, relative, text_of
 from volux.tool._errors import Refusal
 
@@ -33,7 +44,7 @@ class Store:
     @property
     def records(self) -> Path:
         """The folder beside it."""
-        return Path(self.path).with_name(Path(self.path).stem + _store.RECORDS)
+        return _store.records_of(Path(self.path))
 
     def checked(self) -> Store:
         """Return the store, unless it is of another form or not complete."""
@@ -49,6 +60,21 @@ class Store:
         self._refuse_other_levels()
         return self
 
+    @contextmanager
+    def alone(self) -> Iterator[None]:
+        """Refuse another process that adds levels, as long as this one does."""
+        self.records.mkdir(exist_ok=True)
+        lock = os.open(self.records, os.O_RDONLY | os.O_DIRECTORY)
+        try:
+            with suppress(OSError):  # a file system without locks, where no one else has any
+                try:
+                    flock(lock, LOCK_EX | LOCK_NB)
+                except BlockingIOError:
+                    raise Refusal(f"{self.path}: another process adds levels to it now") from None
+            yield
+        finally:
+            os.close(lock)
+
     def _refuse_other_levels(self) -> None:
         # The next level is named by their number, and is stored as they are.
         if self.levels != [str(number) for number in range(len(self.levels))]:
@@ -63,8 +89,7 @@ class Store:
     @property
     def facts(self) -> dict[str, Any]:
         """What the metadata say."""
-        facts: dict[str, Any] = json.loads(self.metadata.read_text(encoding="utf-8"))
-        return facts
+        return _store.facts_of(self.metadata)
 
     @property
     def image(self) -> dict[str, Any]:
@@ -81,7 +106,7 @@ class Store:
     def finest(self) -> dict[str, Any]:
         """The metadata of the finest level's array."""
         path = Path(self.path) / self.levels[0] / _store.METADATA
-        found: dict[str, Any] = json.loads(path.read_text(encoding="utf-8"))
+        found = _store.facts_of(path)
         encoding = found["chunk_key_encoding"]
         if encoding["name"] != "default" or encoding.get("configuration", {}) not in _SLASHES:
             raise Refusal(f"{self.path}: its chunks are not named c/0/0/0; plan a copy of it")
@@ -91,33 +116,13 @@ class Store:
         """Write a level into the metadata, as long as `factors` of the last one's voxels."""
         facts = self.facts
         levels = facts["attributes"]["ome"]["multiscales"][0]["datasets"]
-        levels.append({"path": path, "coordinateTransformations": _coarser(levels[-1], factors)})
+        levels.append(
+            {"path": path, "coordinateTransformations": _levels.coarser(levels[-1], factors)}
+        )
         _store.put(self.metadata, (json.dumps(facts, indent=2) + "\n").encode())
 
 
 _SLASHES: tuple[dict[str, str], ...] = ({}, {"separator": "/"})
-
-
-def _coarser(level: dict[str, Any], factors: Ints) -> list[dict[str, Any]]:
-    scale, translation = np.ones(3), np.zeros(3)
-    for step in level["coordinateTransformations"]:
-        if step["type"] == "scale":
-            scale = np.array(step["scale"], float)
-        else:
-            translation = np.array(step["translation"], float)
-    translation = translation + scale * (np.array(factors) - 1) / 2
-    return [
-        {"type": "scale", "scale": (scale * factors).tolist()},
-        {"type": "translation", "translation": translation.tolist()},
-    ]
-
-
-def halved(shape: Ints) -> tuple[Ints, Ints]:
-    """Return the extents of the next level, which keep an odd voxel at the end, and the factors."""
-    first, second, third = (1 if n == 1 else 2 for n in shape)
-    factors = (first, second, third)
-    a, b, c = (-(-n // by) for n, by in zip(shape, factors, strict=True))
-    return (a, b, c), factors
 
 
 def _to_source(factors: Ints) -> Matrix:
@@ -142,7 +147,7 @@ def planned(store: Store, *, labels: bool) -> tuple[Filed, Ints]:
     """Return the plan of the next level, and how much longer its voxels are."""
     path = str(len(store.levels))
     source = _sources.opened(f"{store.path}/{store.levels[-1]}")
-    shape, factors = halved(source.grid.shape)
+    shape, factors = _levels.halved(source.grid.shape)
     folder = store.records / path
     own, target = index_places(source.grid, _to_source(factors), shape)
     options = _MEANS | ({"interpolation": "label"} if labels else {})
@@ -160,7 +165,10 @@ def planned(store: Store, *, labels: bool) -> tuple[Filed, Ints]:
         unit=tuple(unit),
         codec={"name": "same", "versions": _store.versions()},
         metadata=json.dumps(store.finest | {"shape": list(shape), "attributes": {}}, indent=2),
-        memory=_memory.projected(own.grid, target.grid, unit, None, options, (dtype, dtype)),
+        group="",
+        memory=_memory.projected(
+            own.grid, target.grid, unit, None, options, (dtype, dtype), source.at_once
+        ),
     )
     return Filed(plan, identity(plan.facts()), folder), factors
 
@@ -202,7 +210,7 @@ def wanted(store: Store, levels: int | None) -> int:
     source = _sources.opened(f"{store.path}/{store.levels[0]}")
     shape, count = source.grid.shape, 1
     while any(n > by for n, by in zip(shape, source.array.chunks, strict=True)):
-        shape, count = halved(shape)[0], count + 1
+        shape, count = _levels.halved(shape)[0], count + 1
     return count
 
 

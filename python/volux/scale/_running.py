@@ -2,25 +2,27 @@
 
 from __future__ import annotations
 
-import json
 import multiprocessing
 import multiprocessing.connection
+import multiprocessing.resource_tracker
 import signal
 from collections import Counter
-from collections.abc import Callable, Iterator
-from contextlib import suppress
+from collections.abc import Callable, Iterator, Sequence
+from contextlib import contextmanager, suppress
 from itertools import islice
 from pathlib import Path
 from typing import Any
 
-from volux.scale import _memory
+from volux.scale import _memory, _store
 from volux.scale._needed import zarr
 from volux.scale._plan import Filed
+from volux.scale._signals import held
 from volux.scale._tasks import Record, Worker, is_done
 from volux.tool._errors import INTERRUPTED, Misuse, Refusal
 
-# How many processes may be killed that make the same unit.
+# How many processes may be killed that make the same unit, and how many in a row as they start.
 _PATIENCE = 3
+_STARTS = 12
 
 
 class Interruption(Refusal):
@@ -29,15 +31,17 @@ class Interruption(Refusal):
     code = INTERRUPTED
 
 
-def chosen(filed: Filed, shard: str | None, task: int | None) -> range:
+def chosen(filed: Filed, shard: str | None, named: Sequence[str]) -> Sequence[int]:
     """Return the tasks that options choose, from 1."""
     tasks = filed.plan.units.tasks
-    if task is not None:
+    if named:
         if shard is not None:
             raise Misuse("--shard and --task exclude one another")
-        if not 1 <= task <= tasks:
-            raise Misuse(f"--task {task}: must be 1 to {tasks}")
-        return range(task, task + 1)
+        texts = [text for several in named for text in several.split(",")]
+        for text in texts:
+            if not (text.isdecimal() and 1 <= int(text) <= tasks):
+                raise Misuse(f"--task {text}: must be 1 to {tasks}, or several such as 1,5,9")
+        return list(dict.fromkeys(map(int, texts)))
     part, parts = _fraction(shard or "1/1")
     return range(tasks * (part - 1) // parts + 1, tasks * part // parts + 1)
 
@@ -80,6 +84,8 @@ class _Crew:
         self._context = multiprocessing.get_context("spawn")
         self._at_work: dict[Any, tuple[Any, int]] = {}  # by connection: the process and its task
         self._deaths: Counter[int] = Counter()
+        self._waiting: set[Any] = set()  # connections of processes that have not started yet
+        self._unstarted = 0  # killed in a row
 
     def work(self, tasks: Iterator[int], processes: int, told: Callable[[Record], None]) -> None:
         """Share tasks out among so many processes."""
@@ -97,40 +103,63 @@ class _Crew:
     def _hire(self, task: int) -> None:
         ours, theirs = self._context.Pipe()
         process = self._context.Process(target=_serve, args=(theirs, *self._setting))
-        process.start()
-        theirs.close()
-        self._at_work[ours] = process, task
-        with suppress(BrokenPipeError):  # it was killed already, as is found out next
-            ours.send(task)
+        with held(), _blocked():  # it begins with what is blocked here
+            process.start()
+            theirs.close()
+            self._at_work[ours] = process, task
+            self._waiting.add(ours)
 
     def _hear(self, connection: Any, tasks: Iterator[int], told: Callable[[Record], None]) -> None:
         process, task = self._at_work.pop(connection)
+        is_new = connection in self._waiting
+        self._waiting.discard(connection)
         try:
             answer = connection.recv()
         except (EOFError, ConnectionResetError):
             process.join()
-            self._replace(task)
+            self._replace(task, is_new)
+            return
+        if is_new:
+            self._unstarted = 0
+            self._ask(connection, process, task)
             return
         more = None if isinstance(answer, Exception) else next(tasks, None)
         if more is None:
             connection.close()
             process.join()
         else:
-            self._at_work[connection] = process, more
-            with suppress(BrokenPipeError):
-                connection.send(more)
+            self._ask(connection, process, more)
         if isinstance(answer, Exception):
             raise answer
         told(answer)
 
-    def _replace(self, task: int) -> None:
-        self._deaths[task] += 1
-        if self._deaths[task] == _PATIENCE:
+    def _ask(self, connection: Any, process: Any, task: int) -> None:
+        self._at_work[connection] = process, task
+        with suppress(BrokenPipeError):  # it was killed already, as is found out next
+            connection.send(task)
+
+    def _replace(self, task: int, is_new: bool) -> None:
+        self._deaths[task] += not is_new
+        self._unstarted += is_new
+        if self._deaths[task] == _PATIENCE or self._unstarted == _STARTS:
+            killed = f"{_STARTS} processes were killed as they started"
+            if self._deaths[task] == _PATIENCE:
+                killed = f"task {task}: {_PATIENCE} processes were killed that made it"
             raise Refusal(
-                f"task {task}: {_PATIENCE} processes were killed that made it, perhaps for want of "
-                "memory; run fewer processes, or plan smaller units"
+                f"{killed}, perhaps for want of memory; run fewer processes, or plan smaller units"
             )
         self._hire(task)
+
+
+@contextmanager
+def _blocked() -> Iterator[None]:
+    """Block Ctrl-C, which goes to the process that asks, from the first moment of another one."""
+    multiprocessing.resource_tracker.ensure_running()  # it would unblock it
+    before = signal.pthread_sigmask(signal.SIG_BLOCK, {signal.SIGINT})
+    try:
+        yield
+    finally:
+        signal.pthread_sigmask(signal.SIG_SETMASK, before)
 
 
 def _serve(connection: Any, filed: Filed, threads: int, limit: int | None) -> None:
@@ -140,6 +169,7 @@ def _serve(connection: Any, filed: Filed, threads: int, limit: int | None) -> No
     zarr().config.set({"threading.max_workers": 1, "async.concurrency": 1})
     worker = Worker(filed, threads, limit)
     with suppress(EOFError, BrokenPipeError, ConnectionResetError):
+        connection.send(None)  # it has started
         while True:
             connection.send(_answer(worker, connection.recv()))
 
@@ -161,13 +191,24 @@ def undone(filed: Filed, tasks: range) -> Iterator[int]:
 def state(filed: Filed) -> dict[str, Any]:
     """Return how many units there are, and the digests of the tree once it has been verified."""
     tasks = filed.plan.units.tasks
-    complete = complete_path(filed)
     return {
         "plan": filed.id,
         "tasks": tasks,
         "done": tasks - sum(1 for _ in undone(filed, range(1, tasks + 1))),
-        "complete": json.loads(complete.read_text(encoding="utf-8")) if complete.exists() else None,
+        "complete": _complete(filed),
     }
+
+
+def _complete(filed: Filed) -> dict[str, Any] | None:
+    path = complete_path(filed)
+    if not path.exists():
+        return None
+    facts = _store.facts_of(path)
+    if facts.get("plan") != filed.id or not all(
+        isinstance(facts.get(name), str) for name in ("decoded", "stored")
+    ):
+        raise Refusal(f"{path}: is not what volux verify has written of this plan; verify again")
+    return facts
 
 
 def complete_path(filed: Filed) -> Path:

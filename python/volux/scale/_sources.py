@@ -5,6 +5,7 @@ from __future__ import annotations
 import json
 from collections.abc import Sequence
 from dataclasses import dataclass
+from functools import cached_property
 from hashlib import sha256
 from pathlib import Path
 from typing import Any, NamedTuple
@@ -15,6 +16,7 @@ from volux import Grid
 from volux._types import Array, Box, Matrix
 from volux.scale import _ome, _raw
 from volux.scale._needed import zarr
+from volux.scale._reading import Chunks, Mapped, in_flight
 from volux.tool._errors import Refusal
 
 _SERVED = ("uint8", "int16", "uint16", "int32", "uint32", "float32", "float64")
@@ -66,22 +68,39 @@ class Source:
         return native
 
     def read(self, box: Box) -> Array:
-        """Return the voxels of a box of the grid, mapped where the file is."""
-        selection: list[Any] = [0] * len(self.array.shape)
+        """Return the voxels of a box of the grid."""
+        selection = [slice(0, 1)] * len(self.array.shape)
         for axis, along, flipped in zip(self.axes.space, box, self.axes.flipped, strict=True):
             extent = self.array.shape[axis]
             is_back = slice(extent - along.stop, extent - along.start)
             selection[axis] = is_back if flipped else along
         found = self._decoded(tuple(selection))
+        found = found[
+            tuple(slice(None) if axis in self.axes.space else 0 for axis in range(found.ndim))
+        ]
         places = sorted(self.axes.space)
         found = found.transpose([places.index(axis) for axis in self.axes.space])
-        found = found[tuple(slice(None, None, -1 if back else 1) for back in self.axes.flipped)]
-        voxels: Array = found.astype(self.dtype, copy=False)
+        turned = tuple(slice(None, None, -1 if back else 1) for back in self.axes.flipped)
+        voxels: Array = found[turned]
         return voxels
 
-    def _decoded(self, selection: tuple[Any, ...]) -> Array:
+    @property
+    def is_bare(self) -> bool:
+        """Whether the file does not say where its voxels lie."""
+        return self.kind in ("raw", "NumPy", "Zarr 2", "Zarr 3")
+
+    @property
+    def at_once(self) -> int:
+        """Bytes of chunks that are decoded whole, beside the voxels that are asked for."""
+        return in_flight(self.array)
+
+    @cached_property
+    def _reader(self) -> Chunks | Mapped:
+        return (Chunks if hasattr(self.array, "chunks") else Mapped)(self.array)
+
+    def _decoded(self, selection: tuple[slice, ...]) -> Array:
         try:
-            return np.asarray(self.array[selection])
+            return self._reader.read(selection)
         except OSError:
             raise
         except Exception as error:  # whatever a codec says of bytes that are not its own

@@ -4,9 +4,9 @@ from __future__ import annotations
 
 import fcntl
 import json
+import math
 import os
 import threading
-from contextlib import suppress
 from hashlib import sha256
 from importlib.metadata import version
 from pathlib import Path
@@ -16,11 +16,19 @@ import numpy as np
 
 from volux._types import Array, Ints
 from volux.scale._needed import zarr
+from volux.tool._errors import Refusal
 
 PARTIAL = ".partial"
 METADATA = "zarr.json"
 RECORDS = ".volux"  # the folder beside a store
 _ONLY = "c/0/0/0"
+
+
+def records_of(store: Path) -> Path:
+    """Return the folder beside a store that says what has been done."""
+    if store.name in ("", ".."):  # it is . or the folder above, whose own name is needed
+        store = Path(os.path.abspath(store))
+    return store.with_name(store.stem + RECORDS)
 
 
 def array_metadata(
@@ -60,7 +68,30 @@ def group_metadata(attributes: dict[str, Any]) -> str:
 
 
 def _text(facts: dict[str, Any]) -> str:
-    return json.dumps(facts, indent=2) + "\n"
+    return json.dumps(facts, indent=2, allow_nan=False) + "\n"
+
+
+def strict(number: float) -> float | str:
+    """Return a number as JSON has it, in which Zarr spells those that are not finite."""
+    if math.isfinite(number):
+        return number
+    return "NaN" if math.isnan(number) else "Infinity" if number > 0 else "-Infinity"
+
+
+def loose(number: float | str) -> float:
+    """Return the number that `strict` has spelt."""
+    return float(number) if isinstance(number, str) else number
+
+
+def facts_of(path: Path) -> dict[str, Any]:
+    """Return the object in a file of JSON, or say that the file is damaged."""
+    try:
+        facts = json.loads(path.read_bytes())
+    except ValueError:
+        facts = None
+    if not isinstance(facts, dict):
+        raise Refusal(f"{path}: is damaged: it is no object of JSON")
+    return facts
 
 
 def _buffer(data: bytes) -> Any:
@@ -79,11 +110,11 @@ class Codec:
         self._metadata = json.loads(metadata)
         self._of_thread = threading.local()
 
-    def encoded(self, voxels: Array) -> bytes:
+    def encoded(self, voxels: Array) -> memoryview:
         """Return the bytes of a unit."""
         array, store = self._of(voxels.shape)
         array[...] = voxels
-        return bytes(store.pop(_ONLY).to_bytes())
+        return memoryview(store.pop(_ONLY).as_numpy_array()).cast("B")
 
     def decoded(self, data: bytes, shape: Ints) -> Array:
         """Return the voxels of a unit."""
@@ -113,7 +144,7 @@ def _opened(store: dict[str, Any]) -> Any:
         return zarr().open_array(zarr().storage.MemoryStore(store), mode="r+")
 
 
-def put(path: Path, data: bytes, *, is_kept: bool = True) -> None:
+def put(path: Path, data: bytes | memoryview, *, is_kept: bool = True) -> None:
     """Write a file beside its place, and rename it when it is whole.
 
     Two that write the same file take turns by a lock, which goes with the process that holds it;
@@ -123,7 +154,7 @@ def put(path: Path, data: bytes, *, is_kept: bool = True) -> None:
     ----------
     path : Path
         Its folder is made.
-    data : bytes
+    data : bytes or memoryview
         All of it.
     is_kept : bool
         Whether its bytes must outlive a failure of power wherever its name does. A name that is
@@ -140,7 +171,8 @@ def put(path: Path, data: bytes, *, is_kept: bool = True) -> None:
             os.fsync(descriptor)
         os.replace(partial, path)
     except BaseException:
-        partial.unlink(missing_ok=True)
+        if _is_at(descriptor, partial):  # else it has its name, and another writes here
+            partial.unlink()
         raise
     finally:
         os.close(descriptor)
@@ -150,13 +182,24 @@ def _locked(partial: Path) -> int:
     partial.parent.mkdir(parents=True, exist_ok=True)
     while True:
         descriptor = os.open(partial, os.O_RDWR | os.O_CREAT, 0o666)
-        fcntl.flock(descriptor, fcntl.LOCK_EX)
-        with suppress(FileNotFoundError):  # the one before has renamed it meanwhile
-            if os.path.samestat(os.fstat(descriptor), partial.stat()):
+        try:
+            fcntl.flock(descriptor, fcntl.LOCK_EX)
+            if _is_at(descriptor, partial):
                 return descriptor
-        os.close(descriptor)
+        except BaseException:
+            os.close(descriptor)
+            raise
+        os.close(descriptor)  # the one before has renamed it meanwhile
 
 
-def digest_of(data: bytes) -> str:
+def _is_at(descriptor: int, path: Path) -> bool:
+    """Whether a path still leads to an open file."""
+    try:
+        return os.path.samestat(os.fstat(descriptor), path.stat())
+    except FileNotFoundError:
+        return False
+
+
+def digest_of(data: bytes | memoryview) -> str:
     """Return the SHA-256 of bytes."""
     return sha256(data).hexdigest()

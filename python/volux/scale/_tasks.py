@@ -21,6 +21,7 @@ from volux.scale._sources import Source
 from volux.scale._support import support
 from volux.scale._units import extents, key
 from volux.tool._errors import Refusal
+from volux.tool._meanwhile import Meanwhile
 
 _FOLDER = 1000  # records in a folder
 
@@ -95,16 +96,18 @@ class Worker:
         began = time.perf_counter()
         index = self._plan.units.place(task - 1)
         voxels = self.voxels(self._plan.units.box(index))
+        decoded = Meanwhile(lambda: volux.digest(voxels))
         with held():
             data = self._codec.encoded(voxels)
+        stored = Meanwhile(lambda: _store.digest_of(data))
         path = self.filed.array / key(index)
         _store.put(path, data)
         record = Record(
             plan=self.filed.id,
             task=task,
             unit=f"{self._plan.output['array']}/{key(index)}",
-            decoded=volux.digest(voxels),
-            stored=_store.digest_of(data),
+            decoded=decoded.result(),
+            stored=stored.result(),
             size=len(data),
             seconds=round(time.perf_counter() - began, 6),
             memory=_memory.peak(),
@@ -137,6 +140,8 @@ class Worker:
     def _refuse_beyond(self, need: Box, box: Box) -> None:
         if self._limit is None:
             return
-        amount = _memory.needed(extents(need), extents(box), self._source.dtype, self._plan.dtype)
+        at_once = self._source.at_once + _memory.of_transform(self._transform)
+        dtypes = self._source.dtype, self._plan.dtype
+        amount = _memory.needed(extents(need), extents(box), dtypes, at_once, self._plan.unit)
         if amount > self._limit:
             raise Refusal(f"a task needs {amount} bytes, and --memory allows {self._limit}")

@@ -10,11 +10,12 @@ from pathlib import Path
 from typing import Any, NamedTuple
 
 import volux
-from volux.scale import _store
+from volux.scale import _levels, _store
 from volux.scale._plan import Filed
 from volux.scale._running import complete_path
 from volux.scale._tasks import Record, record_path
 from volux.scale._units import extents, key
+from volux.tool._errors import Refusal
 
 
 class Wrong(NamedTuple):
@@ -93,9 +94,11 @@ def _has_voxels(codec: _store.Codec, data: bytes, filed: Filed, index: Any, reco
 
 def _strays(filed: Filed) -> Iterator[Wrong]:
     """Yield what is neither a unit nor the metadata of the plan."""
-    metadata = filed.array / _store.METADATA
-    if not metadata.is_file() or metadata.read_text() != filed.plan.metadata:
-        yield Wrong(None, f"{filed.plan.output['array']}/{_store.METADATA}", "is not as planned")
+    array = filed.plan.output["array"]
+    if not _has(filed.array / _store.METADATA, filed.plan.metadata):
+        yield Wrong(None, f"{array}/{_store.METADATA}", "is not as planned")
+    if filed.plan.group:
+        yield from _strays_of_group(filed)
     counts = filed.plan.units.counts
     for folder, _, files in os.walk(filed.array):
         for name in files:
@@ -111,8 +114,58 @@ def _is_known(name: str, counts: tuple[int, int, int]) -> bool:
     return (
         first == "c"
         and len(numbers) == 3
-        and all(text.isdecimal() and int(text) < n for text, n in zip(numbers, counts, strict=True))
+        and all(
+            text.isdecimal() and text == str(int(text)) and int(text) < n
+            for text, n in zip(numbers, counts, strict=True)
+        )
     )
+
+
+def _has(path: Path, text: str) -> bool:
+    try:
+        return path.read_bytes() == text.encode()
+    except (FileNotFoundError, NotADirectoryError, IsADirectoryError):
+        return False
+
+
+def _strays_of_group(filed: Filed) -> Iterator[Wrong]:
+    """Yield what is wrong in a store beside its finest level."""
+    levels = _levels_of(filed)
+    if levels is None:
+        yield Wrong(None, _store.METADATA, "is not as planned")
+        return
+    for level in levels:
+        plan = _store.records_of(filed.store) / level / "plan.json"
+        try:
+            metadata = str(_store.facts_of(plan)["metadata"])
+        except (OSError, KeyError, Refusal):
+            yield Wrong(None, level, "is a level whose plan cannot be read")
+            continue
+        if not _has(filed.store / level / _store.METADATA, metadata):
+            yield Wrong(None, f"{level}/{_store.METADATA}", "is not as planned")
+    known = {_store.METADATA, _store.METADATA + _store.PARTIAL, filed.plan.output["array"], *levels}
+    for path in filed.store.iterdir():
+        if path.name not in known and not _is_begun(filed, path.name):
+            yield Wrong(None, path.name, "is no part of the plan")
+
+
+def _is_begun(filed: Filed, level: str) -> bool:
+    return (_store.records_of(filed.store) / level / "plan.json").is_file()
+
+
+def _levels_of(filed: Filed) -> list[str] | None:
+    """Return the levels beside the finest; None if the metadata are not those of the plan."""
+    planned = json.loads(filed.plan.group)
+    try:
+        found = _store.facts_of(filed.store / _store.METADATA)
+        datasets = found["attributes"]["ome"]["multiscales"][0]["datasets"]
+        finest, more = planned["attributes"]["ome"]["multiscales"][0]["datasets"][0], datasets[1:]
+        del datasets[1:]
+    except (OSError, Refusal, KeyError, IndexError, TypeError):
+        return None
+    if found != planned or more != _levels.of(finest, filed.plan.target.shape, len(more)):
+        return None
+    return [level["path"] for level in more]
 
 
 def _marked(filed: Filed, found: Verified) -> Verified:

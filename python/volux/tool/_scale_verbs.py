@@ -147,8 +147,10 @@ def run(
         str | None, option("--shard", metavar="I/N", text="Part I of N of the tasks, such as 1/8.")
     ] = None,
     task: Annotated[
-        int | None,
-        option("--task", metavar="I", text="Task I, even if it is done; 1 is the first."),
+        list[str] | None,
+        option(
+            "--task", metavar="I", text="Task I, or several such as 1,5,9, even if they are done."
+        ),
     ] = None,
     threads: ThreadsEach = None,
     memory: Memory = None,
@@ -166,7 +168,7 @@ def run(
     """
     from volux.tool import _scaling
 
-    chosen = (shard, task)
+    chosen = (shard, tuple(task or ()))
     how = "none" if quiet else progress
     conduct = (processes, threads, memory)
     return _scaling.run(plan, chosen, conduct, as_json=json, quiet=quiet, progress_as=how)

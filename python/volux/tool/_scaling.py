@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import json
+from collections.abc import Callable, Iterator, Sequence
 from dataclasses import dataclass
 from pathlib import Path
 from typing import Any
@@ -13,8 +14,11 @@ from volux.scale import _planning, _pyramid, _raw, _running, _sources, _verifyin
 from volux.scale._plan import Filed, read, text_of
 from volux.scale._sources import Source
 from volux.scale._store import METADATA
+from volux.scale._tasks import Record, is_done
 from volux.tool import _output
 from volux.tool._errors import FAILURE, SUCCESS, Misuse, Refusal, say
+from volux.tool._flat import is_said
+from volux.tool._idle import refuse_outside, refuse_overflow
 from volux.tool._looking import aligned
 from volux.tool._options import Filling, Reading, counts, numbers, size
 from volux.tool._plan import aliasing, factors_of, size_text
@@ -74,11 +78,11 @@ def plan(given: Given, *, force: bool, as_json: bool, quiet: bool) -> int:
     layout = _raw.layout(given.stored.raw, given.stored.voxel)
     source = _sources.opened(given.file, layout)
     wanted = _wanted(given, source)
+    _refuse_idle(given, source, wanted)
     files = (given.path, given.stored.output, _ARRAY)
     filed = _planning.planned(source, wanted, given.layout(), files, layout)
     _refuse_beyond(filed, given.memory)
-    labels = wanted.options["interpolation"] == "label"
-    _planning.begun(filed, given.path, wanted.place, labels=labels, force=force)
+    _planning.begun(filed, given.path, force=force)
     if not quiet:
         for warning in _warnings(given, wanted):
             say(warning)
@@ -106,6 +110,18 @@ def _refuse_others(given: Given) -> None:
     for name, value in others.items():
         if value:
             raise Misuse(f"{name} is not an option of {given.verb}")
+
+
+def _refuse_idle(given: Given, source: Source, wanted: _planning.Wanted) -> None:
+    """Refuse options that would have no effect."""
+    refuse_outside(given.reading, wanted.options["outside"])
+    refuse_overflow(given.filling.overflow, np.dtype(wanted.dtype), is_view=False)
+    if given.stored.raw is not None and source.kind != "raw":
+        raise Misuse(f"--raw {given.stored.raw}: {given.file} is {source.kind}, which says it")
+    if given.stored.voxel is not None and not source.is_bare:
+        raise Misuse(f"--voxel {given.stored.voxel}: {given.file} is {source.kind}, which says it")
+    if given.verb == "resample" and is_said("align"):
+        raise Misuse("--align is not an option of resample")
 
 
 def _wanted(given: Given, source: Source) -> _planning.Wanted:
@@ -145,9 +161,42 @@ def _refuse_beyond(filed: Filed, memory: str | None) -> int | None:
     return limit
 
 
+class _Tally:
+    """Which of the tasks have been made, and how many were there before."""
+
+    def __init__(self, tasks: Sequence[int], told: Callable[[float], object] | None) -> None:
+        self.tasks, self._told = tasks, told
+        self.there = 0
+        self.records: list[tuple[float, int]] = []
+
+    def undone(self, filed: Filed) -> Iterator[int]:
+        """Yield the tasks that have not been done."""
+        for task in self.tasks:
+            if is_done(filed, task):
+                self.there += 1
+            else:
+                yield task
+
+    def tell(self, record: Record) -> None:
+        """Count a task that has been made."""
+        self.records.append((record.seconds, record.memory))
+        if self._told is not None:
+            self._told((self.there + len(self.records)) / len(self.tasks))
+
+    def facts(self, plan: str) -> dict[str, Any]:
+        """Return what a run has done."""
+        return {
+            "plan": plan,
+            "chosen": len(self.tasks),
+            "made": len(self.records),
+            "seconds": round(sum(seconds for seconds, _ in self.records), 6),
+            "memory": max((memory for _, memory in self.records), default=0),
+        }
+
+
 def run(
     path: str,
-    chosen: tuple[str | None, int | None],
+    chosen: tuple[str | None, Sequence[str]],
     conduct: tuple[int, int | None, str | None],
     *,
     as_json: bool,
@@ -161,29 +210,17 @@ def run(
     _refuse_other_store(filed, path)
     limit = _refuse_beyond(filed, memory)
     tasks = _running.chosen(filed, *chosen)
-    todo = tasks if chosen[1] is not None else _running.undone(filed, tasks)
     with progress(progress_as, "run") as told:
-        records: list[tuple[float, int]] = []
-
-        def tell(record: Any) -> None:
-            records.append((record.seconds, record.memory))
-            if told is not None:
-                told(len(records) / len(tasks))
-
-        _running.run(
-            filed, iter(todo), processes=processes, threads=threads, limit=limit, told=tell
-        )
-    facts = {
-        "plan": filed.id,
-        "chosen": len(tasks),
-        "made": len(records),
-        "seconds": round(sum(seconds for seconds, _ in records), 6),
-        "memory": max((memory for _, memory in records), default=0),
-    }
+        tally = _Tally(tasks, told)
+        todo = iter(tasks) if chosen[1] else tally.undone(filed)
+        how: dict[str, Any] = {"processes": processes, "threads": threads, "limit": limit}
+        _running.run(filed, todo, told=tally.tell, **how)
+    facts = tally.facts(filed.id)
     if as_json:
         print(json.dumps(facts, indent=2))
     if not (as_json or quiet):
-        say(f"{path}: units made: {len(records)}; there before: {len(tasks) - len(records)}")
+        made = facts["made"]
+        say(f"{path}: units made: {made}; there before: {len(tasks) - made}")
     return SUCCESS
 
 
@@ -201,7 +238,7 @@ def _found(path: str) -> Filed:
 
 
 def _refuse_other_store(filed: Filed, path: str) -> None:
-    if (filed.array / METADATA).read_text() != filed.plan.metadata:
+    if (filed.array / METADATA).read_bytes() != filed.plan.metadata.encode():
         raise Refusal(f"{filed.store}: is not the store that {path} has begun; plan again")
 
 
@@ -260,15 +297,16 @@ def pyramid(
     store = _pyramid.Store(path).checked()
     labels = _pyramid.says_labels(store) if wanted[1] is None else wanted[1]
     count = _pyramid.wanted(store, wanted[0])
-    while len(store.levels) < count:
-        filed, factors = _pyramid.planned(store, labels=labels)
-        limit = _refuse_beyond(filed, memory)
-        _pyramid.begun(filed)
-        _pyramid.make(filed, processes=processes, threads=threads, limit=limit, told=_nothing)
-        store.add(filed.plan.output["array"], factors)
-        if not quiet:
-            shape = " x ".join(map(str, filed.plan.target.shape))
-            say(f"{path}: level {filed.plan.output['array']}, {shape} voxels")
+    with store.alone():
+        while len(store.levels) < count:
+            filed, factors = _pyramid.planned(store, labels=labels)
+            limit = _refuse_beyond(filed, memory)
+            _pyramid.begun(filed)
+            _pyramid.make(filed, processes=processes, threads=threads, limit=limit, told=_nothing)
+            store.add(filed.plan.output["array"], factors)
+            if not quiet:
+                shape = " x ".join(map(str, filed.plan.target.shape))
+                say(f"{path}: level {filed.plan.output['array']}, {shape} voxels")
     if as_json:
         print(json.dumps({"store": path, "levels": store.image["datasets"]}, indent=2))
     return SUCCESS
