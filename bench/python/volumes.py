@@ -104,7 +104,7 @@ def by_simpleitk(case):
 
 
 def by_grid_sample(case):
-    """Of torch, which takes positions from -1 to 1 in x, y, z, and is told them by a matrix."""
+    """Takes torch, whose positions run from -1 to 1 in x, y, z, and come from a matrix."""
     torch.set_num_threads(case.threads)
     cube, (matrix, offset, shape) = torch.from_numpy(case.cube)[None, None], case.target
     halves = [(numpy.array(extents[::-1]) - 1) / 2 for extents in (case.cube.shape, shape)]
@@ -121,7 +121,7 @@ def by_grid_sample(case):
 
 
 def by_interpolate(case):
-    """Of torch, which brings whole volumes alone: the slices that B reads are one."""
+    """Takes torch, which brings whole volumes alone: the slices that B reads are one."""
     torch.set_num_threads(case.threads)
     cube = torch.from_numpy(case.cube[16:48].copy())[None, None]
     shape = tuple(case.target[2])

@@ -20,8 +20,8 @@ public:
     using Keywords = nb::typed<nb::dict, nb::str, nb::any>;
     using Readings = nb::typed<nb::object, nb::ndarray<nb::numpy, double>>;
 
-    /// Of what the package knows: the numbers that stand for kernels and for borders, the default
-    /// of each keyword, and of NumPy ndarray, float64, array and empty. It is handed over with each
+    /// Takes what the package knows: the numbers that stand for kernels and for borders, the
+    /// default of each keyword, and NumPy's ndarray, float64, array and empty. It comes with each
     /// call, because what is kept here would outlive the interpreter's end.
     explicit PlainSampling(const Anything& known);
 

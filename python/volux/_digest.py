@@ -60,7 +60,7 @@ class Fingerprint:
     Parameters
     ----------
     dtype : dtype
-        Of the voxels.
+        The type of the voxels.
     extents : four ints
         Along x, y, z and the channels.
     grid : Grid

@@ -79,7 +79,7 @@ antialias : {{None, "mean", "auto"}}, optional
 overflow : {{"saturate", "wrap"}}
     What integers store for a reading that they cannot hold.
 dtype : dtype, optional
-    Of the result: the image's, float32 or float64. None: that of `out`, or the image's.
+    The type of the result: the image's, float32 or float64. None: that of `out`, or the image's.
     Integers round half away from zero; float64 is the reading itself.
 out : ndarray, optional
     Gets the result; any strides, but no overlap with what is read.

@@ -44,7 +44,7 @@ class PointMap(ABC):
         Returns
         -------
         ndarray, float64
-            Of the shape of `points`.
+            As many as `points`, in the same shape.
         """
         given = triples(points)
         results = np.empty(given.shape)

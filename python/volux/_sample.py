@@ -71,8 +71,8 @@ def sample(
     $reading
     $channel
     dtype : dtype, optional
-        Of the readings: float64, float32 or the image's, as None is. Only float64 is the reading
-        itself.
+        The type of the readings: float64, float32 or the image's, as None is. Only float64 is the
+        reading itself.
     out : ndarray, optional
         Gets the readings; any strides, but no overlap with what is read.
     $threads
@@ -80,7 +80,7 @@ def sample(
     Returns
     -------
     ndarray
-        Of the shape of `points` without the last axis. Channels come last if all are read.
+        The shape is that of `points` without the last axis. Channels come last if all are read.
     $raises
 
     Examples

@@ -45,7 +45,7 @@ def support(
     Parameters
     ----------
     grid : Grid
-        Of the result.
+        The grid of the result.
     box : slices along the axes of the grid
         Which part of the result is made, such as ``numpy.s_[0:64, :, :]``.
     image : Grid, Image, ndarray or DLPack producer

@@ -99,7 +99,7 @@ def map_coordinates(
     Returns
     -------
     ndarray
-        Of the shape of `coordinates` without the first axis; `output` itself, if it is an array.
+        The shape is that of `coordinates` without the first axis; `output` itself, if an array.
     $raises
 
     Examples
@@ -146,7 +146,7 @@ def affine_transform(
     offset : float or three floats
         Is added, unless `matrix` has a column for it.
     output_shape : three ints, optional
-        Of the result; None: that of `output`, if it is an array, or of `input`.
+        The shape of the result; None: that of `output`, if it is an array, or of `input`.
     $scipys
     $scipys_result
 

@@ -8,7 +8,7 @@ from pathlib import Path
 from . import sysroot
 from .builds import BUILD
 
-# Of a corpus: its program, and the positions or the rounds of requests in each volume, or the
+# Each corpus: its program, and the positions or the rounds of requests in each volume, or the
 # geometries.
 SIZES = {
     "full": ("sampler", 2000),

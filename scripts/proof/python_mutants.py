@@ -20,7 +20,7 @@ from .results import Result, Table
 TITLE = "Mutation of the Python package"
 WITH_RESAMPLE = True
 MORE_SOURCES = package.FOLDERS
-# Of the package proper, whose tests take seconds and which a campaign has judged as a whole.
+# In the package proper, whose tests take seconds and which a campaign has judged as a whole.
 CI_RUN = ["--sample", "3", "--file", "_*"]
 WHOLE_RUN = ["--sample", "12", "--file", "_*"]
 

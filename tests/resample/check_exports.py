@@ -17,7 +17,7 @@ EXPECTED = collections.Counter(
     + 7 * 3 * ["Labels::operator()"]  # each element type with each border
     + [f"{what} for {of}" for what in ("typeinfo", "typeinfo name", "vtable")
        for of in ("Labels", "interpolator_t<Labels>")]
-    # Of a base without a virtual function that is in one library alone.
+    # For a base without a virtual function that is in one library alone.
     + [f"{what} for volux::core::Interpolator" for what in ("typeinfo", "typeinfo name")])
 
 

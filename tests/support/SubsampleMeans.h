@@ -59,7 +59,7 @@ inline AffineMap finerMapOf(const AffineMap& map, const Subsamples& n)
     return finer;
 }
 
-// Of at least one sample, in their order.
+// There must be a sample at least; they are summed in their order.
 inline double meanOf(const std::vector<double>& samples)
 {
     volatile double sum = samples[0];

@@ -68,7 +68,7 @@ VOLUX_RESAMPLE_API SamplerParts makeSampler(const View<const void>& source, int 
 /// Calls are O(1), lock nothing and allocate nothing.
 class Sampler {
 public:
-    /// Of a VxImage, an Image or a View. It allocates nothing for the kernels of volux_core, and
+    /// Reads a VxImage, an Image or a View. It allocates nothing for the kernels of volux_core, and
     /// throws nothing. What it cannot read, error() tells, and every call gives NaN.
     template <class Source>
     explicit Sampler(const Source& source, const Options& options = Options(), int channel = 0)

@@ -71,7 +71,7 @@ struct Warp {
     /// No field.
     Warp() = default;
 
-    /// Of a VxImage, an Image or a View, which must live as long as the warp is used.
+    /// Refers to a VxImage, an Image or a View, which must live as long as the warp is used.
     template <class Field>
     Warp(const Field& vectors, const AffineMap& fieldMap, const AffineMap& voxelMap)
         : field(detail::vectorsOf(vectors)), toField(fieldMap), toVoxels(voxelMap)

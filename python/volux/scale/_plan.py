@@ -53,20 +53,21 @@ class Plan:
     output : dict
         The path from the folder of the plan, and the array in it.
     source, target : Place
-        Of the voxels that are read and made. A change of size has both in the index space of the
-        source, so that its positions are exact.
+        Where the voxels that are read and made lie. A change of size has both in the index space
+        of the source, so that its positions are exact.
     transform : dict
         A matrix, or the files of a displacement field; the world is that of `source`.
     options : dict
         As `volux.resample` takes them.
     dtype : str
-        Of the result.
+        The type of the voxels of the result.
     chunk, unit : three ints
         What is decoded at once, and what is written at once.
     codec : dict
         The codec's name, and the versions of the packages that encode.
     metadata, group : str
-        Of the array that is written, and of the group in which it is the first; "" for others.
+        The metadata of the array that is written, and of the group in which it is the first; ""
+        for others.
     memory : int
         Bytes that a task needs at most, as projected.
     """

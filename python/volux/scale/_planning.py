@@ -55,13 +55,13 @@ class Wanted:
     verb : str
         What the user typed.
     source, target : Place
-        Of what is read and made, in the space in which positions are computed.
+        Where what is read and made lies, in the space in which positions are computed.
     place : Grid
-        Of the result in the world, in mm.
+        Where the result lies in the world, in mm.
     options : dict
         As `volux.resample` takes them.
     dtype : str
-        Of the result.
+        The type of the voxels of the result.
     files : sequence of str
         Those of the transform.
     transform : Transform, optional

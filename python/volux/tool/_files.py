@@ -37,7 +37,8 @@ class Scan:
     stored : Image
         The numbers as they are in the file, with the axes "xyz"; further axes are one of channels.
     file_type : dtype
-        Of the numbers in the file; `stored` has another one only where volux does not serve it.
+        The type of the numbers in the file; `stored` has another one only where volux does not
+        serve it.
     kind : str
         What the file is, such as "NIfTI-1".
     labels : bool

@@ -140,7 +140,7 @@ class Change(NamedTuple):
     Parameters
     ----------
     kept, held : dtype
-        Of the numbers in the file, and of those that hold them before.
+        The types of the numbers in the file, and of those that hold them before.
     changes, copies : bool
         Whether numbers change, and whether that takes memory.
     """

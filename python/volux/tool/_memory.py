@@ -19,7 +19,7 @@ from volux.tool._files import NIBABELS, SINGLE, STREAM, Scan, held_by, suffix_of
 _LATER = 6 << 20
 _LATER_BY_ITK = 6 << 20
 
-# Of a file, the system maps so much around what is read.
+# The system maps so much of a file around what is read.
 _AROUND = 1 << 17
 
 
@@ -34,7 +34,7 @@ class Amount:
     computed, cast : int
         Bytes of one when it is computed, and in an array for another type; 0 where there is none.
     kept : dtype
-        Of the numbers in the file.
+        The type of the numbers in the file.
     is_scaled : bool
         Whether the file scales them.
     """

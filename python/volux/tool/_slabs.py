@@ -24,7 +24,7 @@ class Slabs:
     kind : Scan
         A voxel of the result, or more, which has all but the extents.
     grid : Grid
-        Of the whole result.
+        The grid of the whole result.
     """
 
     def __init__(self, file: BinaryIO, kind: Scan, grid: Grid) -> None:

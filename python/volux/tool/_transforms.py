@@ -23,7 +23,7 @@ _TURN = np.diag([-1.0, -1.0, 1.0, 1.0])
 def read(paths: Sequence[str], grid: Grid) -> Transform | None:
     """Return one transform of files, the first of which is applied first.
 
-    Of several displacement fields it makes one, which is exact at the voxels of the grid.
+    Several displacement fields become one, which is exact at the voxels of the grid.
     """
     parts = [part for path in paths for part in parts_of(path)]
     if not parts:

@@ -77,7 +77,7 @@ bool hasItsOwnVoxels(const View<void>& view)
     return true;
 }
 
-// Of a type that is served.
+// Its type is served.
 bool canBeRead(const View<const void>& view)
 {
     Memory memory = {};

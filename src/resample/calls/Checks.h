@@ -38,7 +38,7 @@ bool findMemory(const void* data, std::size_t elementBytes, std::initializer_lis
                 Memory& memory);
 bool findMemory(const View<const void>& view, Memory& memory);
 
-// Of a view that has memory.
+// For a view that has memory.
 UntypedImage untyped(const View<void>& view);
 // Only read through, although its pointer is not const.
 UntypedImage untyped(const View<const void>& view);

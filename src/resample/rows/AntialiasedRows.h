@@ -38,7 +38,7 @@ private:
     void fillTiles(std::size_t slice, Range rows, unsigned int c, Fold& fold) const;
     void fill(const Tile& tile, Fold& fold) const;
     void readNearest(const Tile& tile, double* labels) const;
-    // Of the finer grid.
+    // A slice of the finer grid.
     void foldSlice(const Tile& tile, std::size_t z, Fold& fold) const;
 
     const Task& task_;

@@ -13,7 +13,7 @@ namespace volux::resample::detail {
 
 bool runsAlongAxes(const AffineMap& map);
 
-// Of a box of a grid.
+// The positions of a box of a grid, axis by axis.
 struct AxisTables {
     std::vector<double> x;  // padded with zeros to whole vectors, as the others are
     std::vector<double> y;

@@ -45,7 +45,7 @@ HWY_INLINE Quad uppers(Quad a, Quad b)
 {
     return Quad(hn::ConcatUpperUpper(Fours(), b.lanes, a.lanes));
 }
-// Of each half, the first number of both, or the second.
+// The first number of each half of both, or the second.
 HWY_INLINE Quad firsts(Quad a, Quad b)
 {
     return Quad(hn::InterleaveLower(Fours(), a.lanes, b.lanes));

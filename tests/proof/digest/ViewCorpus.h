@@ -41,7 +41,7 @@ struct ViewedVolume {
     test::WrappedVolume<T> wrapped;
     Arrangement arrangement;
 
-    // Of x, y, z and the channels.
+    // For x, y, z and the channels.
     std::array<bool, 4> repeats() const
     {
         const test::Volume<T>& v = wrapped.volume;

@@ -101,7 +101,7 @@ public:
         return warpOf(moves)(p);
     }
 
-    // Of the first channel.
+    // The first channel alone.
     template <class T>
     std::vector<double> readings(const core::VxImage<T>& source,
                                  const std::vector<resample::Position>& positions,

@@ -40,7 +40,7 @@ class Fields(dict):
         return int(self[name][0])
 
     def matrix(self, name):
-        """Of three rows, in the order x, y, z and origin."""
+        """Returns three rows, in the order x, y, z and origin."""
         return numpy.array(self[name]).reshape(3, 4)
 
 

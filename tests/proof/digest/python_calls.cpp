@@ -216,7 +216,7 @@ public:
         return {led[0], led[1], led[2]};
     }
 
-    // Of the first channel.
+    // The first channel alone.
     template <class T>
     static std::vector<double> readings(const core::VxImage<T>& source,
                                         const std::vector<resample::Position>& positions,

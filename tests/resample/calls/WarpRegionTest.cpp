@@ -203,7 +203,7 @@ protected:
         region.sourceWidth = region.sourceHeight = region.sourceDepth = 100;
     }
 
-    // Of the voxel (3, 3, 3) and its neighbours, moved to the middle of the source.
+    // What the voxel (3, 3, 3) and its neighbours need, moved to the middle of the source.
     Rect support(const Options& options = NearestNeighbor())
     {
         AffineMap toVoxels;
