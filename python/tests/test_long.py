@@ -53,15 +53,24 @@ CALLS = {
 
 @pytest.mark.parametrize("threads", [1, 2])
 def test_ctrl_c_ends_a_call_before_its_end(threads):
-    fractions = []
-    timer = threading.Timer(0.1, os.kill, (os.getpid(), signal.SIGINT))
-    timer.start()
+    fractions, has_begun = [], threading.Event()
+
+    def told(fraction):
+        fractions.append(fraction)
+        has_begun.set()
+
+    def interrupt():
+        has_begun.wait()
+        os.kill(os.getpid(), signal.SIGINT)
+
+    ctrl_c = threading.Thread(target=interrupt)
+    ctrl_c.start()
     with pytest.raises(KeyboardInterrupt):
         volux.resample(
-            ARRAY, LONG, interpolation="cubic", threads=threads, progress=fractions.append
+            ARRAY, LONG, interpolation="cubic", outside="extend", threads=threads, progress=told
         )
-    assert fractions[-1:] < [1.0]
-    timer.join()
+    assert fractions[-1] < 1.0
+    ctrl_c.join()
 
 
 def test_a_call_after_ctrl_c_gives_the_same_bits():

@@ -1,8 +1,9 @@
 """What is damaged is named, and what nobody can make sense of is told in one line."""
 
 import json
-import multiprocessing
 import os
+import subprocess
+import sys
 from pathlib import Path
 
 import numpy as np
@@ -175,19 +176,18 @@ def test_what_another_one_writes_beside_its_place_is_left_alone(monkeypatch):
     assert (path.read_text(), Path("unit.partial").read_text()) == ("mine", "another's")
 
 
-def _put(byte):
-    for _ in range(50):
-        _store.put(Path("unit"), bytes([byte]) * 5000)
+WRITING = """
+import sys
+from pathlib import Path
+from volux.scale import _store
+for _ in range(20):
+    _store.put(Path("unit"), sys.argv[1].encode() * 5000)
+"""
 
 
 def test_processes_that_write_the_same_file_all_end_well():
-    context = multiprocessing.get_context("spawn")
-    writers = [context.Process(target=_put, args=(byte,)) for byte in range(4)]
-    for writer in writers:
-        writer.start()
-    for writer in writers:
-        writer.join()
-    assert [writer.exitcode for writer in writers] == [0] * 4
+    writers = [subprocess.Popen([sys.executable, "-c", WRITING, digit]) for digit in "0123"]
+    assert [writer.wait() for writer in writers] == [0] * 4
     data = Path("unit").read_bytes()
     assert data == data[:1] * 5000
     assert not Path("unit.partial").exists()
