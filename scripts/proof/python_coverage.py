@@ -14,6 +14,7 @@ from .results import Result, Table
 TITLE = "Coverage of the Python package"
 WITH_RESAMPLE = True
 MORE_SOURCES = package.FOLDERS
+NEEDS_PYPI = True
 CI_RUN = ["--quick"]
 
 FOLDER = ROOT / "build" / "proof" / "python-coverage"

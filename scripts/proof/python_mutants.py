@@ -20,6 +20,7 @@ from .results import Result, Table
 TITLE = "Mutation of the Python package"
 WITH_RESAMPLE = True
 MORE_SOURCES = package.FOLDERS
+NEEDS_PYPI = True
 # In the package proper, whose tests take seconds and which a campaign has judged as a whole.
 CI_RUN = ["--sample", "3", "--file", "_*"]
 WHOLE_RUN = ["--sample", "12", "--file", "_*"]

@@ -9,6 +9,7 @@ import types
 import unittest
 from importlib.machinery import SourceFileLoader
 from pathlib import Path
+from types import SimpleNamespace
 from unittest import mock
 
 ROOT = Path(__file__).resolve().parents[2]
@@ -141,6 +142,7 @@ class InCi(unittest.TestCase):
         """What scripts/prove --ci returns and prints, with one result of older sources."""
         printed = io.StringIO()
         with mock.patch.object(PROVE, "prove_all", lambda *_, **__: held), \
+                mock.patch.object(PROVE, "possible", lambda checks: checks), \
                 mock.patch.object(report, "remarks", lambda _: ["sums: it is old"]), \
                 mock.patch.object(markdown, "are_current", lambda _: current), \
                 contextlib.redirect_stdout(printed):
@@ -155,6 +157,16 @@ class InCi(unittest.TestCase):
     def test_a_page_that_says_something_else_fails(self):
         with self.assertRaisesRegex(Failure, "docs/proof.md is not what scripts/prove report"):
             self.prove(current=False)
+
+    def test_without_pypi_the_checks_of_python_are_skipped_in_words(self):
+        for code, kept in ((0, {"sums", "python"}), (1, {"sums"})):
+            checks = {"sums": SimpleNamespace(), "python": SimpleNamespace(NEEDS_PYPI=True)}
+            printed = io.StringIO()
+            with mock.patch.object(PROVE.commands, "run",
+                                   lambda _, code=code: SimpleNamespace(returncode=code)), \
+                    contextlib.redirect_stdout(printed):
+                self.assertEqual(PROVE.possible(checks).keys(), kept)
+            self.assertEqual("skipped python:" in printed.getvalue(), code == 1)
 
     def test_a_check_that_breaks_down_has_not_held(self):
         def break_down(_):
