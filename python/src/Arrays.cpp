@@ -80,8 +80,7 @@ resample::View<void> viewOf(const Destination& array)
 std::optional<resample::View<const void>> volumeOf(const Source& array)
 {
     const ElementType* const element = elementOf(array.dtype());
-    const auto address = reinterpret_cast<std::uintptr_t>(array.data());
-    if (array.ndim() != 3 || element == nullptr || address % array.itemsize() != 0) {
+    if (array.ndim() != 3 || element == nullptr || !isAligned(array)) {
         return std::nullopt;
     }
     resample::View<const void> view;

@@ -5,6 +5,7 @@
 #include <nanobind/ndarray.h>
 
 #include <array>
+#include <cstdint>
 #include <optional>
 
 #include "volux/resample.h"
@@ -31,6 +32,13 @@ resample::View<void> viewOf(const Destination& array);
 
 /// The view of an array whose axes are z, y and x, if it is one that can be read where it is.
 std::optional<resample::View<const void>> volumeOf(const Source& array);
+
+/// Whether each element is where the processor may read it as a number of its type.
+template <class Array>
+bool isAligned(const Array& array)
+{
+    return reinterpret_cast<std::uintptr_t>(array.data()) % array.itemsize() == 0;
+}
 
 /// The positions of an array of points.
 resample::Positions positionsOf(const Points& points);

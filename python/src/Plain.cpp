@@ -146,7 +146,7 @@ bool PlainSampling::holdPoints(nb::handle points, Places& places) const
         return holdTriple(points, places.point);
     }
     return nb::try_cast(points, rows, false) && (rows.ndim() == 1 || rows.ndim() == 2) &&
-           rows.shape(rows.ndim() - 1) == 3 && places.count() <= kFew;
+           rows.shape(rows.ndim() - 1) == 3 && places.count() <= kFew && isAligned(rows);
 }
 
 bool PlainSampling::holdTriple(nb::handle numbers, resample::Position& point) const

@@ -130,6 +130,24 @@ def test_what_an_array_became_is_read_and_not_what_it_was():
         assert same_bits(volux.sample(array, POINT), checked(array.copy(), POINT))
 
 
+@pytest.mark.parametrize("offset", [1, 4, 7])
+@pytest.mark.parametrize("shape", [(3,), (2, 3), (1500, 3)])
+def test_points_that_are_not_aligned_are_read_as_their_copy_is(shape, offset):
+    array, points = volume("float64", (3, 4, 5)), np.random.default_rng(5).uniform(0, 2, shape)
+    memory = np.zeros(points.nbytes + offset, np.uint8)
+    askew = memory[offset:].view(np.float64).reshape(shape)
+    askew[...] = points
+    assert not askew.flags.aligned
+    assert same_bits(volux.sample(array, askew), volux.sample(array, points))
+
+
+def test_points_in_records_are_read_as_their_copy_is():
+    array, records = volume("float64", (3, 4, 5)), np.zeros(4, [("name", "u1"), ("point", "f8", 3)])
+    records["point"] = np.random.default_rng(6).uniform(0, 2, (4, 3))
+    points = records["point"].copy()
+    assert same_bits(volux.sample(array, records["point"]), volux.sample(array, points))
+
+
 class Doubled(float):
     """A number that is not what it holds."""
 

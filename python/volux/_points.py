@@ -11,7 +11,7 @@ from volux._types import Matrix
 
 
 def triples(points: npt.ArrayLike) -> Matrix:
-    """Return points as doubles, (..., 3); an array of doubles stays where it is."""
+    """Return points as doubles, (..., 3); an array of aligned doubles stays where it is."""
     try:
         numbers = np.asarray(points)
         given: Matrix = numbers.astype(np.float64, casting="same_kind", copy=False)
@@ -20,7 +20,7 @@ def triples(points: npt.ArrayLike) -> Matrix:
     if given.ndim == 0 or given.shape[-1] != 3:
         hint = ": points.T, if these are coordinates for scipy" if given.shape[:1] == (3,) else ""
         raise ValueError(f"points have the shape {given.shape}; it must be (..., 3){hint}")
-    return given
+    return given if given.flags.aligned else given.copy()
 
 
 def listed(points: Matrix) -> Matrix:
