@@ -27,7 +27,7 @@ def load():
 
 
 def sources_today(name):
-    if name in ("python", "tool"):
+    if name in ("python", "tool", "scale"):
         return package.sources()
     return provenance.sources(with_resample=name == "bulk")
 

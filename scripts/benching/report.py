@@ -1,5 +1,5 @@
-"""Writes docs/performance.md and README's table from the records in docs/performance: no figure in
-them is typed.
+"""Writes docs/performance.md and the tables of README and docs/scale.md from the records in
+docs/performance: no figure in them is typed.
 """
 import re
 from pathlib import Path
@@ -7,7 +7,7 @@ from pathlib import Path
 from evidence import markdown
 from evidence.commands import ROOT
 
-from . import bulk, counts, overhead, python, record, times, tool
+from . import bulk, counts, overhead, python, record, scale, times, tool
 
 MEASUREMENTS = {
     "times": times,
@@ -16,9 +16,11 @@ MEASUREMENTS = {
     "overhead": overhead,
     "python": python,
     "tool": tool,
+    "scale": scale,
 }
 PAGE = ROOT / "docs" / "performance.md"
 README = ROOT / "README.md"
+PAPER = ROOT / "docs" / "scale.md"
 TEMPLATES = Path(__file__).parent / "templates"
 OLDER = "Some of these figures were measured on sources that have changed since."
 MARKED = re.compile(r"(<!-- scripts/bench report -->\n).*?(<!-- end -->\n)", re.DOTALL)
@@ -63,10 +65,22 @@ def readme():
         lines = times.summary(found["times"], found["bulk"], bulk.SETS[0])[:-1]
         if any(is_older(name, kept) for name, kept in found.items()):
             lines += ["", OLDER]
-    return MARKED.sub(lambda marks: marks[1] + "\n".join([*lines, ""]) + marks[2],
-                      README.read_text(encoding="utf-8"))
+    return between_marks(README, [*lines, ""])
+
+
+def between_marks(page, lines):
+    """Returns the text of a page that is written by hand, but for what is between two marks."""
+    return MARKED.sub(lambda marks: marks[1] + "\n".join(lines) + marks[2],
+                      page.read_text(encoding="utf-8"))
+
+
+def paper():
+    """Returns the page on volumes beyond memory with its table as the record has it."""
+    found = record.kept("scale")
+    lines = ["", *scale.paper_table(found)] if found else ["", "**Not measured yet.**", ""]
+    return between_marks(PAPER, [*lines, ""])
 
 
 def texts():
     """Returns the page and README as the records and today's sources make them."""
-    return {PAGE: page(), README: readme()}
+    return {PAGE: page(), README: readme(), PAPER: paper()}

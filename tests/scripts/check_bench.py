@@ -10,7 +10,7 @@ ROOT = Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "scripts"))
 
 from benching import (bulk, goals, programs, python, record, report,  # noqa: E402  (the path
-                      times)  # comes first)
+                      scale, times)  # comes first)
 from evidence import markdown, package, provenance  # noqa: E402
 from evidence.commands import BadUse, Failure  # noqa: E402
 
@@ -265,6 +265,27 @@ class Python(unittest.TestCase):
         with mock.patch.object(provenance, "sources", sources):
             self.assertIn("python/volux", record.sources_today("python"))
             self.assertNotIn("python/volux", record.sources_today("bulk"))
+
+
+class Scale(unittest.TestCase):
+    def test_a_shift_is_judged_beside_a_copy_and_two_processes_beside_one(self):
+        found = {"shift/256": {"volux": [3e9], "copy": [2e9], "two processes": [1.8e9]}}
+        copy, processes = scale.ratio_rows(found)
+        self.assertEqual(copy[-3:], ["1.50 (1.50 to 1.50)", "1.50", "yes"])
+        self.assertEqual(processes[-3:], ["0.60 (0.60 to 0.60)", "0.56", "**no**"])
+
+    def test_what_a_task_adds_is_the_difference_shared_out(self):
+        for beside, said in ((8.64e9, "yes"), (8.65e9, "**no**")):
+            found = {"shift/64": {"volux": [1e9 + beside], "shift": [2e9], "copy": [1e9]}}
+            by_hand, copied = scale.overhead_rows(found)
+            self.assertEqual((by_hand[-1], copied[-1]), ("yes", said))
+
+    def test_the_paper_multiplies_what_a_task_takes(self):
+        task = {"seconds": 2.0, "requests": 64.0, "read": 2e7, "written": 1e7, "verify": 0.1}
+        rows = list(scale.paper({"task": task}))
+        self.assertEqual(rows[0], ["10^12", "100", "59,605", "0.33", "1.19", "0.60", "3,300",
+                                   "1.50", "1.7"])
+        self.assertEqual(rows[3][:4], ["10^15", "10,000", "59,604,645", "3.31"])
 
 
 class Package(unittest.TestCase):
