@@ -24,13 +24,13 @@ namespace HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
+constexpr std::int64_t kNoWindow = -1;
+
 // The neighbours of the columns of a vector, where all of them are among as many contiguous voxels
 // as there are lanes: loaded together, and moved to their columns.
 template <class T, Kernel K, Order O>
 class Window {
 public:
-    static constexpr std::int64_t kNone = -1;
-
     // The lowest in memory of its voxels is the first of them, or the last.
     Window(const RealAxis& axis, Real first, std::int64_t voxel)
         : lowest_(voxel + (kStep < 0 ? kLast : 0))
@@ -41,7 +41,8 @@ public:
         }
     }
 
-    // The first voxel of the window, from the first that the brick holds; kNone if there is none.
+    // The first voxel of the window, from the first that the brick holds; kNoWindow if there is
+    // none.
     static std::int64_t find(const RealAxis& axis, Real first)
     {
         const Doubles d;
@@ -50,7 +51,7 @@ public:
         const double highest = hn::GetLane(hn::MaxOfLanes(d, axis.within(last).lanes));
         const double begin = std::min(lowest, axis.last - kLast);
         const bool isThere = begin >= axis.first && highest - begin <= kLast;
-        return isThere ? static_cast<std::int64_t>(begin - axis.first) : kNone;
+        return isThere ? static_cast<std::int64_t>(begin - axis.first) : kNoWindow;
     }
 
     void read(const Channel& channel, std::int64_t row, Real (&values)[reach(K)]) const
@@ -71,6 +72,48 @@ private:
     Offset lanes_[kReach];
 };
 
+// A window for each neighbour, where one does not hold those of all: steps of about a voxel.
+template <class T, Kernel K, Order O>
+class Windows {
+public:
+    Windows(const RealAxis& axis, Real first, std::int64_t voxel)
+        : lowest_(voxel + (kStep < 0 ? kLast : 0)),
+          lanes_(wholeNumber((first - Real(axis.first + static_cast<double>(lowest_))) *
+                             Real(double{kStep})))
+    {
+    }
+
+    // The first voxel of the first window, likewise.
+    static std::int64_t find(const RealAxis& axis, Real first)
+    {
+        const Doubles d;
+        const double lowest = hn::GetLane(hn::MinOfLanes(d, first.lanes));
+        const double highest = hn::GetLane(hn::MaxOfLanes(d, first.lanes));
+        const double begin = std::min(lowest, axis.last - (kLast + kReach - 1));
+        const bool areThere = begin >= axis.first && highest - begin <= kLast;
+        return areThere ? static_cast<std::int64_t>(begin - axis.first) : kNoWindow;
+    }
+
+    void read(const Channel& channel, std::int64_t row, Real (&values)[reach(K)]) const
+    {
+        const auto lanes = hn::IndicesFromVec(Doubles(), lanes_);
+        for (int i = 0; i < kReach; ++i) {
+            const unsigned char* const lowest =
+                channel.data + row + kStep * (lowest_ + i) * kBytes<T>;
+            const auto all = loadVoxels(reinterpret_cast<const T*>(lowest)).lanes;
+            values[i] = Real(hn::TableLookupLanes(all, lanes));
+        }
+    }
+
+private:
+    static constexpr int kReach = reach(K);
+    static constexpr int kLast = static_cast<int>(kLanes) - 1;
+    static constexpr int kStep = O == Order::BACKWARD ? -1 : 1;
+
+    std::int64_t lowest_;
+    Offset lanes_;
+};
+
 // Where a load and an earlier store agree in the lowest bits of their addresses, processors may let
 // one wait for the other. Aligned alike, they agree where both are of the same column.
 constexpr std::size_t kAlike = kTile * sizeof(double);
@@ -87,11 +130,14 @@ public:
             for (int i = 0; i < kReach; ++i) {
                 store(xs.weights[i], weights_[i] + n);
             }
-            windows_[n] = O == Order::APART ? Columns::kNone : Columns::find(x_, xs.first);
+            const bool isApart = O == Order::APART;
+            windows_[n] = isApart ? kNoWindow : Shared::find(x_, xs.first);
+            splits_[n] =
+                isApart || windows_[n] != kNoWindow ? kNoWindow : Split::find(x_, xs.first);
         });
     }
 
-    void operator()(LineSink& sink)
+    HWY_NOINLINE void operator()(LineSink& sink)
     {
         alignas(kAlike) double readings[kTile];
         const std::size_t columns = lines_.columns;
@@ -114,7 +160,8 @@ private:
     static constexpr std::int64_t kNone = std::int64_t{1} << 40;
     static constexpr int kPitch{kTile};  // from one neighbour of a column to the next
 
-    using Columns = Window<T, K, O>;
+    using Shared = Window<T, K, O>;
+    using Split = Windows<T, K, O>;
 
     // One source row: by slice, then by neighbour, then by column.
     using Expanded = double[kReach][kTile];
@@ -138,7 +185,7 @@ private:
         return rows_[place];
     }
 
-    void expand(int y, Expanded* row) const
+    HWY_NOINLINE void expand(int y, Expanded* row) const
     {
         const Axis& ys = channel_.y;
         const Axis& zs = channel_.z;
@@ -151,8 +198,10 @@ private:
         }
         forEachVector([&](std::size_t n) {
             const Real first = firstNeighbour<K>(load(lines_.x + n));
-            if (windows_[n] != Columns::kNone) {
-                read(Columns(x_, first, windows_[n]), first, isInside, begins, n, row);
+            if (windows_[n] != kNoWindow) {
+                read(Shared(x_, first, windows_[n]), first, isInside, begins, n, row);
+            } else if (splits_[n] != kNoWindow) {
+                read(Split(x_, first, splits_[n]), first, isInside, begins, n, row);
             } else {
                 read(RowReader<T, K, O == Order::FORWARD>(x_, first), first, isInside, begins, n,
                      row);
@@ -208,6 +257,7 @@ private:
     const exact::Neighbours<K, double> zs_;
     std::int64_t held_[kReach];
     std::int64_t windows_[kTile];  // at the first column of each vector
+    std::int64_t splits_[kTile];   // likewise, where one window is not enough
 };
 
 template <class T, Kernel K>

@@ -57,7 +57,8 @@ TYPED_TEST(Resample, GivesVoluxCoresBitsOnMapsAlongTheAxes)
     forEachInstructionSet([] { TestFixture::compareScenes(axisMap, 2, 150); });
 }
 
-// The neighbours of a vector are contiguous, from before the first voxel to behind the last.
+// The neighbours of a vector are contiguous, from before the first voxel to behind the last: all of
+// them in as many voxels as a vector has lanes, or those on one side.
 TYPED_TEST(Resample, GivesVoluxCoresBitsOnShortStepsAlongTheAxes)
 {
     forEachInstructionSet([] {
@@ -65,11 +66,15 @@ TYPED_TEST(Resample, GivesVoluxCoresBitsOnShortStepsAlongTheAxes)
         Volume<TypeParam> volume = blankVolume<TypeParam>({19, 5, 4}, 2);
         fillAtRandom(volume, random, true);
         const WrappedVolume<TypeParam> scene(std::move(volume));
-        const Grid there =
-            gridOf({{{0.3, 0, 0, -1.6}, {0, 0.7, 0, -0.5}, {0, 0, 0.6, -0.4}}}, 77, 8, 7);
-        const Grid back = gridOf({{{-0.3, 0, 0, 20.6}, {0, 1, 0, 0}, {0, 0, -0.6, 3}}}, 77, 5, 6);
-        TestFixture::compare(scene.image, there, random);
-        TestFixture::compare(scene.image, back, random);
+        for (const double step : {0.3, 0.8, 0.95, 1.0, 1.1}) {
+            const auto columns = static_cast<unsigned int>(22.0 / step);
+            const Grid there =
+                gridOf({{{step, 0, 0, -1.6}, {0, 0.7, 0, -0.5}, {0, 0, 0.6, -0.4}}}, columns, 8, 7);
+            const Grid back =
+                gridOf({{{-step, 0, 0, 20.6}, {0, 1, 0, 0}, {0, 0, -0.6, 3}}}, columns, 5, 6);
+            TestFixture::compare(scene.image, there, random);
+            TestFixture::compare(scene.image, back, random);
+        }
     });
 }
 

@@ -48,8 +48,17 @@ private:
         wrap(first, layout, &source);
         const LastWords words("seed 101, source: " + ::testing::PrintToString(fieldsOf(source)));
         for (const AffineMap& map :
-             {obliqueMap(random, layout.extents), axisMap(random, layout.extents)})
+             {obliqueMap(random, layout.extents), axisMap(random, layout.extents), shift()})
             expectEveryPolicy(source, gridOf(map, 9, 3, 2), 3);
+    }
+
+    // By less than a voxel, there or back: the neighbours of a column are next to those before.
+    AffineMap shift()
+    {
+        const double offset = random.below(8) / 8.0;
+        if (random.below(2) == 0)
+            return {{{1, 0, 0, offset}, {0, 1, 0, 0.5}, {0, 0, 1, 0.5}}};
+        return {{{-1, 0, 0, 8 + offset}, {0, 1, 0, 0.5}, {0, 0, 1, 0.5}}};
     }
 
     Seeded random{101};
