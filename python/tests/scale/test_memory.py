@@ -54,6 +54,7 @@ MAKERS = {
     "a result much larger than what is read": (of_noise, "resize --scale 4", 256, 128),
     "a unit that sticks out": (of_noise, "resize --shape 96,5,5", 256, 128),
     "chunks that do not shrink": (of_noise, "resize --shape 192 --codec none", 192, 64),
+    "as much read as made": (of_noise, "resize --shape 95 --codec none", 96, 32),
     "a field": (with_field, "resample --transform field.nrrd", 64, 32),
 }
 
@@ -69,6 +70,22 @@ def test_no_task_takes_more_memory_than_was_projected(name):
         assert ran.returncode == 0, ran.stderr
     taken = [json.loads(p.read_text())["memory"] for p in Path("out.volux").rglob("[0-9]*.json")]
     assert 0 < max(taken) <= json.loads(Path(plan).read_text())["memory"]
+
+
+@pytest.mark.parametrize("name", list(MAKERS)[3:7])
+def test_a_task_takes_little_beside_what_it_reads_makes_and_encodes(name):
+    make, typed, unit, chunk = MAKERS[name]
+    verb, *options = typed.split()
+    plan = planned(*options, file=make(), verb=verb, unit=unit, chunk=chunk)
+    ran = spawned("run", plan, "--task", 1, "--progress", "none")
+    assert ran.returncode == 0, ran.stderr
+    filed = read(plan)
+    record = json.loads(Path("out.volux/0/0/1.json").read_text())
+    box = filed.plan.units.box(filed.plan.units.place(0))
+    need = support(filed.plan.source.grid, filed.plan.target.grid, box, None, filed.plan.options)
+    voxels_of = np.prod(extents(need)) + np.prod(extents(box))
+    voxels_and_bytes = voxels_of * np.dtype(filed.plan.dtype).itemsize + record["size"]
+    assert record["memory"] <= 1.15 * voxels_and_bytes + 150e6
 
 
 def largest(plan):

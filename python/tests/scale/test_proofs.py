@@ -25,6 +25,7 @@ from .volumes import SHAPE, placed, planned, save_ome, tree_of, wrong_in, zarr
 
 LONG = os.environ.get("VOLUX_LONG") == "1"
 ALONG = 16 if LONG else 4  # units along each axis
+PROCESSES = 8 if LONG else 2
 SECONDS = 100 if LONG else 6  # for which processes are killed
 PAUSE = 0.5 if LONG else 0.1
 SIZES = ("12m", "22m", "80m") if LONG else ("250k", "400k", "4m")
@@ -51,7 +52,8 @@ def killed_at_random(plan, generator):
     kills = lost = 0
     end = time.monotonic() + SECONDS
     while time.monotonic() < end:
-        running = started("run", plan, "--processes", 2, "--quiet", start_new_session=True)
+        typed = ("run", plan, "--processes", PROCESSES, "--quiet")
+        running = started(*typed, start_new_session=True)
         while not kills and not list(workers_of(running)):
             time.sleep(0.001)  # so that one at least is killed however fast they are
         while running.poll() is None and time.monotonic() < end and generator.random() < 0.9:
@@ -94,7 +96,7 @@ def test_a_run_that_is_killed_at_random_loses_no_more_than_the_tasks_at_hand(cap
     many("--force")
     kills, lost = killed_at_random(plan, random.Random(1))
     left = ALONG**3 - len(records())
-    facts = json.loads(done("run", plan, "--processes", 2, "--json"))
+    facts = json.loads(done("run", plan, "--processes", PROCESSES, "--json"))
     assert kills > 0
     assert lost <= kills
     assert facts["made"] == left
@@ -113,7 +115,7 @@ def test_a_disk_that_is_full_twice_loses_nothing(disk):
     done("plan", "resize", "image.zarr", "-o", "disk/out.zarr", *typed)
     plan, there = "disk/out.plan.json", []
     for size in SIZES[1:]:
-        ended = spawned("run", plan, "--processes", 2, "--quiet")
+        ended = spawned("run", plan, "--processes", PROCESSES, "--quiet")
         assert (ended.returncode, ended.stderr.count(b"\n")) == (1, 1), ended
         assert b"No space left" in ended.stderr
         there.append(json.loads(done("status", plan, "--json"))["done"])
