@@ -91,8 +91,9 @@ def build(row):
     targets = sorted({row.program_of(corpus) for corpus in row.corpora})
     if row.release:
         return builds.release(*targets, compiler=row.compiler) / SOURCE.relative_to(ROOT)
-    cross = [] if row.target == "x86-64" else ["-DCMAKE_SYSTEM_NAME=Linux",
-                                              f"-DCMAKE_SYSTEM_PROCESSOR={row.target}"]
+    cross = [] if row.target == "x86-64" else [
+        f"-DCMAKE_SYSTEM_NAME={'Generic' if row.target == 'wasm32' else 'Linux'}",
+        f"-DCMAKE_SYSTEM_PROCESSOR={row.target}"]
     if row.bulk and cross:
         cross += [f"-Dhwy_DIR={sysroot_libraries(row.target) / 'cmake' / 'hwy'}"]
     return commands.build(row.folder, row.log, targets, "-DCMAKE_BUILD_TYPE=None",
@@ -230,7 +231,8 @@ def rows_table(outcomes, committed):
                      f"`{row.flags}`" + (", fused" if row.fused else "")
                      + (", release" if row.release else "")
                      + (", bulk" if row.bulk else "") + (", Python" if row.python else ""),
-                     row.runner[0] if "qemu" in "".join(row.runner[:1]) else "the processor",
+                     row.runner[0] if {"qemu", "node"} & set(
+                         "".join(row.runner[:1]).split("-")) else "the processor",
                      what_ran(outcome), verdict(outcome, committed)])
     return Table("Each build, compared with the committed digests",
                  ["target", "compiler", "flags", "run by", "corpus", "digest"], rows)

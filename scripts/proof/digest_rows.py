@@ -5,6 +5,8 @@ import re
 import subprocess
 from pathlib import Path
 
+from evidence.commands import ROOT
+
 from . import sysroot
 from .builds import BUILD
 
@@ -161,6 +163,14 @@ def emulated_rows():
         row("aarch64", "-O2", fused=True)]
 
 
+def wasm_rows():
+    """WebAssembly, which node compiles for the processor."""
+    runner = ("node", "--no-warnings", "--experimental-wasi-unstable-preview1",
+              str(ROOT / "tests" / "proof" / "digest" / "wasm_run.mjs"))
+    return [Row("wasm32", "clang++-19", f"{flags} --target=wasm32-wasi", runner,
+                linker="wasm-ld-19") for flags in ("-O0", "-O2", "-O3 -msimd128")]
+
+
 def all_rows():
     return (native_rows() + release_rows() + bulk_rows() + python_rows() + i386_rows()
-            + emulated_rows())
+            + emulated_rows() + wasm_rows())
