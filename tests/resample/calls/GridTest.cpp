@@ -182,13 +182,15 @@ TEST(GridBetween, FollowsOriginDirectionAndSpacing)
     output.width = 7;
     output.height = 8;
     output.depth = 9;
+    output.spacing = VoxelSize(1, 1, 2);
     output.origin = {12, 26, 34};
     output.direction[0][0] = output.direction[1][1] = 0;
     output.direction[1][0] = 1;
     output.direction[0][1] = -1;
     const Grid grid = gridBetween(output, source);
     expectSize(grid, 7, 8, 9);
-    expectMap(grid.map, {{{0, -0.5, 0, 1}, {0.5, 0, 0, 3}, {0, 0, 0.25, 1}}});
+    expectMap(grid.map, {{{0, -0.5, 0, 1}, {0.5, 0, 0, 3}, {0, 0, 0.5, 1}}});
+    EXPECT_EQ(grid.spacing, VoxelSize(1, 1, 2));
 }
 
 TEST(GridBetween, IsRefusedForADirectionWithoutAnInverse)
@@ -305,9 +307,11 @@ TEST(GridOfPlanes, HasThePlanesStepsAsColumns)
     planes.width = 4;
     planes.height = 5;
     planes.count = 6;
+    planes.spacing = VoxelSize(7, 8, 9);
     const Grid grid = gridOfPlanes(planes);
     expectSize(grid, 4, 5, 6);
     expectMap(grid.map, {{{0, 0, 5, 1}, {1, 0, 6, 2}, {0, 1, 7, 3}}});
+    EXPECT_EQ(grid.spacing, VoxelSize(7, 8, 9));
 }
 
 TEST(GridOfPlanes, StepsAlongTheNormalUnlessToldOtherwise)
@@ -316,6 +320,16 @@ TEST(GridOfPlanes, StepsAlongTheNormalUnlessToldOtherwise)
     planes.across = {0, 2, 0};
     planes.down = {0, 0, 3};
     expectMap(gridOfPlanes(planes).map, {{{0, 0, 6, 0}, {2, 0, 0, 0}, {0, 3, 0, 0}}});
+}
+
+TEST(GridOfPlanes, StepsAlongASingleAxisIfToldTo)
+{
+    for (const Position& step : {Position{4, 0, 0}, Position{0, 4, 0}, Position{0, 0, 4}}) {
+        Planes planes;
+        planes.step = step;
+        expectMap(gridOfPlanes(planes).map,
+                  {{{1, 0, step.x, 0}, {0, 1, step.y, 0}, {0, 0, step.z, 0}}});
+    }
 }
 
 }  // namespace
