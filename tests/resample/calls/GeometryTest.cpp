@@ -151,6 +151,8 @@ constexpr RefusedGeometry kRefused[] = {
     {"direction of 0", [](Geometry& g) { g.direction[2][2] = 0.0; }, "directions"},
     {"equal directions", [](Geometry& g) { g.direction[1][0] = 1.0, g.direction[0][1] = 1.0; },
      "directions"},
+    {"one direction", [](Geometry& g) { g.direction[1][1] = g.direction[2][2] = 0.0; },
+     "directions"},
     {"overflow", [](Geometry& g) { g.direction[0][0] = 1e200, g.spacing.x = 1e200; }, "double"},
     {"underflow", [](Geometry& g) { g.direction[0][0] = 1e-200, g.spacing.x = 1e-200; }, "double"},
 };
