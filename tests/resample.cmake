@@ -13,6 +13,7 @@ set(VOLUX_RESAMPLE_TESTS
     resample/calls/PoliciesWithoutRtti.cpp
     resample/calls/PoliciesWithoutRttiTest.cpp
     resample/calls/RefusalsTest.cpp
+    resample/calls/RegionSupportTest.cpp
     resample/calls/RegionTest.cpp
     resample/calls/ResampleTest.cpp
     resample/calls/ResizeTest.cpp
