@@ -197,6 +197,29 @@ TEST(RegionOfAFarMap, GivesTheBitsOfTheWholeForEveryBox)
                     }
 }
 
+// Each axis of the source is read forwards or backwards.
+TEST(RegionOfAFlippedMap, GivesTheBitsOfTheWholeForEveryBox)
+{
+    Seeded random(75);
+    const Volume<short> volume = variedVolume<short>({7, 6, 5}, 2);
+    for (unsigned int flips = 0; flips < 8; ++flips)
+        for (const double step : {1.0, 1.7})
+            for (Interpolator* const interpolator : kInterpolators) {
+                Options options(interpolator, kBorders[random.below(2)], 3);
+                options.threads = 1;
+                options.edgeExtends = random.below(2) == 0;
+                options.subsamples.y = 1 + random.below(2);
+                AffineMap map;
+                for (int axis = 0; axis < 3; ++axis) {
+                    const bool isBack = (flips >> axis) % 2 == 1;
+                    map.rows[axis][axis] = isBack ? -step : step;
+                    map.rows[axis][3] = isBack ? 5.0 : -1.0;
+                }
+                expectSomeCuts<short>({volume, gridOf(map, 5, 5, 5), options});
+                ASSERT_FALSE(HasFatalFailure());
+            }
+}
+
 class RegionRefuses : public ::testing::Test {
 protected:
     RegionRefuses() : scene(countingVolume<short>({4, 4, 4}))
