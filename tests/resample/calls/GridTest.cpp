@@ -336,7 +336,7 @@ TEST(GridBetween, GivesTheSameBitsInAWorldScaledByPowersOfTwo)
         output.origin = source.origin = {0, 0, 0};
         const AffineMap expected = gridBetween(output, source).map;
         for (int axis = 0; axis < 3; ++axis) {
-            const int power = static_cast<int>(random.below(800)) - 400;
+            const int power = static_cast<int>(random.below(1800)) - 900;
             for (Geometry* const geometry : {&output, &source})
                 for (double& number : geometry->direction[axis])
                     number = std::ldexp(number, power);
