@@ -12,7 +12,9 @@ set(VOLUX_RESAMPLE_TESTS
     resample/calls/PlanesTest.cpp
     resample/calls/PoliciesWithoutRtti.cpp
     resample/calls/PoliciesWithoutRttiTest.cpp
+    resample/calls/PositionsGuardTest.cpp
     resample/calls/RefusalsTest.cpp
+    resample/calls/RegionSupportTest.cpp
     resample/calls/RegionTest.cpp
     resample/calls/ResampleTest.cpp
     resample/calls/ResizeTest.cpp

@@ -9,6 +9,7 @@
 #include <ios>
 #include <sstream>
 #include <string>
+#include <utility>
 
 #include "resample/Expected.h"
 
@@ -193,6 +194,34 @@ inline Geometry shearedGeometry(Random& random)
         setColumn(geometry, column, times(leaning, length));
     }
     return geometry;
+}
+
+// Sheared by up to four times an axis, with zeros anywhere but in some rows and columns that are a
+// triangle.
+inline Geometry sparseGeometry(Random& random)
+{
+    Geometry geometry = randomGeometry(random);
+    std::array<std::size_t, 3> rows{0, 1, 2};
+    std::array<std::size_t, 3> columns{0, 1, 2};
+    for (std::size_t n = 3; n > 1; --n) {
+        std::swap(rows.at(n - 1), rows.at(random.below(static_cast<unsigned int>(n))));
+        std::swap(columns.at(n - 1), columns.at(random.below(static_cast<unsigned int>(n))));
+    }
+    for (std::size_t r = 0; r < 3; ++r)
+        for (std::size_t c = 0; c < 3; ++c) {
+            const double axis = between(random, 0.5, 2.0) * (random.below(2) == 0 ? 1.0 : -1.0);
+            const double shear = random.below(2) == 0 ? 0.0 : between(random, -4.0, 4.0);
+            geometry.direction[rows.at(r)][columns.at(c)] = r == c ? axis : r < c ? shear : 0.0;
+        }
+    return geometry;
+}
+
+// Of the three kinds in turn.
+inline Geometry anyGeometry(Random& random, int n)
+{
+    return n % 3 == 0   ? randomGeometry(random)
+           : n % 3 == 1 ? shearedGeometry(random)
+                        : sparseGeometry(random);
 }
 
 // Whether two positions of the world are one, but for the rounding of numbers of this size.

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <bitset>
 #include <cmath>
 #include <string>
 
@@ -72,7 +74,7 @@ TEST(Geometry, GivesTheDocumentedBits)
 {
     Seeded random(401);
     for (int n = 0; n < 5000; ++n) {
-        const Geometry geometry = n % 2 == 0 ? randomGeometry(random) : shearedGeometry(random);
+        const Geometry geometry = anyGeometry(random, n);
         expectSameMap(geometry.toWorld(), expectedToWorld(geometry), geometry);
         expectSameMap(geometry.toVoxels(), expectedToVoxels(geometry), geometry);
         ASSERT_FALSE(HasFatalFailure());
@@ -149,6 +151,8 @@ constexpr RefusedGeometry kRefused[] = {
     {"direction of 0", [](Geometry& g) { g.direction[2][2] = 0.0; }, "directions"},
     {"equal directions", [](Geometry& g) { g.direction[1][0] = 1.0, g.direction[0][1] = 1.0; },
      "directions"},
+    {"one direction", [](Geometry& g) { g.direction[1][1] = g.direction[2][2] = 0.0; },
+     "directions"},
     {"overflow", [](Geometry& g) { g.direction[0][0] = 1e200, g.spacing.x = 1e200; }, "double"},
     {"underflow", [](Geometry& g) { g.direction[0][0] = 1e-200, g.spacing.x = 1e-200; }, "double"},
 };
@@ -188,7 +192,7 @@ TEST(Geometry, IsTakenWithDirectionsOfAnyLengthAndHandedness)
     Seeded random(406);
     EXPECT_EQ(Geometry().refusal(), nullptr);
     for (int n = 0; n < 2000; ++n) {
-        const Geometry geometry = n % 2 == 0 ? randomGeometry(random) : shearedGeometry(random);
+        const Geometry geometry = anyGeometry(random, n);
         ASSERT_EQ(geometry.refusal(), nullptr) << described(geometry);
     }
 }
@@ -204,6 +208,39 @@ TEST(Geometry, HasNoWayBackWhereRoundingAloneSpansAVolume)
         ASSERT_NE(flat.refusal(), nullptr) << described(flat);
         ASSERT_FALSE(flat.toVoxels().isInvertible()) << described(flat);
     }
+}
+
+// Of the six products of the determinant two are left, of 1 + `apart` and 1 - `apart`, that take
+// one another away where their signs, the bits of `signs`, allow it. Element (row, column) is in
+// both.
+Geometry nearlyFlat(int row, int column, unsigned int signs, double apart)
+{
+    const int rows[] = {row, (row + 1) % 3, (row + 2) % 3};
+    const int columns[] = {column, (column + 1) % 3, (column + 2) % 3};
+    const auto sign = [&](unsigned int bit) { return (signs >> bit) % 2 == 0 ? 0.5 : -0.5; };
+    Geometry geometry;
+    for (auto& numbers : geometry.direction)
+        std::fill_n(numbers, 3, 0.0);
+    auto& m = geometry.direction;
+    m[rows[0]][columns[0]] = sign(0);
+    m[rows[1]][columns[1]] = sign(1) * (1.0 + apart);
+    m[rows[2]][columns[2]] = sign(2);
+    m[rows[1]][columns[2]] = sign(3) * (1.0 - apart);
+    m[rows[2]][columns[1]] = sign(4);
+    return geometry;
+}
+
+TEST(Geometry, SpansAVolumeByMoreThanTheDocumentedRounding)
+{
+    for (int element = 0; element < 9; ++element)
+        for (unsigned int signs = 0; signs < 32; ++signs)
+            for (const double apart : {0x1p-48, 0x1p-47}) {
+                const Geometry geometry = nearlyFlat(element / 3, element % 3, signs, apart);
+                const bool cancels = std::bitset<4>(signs >> 1U).count() % 2 == 0;
+                const bool isVolume = !cancels || apart > 0x1p-48;
+                EXPECT_EQ(geometry.refusal() == nullptr, isVolume) << described(geometry);
+                EXPECT_EQ(geometry.toVoxels().isInvertible(), isVolume) << described(geometry);
+            }
 }
 
 TEST(Geometry, IsTakenWithoutExtents)

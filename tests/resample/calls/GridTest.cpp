@@ -182,13 +182,15 @@ TEST(GridBetween, FollowsOriginDirectionAndSpacing)
     output.width = 7;
     output.height = 8;
     output.depth = 9;
+    output.spacing = VoxelSize(1, 1, 2);
     output.origin = {12, 26, 34};
     output.direction[0][0] = output.direction[1][1] = 0;
     output.direction[1][0] = 1;
     output.direction[0][1] = -1;
     const Grid grid = gridBetween(output, source);
     expectSize(grid, 7, 8, 9);
-    expectMap(grid.map, {{{0, -0.5, 0, 1}, {0.5, 0, 0, 3}, {0, 0, 0.25, 1}}});
+    expectMap(grid.map, {{{0, -0.5, 0, 1}, {0.5, 0, 0, 3}, {0, 0, 0.5, 1}}});
+    EXPECT_EQ(grid.spacing, VoxelSize(1, 1, 2));
 }
 
 TEST(GridBetween, IsRefusedForADirectionWithoutAnInverse)
@@ -248,6 +250,54 @@ TEST(GridBetween, InvertsDirectionsOfVeryDifferentLengths)
                                                  {0, 0, 0x1p-21, 0x1p-20}}});
 }
 
+// Directions of which each element is -1, 0 or 1, by the digits of a number.
+Geometry ofDigits(int code)
+{
+    Geometry geometry;
+    geometry.spacing = VoxelSize(2, 1, 0.5);
+    geometry.origin = {1, 2, 3};
+    for (auto& row : geometry.direction)
+        for (double& number : row) {
+            number = code % 3 - 1;
+            code /= 3;
+        }
+    return geometry;
+}
+
+double determinantOf(const double (&m)[3][3])
+{
+    return m[0][0] * m[1][1] * m[2][2] + m[0][1] * m[1][2] * m[2][0] + m[0][2] * m[1][0] * m[2][1] -
+           m[0][2] * m[1][1] * m[2][0] - m[0][1] * m[1][0] * m[2][2] - m[0][0] * m[1][2] * m[2][1];
+}
+
+// Where the source's transform takes a column of a map; a position, if the last one.
+double led(const AffineMap& source, const AffineMap& map, int row, int column)
+{
+    const double(&w)[4] = source.rows[row];
+    const auto& m = map.rows;
+    return w[0] * m[0][column] + w[1] * m[1][column] + w[2] * m[2][column] +
+           (column == 3 ? w[3] : 0.0);
+}
+
+// Every number on the way is a double where the determinant is a power of two.
+TEST(GridBetween, InvertsEveryPatternOfZerosAndOnesExactly)
+{
+    Geometry output = sheared();
+    output.spacing = VoxelSize(1, 2, 4);
+    output.origin = {8, 4, 2};
+    for (int code = 0; code < 19683; ++code) {
+        const Geometry source = ofDigits(code);
+        const AffineMap map = gridBetween(output, source).map;
+        const double size = std::abs(determinantOf(source.direction));
+        ASSERT_EQ(map.isInvertible(), size != 0.0) << code;
+        for (int row = 0; row < 3 && (size == 1.0 || size == 2.0 || size == 4.0); ++row)
+            for (int column = 0; column < 4; ++column)
+                ASSERT_EQ(led(source.toWorld(), map, row, column),
+                          output.toWorld().rows[row][column])
+                    << code << ", row " << row << ", column " << column;
+    }
+}
+
 Geometry somewhere(Random& random)
 {
     Geometry geometry;
@@ -286,7 +336,7 @@ TEST(GridBetween, GivesTheSameBitsInAWorldScaledByPowersOfTwo)
         output.origin = source.origin = {0, 0, 0};
         const AffineMap expected = gridBetween(output, source).map;
         for (int axis = 0; axis < 3; ++axis) {
-            const int power = static_cast<int>(random.below(800)) - 400;
+            const int power = static_cast<int>(random.below(1800)) - 900;
             for (Geometry* const geometry : {&output, &source})
                 for (double& number : geometry->direction[axis])
                     number = std::ldexp(number, power);
@@ -305,9 +355,11 @@ TEST(GridOfPlanes, HasThePlanesStepsAsColumns)
     planes.width = 4;
     planes.height = 5;
     planes.count = 6;
+    planes.spacing = VoxelSize(7, 8, 9);
     const Grid grid = gridOfPlanes(planes);
     expectSize(grid, 4, 5, 6);
     expectMap(grid.map, {{{0, 0, 5, 1}, {1, 0, 6, 2}, {0, 1, 7, 3}}});
+    EXPECT_EQ(grid.spacing, VoxelSize(7, 8, 9));
 }
 
 TEST(GridOfPlanes, StepsAlongTheNormalUnlessToldOtherwise)
@@ -316,6 +368,16 @@ TEST(GridOfPlanes, StepsAlongTheNormalUnlessToldOtherwise)
     planes.across = {0, 2, 0};
     planes.down = {0, 0, 3};
     expectMap(gridOfPlanes(planes).map, {{{0, 0, 6, 0}, {2, 0, 0, 0}, {0, 3, 0, 0}}});
+}
+
+TEST(GridOfPlanes, StepsAlongASingleAxisIfToldTo)
+{
+    for (const Position& step : {Position{4, 0, 0}, Position{0, 4, 0}, Position{0, 0, 4}}) {
+        Planes planes;
+        planes.step = step;
+        expectMap(gridOfPlanes(planes).map,
+                  {{{1, 0, step.x, 0}, {0, 1, step.y, 0}, {0, 0, step.z, 0}}});
+    }
 }
 
 }  // namespace

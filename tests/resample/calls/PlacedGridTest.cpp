@@ -107,7 +107,7 @@ TEST(PlacedGrid, GivesTheDocumentedBits)
 {
     Seeded random(411);
     for (int n = 0; n < 2000 && !::testing::Test::HasFailure(); ++n) {
-        const Geometry source = n % 2 == 0 ? randomGeometry(random) : shearedGeometry(random);
+        const Geometry source = anyGeometry(random, n);
         const ImageSize size(source.width, source.height, source.depth, 1);
         const VoxelSize wanted(between(random, 0.1, 9.0), between(random, 0.1, 9.0),
                                between(random, 0.1, 9.0));
@@ -181,7 +181,7 @@ TEST(PlacedGrid, LiesWhereItReadsTheSource)
 {
     Seeded random(412);
     for (int n = 0; n < 1000; ++n) {
-        const Geometry source = n % 2 == 0 ? randomGeometry(random) : shearedGeometry(random);
+        const Geometry source = anyGeometry(random, n);
         const VoxelSize wanted(between(random, 0.1, 9.0), between(random, 0.1, 9.0),
                                between(random, 0.1, 9.0));
         for (const Align align : kAligns) {
@@ -255,7 +255,7 @@ TEST(GeometryOf, GivesTheDocumentedBits)
 {
     Seeded random(416);
     for (int n = 0; n < 3000; ++n) {
-        const Geometry source = n % 2 == 0 ? randomGeometry(random) : shearedGeometry(random);
+        const Geometry source = anyGeometry(random, n);
         const Grid grid = gridOf(obliqueMap(random, {40, 30, 20}), 4, 5, 6);
         const Geometry result = geometryOf(source, grid);
         const AffineMap world = source.toWorld();

@@ -161,6 +161,65 @@ TYPED_TEST(Region, GivesTheBlocksOfTheWholeForEveryCut)
     }
 }
 
+// Boxes of a grid of 5 voxels along each axis, most of which begin and end differently on each.
+template <class T>
+void expectSomeCuts(Bricks<T> bricks)
+{
+    constexpr std::array<std::array<unsigned int, 2>, 4> cuts{{{0, 4}, {3, 4}, {0, 1}, {4, 4}}};
+    for (const auto& z : cuts)
+        for (const auto& y : cuts)
+            for (const auto& x : {cuts[0], cuts[1]}) {
+                bricks.expectSameBits(Rect(x[0], x[1], y[0], y[1], z[0], z[1]));
+                if (::testing::Test::HasFatalFailure())
+                    return;
+            }
+}
+
+// Along one axis of the result positions run from beyond 32 bits into the source, or back. What a
+// box reads depends on which rows and slices it begins and ends with.
+TEST(RegionOfAFarMap, GivesTheBitsOfTheWholeForEveryBox)
+{
+    const Volume<short> volume = variedVolume<short>({5, 4, 3}, 2);
+    for (int axis = 0; axis < 3; ++axis)
+        for (const bool isBack : {false, true})
+            for (const double shear : {0.0, 0.25})
+                for (const unsigned int n : {1U, 2U})
+                    for (Interpolator* const interpolator : kInterpolators) {
+                        Options options(interpolator, Replication());
+                        options.threads = 1;
+                        options.edgeExtends = true;
+                        options.subsamples = {n, 1, n};
+                        AffineMap map = {{{1, 0, shear, -1}, {shear, 1, 0, -1}, {0, shear, 1, -1}}};
+                        map.rows[axis][axis] = isBack ? -1e9 : 1e9;
+                        map.rows[axis][3] = isBack ? 4e9 + 2.0 : 2.0;
+                        expectSomeCuts<short>({volume, gridOf(map, 5, 5, 5), options});
+                        ASSERT_FALSE(HasFatalFailure());
+                    }
+}
+
+// Each axis of the source is read forwards or backwards.
+TEST(RegionOfAFlippedMap, GivesTheBitsOfTheWholeForEveryBox)
+{
+    Seeded random(75);
+    const Volume<short> volume = variedVolume<short>({7, 6, 5}, 2);
+    for (unsigned int flips = 0; flips < 8; ++flips)
+        for (const double step : {1.0, 1.7})
+            for (Interpolator* const interpolator : kInterpolators) {
+                Options options(interpolator, kBorders[random.below(2)], 3);
+                options.threads = 1;
+                options.edgeExtends = random.below(2) == 0;
+                options.subsamples.y = 1 + random.below(2);
+                AffineMap map;
+                for (int axis = 0; axis < 3; ++axis) {
+                    const bool isBack = (flips >> axis) % 2 == 1;
+                    map.rows[axis][axis] = isBack ? -step : step;
+                    map.rows[axis][3] = isBack ? 5.0 : -1.0;
+                }
+                expectSomeCuts<short>({volume, gridOf(map, 5, 5, 5), options});
+                ASSERT_FALSE(HasFatalFailure());
+            }
+}
+
 class RegionRefuses : public ::testing::Test {
 protected:
     RegionRefuses() : scene(countingVolume<short>({4, 4, 4}))

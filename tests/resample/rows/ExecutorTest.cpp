@@ -149,6 +149,15 @@ protected:
         return torn;
     }
 
+    // Rows of which no voxel is as it was.
+    int finishedRows() const
+    {
+        int finished = 0;
+        for (std::size_t row = 0; row < std::size_t{128} * 64; ++row)
+            finished += result.getBufferPointer()[row * 128] != 0 ? 1 : 0;
+        return finished;
+    }
+
     VxImage<short> source;
     VxImage<short> expected;
     VxImage<short> result;
@@ -254,6 +263,29 @@ TEST_F(Executors, SeeNoExceptionOfTheCallback)
     };
     EXPECT_THROW(perform(), std::runtime_error);
     EXPECT_EQ(seen, 0);
+    EXPECT_EQ(tornRows(), 0);
+}
+
+// A part that ends while the callback is about to throw tells nobody, and no further part begins.
+TEST_F(Executors, AreStoppedByAnExceptionOfTheCallback)
+{
+    std::function<void()> next;
+    options.executor = [&](std::size_t parts, const Part& part) {
+        next = [&part] { part(0); };
+        inOrder(parts, part);
+    };
+    int calls = 0;
+    int finished = 0;
+    options.progress = [&](double) -> bool {
+        ++calls;
+        next();
+        finished = finishedRows();
+        throw std::runtime_error("enough");
+    };
+    EXPECT_THROW(perform(), std::runtime_error);
+    EXPECT_EQ(calls, 1);
+    EXPECT_GT(finished, 0);
+    EXPECT_EQ(finishedRows(), finished);
     EXPECT_EQ(tornRows(), 0);
 }
 

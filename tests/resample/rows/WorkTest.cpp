@@ -5,7 +5,9 @@
 #include <array>
 #include <chrono>
 #include <cstring>
+#include <mutex>
 #include <new>
+#include <set>
 #include <stdexcept>
 #include <thread>
 #include <vector>
@@ -209,6 +211,66 @@ TEST_P(Progress, IsOverAlsoForThreadsThatWaitForTheirTurn)
             EXPECT_THROW(asked.perform(), std::runtime_error);
         else
             EXPECT_EQ(asked.perform(), resample::kCancelled);
+        EXPECT_EQ(calls, 1);
+    }
+}
+
+// Notes which threads read by it.
+struct Attended : Interpolator {
+    template <class T, class B>
+    double operator()(const VxImage<T>&, double, double, double, unsigned int, B, T)
+    {
+        const std::lock_guard<std::mutex> oneAtATime(mutex);
+        threads.insert(std::this_thread::get_id());
+        return 9.0;
+    }
+
+    Interpolator::interpolator_t<Interpolator, Interpolator::Empty>& get() override
+    {
+        static Interpolator::interpolator_t<Attended, Interpolator> table;
+        return table;
+    }
+
+    // Whether so many have begun a part; waits for them, up to ten seconds.
+    bool hasSeen(std::size_t count)
+    {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+        while (std::chrono::steady_clock::now() < end) {
+            if (const std::lock_guard<std::mutex> oneAtATime(mutex); threads.size() >= count)
+                return true;
+            std::this_thread::yield();
+        }
+        return false;
+    }
+
+    std::mutex mutex;
+    std::set<std::thread::id> threads;
+};
+
+// Whoever has begun a part finishes it, and would tell of it.
+TEST_P(Progress, IsOverForThreadsThatHadBegunBefore)
+{
+    VxImage<short> source;
+    VxImage<short> result;
+    source.initialize(2, 2, 2, 1);
+    for (const bool throws : {false, true}) {
+        Attended attended;
+        Options options(&attended);
+        options.threads = GetParam();
+        int calls = 0;
+        options.progress = [&](double) -> bool {
+            EXPECT_TRUE(attended.hasSeen(std::min(GetParam(), 3U)));
+            if (++calls == 1 && throws)
+                throw std::runtime_error("enough");
+            return false;
+        };
+        const auto perform = [&] {
+            return resample::resample(source, gridOf(AffineMap(), 16, 64, 64), &result, options);
+        };
+        if (throws)
+            EXPECT_THROW(static_cast<void>(perform()), std::runtime_error);
+        else
+            EXPECT_EQ(perform(), resample::kCancelled);
         EXPECT_EQ(calls, 1);
     }
 }
