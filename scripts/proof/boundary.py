@@ -14,6 +14,8 @@ from . import builds
 from .results import Result, Table
 
 TITLE = "Boundary"
+PROMISE = "Linked programs go on working, and a build is the same wherever it is made."
+BREAKER = "A name, a slot or a type that changes; a path or a time in the file."
 
 BASELINE = commands.ROOT / "tests" / "abi" / "interface.abi.xz"
 COMPILERS = ("g++", "clang++")

@@ -8,6 +8,9 @@ from .builds import release
 from .results import Result, Table
 
 TITLE = "Whole volumes"
+PROMISE = ("Whole volumes have the bits of single calls, on any instruction set and number of "
+           "threads.")
+BREAKER = "A vector that takes another step than one number does, a part of the work left out."
 WITH_RESAMPLE = True
 CI_RUN = ["--seconds", "10", "--no-large"]
 WHOLE_RUN = ["--seconds", "60"]

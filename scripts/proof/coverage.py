@@ -10,6 +10,8 @@ from . import suite
 from .results import Result, Table
 
 TITLE = "Coverage"
+PROMISE = "Tests run all of `volux_core`."
+BREAKER = "A line, a branch or a condition that was written and never tried."
 
 BUILDS = {"as it is": "", "portable": " -DVOLUX_CORE_PORTABLE"}
 

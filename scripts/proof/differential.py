@@ -9,6 +9,9 @@ from .builds import release
 from .results import Result, Table
 
 TITLE = "Differential runs"
+PROMISE = ("A sample is what its definition says, and what other libraries say where they mean the "
+           "same.")
+BREAKER = "A formula that was misread, or that was written down wrong twice alike."
 CI_RUN = ["--seconds", "10"]
 WHOLE_RUN = ["--seconds", "60"]
 

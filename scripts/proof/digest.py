@@ -16,6 +16,9 @@ from .digest_rows import SIZES, SYSROOTS, THREADS, Row, all_rows, native_rows, s
 from .results import Result, Table
 
 TITLE = "One digest on every compiler and processor"
+PROMISE = "Every result has the same bits on every compiler and processor."
+BREAKER = ("A compiler that fuses or reorders, a processor that rounds otherwise, a word "
+           "that begins at its other end.")
 WITH_RESAMPLE = True
 PARTS = tuple(SIZES)
 CI_RUN = ["--rows", " release|^(x86-64 g[+][+]-12 -O3 -march=x86-64-v3 fused"

@@ -7,6 +7,8 @@ from .builds import release
 from .results import Result, Table
 
 TITLE = "Exhaustion"
+PROMISE = "Indices, conversions and kernels are right for every `float` there is."
+BREAKER = "A rule that is wrong for a few numbers among billions, which no sample meets."
 CI_RUN = ["--every", "797"]
 
 ALL = 2**32

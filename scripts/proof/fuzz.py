@@ -12,6 +12,8 @@ from .builds import BUILD, fuzzers, fuzzers_folder
 from .results import Result, Table
 
 TITLE = "Fuzzing"
+PROMISE = "No call reads, writes or loops where it must not, whatever it is given."
+BREAKER = "Extents, strides and positions that nobody would think of."
 WITH_RESAMPLE = True
 CI_RUN = ["--seconds", "10"]
 WHOLE_RUN = ["--seconds", "60"]

@@ -11,6 +11,8 @@ from .results import Result, Table
 from .suite import CLANG
 
 TITLE = "Load"
+PROMISE = "Loading costs nothing, and unloading leaves nothing."
+BREAKER = "Code that runs at start-up, memory or a thread that is left, first calls at once."
 WITH_RESAMPLE = True
 PARTS = ("volux_resample",)
 CI_RUN = ["--processes", "48", "--rounds", "200"]

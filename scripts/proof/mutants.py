@@ -18,6 +18,8 @@ from .mutator import Mutator
 from .results import Result, Table
 
 TITLE = "Mutation: no small mistake that the tests would miss"
+PROMISE = "Tests notice every small mistake in `volux_core`."
+BREAKER = "A test that runs code and does not look at what it gives."
 CI_RUN = ["--sample", "6"]
 WHOLE_RUN = ["--sample", "30"]
 

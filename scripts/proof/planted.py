@@ -13,6 +13,8 @@ from .builds import BUILD
 from .results import Result, Table
 
 TITLE = "Planted faults"
+PROMISE = "Each check would tell."
+BREAKER = "A check that cannot fail."
 WITH_RESAMPLE = True
 CI_RUN = ["--fault", "sanitizers"]
 

@@ -12,6 +12,8 @@ from .python_suite import TESTS, quick_tests
 from .results import Result, Table
 
 TITLE = "Coverage of the Python package"
+PROMISE = "Tests run all of the Python package."
+BREAKER = "A line or a branch that was written and never tried."
 WITH_RESAMPLE = True
 MORE_SOURCES = package.FOLDERS
 NEEDS_PYPI = True

@@ -18,6 +18,8 @@ from .python_suite import SLOW, TESTS
 from .results import Result, Table
 
 TITLE = "Mutation of the Python package"
+PROMISE = "Tests notice every small mistake in the Python package."
+BREAKER = "A test that runs code and does not look at what it gives."
 WITH_RESAMPLE = True
 MORE_SOURCES = package.FOLDERS
 NEEDS_PYPI = True

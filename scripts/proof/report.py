@@ -51,8 +51,9 @@ class Standing:
     def row(self):
         sources = dict.fromkeys(record.sources + (", older" if self.is_old(record) else "")
                                 for record in self.records)
-        return [f"`scripts/prove {self.name}`", self.verdict(),
-                self.records[0].result.summary if self.records else "", "; ".join(sources)]
+        return [self.check.PROMISE, self.check.BREAKER,
+                self.records[0].result.summary if self.records else "",
+                f"`scripts/prove {self.name}`: {self.verdict()}", "; ".join(sources)]
 
     def remarks(self):
         """Returns a sentence for each way in which the page says less than the check would now."""
@@ -109,7 +110,8 @@ def summary(found):
 def texts(checks):
     """Returns docs/proof.md as the results and today's sources make it."""
     found = standings(checks)
-    overview = markdown.table(["check", "", "result", "sources"], [each.row() for each in found])
+    overview = markdown.table(["what is promised", "what would break it", "how sure we are",
+                               "who looks", "sources"], [each.row() for each in found])
     sections = [line for number, each in enumerate(found, start=1) for line in each.section(number)]
     return {PAGE: markdown.filled(TEMPLATES / "page.md", summary=summary(found),
                                   overview="\n".join(overview), sections=markdown.page(sections))}

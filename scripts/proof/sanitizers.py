@@ -12,6 +12,8 @@ from .suite import CLANG
 from .results import Result, Table
 
 TITLE = "Sanitizers and friends"
+PROMISE = "Nothing depends on what the language leaves undefined."
+BREAKER = "An overflow, memory read before it was written, a race, a warning that was silenced."
 WITH_RESAMPLE = True
 CI_RUN = ["integer", "memory", "valgrind", "reasons"]
 

@@ -10,6 +10,8 @@ from .builds import release
 from .results import Result, Table
 
 TITLE = "Every sequence"
+PROMISE = "An image is what its calls made it, whatever calls came before."
+BREAKER = "A state that a call leaves behind, or that an allocation that fails leaves half done."
 CI_RUN = ["--calls", "4"]
 WHOLE_RUN = ["--calls", "5"]
 

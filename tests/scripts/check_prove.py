@@ -24,7 +24,8 @@ COMMAND = str(ROOT / "scripts" / "prove")
 PROVE = types.ModuleType("prove")
 SourceFileLoader("prove", COMMAND).exec_module(PROVE)
 TODAY = "aaaaaaaaaaaa"
-CHECK = types.SimpleNamespace(TITLE="Sums", PARTS=("old part", "new part"))
+CHECK = types.SimpleNamespace(TITLE="Sums", PROMISE="Sums are right.", BREAKER="A carry.",
+                              PARTS=("old part", "new part"))
 
 
 def record_of(sources=TODAY, passed=True, parts=CHECK.PARTS):
@@ -46,7 +47,7 @@ class Marks(unittest.TestCase):
     def test_a_result_of_todays_sources_is_not_marked(self):
         fresh = standing(record_of())
         self.assertEqual(fresh.verdict(), "held")
-        self.assertEqual(fresh.row()[3], TODAY)
+        self.assertEqual(fresh.row()[-1], TODAY)
         self.assertEqual(list(fresh.remarks()), [])
         self.assertNotIn("changed since", "\n".join(fresh.found(fresh.records[0])))
         self.assertIn("were found on today's sources", report.summary([fresh]))
@@ -54,7 +55,7 @@ class Marks(unittest.TestCase):
     def test_a_result_of_other_sources_is_marked_at_the_top_in_its_row_and_beside_it(self):
         old = standing(record_of("bbbbbbbbbbbb"))
         self.assertEqual(old.verdict(), "held on older sources")
-        self.assertEqual(old.row()[3], "bbbbbbbbbbbb, older")
+        self.assertEqual(old.row()[-1], "bbbbbbbbbbbb, older")
         self.assertIn("bbbbbbbbbbbb (which have changed since)",
                       "\n".join(old.found(old.records[0])))
         self.assertIn("1 of the 2 checks", report.summary([old, standing(record_of())]))
