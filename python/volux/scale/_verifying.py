@@ -17,6 +17,9 @@ from volux.scale._tasks import Record, record_path
 from volux.scale._units import extents, key
 from volux.tool._errors import Refusal
 
+# What opening says of a file that is not there; any other failure is no answer.
+_ABSENT = (FileNotFoundError, NotADirectoryError, IsADirectoryError)
+
 
 class Wrong(NamedTuple):
     """A unit that is not as its record says; or a file that is none."""
@@ -73,7 +76,7 @@ def _checked(filed: Filed, task: int, codec: _store.Codec | None) -> Record | st
         return "a partial file is beside it"
     try:
         data = path.read_bytes()
-    except (FileNotFoundError, NotADirectoryError, IsADirectoryError):
+    except _ABSENT:
         return "is missing"
     if len(data) != record.size:
         return f"has {len(data)} bytes instead of {record.size}"
@@ -124,7 +127,7 @@ def _is_known(name: str, counts: tuple[int, int, int]) -> bool:
 def _has(path: Path, text: str) -> bool:
     try:
         return path.read_bytes() == text.encode()
-    except (FileNotFoundError, NotADirectoryError, IsADirectoryError):
+    except _ABSENT:
         return False
 
 
@@ -138,7 +141,7 @@ def _strays_of_group(filed: Filed) -> Iterator[Wrong]:
         plan = _store.records_of(filed.store) / level / "plan.json"
         try:
             metadata = str(_store.facts_of(plan)["metadata"])
-        except (OSError, KeyError, Refusal):
+        except (*_ABSENT, KeyError, Refusal):
             yield Wrong(None, level, "is a level whose plan cannot be read")
             continue
         if not _has(filed.store / level / _store.METADATA, metadata):
@@ -161,7 +164,7 @@ def _levels_of(filed: Filed) -> list[str] | None:
         datasets = found["attributes"]["ome"]["multiscales"][0]["datasets"]
         finest, more = planned["attributes"]["ome"]["multiscales"][0]["datasets"][0], datasets[1:]
         del datasets[1:]
-    except (OSError, Refusal, KeyError, IndexError, TypeError):
+    except (*_ABSENT, Refusal, KeyError, IndexError, TypeError):
         return None
     if found != planned or more != _levels.of(finest, filed.plan.target.shape, len(more)):
         return None
