@@ -5,6 +5,7 @@ set(VOLUX_RESAMPLE_TESTS
     resample/calls/GeometryTest.cpp
     resample/calls/GradientTest.cpp
     resample/calls/GridTest.cpp
+    resample/calls/NearestCopyTest.cpp
     resample/calls/OutsideTest.cpp
     resample/calls/PlacedGridTest.cpp
     resample/calls/PlacesTest.cpp

@@ -25,7 +25,7 @@ template <class T>
 class GuardedSamples : public ::testing::Test {
 protected:
     // A source without gaps, so that its last row ends where forbidden memory begins.
-    void compare(const Extents& extents, unsigned int count, int stride, bool atEnd)
+    void compare(const Extents& extents, unsigned int count, int stride, bool atEnd, int cell = 0)
     {
         const LastWords words("seed 133, extents " + std::to_string(extents.width) + ' ' +
                               std::to_string(extents.height) + ' ' + std::to_string(extents.depth) +
@@ -37,7 +37,7 @@ protected:
         std::generate_n(source.data, voxels, [&] { return randomElement<T>(random, false); });
         VxImage<T> image;
         ViewedVolume<T>::copy(source, image);
-        const Positions positions = place(extents, count, stride, atEnd);
+        const Positions positions = place(extents, count, stride, atEnd, cell);
         forEachPolicy([&](Interpolator* interpolator, Border* border) {
             const Options options(interpolator, border, 3);
             compareSamples(source, image, positions, count, options, atEnd);
@@ -47,24 +47,21 @@ protected:
     }
 
 private:
-    // Half of the positions are among the voxels, the others anywhere.
-    double coordinate(unsigned int extent, bool isAmong)
+    // Between the voxels of a cell, the last of which is 1, the one before 2; 0: anywhere.
+    double coordinate(unsigned int extent, int cell)
     {
-        if (!isAmong)
-            return randomCoordinate(random, extent);
-        const double whole = random.below(extent);
-        return random.below(2) == 0 ? whole : whole * fraction(random);
+        return cell == 0 ? randomCoordinate(random, extent)
+                         : std::max(static_cast<int>(extent) - 1 - cell, 0) + fraction(random);
     }
 
-    Positions place(const Extents& extents, unsigned int count, int stride, bool atEnd)
+    Positions place(const Extents& extents, unsigned int count, int stride, bool atEnd, int cell)
     {
         const std::size_t span = static_cast<std::size_t>(std::abs(stride)) * (count - 1) + 1;
         const unsigned int sizes[] = {extents.width, extents.height, extents.depth};
-        const bool isAmong = random.below(2) == 0;
         double* first[3] = {};
         for (std::size_t n = 0; n < 3; ++n) {
             double* const block = coordinates.place<double>(span, atEnd, n);
-            std::generate_n(block, span, [&] { return coordinate(sizes[n], isAmong); });
+            std::generate_n(block, span, [&] { return coordinate(sizes[n], cell); });
             first[n] = stride < 0 ? block + span - 1 : block;
         }
         return {first[0], first[1], first[2], stride};
@@ -121,7 +118,7 @@ TYPED_TEST(GuardedSamples, ReadAndWriteInsideAloneWhateverTheExtents)
             const unsigned int height = n / 9;
             const Extents extents{width + 1, height + 1, (2 * width + height) % 9 + 1};
             this->compare(extents, n % 9 + 1, 1, n % 2 == 0);
-            this->compare(extents, 9 - n % 9, 1, n % 2 != 0);
+            this->compare(extents, 8, 1, true, n % 2 == 0 ? 1 : 2);  // whole vectors
         }
     });
 }
@@ -132,11 +129,11 @@ using GuardedArrays = GuardedSamples<short>;
 TEST_F(GuardedArrays, AreReadAndWrittenInsideAloneHoweverLong)
 {
     forEachInstructionSet([this] {
-        for (unsigned int count = 1; count <= 40; ++count)
-            for (const bool atEnd : {false, true}) {
-                this->compare({4, 3, 2}, count, 1, atEnd);
-                this->compare({4, 3, 2}, count, count % 2 == 0 ? -1 : 3, atEnd);
-            }
+        for (unsigned int count = 1; count <= 40; ++count) {
+            this->compare({4, 3, 2}, count, 1, true);
+            if (count % 3 == 0)
+                this->compare({4, 3, 2}, count, count % 2 == 0 ? -1 : 3, count % 2 != 0);
+        }
     });
 }
 

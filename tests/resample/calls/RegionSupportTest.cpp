@@ -150,5 +150,28 @@ TEST_F(RegionSupport, IsWhatABoxReadsAlongTheAxesInEitherDirection)
             }
 }
 
+// A single voxel, whose position is in view; also where indices are far, though not too far, away.
+TEST_F(RegionSupport, IsWhatAVoxelReadsBesideEitherEdge)
+{
+    region.output = Rect(1, 1, 2, 2, 0, 0);
+    for (Interpolator* const interpolator :
+         {kInterpolators[0], kInterpolators[1], kInterpolators[2]})
+        for (int axis = 0; axis < 3; ++axis) {
+            const double end = kSizes[axis] - 0.5;
+            for (const double position :
+                 {-0.5, -0.3, 0.0, 0.5, 1.0, 1.3, end - 1.5, end - 1.2, end - 1.0, end - 0.8,
+                  end - 0.5, end - 0.2, std::nextafter(end, 0.0), -0x1p30, 0x1p30}) {
+                options = Options(interpolator, Replication());
+                options.edgeExtends = std::abs(position) > 9.0;
+                options.threads = 1;
+                AffineMap map;
+                for (int row = 0; row < 3; ++row)
+                    map.rows[row][3] = (row == axis ? position : 2.5) - kFirst[row];
+                expectBoxOfReads(map);
+                ASSERT_FALSE(HasFatalFailure());
+            }
+        }
+}
+
 }  // namespace
 }  // namespace volux::test

@@ -45,11 +45,35 @@ private:
         ViewedVolume<V>::copy(vectors, image);
         const Grid grid = gridOf(obliqueMap(random, {9, 8, 7}, 0.5), 13, 3, 2);
         expectWarped(source.image, image, grid, warp, Options(Linear(), Constant(), 3));
+        comparePlace(image, grid, warp);
+        findSupport(grid, warp);
+    }
+
+    void comparePlace(const VxImage<V>& field, const Grid& grid, const Warp& warp)
+    {
+        const Position p = grid.map(random.below(13), random.below(3), random.below(2));
+        const Position found = warp(p);
+        const Position expected = expectedPlace(field, warp, p);
+        ASSERT_TRUE(bitEqual(found.x, expected.x) && bitEqual(found.y, expected.y) &&
+                    bitEqual(found.z, expected.z))
+            << described(warp);
+    }
+
+    // Every vector is read that the box of the result may need.
+    void findSupport(const Grid& grid, const Warp& warp)
+    {
+        resample::ResampleRegion region;
+        region.sourceWidth = source.view.width;
+        region.sourceHeight = source.view.height;
+        region.sourceDepth = source.view.depth;
+        region.output = Rect(0, 12, 0, 2, 0, 1);
+        Rect box;
+        ASSERT_EQ(region.support(grid, warp, &box), SUCCESS) << described(warp);
     }
 
     Seeded random{490};
     ViewedVolume<short> source{random, {9, 8, 7}, 1, false};
-    const GuardedPages pages{2};
+    const GuardedPages pages{20};
 };
 TYPED_TEST_SUITE(GuardedFields, RealTypes, ElementTypeNames);
 
@@ -61,6 +85,18 @@ TYPED_TEST(GuardedFields, AreReadInsideAlone)
                 for (int n = 0; n < 20; ++n)
                     for (const bool atEnd : {false, true})
                         this->compare({width, height, 2}, atEnd);
+    });
+}
+
+// Every extent along each axis, beside every one along the next.
+TYPED_TEST(GuardedFields, AreReadInsideAloneWhateverTheExtents)
+{
+    forEachInstructionSet([this] {
+        for (unsigned int n = 0; n < 81; ++n) {
+            const unsigned int width = n % 9;
+            const unsigned int height = n / 9;
+            this->compare({width + 1, height + 1, (2 * width + height) % 9 + 1}, n % 2 == 0);
+        }
     });
 }
 
