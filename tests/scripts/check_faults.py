@@ -233,6 +233,21 @@ class Mutants(unittest.TestCase):
         changed = self.ids(self.F.replace("1", "4"), self.G)
         self.assertEqual(self.ids(self.F, self.G) & changed, self.ids(self.G))
 
+    def changes(self, line):
+        source = f"\n\nint f(int a)\n{{\n    {line}\n}}\n\n"
+        return {mutant.change for mutant in mutants.Mutator("src/A.cpp", source).mutants()}
+
+    def test_a_number_is_off_by_one_however_it_is_written(self):
+        found = self.changes("return a * 0x1p-20;")
+        self.assertIn("0x1p-20 -> 0x1.0000100000000p+0", found)
+        self.assertIn("0x1p-20 -> 0x1.0000000000001p-20", found)
+        self.assertIn("200'000u -> 200001u", self.changes("return a < 200'000u;"))
+
+    def test_tests_in_a_row_are_exchanged_also_where_one_is_of_the_compiler(self):
+        self.assertIn("if (a) { return 1; } if constexpr (b) { return 2; } -> "
+                      "if constexpr (b) { return 2; } if (a) { return 1; }",
+                      self.changes("if (a) { return 1; } if constexpr (b) { return 2; }"))
+
     def judge(self, *verdicts):
         rows = [[f"id{n}", "src/A.cpp", "1", "cast", "a -> b", verdict, ""]
                 for n, verdict in enumerate(verdicts)]
