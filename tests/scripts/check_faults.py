@@ -14,7 +14,10 @@ sys.path.insert(0, str(ROOT / "scripts"))
 from evidence import provenance  # noqa: E402  (the path comes first)
 from evidence.commands import Failure  # noqa: E402
 from proof import (boundary, bulk, coverage, differential, digest, exhaustion, fuzz,  # noqa: E402
-                   load, mutants, python_coverage, python_mutants, sanitizers, sequences)
+                   load, mutant_campaign, mutant_rows, mutants, python_coverage, python_mutants,
+                   sanitizers, sequences)
+from proof.mutant_subject import SAME  # noqa: E402
+from proof.mutator import Mutator  # noqa: E402
 
 
 def options_of(check, *arguments):
@@ -223,7 +226,7 @@ class Mutants(unittest.TestCase):
 
     def ids(self, *functions, file="src/core/A.cpp"):
         source = "// Sums." + "".join(functions) + "\n\n"
-        return {mutant.id for mutant in mutants.Mutator(file, source).mutants()}
+        return {mutant.id for mutant in Mutator(file, source).mutants()}
 
     def test_a_mutant_keeps_its_id_in_another_file_and_beside_other_functions(self):
         self.assertEqual(self.ids(self.F), self.ids(self.F, file="src/exact/B.h"))
@@ -235,7 +238,7 @@ class Mutants(unittest.TestCase):
 
     def changes(self, line):
         source = f"\n\nint f(int a)\n{{\n    {line}\n}}\n\n"
-        return {mutant.change for mutant in mutants.Mutator("src/A.cpp", source).mutants()}
+        return {mutant.change for mutant in Mutator("src/A.cpp", source).mutants()}
 
     def test_a_number_is_off_by_one_however_it_is_written(self):
         found = self.changes("return a * 0x1p-20;")
@@ -251,11 +254,12 @@ class Mutants(unittest.TestCase):
     def judge(self, *verdicts):
         rows = [[f"id{n}", "src/A.cpp", "1", "cast", "a -> b", verdict, ""]
                 for n, verdict in enumerate(verdicts)]
-        with mock.patch.object(mutants, "read", lambda _: {"id0": ["id0", "no caller can tell"]}):
-            return mutants.result_of(rows, False, True)
+        with mock.patch.object(mutant_rows, "read",
+                               lambda _: {"id0": ["id0", "no caller can tell"]}):
+            return mutant_rows.result_of(mutants.SUBJECT, rows, False, True)
 
     def test_a_survivor_that_nobody_has_explained_fails(self):
-        self.assertTrue(self.judge("survived", "killed", mutants.SAME).passed)
+        self.assertTrue(self.judge("survived", "killed", SAME).passed)
         failed = self.judge("killed", "survived")
         self.assertFalse(failed.passed)
         self.assertIn("id1: let a test kill it", failed.summary)
@@ -266,14 +270,14 @@ class Mutants(unittest.TestCase):
     def test_the_sources_draw_the_sample_and_the_record_does_not_judge_it(self):
         tried = []
 
-        def try_all(sample, known, journal, jobs):
+        def try_all(subject, sample, known, journal, jobs):
             tried.append([mutant.id for mutant in sample])
-            return {mutant.id: mutants.row_of(mutant, "killed", "a test") for mutant in sample}
+            return {mutant.id: mutant_rows.row_of(mutant, "killed", "a test") for mutant in sample}
         for sources in ("one", "one", "other"):
             with mock.patch.object(provenance, "sources", lambda with_resample, s=sources: s), \
-                    mock.patch.object(mutants, "tried", try_all):
+                    mock.patch.object(mutant_campaign, "tried", try_all):
                 options = options_of(mutants, "--sample", "6")
-                self.assertTrue(mutants.run_sample(options).passed)
+                self.assertTrue(mutant_campaign.run_sample(mutants.SUBJECT, options).passed)
         self.assertEqual(tried[0], tried[1])
         self.assertNotEqual(tried[0], tried[2])
 
