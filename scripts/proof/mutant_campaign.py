@@ -170,7 +170,9 @@ def run_sample(subject, options):
     known = read(subject.kept)
     seed = options.seed or provenance.sources(subject.with_resample)
     mutants = [mutant for mutant in chosen(subject, options)
-               if mutant.id not in known or known[mutant.id][5] != "not compiled"]
+               if known.get(mutant.id, [""] * 6)[5] in subject.sampled]
+    if not mutants:
+        raise Failure("the record leaves nothing to sample.")
     sample = random.Random(seed).sample(mutants, min(options.sample, len(mutants)))
     print(f"  seed {seed}", flush=True)
     rows = tried(subject, sorted(sample, key=lambda mutant: mutant.file), known, None,

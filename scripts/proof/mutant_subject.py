@@ -29,6 +29,7 @@ class Subject:
     suite: Suite
     checks: dict  # the words of each, given a folder of sources and the library
     signatures: tuple  # of tests/compile, which must compile
+    sampled: tuple = ("killed", SAME, "survived", "")  # verdicts of the record; without one: ""
     differential: str = ""  # the program that runs once more at full length
     portable: str = ""  # the macro of sources that compile something else for other processors
     is_inlined: Callable = lambda _: True  # says of a mutant in a header whether callers compile it

@@ -27,14 +27,16 @@ class Suite:
     folders: tuple  # of the tests
     last: tuple  # the longest, by name
     flags: dict  # of the programs, by kind of build
-    processor_seconds: int  # a mutant can loop for ever; the longest program takes a tenth of it
+    processor_seconds: int  # a mutant can loop for ever; no program takes a quarter of it
     beside: tuple = ()  # what they link, too
 
-    def programs(self):
+    def sources(self):
         """The quick ones first."""
         sources = [path for part in self.folders for path in (TESTS / part).rglob("*Test.cpp")]
-        return [Program(self, source) for source in sorted(sources, key=lambda path: (
-            path.stem in self.last, path.stem))]
+        return sorted(sources, key=lambda path: (path.stem in self.last, path.stem))
+
+    def programs(self):
+        return [Program(self, source) for source in self.sources()]
 
     def link(self, program, objects, kind, library):
         beside = [library.parent / word if word.endswith(".so") else word for word in self.beside]
