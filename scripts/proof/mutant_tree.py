@@ -1,7 +1,6 @@
-"""A mutant, and the copies of volux_core's sources that mutants are put into and built in."""
+"""A mutant, and the copies of the libraries' sources that mutants are put into."""
 import dataclasses
 import filecmp
-import functools
 import hashlib
 import os
 import re
@@ -11,18 +10,7 @@ import subprocess
 import tempfile
 import threading
 
-from evidence.commands import LIBRARY, ROOT, Failure
-
-from .builds import BUILD
-
-FOLDER = BUILD / "mutants"
-KINDS = {  # how volux_core is built
-    "plain": "-O0",
-    "portable": "-O0 -DVOLUX_CORE_PORTABLE",
-    "optimised": "-O2",
-    "asan": "-O0 -g1 -fno-omit-frame-pointer -fno-sanitize-recover=all"
-            " -fsanitize=address,undefined,float-cast-overflow",
-}
+from evidence.commands import ROOT
 
 stopping = threading.Event()
 _children = set()
@@ -114,11 +102,12 @@ def call(command, timeout=300, **options):
 
 
 class Tree:
-    """A copy of volux_core's sources and the builds of it; one worker's, or the untouched one."""
+    """A copy of the libraries' sources, and what is built of it; one worker's, or the untouched
+    one."""
 
-    def __init__(self, name):
-        self.folder = FOLDER / name
-        self.source = self.folder / "source"
+    def __init__(self, folder):
+        self.folder = folder
+        self.source = folder / "source"
         self.mutated = None
         for part in ("CMakeLists.txt", "cmake", "include", "src"):
             self.take(ROOT / part, self.source / part)
@@ -143,49 +132,6 @@ class Tree:
         self.mutated = mutant.file
         (self.source / mutant.file).write_text(mutant.mutated, encoding="utf-8")
 
-    def module(self, kind):
-        """Builds volux_core; gives the file, or None and what the compiler said."""
-        build = self.folder / kind
-        if not (build / "build.ninja").exists():
-            status, said = call([
-                "cmake", "-S", self.source, "-B", build, "-G", "Ninja",
-                "-DCMAKE_CXX_COMPILER=g++", "-DCMAKE_BUILD_TYPE=None",
-                "-DVOLUX_DEVELOPER_MODE=OFF", "-DVOLUX_RESAMPLE=OFF",
-                f"-DCMAKE_CXX_FLAGS={KINDS[kind]}"])
-            if status != 0:
-                raise Failure(f"cmake cannot configure volux_core for mutants: {said[-300:]}")
-        status, said = call(["ninja", "-C", build, "-j1", "volux_core"], env=english())
-        return (build / LIBRARY, "") if status == 0 else (None, said)
-
 
 def english():
     return {**os.environ, "LC_ALL": "C"}
-
-
-@functools.lru_cache(maxsize=1)
-def base():
-    """volux_core without a mistake in it."""
-    return Tree("base")
-
-
-_base_lock = threading.Lock()
-
-
-def base_module(kind):
-    with _base_lock:
-        library, said = base().module(kind)
-        if library is None:
-            raise Failure(f"volux_core does not build without a mutant either: {said[-300:]}")
-        return library
-
-
-def stripped(library):
-    bare = library.with_name("bare.so")
-    call(["strip", "--strip-all", "--remove-section=.note.gnu.build-id",
-          "--remove-section=.comment", library, "-o", bare])
-    return bare.read_bytes()
-
-
-@functools.lru_cache(maxsize=None)
-def base_code(kind):
-    return stripped(base_module(kind))

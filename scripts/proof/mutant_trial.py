@@ -1,35 +1,28 @@
-"""Tries a mutant: builds volux_core with it and runs the suite against it."""
+"""Tries a mutant: builds the library with it and runs the suite against it."""
 import filecmp
 import re
 from pathlib import Path
 
 from evidence.commands import Failure
 
-from .mutant_suite import CHECKS, DIFFERENTIAL, Broken, check_of, check_signatures, fault_of
-from .mutant_tree import base_code, stripped
-
-SAME = "same object code"
-
-
-def is_in_module_alone(mutant):
-    """Members of VxImage that are no templates: `extern template` keeps callers that do not
-    optimise from compiling them, and the programs of the suite are not optimised."""
-    text = mutant.paragraph[1]
-    return mutant.file.endswith("core/VxImage.h") and "template" not in text and "{" in text
+from .mutant_suite import Broken
+from .mutant_subject import SAME
 
 
 class Trial:
     """A mutant against the suite, in a worker's tree."""
 
-    def __init__(self, tree, mutant, suite, preferred, expected=""):
-        self.tree, self.mutant, self.expected = tree, mutant, expected
+    def __init__(self, subject, tree, mutant, suite, preferred, expected=""):
+        self.subject, self.modules, self.expected = subject, subject.modules, expected
+        self.tree, self.mutant = tree, mutant
         self.suite = sorted(suite, key=lambda program: -preferred.get(program.name, 0))
-        self.checks = sorted(CHECKS, key=lambda name: -preferred.get(name, 0))
-        self.checks_first = any(preferred.get(name, 0) for name in CHECKS)
+        self.checks = sorted(subject.checks, key=lambda name: -preferred.get(name, 0))
+        self.checks_first = any(preferred.get(name, 0) for name in subject.checks)
         self.in_header = mutant.file.startswith("include/")
-        self.has_portable_part = "VOLUX_CORE_PORTABLE" in mutant.source
-        self.callers_compile_it = self.in_header and not is_in_module_alone(mutant)
-        self.built, self.same_tests, self.same_module = {}, True, None
+        self.has_portable_part = bool(subject.portable) and subject.portable in mutant.source
+        self.callers_compile_it = (self.in_header and subject.is_inlined(mutant)) or \
+            any(program.compiles(mutant.file) for program in suite)
+        self.libraries, self.built, self.same_tests, self.same_module = {}, {}, True, None
 
     def sanitizers_verdict(self):
         """What the sanitizers see of a survivor of the others."""
@@ -40,12 +33,13 @@ class Trial:
     def verdict(self):
         """(verdict, by), without the sanitizers, whose builds take ten times as long"""
         self.tree.apply(self.mutant)
-        library, said = self.tree.module("plain")
+        library, said = self.module("plain")
         if library is None:
             if "error: " not in said:
                 raise Failure(f"a build breaks off without an error: {said[-300:]}")
             return "not compiled", ""
-        if self.expected == SAME and not self.callers_compile_it and self.same_code():
+        expects_same = self.expected == SAME or self.subject.compared == "plain"
+        if expects_same and not self.callers_compile_it and self.same_code():
             return SAME, ""  # without the tests, which see nothing
         try:
             by = self.killer(library)
@@ -54,6 +48,11 @@ class Trial:
         if by:
             return "killed", by
         return (SAME if self.same_code() else "survived"), ""
+
+    def module(self, kind):
+        if kind not in self.libraries:
+            self.libraries[kind] = self.modules.module(self.tree, kind)
+        return self.libraries[kind]
 
     def of_broken(self, said):
         """A test that rejects the mutant kills it; a mutant that is no C++ does not count."""
@@ -67,7 +66,7 @@ class Trial:
 
     def killer(self, library):
         if self.in_header:
-            check_signatures(self.tree)
+            self.subject.check_signatures(self.tree)
         stages = [self.by_tests, self.by_checks, self.by_portable, self.by_differential,
                   self.by_optimised]
         if self.checks_first:
@@ -94,21 +93,22 @@ class Trial:
         return mutated
 
     def by_tests(self, library, scale=0.1, suite=None):
-        for program in suite or self.suite:
-            fault = fault_of(self.program(program, library), library, scale)
+        for program in self.suite if suite is None else suite:
+            fault = program.fault_of(self.program(program, library), library, scale)
             if fault:
                 return f"{program.name}: {fault}"
         return None
 
     def by_checks(self, library):
-        names = self.checks if self.in_header else ["check_boundary"]
-        return next(filter(None, (check_of(name, self.tree, library) for name in names)), None)
+        of_headers = not self.in_header and "check_refusals"
+        return next(filter(None, (self.subject.check_of(name, self.tree, library)
+                                  for name in self.checks if name != of_headers)), None)
 
     def by_portable(self, _):
         """What other processors compile there."""
         if not self.has_portable_part:
             return None
-        library, _ = self.tree.module("portable")
+        library, _ = self.module("portable")
         if library is None:
             return "the portable build"
         by = self.by_tests(library)
@@ -116,37 +116,36 @@ class Trial:
 
     def by_differential(self, library):
         return self.by_tests(library, 1, [program for program in self.suite
-                                          if program.name == DIFFERENTIAL])
+                                          if program.name == self.subject.differential])
 
     def by_optimised(self, _):
         """What an optimiser removes is not exported any more."""
-        library, _ = self.tree.module("optimised")
-        by = check_of("check_boundary", self.tree, library) if library else "the optimised build"
+        if "optimised" not in self.modules.kinds:
+            return None
+        library, _ = self.module("optimised")
+        by = self.subject.check_of("check_boundary", self.tree, library) if library else \
+            "the optimised build"
         return by and f"{by} (optimised)"
 
     def by_sanitizers(self):
-        library, _ = self.tree.module("asan")
+        library, _ = self.module("asan")
         for program in self.suite if library else ():
             runnable, _ = program.in_base("asan")
             if self.callers_compile_it:
                 runnable, _ = program.with_mutant(self.tree, "asan", library)
-            fault = fault_of(runnable, library, 0.1, sanitized=True)
+            fault = program.fault_of(runnable, library, 0.1, sanitized=True)
             if fault:
                 return f"{program.name}: {fault} (sanitizers)"
         return None
 
     def same_code(self):
-        """Optimised, volux_core is the same, and so is every program that includes a header."""
+        """Optimised, the library is the same, and so is every program that includes a header."""
         if self.same_module is None:
             self.same_module = self.has_same_module()
         return self.same_module and self.same_tests
 
     def has_same_module(self):
-        kinds = ["optimised"]
+        kinds = [self.subject.compared]
         if self.has_portable_part:
             kinds.append("portable")
-        for kind in kinds:
-            library, _ = self.tree.module(kind)
-            if library is None or stripped(library) != base_code(kind):
-                return False
-        return True
+        return all(self.modules.has_base_code(self.module(kind)[0], kind) for kind in kinds)

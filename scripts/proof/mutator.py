@@ -142,13 +142,16 @@ class Mutator:
     def constants(self, i):
         if self.kinds[i] != "number":
             return
-        digits, suffix = re.fullmatch(r"(.*?)([uUlL]*)", self.texts[i]).groups()
+        digits, suffix = re.fullmatch(r"(.*?)([uUlL]*)",
+                                      self.texts[i].replace("'", "")).groups()
         if re.fullmatch(r"0[xX][0-9a-fA-F]+|\d+", digits):
             shown = hex if digits[:2] in ("0x", "0X") else str
             others = [shown(int(digits, 0) + 1), shown(int(digits, 0) - 1)]
         else:
-            value = float(digits)
-            others = map(repr, (value + 1, value - 1, math.nextafter(value, math.inf)))
+            binary = digits[:2] in ("0x", "0X")
+            value = float.fromhex(digits) if binary else float(digits)
+            others = map(float.hex if binary else repr,
+                         (value + 1, value - 1, math.nextafter(value, math.inf)))
         for other in others:
             self.add(self.loop_or("constant", i), i, i, other + suffix)
 
@@ -227,15 +230,20 @@ class Mutator:
             if self.texts[i] == "APPLY":
                 self.exchange("order", i, end, end + 1, self.pairs[end + 2])
 
+    def condition(self, i):
+        """The index of the bracket that opens the condition of the `if` at i."""
+        return i + 1 if self.texts[i + 1] == "(" else i + 2
+
     def conditions(self, i):
         """A condition negated; two in a row exchanged; the arms of ?: exchanged."""
         if self.texts[i] == "if" and i in self.code:
-            opened = i + 1 if self.texts[i + 1] == "(" else i + 2
+            opened = self.condition(i)
             closed = self.pairs[opened]
             self.add("negation", opened, closed, f"(!{self.slice(opened, closed)})")
             end = self.pairs.get(closed + 1, closed)
             if self.texts[closed + 1] == "{" and self.texts[end + 1] == "if":
-                self.exchange("order", i, end, end + 1, self.pairs[self.pairs[end + 2] + 1])
+                next_closed = self.pairs[self.condition(end + 1)]
+                self.exchange("order", i, end, end + 1, self.pairs[next_closed + 1])
         if self.texts[i] == "?":
             end = i + 1
             while self.texts[end] not in (";", ")", ",", "?", ""):

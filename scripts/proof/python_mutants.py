@@ -12,7 +12,7 @@ from pathlib import Path
 from evidence import package
 from evidence.commands import ROOT, Failure, output_of
 
-from .mutants import explanations, outcome, read, row_of, write
+from .mutant_rows import explanations, outcome, read, row_of, write
 from .python_coverage import part_of
 from .python_suite import SLOW, TESTS
 from .results import Result, Table

@@ -11,10 +11,9 @@ from unittest import mock
 ROOT = Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "scripts"))
 
-from evidence import provenance  # noqa: E402  (the path comes first)
-from evidence.commands import Failure  # noqa: E402
+from evidence.commands import Failure  # noqa: E402  (the path comes first)
 from proof import (boundary, bulk, coverage, differential, digest, exhaustion, fuzz,  # noqa: E402
-                   load, mutants, python_coverage, python_mutants, sanitizers, sequences)
+                   load, python_coverage, python_mutants, sanitizers, sequences)
 
 
 def options_of(check, *arguments):
@@ -215,52 +214,6 @@ class Digest(unittest.TestCase):
         self.assertTrue(self.passes(self.FUSED, Linear="c", Nearest="b"))
         self.assertFalse(self.passes(self.FUSED, Linear="a", Nearest="b"))
         self.assertFalse(self.passes(self.FUSED, Linear="c", Nearest="c"))
-
-
-class Mutants(unittest.TestCase):
-    F = "\n\nint f(int a)\n{\n    return a + 1;\n}"
-    G = "\n\nint g()\n{\n    return 2;\n}"
-
-    def ids(self, *functions, file="src/core/A.cpp"):
-        source = "// Sums." + "".join(functions) + "\n\n"
-        return {mutant.id for mutant in mutants.Mutator(file, source).mutants()}
-
-    def test_a_mutant_keeps_its_id_in_another_file_and_beside_other_functions(self):
-        self.assertEqual(self.ids(self.F), self.ids(self.F, file="src/exact/B.h"))
-        self.assertEqual(self.ids(self.G, self.F), self.ids(self.F) | self.ids(self.G))
-
-    def test_a_change_of_its_function_makes_it_another_one(self):
-        changed = self.ids(self.F.replace("1", "4"), self.G)
-        self.assertEqual(self.ids(self.F, self.G) & changed, self.ids(self.G))
-
-    def judge(self, *verdicts):
-        rows = [[f"id{n}", "src/A.cpp", "1", "cast", "a -> b", verdict, ""]
-                for n, verdict in enumerate(verdicts)]
-        with mock.patch.object(mutants, "read", lambda _: {"id0": ["id0", "no caller can tell"]}):
-            return mutants.result_of(rows, False, True)
-
-    def test_a_survivor_that_nobody_has_explained_fails(self):
-        self.assertTrue(self.judge("survived", "killed", mutants.SAME).passed)
-        failed = self.judge("killed", "survived")
-        self.assertFalse(failed.passed)
-        self.assertIn("id1: let a test kill it", failed.summary)
-
-    def test_mutants_that_do_not_compile_are_none(self):
-        self.assertFalse(self.judge("not compiled", "not compiled").passed)
-
-    def test_the_sources_draw_the_sample_and_the_record_does_not_judge_it(self):
-        tried = []
-
-        def try_all(sample, known, journal, jobs):
-            tried.append([mutant.id for mutant in sample])
-            return {mutant.id: mutants.row_of(mutant, "killed", "a test") for mutant in sample}
-        for sources in ("one", "one", "other"):
-            with mock.patch.object(provenance, "sources", lambda with_resample, s=sources: s), \
-                    mock.patch.object(mutants, "tried", try_all):
-                options = options_of(mutants, "--sample", "6")
-                self.assertTrue(mutants.run_sample(options).passed)
-        self.assertEqual(tried[0], tried[1])
-        self.assertNotEqual(tried[0], tried[2])
 
 
 class PythonCoverage(unittest.TestCase):
