@@ -22,7 +22,6 @@ FRAMES = " -fno-omit-frame-pointer"
 UNDEFINED = "undefined,float-cast-overflow"
 INTEGER = UNDEFINED + ",integer,implicit-conversion,nullability,local-bounds"
 SUITES = (*suite.PROGRAMS, "resample_tests")
-RESAMPLE_ON = ["-DVOLUX_RESAMPLE=ON"]
 # Tests of volux_resample that ask for everything with everything, or for gigabytes, many times.
 LONG_RESAMPLE_TESTS = "EveryWay/*:Threads/*:Large/*"
 # Tests that watch calloc and free, which valgrind keeps for itself, or that ask for more than there
@@ -49,7 +48,7 @@ class Outcome:
 
 def build_and_run(name, compiler, flags, programs):
     """The unit tests under a sanitizer. Gives the number of those that passed, and the findings."""
-    tests = suite.build(f"sanitizers-{name}", compiler, flags, RESAMPLE_ON, programs)
+    tests = suite.build(f"sanitizers-{name}", compiler, flags, suite.RESAMPLE_ON, programs)
     return run_tests(tests, None, name, programs)
 
 

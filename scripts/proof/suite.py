@@ -9,8 +9,10 @@ from . import builds
 PROGRAMS = ("container_tests", "sampling_tests", "thread_tests")
 CLANG = "clang++-19"
 # Atomic, or threads lose counts, and what is computed from two counts comes out wrong.
-COVERAGE = ("-O0 -fprofile-instr-generate -fprofile-update=atomic -fcoverage-mapping "
+COUNTERS = ("-fprofile-instr-generate -fprofile-update=atomic -fcoverage-mapping "
             "-fcoverage-mcdc")
+COVERAGE = f"-O0 {COUNTERS}"
+RESAMPLE_ON = ("-DVOLUX_RESAMPLE=ON",)
 
 
 def build(name, compiler, flags, arguments=(), programs=PROGRAMS):
@@ -27,9 +29,10 @@ def covered_tests():
     return build("coverage", CLANG, COVERAGE, ["-DCMAKE_EXE_LINKER_FLAGS=-fsanitize=undefined"])
 
 
-def build_module(name, compiler, flags):
-    """Builds volux_core alone; gives the folder."""
-    return builds.build(name, compiler, flags, kind="None", arguments=["-DVOLUX_PROGRAMS="])
+def build_module(name, compiler, flags, arguments=(), library="volux_core"):
+    """Builds a library alone; gives the folder."""
+    return builds.build(name, compiler, flags, kind="None", targets=[library],
+                        arguments=["-DVOLUX_PROGRAMS=", *arguments])
 
 
 def save_log(name, text):

@@ -12,8 +12,8 @@ ROOT = Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "scripts"))
 
 from evidence.commands import Failure  # noqa: E402  (the path comes first)
-from proof import (boundary, bulk, coverage, differential, digest, exhaustion, fuzz,  # noqa: E402
-                   load, python_coverage, python_mutants, sanitizers, sequences)
+from proof import (boundary, bulk, differential, digest, exhaustion, fuzz, load,  # noqa: E402
+                   python_coverage, python_mutants, sanitizers, sequences)
 
 
 def options_of(check, *arguments):
@@ -85,27 +85,6 @@ class Sequences(unittest.TestCase):
         self.assertTrue(self.passes(24))
         self.assertFalse(self.passes(23))
         self.assertFalse(self.passes(24, ["int: a leak"]))
-
-
-class Coverage(unittest.TestCase):
-    def coverage(self, lines="DA:3,1"):
-        found = coverage.Coverage()
-        found.add_lines(f"SF:{ROOT}/src/A.h\n{lines}\n")
-        return found
-
-    def test_what_no_test_reaches_is_listed(self):
-        self.assertEqual(list(coverage.uncovered(self.coverage())), [])
-        self.assertEqual(list(coverage.uncovered(self.coverage("DA:3,0"))), [["src/A.h", "line 3"]])
-
-    def test_an_exclusion_of_nothing_or_of_what_is_executed_is_stale(self):
-        found = self.coverage()
-        with mock.patch.object(coverage, "EXCLUDED_FUNCTIONS", [("^gone", "a reason")]):
-            self.assertEqual(len(coverage.exclude_functions(found)[1]), 1)
-            found.functions["src/A.h"]["gone()"] = 1
-            self.assertEqual(len(coverage.exclude_functions(found)[1]), 1)
-            found.functions["src/A.h"]["gone()"] = 0
-            self.assertEqual(coverage.exclude_functions(found)[1], [])
-            self.assertEqual(found.functions["src/A.h"], {})
 
 
 class Fuzzing(unittest.TestCase):

@@ -144,6 +144,7 @@ class InCi(unittest.TestCase):
         printed = io.StringIO()
         with mock.patch.object(PROVE, "prove_all", lambda *_, **__: held), \
                 mock.patch.object(PROVE, "possible", lambda checks: checks), \
+                mock.patch.object(PROVE, "quick", lambda checks: checks), \
                 mock.patch.object(report, "remarks", lambda _: ["sums: it is old"]), \
                 mock.patch.object(markdown, "are_current", lambda _: current), \
                 contextlib.redirect_stdout(printed):
@@ -168,6 +169,12 @@ class InCi(unittest.TestCase):
                     contextlib.redirect_stdout(printed):
                 self.assertEqual(PROVE.possible(checks).keys(), kept)
             self.assertEqual("skipped python:" in printed.getvalue(), code == 1)
+
+    def test_a_check_without_a_short_part_is_skipped_in_words(self):
+        printed = io.StringIO()
+        with contextlib.redirect_stdout(printed):
+            kept = PROVE.quick({"sums": CHECK, "long": SimpleNamespace(LEFT_OUT_OF_CI="too long")})
+        self.assertEqual((list(kept), printed.getvalue()), (["sums"], "skipped long: too long\n"))
 
     def test_a_check_that_breaks_down_has_not_held(self):
         def break_down(_):
