@@ -25,8 +25,8 @@ TEST(AffineMap, AddsTheStepsInTheDocumentedOrder)
     for (int n = 0; n < 2000; ++n) {
         const AffineMap map = obliqueMap(random, {100, 90, 80}, std::ldexp(1.0, n % 60 - 30));
         const unsigned int i = random.below(1U << 31U);
-        const unsigned int j = random.below(1000);
-        const unsigned int k = random.below(100);
+        const unsigned int j = random.below(1U << 31U);
+        const unsigned int k = random.below(1U << 31U);
         const Position p = map(i, j, k);
         const Position expected = positionOf(map, i, j, k);
         ASSERT_TRUE(sameBits(p.x, expected.x) && sameBits(p.y, expected.y) &&

@@ -97,7 +97,8 @@ constexpr Length kLengths[] = {{1e-300, 1, "at least one"},
                                {4.0F / 1.3F * 1.3F, 4, "floats"},
                                {4.0 * (1 + 0.9 * kMillionth), 4, "a millionth above"},
                                {4.0 * (1 + 1.1 * kMillionth), 5, "more than a millionth above"},
-                               {5.999, 6, "below"}};
+                               {5.999, 6, "below"},
+                               {0x1.800018000180p+1, 3, "at the bound"}};
 
 TEST(AntialiasCounts, AreTheLengthOfTheStepRoundedUp)
 {

@@ -230,6 +230,28 @@ Geometry nearlyFlat(int row, int column, unsigned int signs, double apart)
     return geometry;
 }
 
+// Determinants at the documented bound of 2^-48, to the last bit, and one unit there above it: they
+// tell in which order, and of which products, the sum beside them is made.
+TEST(Geometry, SpansAVolumeFromTheDocumentedBoundOn)
+{
+    Geometry flat;
+    Geometry least;
+    const double atTheBound[3][3] = {
+        {0x1.2fafc218ff6ddp-1, 0x1.9e289778e4b7bp-1, 0x1.fade313c84c99p-1},
+        {0x1.f844956e96638p-1, 0x1.1c823d880083cp-1, 0x1.3716e7f91fd4cp-1},
+        {0x1.f844956e96638p-1, 0x1.1c823d88008bcp-1, 0x1.3716e7f91fd4cp-1}};
+    const double aboveIt[3][3] = {
+        {0x1.3142134e4ee85p-1, 0x1.78eba5fc742ddp-1, 0x1.bde0157488433p-1},
+        {0x1.c90a9f00ccaa8p-1, 0x1.0ed26b68afa8cp-1, 0x1.0d2191f0efe8ep-1},
+        {0x1.c90a9f00ccaa8p-1, 0x1.0ed26b68afb0cp-1, 0x1.0d2191f0efe8ep-1}};
+    std::copy_n(&atTheBound[0][0], 9, &flat.direction[0][0]);
+    std::copy_n(&aboveIt[0][0], 9, &least.direction[0][0]);
+    EXPECT_NE(flat.refusal(), nullptr);
+    EXPECT_FALSE(flat.toVoxels().isInvertible());
+    EXPECT_EQ(least.refusal(), nullptr);
+    EXPECT_TRUE(least.toVoxels().isInvertible());
+}
+
 TEST(Geometry, SpansAVolumeByMoreThanTheDocumentedRounding)
 {
     for (int element = 0; element < 9; ++element)

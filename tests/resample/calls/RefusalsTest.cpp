@@ -71,6 +71,19 @@ TEST_F(Refusals, SlabsThatAreNone)
     EXPECT_EQ(result.getBufferPointer(), nullptr);
 }
 
+TEST_F(Refusals, SlabsWhoseSubsamplesNobodyCounts)
+{
+    resample::Planes planes;
+    planes.width = planes.height = 1;
+    planes.count = 1U << 20U;
+    Options options;
+    options.subsamples = {1, 1, 4};
+    VxImage<short> result;
+    EXPECT_EQ(resample::reslice(source, planes, &result, options, {1U << 10U}),
+              ERR_INVALID_ARGUMENT);
+    EXPECT_EQ(result.getBufferPointer(), nullptr);
+}
+
 TEST_F(Refusals, SingularAndInfiniteMaps)
 {
     grid.map.rows[1][1] = 0.0;

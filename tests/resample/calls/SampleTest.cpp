@@ -267,9 +267,10 @@ TEST(SampleRefuses, WhatItCanNotDo)
     EXPECT_EQ(resample::sample(image, Positions(&position.x, &position.y, &position.z, far), 2,
                                Units::VOXELS, 0, &result),
               ERR_INVALID_ARGUMENT);
-    const std::size_t endless = std::numeric_limits<std::size_t>::max() / 2;
-    EXPECT_EQ(resample::sample(image, &position, endless, Units::VOXELS, 0, &result),
-              ERR_INVALID_ARGUMENT);
+    for (const std::uint64_t endless : {~std::uint64_t{0} / 2, (std::uint64_t{1} << 61U) + 1})
+        EXPECT_EQ(resample::sample(image, &position, endless, Units::VOXELS, 0, &result),
+                  ERR_INVALID_ARGUMENT)
+            << endless;
     EXPECT_EQ(result, 7.0);
 }
 

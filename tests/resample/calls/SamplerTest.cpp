@@ -179,6 +179,17 @@ TEST(SamplerOfOneVolume, CopiesAViewThatNoImageDescribesForLabelsAlone)
     EXPECT_EQ(linear(0.0, 0.0, 0.0), 5.0);
 }
 
+TEST(SamplerOfOneVolume, CopiesNoViewOfOneVoxelThatAnAxisRepeats)
+{
+    float voxels[] = {1.0F, 2.0F};
+    resample::View<const float> repeated(voxels, 2, 3, 1);
+    repeated.strideY = 0;
+    PeriodicBorder own;
+    const Sampler sampler(repeated, Options(Linear(), &own));
+    voxels[1] = 5.0F;
+    EXPECT_EQ(sampler(1.0, 2.0, 0.0), 5.0);
+}
+
 TEST(SamplerOfOneVolume, ServesManyThreadsAtOnce)
 {
     Seeded random(311);
