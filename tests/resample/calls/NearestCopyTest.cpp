@@ -127,5 +127,13 @@ TYPED_TEST(NearestCopy, GoesToAnyStrides)
     while (std::next_permutation(order.begin(), order.end()));
 }
 
+// One row is more work than threads are given at once.
+TEST(NearestCopyOfLongRows, IsSharedOutByRows)
+{
+    const WrappedVolume<short> source(countingVolume<short>({20, 2, 1}));
+    const AffineMap map = {{{0.001, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}}};
+    expectGrid(source.image, gridOf(map, 20000, 2, 1), Options(NearestNeighbor()));
+}
+
 }  // namespace
 }  // namespace volux::test

@@ -173,5 +173,35 @@ TEST_F(RegionSupport, IsWhatAVoxelReadsBesideEitherEdge)
         }
 }
 
+// A box whose nearest position to the source, along one axis, is at `nearest`: the first one of the
+// box, or the last one.
+AffineMap beside(int axis, double nearest, bool isFirst)
+{
+    AffineMap map;
+    for (int row = 0; row < 3; ++row)
+        map.rows[row][3] = row != axis ? 1.0 : nearest - (isFirst ? kFirst : kLast)[axis];
+    return map;
+}
+
+TEST_F(RegionSupport, IsOneVoxelIfAnyAxisIsOutOfView)
+{
+    struct Side {
+        double nearest;
+        bool isFirst;
+        bool isInView;
+    };
+    for (int axis = 0; axis < 3; ++axis) {
+        const double end = kSizes[axis] - 0.5;
+        for (const Side& side : {Side{-0.75, false, false}, Side{-0.5, false, true},
+                                 Side{end, true, false}, Side{end - 0.25, true, true}}) {
+            Rect box;
+            const AffineMap map = beside(axis, side.nearest, side.isFirst);
+            ASSERT_EQ(region.support(gridOf(map, 5, 5, 3), &box, options), SUCCESS);
+            EXPECT_EQ(box.width() * box.height() * box.depth() > 1, side.isInView)
+                << described(map);
+        }
+    }
+}
+
 }  // namespace
 }  // namespace volux::test
