@@ -53,8 +53,8 @@ class Suite:
         environment = {**os.environ, "VOLUX_TEST_SAMPLES_SCALE": str(scale),
                        "ASAN_OPTIONS": "allocator_may_return_null=1",
                        "LD_LIBRARY_PATH": str(library.parent)}
-        status, said = call(["prlimit", *limits, *command, "--gtest_fail_fast"], env=environment,
-                            stderr=subprocess.DEVNULL)
+        status, said = call(["prlimit", *limits, *command, "--gtest_fail_fast"], timeout=60,
+                            env=environment, stderr=subprocess.DEVNULL)
         return None if status == 0 else failure_in(status, said)
 
 

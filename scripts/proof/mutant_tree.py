@@ -9,6 +9,7 @@ import signal
 import subprocess
 import tempfile
 import threading
+from pathlib import Path
 
 from evidence.commands import ROOT
 
@@ -80,6 +81,26 @@ def kill(child):
         pass
 
 
+def processor_ticks(child):
+    """How much time of processors it has taken."""
+    fields = Path(f"/proc/{child.pid}/stat").read_text(encoding="utf-8").rpartition(")")[2].split()
+    return int(fields[11]) + int(fields[12])
+
+
+def status_of(child, timeout):
+    """Ends what takes no time of processors for so long: one that waits its turn goes on, and what
+    never ends has a limit of its own."""
+    before = 0
+    while True:
+        try:
+            return child.wait(timeout)
+        except subprocess.TimeoutExpired:
+            before, so_far = processor_ticks(child), before
+            if before == so_far:
+                kill(child)
+                return child.wait()
+
+
 def call(command, timeout=300, **options):
     """Exit status and output. Out of reach of Ctrl-C, which would look like a kill."""
     if stopping.is_set():
@@ -89,10 +110,7 @@ def call(command, timeout=300, **options):
         child = subprocess.Popen([str(word) for word in command], start_new_session=True, **options)
         _children.add(child)
         try:
-            status = child.wait(timeout)
-        except subprocess.TimeoutExpired:
-            kill(child)
-            status = child.wait()
+            status = status_of(child, timeout)
         finally:
             _children.discard(child)
         if stopping.is_set():

@@ -5,6 +5,7 @@ import argparse
 import contextlib
 import dataclasses
 import io
+import signal
 import sys
 import tempfile
 import unittest
@@ -16,7 +17,7 @@ sys.path.insert(0, str(ROOT / "scripts"))
 
 from evidence import provenance  # noqa: E402  (the path comes first)
 from proof import (mutant_campaign, mutant_patched, mutant_rows, mutants,  # noqa: E402
-                   resample_mutants)
+                   mutant_tree, resample_mutants)
 from proof.mutant_subject import SAME  # noqa: E402
 from proof.mutator import Mutator  # noqa: E402
 
@@ -87,6 +88,17 @@ class Mutants(unittest.TestCase):
                 self.assertTrue(mutant_campaign.run_sample(mutants.SUBJECT, options).passed)
         self.assertEqual(tried[0], tried[1])
         self.assertNotEqual(tried[0], tried[2])
+
+
+class Programs(unittest.TestCase):
+    def status(self, program):
+        return mutant_tree.call([sys.executable, "-c", program], timeout=1)[0]
+
+    def test_one_that_waits_for_ever_is_ended(self):
+        self.assertEqual(self.status("import time; time.sleep(100)"), -signal.SIGKILL)
+
+    def test_one_that_goes_on_is_not(self):
+        self.assertEqual(self.status("import time\nwhile time.process_time() < 1.5: pass"), 0)
 
 
 class Campaign(unittest.TestCase):
