@@ -7,11 +7,26 @@ from evidence import commands
 MEASURES = ("lines", "branches", "conditions (MC/DC)", "instantiations")
 
 
-class Coverage:
-    """What has been seen of each file that a library covers, over some of its builds."""
+class Outcomes:
+    """How often a branch was taken and how often not; true where it has been both."""
 
-    def __init__(self, covers):
-        self.covers = covers
+    def __init__(self):
+        self.true = self.false = 0
+
+    def add(self, true, false):
+        self.true += true
+        self.false += false
+
+    def __bool__(self):
+        return self.true > 0 and self.false > 0
+
+
+class Coverage:
+    """What has been seen of each file that a library covers, over some of its builds. A branch is
+    the two outcomes that it has had; where instantiations count together, in any of them."""
+
+    def __init__(self, covers, together=False):
+        self.covers, self.together = covers, together
         self.lines = collections.defaultdict(collections.Counter)
         self.branches = collections.defaultdict(dict)
         self.conditions = collections.defaultdict(dict)
@@ -46,14 +61,16 @@ class Coverage:
         self.functions[files[0]][name] += record["count"]
         self.extents[files[0], name].update(
             (region[0], region[2]) for region in record["regions"] if region[5] == 0)
-        for branch in record["branches"]:
-            if files[branch[6]]:
-                place = (build, record["name"], name, *branch[:4])
-                self.branches[files[branch[6]]][place] = branch[4] > 0 and branch[5] > 0
+        instance = (build, "", "") if self.together else (build, record["name"], name)
+        for *extent, true, false, file, _, _ in record["branches"]:
+            if files[file]:
+                branch = self.branches[files[file]].setdefault((*instance, *extent), Outcomes())
+                branch.add(true, false)
         for *extent, file, _, decided in record["mcdc_records"]:
-            for number, decides in enumerate(decided if files[file] else (), start=1):
-                place = (build, record["name"], name, *extent, number)
-                self.conditions[files[file]][place] = decides
+            seen = self.conditions[files[file]] if files[file] else {}
+            for number, decides in enumerate(decided, start=1):
+                place = (*instance, *extent, number)
+                seen[place] = seen.get(place, False) or decides
 
     def of(self, file):
         """What has been seen of a file, by measure."""
@@ -64,14 +81,22 @@ class Coverage:
         """(file, what) of everything that no test reaches."""
         for file, lines in self.lines.items():
             yield from ((file, f"line {line}") for line, count in lines.items() if not count)
-        for kind, places in (("branch", self.branches), ("condition", self.conditions)):
+        for places in (self.branches, self.conditions):
             for file, seen in places.items():
-                missed = collections.Counter(place[3:5] for place, both in seen.items() if not both)
-                yield from ((file, f"{kind} at {line}:{column}, in {count} instantiations")
-                            for (line, column), count in missed.items())
+                missed = collections.Counter(map(described, (
+                    place for place, covered in seen.items() if not covered)))
+                yield from ((file, what if self.together else f"{what}, in {count} instantiations")
+                            for what, count in missed.items())
         for file, functions in self.functions.items():
             yield from ((file, f"`{name.split('(')[0]}`") for name, count in functions.items()
                         if not count)
+
+
+def described(place):
+    """Says what is at the place of a branch, or of a condition, which has a number."""
+    line, column, *_ = place[3:]
+    kind = f"condition {place[7]}" if len(place) > 7 else "branch"
+    return f"{kind} at {line}:{column}"
 
 
 def demangled(names):

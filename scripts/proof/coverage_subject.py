@@ -28,6 +28,7 @@ class Subject:
     words: tuple = ()  # for the test programs
     apart: str = ""  # what the builds are, where each must be covered by itself,
     mark: str = ""  # and what names in each have, given its own
+    together: bool = False  # whether any instantiation covers a branch for all
 
     def result(self):
         """Measures and judges it."""
@@ -84,7 +85,7 @@ def measure(subject):
     coverages = {}
     for build, (_, listing, exported) in zip(subject.builds, found):
         name = build if subject.apart else "all"
-        coverage = coverages.setdefault(name, Coverage(subject.covers))
+        coverage = coverages.setdefault(name, Coverage(subject.covers, subject.together))
         coverage.add_lines(listing)
         records = json.loads(exported)["data"][0]["functions"]
         if not any(subject.mark.format(build) in record["name"] for record in records):

@@ -59,7 +59,8 @@ SUBJECT = Subject(
     functions=[],
     conditions=[],
     apart="instruction set",
-    mark="N_{}")  # the namespace that Highway compiles it in
+    mark="N_{}",  # the namespace that Highway compiles it in
+    together=True)
 
 
 def run(options):

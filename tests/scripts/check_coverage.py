@@ -12,7 +12,7 @@ ROOT = Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "scripts"))
 
 from evidence.commands import Failure  # noqa: E402  (the path comes first)
-from proof import coverage, coverage_counts, coverage_subject  # noqa: E402
+from proof import coverage, coverage_counts, coverage_subject, resample_coverage  # noqa: E402
 
 
 class Coverage(unittest.TestCase):
@@ -22,7 +22,7 @@ class Coverage(unittest.TestCase):
 
     def setUp(self):
         self.listings = {"A": "DA:3,7\nDA:4,2", "B": "DA:3,7\nDA:4,2"}
-        self.records = {"A": self.record("N_A_f"), "B": self.record("N_B_f")}
+        self.records = {"A": [self.record("N_A_f")], "B": [self.record("N_B_f")]}
         self.subject = dataclasses.replace(
             coverage.SUBJECT, tests=lambda: Path("tests"), builds={"A": "", "B": "-mb"},
             module=lambda build, flags: Path(build + flags), functions=[], conditions=[],
@@ -50,7 +50,7 @@ class Coverage(unittest.TestCase):
     def export(self, subject, tests, module, build, *form):
         if form:
             return f"SF:{ROOT}/{self.FILE}\n{self.listings[build]}\nend_of_record\n"
-        return json.dumps({"data": [{"functions": [self.records[build]]}]})
+        return json.dumps({"data": [{"functions": self.records[build]}]})
 
     def result(self, **changes):
         return dataclasses.replace(self.subject, **changes).result()
@@ -75,16 +75,26 @@ class Coverage(unittest.TestCase):
         self.assertTrue(self.result(apart="").passed)  # as it is with volux_core's two builds
 
     def test_a_branch_a_condition_and_an_instantiation_that_are_not_covered_fail(self):
-        self.records["A"] = self.record("N_A_f", branch=(5, 0))
-        self.records["B"] = self.record("N_B_f", decides=(False, True), count=0)
+        self.records = {"A": [self.record("N_A_f", branch=(5, 0))],
+                        "B": [self.record("N_B_f", decides=(False, True), count=0)]}
         self.assertEqual([what for _, what in self.left()], [
             "`N_B_f` (B)", "branch at 3:13, in 1 instantiations (A)",
-            "branch at 3:5, in 1 instantiations (A)", "condition at 3:5, in 1 instantiations (B)"])
+            "branch at 3:5, in 1 instantiations (A)", "condition 1 at 3:5, in 1 instantiations (B)"])
+
+    def test_instantiations_can_cover_a_branch_and_a_decision_together(self):
+        one = self.record("N_A_f", branch=(5, 0), decides=(False, True))
+        other = self.record("N_A_g", branch=(0, 2), decides=(True, False))
+        self.records["A"] = [one, other]
+        self.assertFalse(self.result().passed)
+        self.assertTrue(self.result(together=True).passed)
+        self.records["A"] = [one]
+        self.assertEqual([what for _, what in self.left(together=True)], [
+            "branch at 3:13 (A)", "branch at 3:5 (A)", "condition 1 at 3:5 (A)"])
 
     def test_what_is_excluded_is_left_out_with_its_branch_and_its_lines(self):
         self.listings["A"] = self.listings["B"] = "DA:3,0\nDA:4,0\nDA:8,1"
         for build, name in (("A", "N_A_f"), ("B", "N_B_f")):
-            self.records[build] = self.record(name, 0, (5, 0), (False, False))
+            self.records[build] = [self.record(name, 0, (5, 0), (False, False))]
         result = self.result(functions=[("_f$", "why")],
                              conditions=[("_f", 1, "why"), ("_f", 2, "why")])
         self.assertTrue(result.passed, result.summary)
@@ -100,9 +110,21 @@ class Coverage(unittest.TestCase):
             self.assertRegex(what, "^a stale exclusion: ")
 
     def test_a_build_of_another_instruction_set_is_refused(self):
-        self.records["B"] = self.record("N_A_f")
+        self.records["B"] = [self.record("N_A_f")]
         with self.assertRaisesRegex(Failure, "the build B is not what its flags were to make"):
             self.result()
+
+    def test_every_source_of_the_libraries_belongs_to_a_check(self):
+        sources = [path.relative_to(ROOT).as_posix() for folder in ("include", "src")
+                   for path in (ROOT / folder).rglob("*") if path.is_file()]
+        core, resample = (check.SUBJECT.covers for check in (coverage, resample_coverage))
+        both = {file for file in sources if core(file) and resample(file)}
+        self.assertEqual(both, {file for file in sources if file.startswith("src/exact/")})
+        self.assertTrue(all(core(file) or resample(file) for file in sources))
+
+    def test_an_instruction_set_that_the_processor_lacks_is_no_build(self):
+        with mock.patch.object(Path, "read_text", lambda *_, **__: "flags : sse2 ssse3 avx2"):
+            self.assertEqual(resample_coverage.here(), {"EMU128": "", "SSSE3": "-mssse3"})
 
 
 if __name__ == "__main__":
