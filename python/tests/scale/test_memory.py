@@ -72,8 +72,8 @@ def test_no_task_takes_more_memory_than_was_projected(name):
     assert 0 < max(taken) <= json.loads(Path(plan).read_text())["memory"]
 
 
-# Noise that does not shrink in units of more than 120 MB is left out: zarr holds its bytes twice for
-# a moment.
+# Noise that does not shrink, in units of more than 120 MB, is left out: zarr holds its bytes twice
+# for a moment.
 @pytest.mark.parametrize("name", list(MAKERS)[3:7])
 def test_a_task_takes_little_beside_what_it_reads_makes_and_encodes(name):
     make, typed, unit, chunk = MAKERS[name]
