@@ -91,7 +91,10 @@ def run(options):
     goals.check([*rows, "import"], goals.PYTHON)
     skipped = times.missing(suite, rows)
     there = versions(python)
-    measured = times.measure(suite, times.chosen(rows, options.only), options.rounds, times.VISITS)
+    # Which pages a program happens to get makes a call a tenth faster or slower, for as long as it
+    # lives; each round has programs of its own.
+    measured = times.measure(suite, times.chosen(rows, options.only), options.rounds, times.VISITS,
+                             life=1)
     found = {"rounds": options.rounds, "skipped": skipped,
              "python": {name: there[name] for name in ("python", "numpy")},
              "peers": {peer: there[its] for peer, its in suite.peers.items()

@@ -99,15 +99,16 @@ def fastest(ask, row, competitors, visits):
             for competitor in competitors}
 
 
-def measure(suite, rows, rounds, visits=1, is_wanted=lambda times, competitor: True):
-    """Asks for each row and competitor in each round, as long as those before leave it wanted."""
+def measure(suite, rows, rounds, visits=1, is_wanted=lambda times, competitor: True, life=LIFE):
+    """Asks for each row and competitor in each round, as long as those before leave it wanted.
+    Programs live for some rounds."""
     findings = Findings(rows)
     needed = {name for row in rows.values() for name in row.values()}
-    for first in range(0, rounds, LIFE):
+    for first in range(0, rounds, life):
         with programs.running(suite, needed) as started:
             def ask(row, competitor):
                 return started[rows[row][competitor]].ask(f"{row}/{competitor}")
-            for number in range(first, min(first + LIFE, rounds)):
+            for number in range(first, min(first + life, rounds)):
                 for row, order in turns(rows, number):
                     wanted = [one for one in order if is_wanted(findings.times[row], one)]
                     for competitor, said in fastest(ask, row, wanted, visits).items():
