@@ -2,6 +2,8 @@
 leave out something that no test reaches."""
 import re
 
+from evidence import commands
+
 
 def excluded_in(file, coverage, pattern):
     """Takes the functions of a file that a pattern finds out of the figures; gives how many lines
@@ -47,11 +49,12 @@ def exclude_functions(exclusions, coverages):
 
 
 def branch_of(branches, condition):
-    """The place of the branch that a condition is, by its place within the decision."""
+    """The place of the branch that a condition is, by its place within the decision; None where
+    the compiler knows its outcome."""
     *function, first_line, first, last_line, last, number = condition
     inside = sorted(place for place in branches if list(place[:3]) == function
                     and (first_line, first) <= place[3:5] and place[5:7] <= (last_line, last))
-    return inside[number - 1]
+    return inside[number - 1] if number <= len(inside) else None
 
 
 def conditions_of(coverage, function, number):
@@ -85,4 +88,39 @@ def exclude_conditions(exclusions, coverages):
         files = ", ".join(dict.fromkeys(file for file, *_ in found))
         rows.append([files, f"condition {number} of `{function}`",
                      f"{len(found)} condition and branch", reason])
+    return rows, stale
+
+
+def begins_with(text, file, line, column=None):
+    """Whether a text stands at a place of a source; without a column, whether a line begins so."""
+    lines = (commands.ROOT / file).read_text(encoding="utf-8").splitlines()
+    found = lines[line - 1] if line <= len(lines) else ""
+    return (found.lstrip() if column is None else found[column - 1:]).startswith(text)
+
+
+def places_of(coverage, file, text):
+    """The lines, branches and conditions of a file that begin with a text: the measure that each
+    is in, and its place there."""
+    lines, branches = coverage.lines[file], coverage.branches[file]
+    conditions = coverage.conditions[file]
+    yield from ((lines, line) for line in lines if begins_with(text, file, line))
+    found = {place for place in branches if begins_with(text, file, *place[3:5])}
+    yield from ((branches, place) for place in found)
+    yield from ((conditions, place) for place in conditions if branch_of(branches, place) in found)
+
+
+def exclude_places(exclusions, coverages):
+    """Likewise for single places, as the source has them, where some instruction sets may reach
+    what others cannot. What is reached stays in the figures."""
+    rows, stale = [], []
+    taken = [[(seen, place) for coverage in coverages
+              for seen, place in places_of(coverage, file, text) if not seen[place]]
+             for file, text, _ in exclusions]
+    for (file, text, reason), found in zip(exclusions, taken):
+        if not found:
+            stale.append(f"a stale exclusion: `{text}` in {file}")
+            continue
+        for seen, place in found:
+            seen.pop(place, None)
+        rows.append([file, f"`{text}`", f"{len(found)} lines, branches and conditions", reason])
     return rows, stale

@@ -9,7 +9,7 @@ from evidence.commands import Failure
 
 from . import suite
 from .coverage_counts import MEASURES, Coverage
-from .coverage_exclusions import exclude_conditions, exclude_functions
+from .coverage_exclusions import exclude_conditions, exclude_functions, exclude_places
 from .results import Result, Table
 
 
@@ -25,6 +25,7 @@ class Subject:
     module: Callable  # builds the library alone, given a build's name and its flags; likewise
     functions: list  # left out: a regular expression that matches their names, reason
     conditions: list  # left out: function, which of its decision (and so which branch), reason
+    places: tuple = ()  # left out: file, what a line, branch or condition begins with, reason
     words: tuple = ()  # for the test programs
     apart: str = ""  # what the builds are, where each must be covered by itself,
     mark: str = ""  # and what names in each have, given its own
@@ -34,7 +35,8 @@ class Subject:
         """Measures and judges it."""
         coverages, count = measure(self)
         found = [exclude(exclusions, coverages.values()) for exclude, exclusions in
-                 ((exclude_functions, self.functions), (exclude_conditions, self.conditions))]
+                 ((exclude_functions, self.functions), (exclude_conditions, self.conditions),
+                  (exclude_places, self.places))]
         excluded = [row for rows, _ in found for row in rows]
         stale = [["", remark] for _, remarks in found for remark in remarks]
         return judged(self, coverages, count, excluded, stale + missing(self, coverages))

@@ -15,8 +15,7 @@ BREAKER = "A line, a branch or a condition that was written and never tried."
 WITH_RESAMPLE = True
 LEFT_OUT_OF_CI = "compiling it with counters takes minutes"
 
-# Highway would compile all of them and choose the widest of the machine. What runs through vectors
-# without any optimisation takes minutes.
+# Highway would compile all of them and choose the widest of the machine.
 FLAGS = f"-O1 {suite.COUNTERS} -DHWY_COMPILE_ONLY_STATIC"
 # What adds an instruction set to what every x86-64 has, and what Linux calls what it needs.
 SETS = {

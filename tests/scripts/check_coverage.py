@@ -79,7 +79,8 @@ class Coverage(unittest.TestCase):
                         "B": [self.record("N_B_f", decides=(False, True), count=0)]}
         self.assertEqual([what for _, what in self.left()], [
             "`N_B_f` (B)", "branch at 3:13, in 1 instantiations (A)",
-            "branch at 3:5, in 1 instantiations (A)", "condition 1 at 3:5, in 1 instantiations (B)"])
+            "branch at 3:5, in 1 instantiations (A)",
+            "condition 1 at 3:5, in 1 instantiations (B)"])
 
     def test_instantiations_can_cover_a_branch_and_a_decision_together(self):
         one = self.record("N_A_f", branch=(5, 0), decides=(False, True))
@@ -102,6 +103,21 @@ class Coverage(unittest.TestCase):
                          [self.FILE, "functions `_f$`", "4 lines, 2 functions", "why"])
         self.assertEqual([row[2] for row in result.tables[-1].rows[1:]],
                          ["2 condition and branch"] * 2)
+
+    def test_a_place_is_excluded_by_the_text_that_is_there(self):
+        self.enterContext(mock.patch.object(
+            Path, "read_text", lambda *_, **__: "\n\nif (left || right)\n  never();\n"))
+        self.listings["B"] = "DA:3,7\nDA:4,0"
+        self.records["B"] = [self.record("N_B_f", decides=(False, True), branch=(7, 0))]
+        left, right, never = ((self.FILE, text, "why") for text in ("left", "right)", "never()"))
+        self.assertTrue(self.result(places=[left, right, never]).passed)
+        self.assertEqual([what for _, what in self.left(places=[left, never])],
+                         ["branch at 3:13, in 1 instantiations (B)"])
+        self.assertEqual([what for _, what in self.left(places=[left, right])], ["line 4 (B)"])
+        for stale in ("if", "else"):
+            places = [left, right, never, (self.FILE, stale, "why")]
+            [[_, what]] = self.left(places=places)
+            self.assertEqual(what, f"a stale exclusion: `{stale}` in {self.FILE}")
 
     def test_an_exclusion_of_nothing_or_of_what_a_test_reaches_fails(self):
         for stale in ({"functions": [("_g$", "why")]}, {"functions": [("_f$", "why")]},
