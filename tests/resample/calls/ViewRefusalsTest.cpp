@@ -98,17 +98,19 @@ TEST_F(ViewRefusals, StridesWhoseSumPassesSignedNumbers)
 
 TEST(ViewRefusalsOfBytes, BeginWhereSignedNumbersEnd)
 {
-    const unsigned char voxel = 7;
-    View<const unsigned char> source(&voxel, 2, 1, 1);
+    struct {
+        double result = 0.0;  // before what the view spans
+        unsigned char voxel = 7;
+    } memory;
+    View<const unsigned char> source(&memory.voxel, 2, 1, 1);
     const Position first = {0, 0, 0};
-    double result = 0.0;
     for (const std::int64_t stride : {kMost - 1, kMost}) {
         source.strideX = stride;
         const ErrorType code = resample::sample(source, &first, 1, resample::Units::VOXELS, 0,
-                                                &result, Options(NearestNeighbor()));
+                                                &memory.result, Options(NearestNeighbor()));
         EXPECT_EQ(code, stride == kMost ? ERR_INVALID_ARGUMENT : SUCCESS);
     }
-    EXPECT_EQ(result, 7.0);
+    EXPECT_EQ(memory.result, 7.0);
 }
 
 TEST_F(ViewRefusals, NotTheStrideOfASingleVoxel)
