@@ -31,7 +31,7 @@ def threads(draw):
 
 
 def fill(draw, array):
-    if draw.chance(0.6) or draw.is_wrong():
+    if draw.is_wrong():
         return draw.or_stranger(lambda: draw.one(-5, 70000, 0.5, 1e300, np.nan, np.inf, "0"))
     kind = getattr(getattr(array, "dtype", None), "kind", "")
     if kind == "f":
@@ -61,7 +61,9 @@ def filling(draw, array):
         if draw.chance(0.4):
             how[name] = word(draw, *words)
     if draw.chance(0.1):
-        how["progress"] = draw.or_stranger(lambda: progress(draw))
+        wanted = draw.or_stranger(lambda: progress(draw))
+        # What a callback that takes no fraction raises is its own affair.
+        how["progress"] = None if wanted is object or wanted is len else wanted
     return how
 
 
@@ -81,7 +83,7 @@ def progress(draw):
 def output(draw, shape, array, source=None):
     """Returns the keywords that say where a result goes, and of which type it is."""
     own = getattr(getattr(source, "dtype", None), "name", "")
-    dtype = draw.one(own if own in SERVED else "float64", "float32", "float64")
+    dtype = draw.one(own if own in (*SERVED, "bool") else "float64", "float32", "float64")
     if draw.is_wrong():
         dtype = draw.dtype()
     made = {}
