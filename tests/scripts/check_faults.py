@@ -13,7 +13,7 @@ sys.path.insert(0, str(ROOT / "scripts"))
 
 from evidence.commands import Failure  # noqa: E402  (the path comes first)
 from proof import (boundary, bulk, differential, digest, exhaustion, fuzz, load,  # noqa: E402
-                   python_coverage, python_mutants, sanitizers, sequences)
+                   python_coverage, python_fuzz, python_mutants, sanitizers, sequences)
 
 
 def options_of(check, *arguments):
@@ -269,6 +269,74 @@ class PythonMutants(unittest.TestCase):
         for path in sources.rglob("*.py"):
             self.assertTrue(python_mutants.tests_of(path.relative_to(sources).as_posix()), path)
         self.assertEqual(python_mutants.tests_of("_grid.py")[0].name, "test_grids.py")
+
+
+# A worker that counts a call, and in its first life does what it is told before.
+WORKER = """
+import json, os, pathlib, signal, sys
+asked = json.loads(sys.argv[1])
+folder = pathlib.Path(asked["folder"])
+(folder / "asked").open("a").write(json.dumps(asked["numbers"]) + chr(10))
+if not (folder / "lived").exists():
+    (folder / "lived").touch()
+    (folder / "under-way").write_text(f"calls:{asked['seed']}.7".ljust(100))
+    %s
+calls = {"result": 4, "refusal": 3, "fault": 0}
+counted = {"done": True, "spent": {"calls": 60.0}, "numbers": {"calls": 8},
+           "counts": {"calls resample": calls}, "faults": {}}
+%s
+(folder / "counted.json").write_text(json.dumps(counted))
+"""
+
+
+class PythonFuzz(unittest.TestCase):
+    def tally(self, first="pass", later="pass"):
+        """What one worker finds, and which numbers its lives began with."""
+        with tempfile.TemporaryDirectory() as folder:
+            worker, own = Path(folder) / "worker.py", Path(folder) / "own"
+            worker.write_text(WORKER % (first, later), encoding="utf-8")
+            own.mkdir()
+            with mock.patch.multiple(python_fuzz, WORKER=worker, LOGS=Path(folder)):
+                tally = python_fuzz.fuzz(sys.executable, "5eed.0", 50, ["calls"], own)
+            return tally, (own / "asked").read_text(encoding="utf-8").splitlines()
+
+    def judge(self, tally):
+        return python_fuzz.result_of(tally, ["calls"], True, 50)
+
+    def test_calls_that_all_hold_pass(self):
+        tally, _ = self.tally()
+        self.assertTrue(self.judge(tally).passed)
+        self.assertEqual(self.judge(tally).tables[0].rows, [["`resample`", 7, 4, 3, 0]])
+
+    def test_a_fault_fails_and_says_what_repeats_it(self):
+        fault = "{'name': 'calls:5eed.0.3', 'what': 'other bits', 'times': 2}"
+        tally, _ = self.tally(later=f"counted['faults']['calls resample: other bits'] = {fault}")
+        found = self.judge(tally)
+        self.assertFalse(found.passed)
+        self.assertEqual(found.tables[1].rows, [["calls resample: other bits", 2, "`scripts/prove "
+                                                 "python-fuzz --again calls:5eed.0.3`"]])
+
+    def test_a_crash_is_a_fault_of_what_was_under_way_and_another_worker_goes_on(self):
+        tally, lives = self.tally(first="os.kill(os.getpid(), signal.SIGSEGV)")
+        self.assertEqual(lives, ['{"calls": 0}', '{"calls": 8}'])
+        [fault] = tally.faults.values()
+        self.assertEqual((fault["name"], fault["times"]), ("calls:5eed.0.7", 1))
+        self.assertIn("SIGSEGV", fault["what"])
+        self.assertFalse(self.judge(tally).passed)
+
+    def test_a_worker_that_is_wrong_itself_finds_nothing(self):
+        with self.assertRaisesRegex(Failure, "breaks down at calls:5eed.0.7: .*NameError"):
+            self.tally(first="no_such_name")
+
+    def test_a_kind_that_was_not_tried_or_a_call_that_never_succeeds_fails(self):
+        self.assertFalse(self.judge(python_fuzz.Tally()).passed)
+        tally, _ = self.tally(later="calls['result'] = 0")
+        self.assertFalse(self.judge(tally).passed)
+
+    def test_only_what_faults_are_named_by_is_tried_again(self):
+        self.assertTrue(python_fuzz.is_name("stores:5eed.0.17"))
+        for text in ("stores", "stores:17", "others:5eed.0.17", "calls:5eed.0.x"):
+            self.assertFalse(python_fuzz.is_name(text), text)
 
 
 if __name__ == "__main__":
