@@ -5,6 +5,7 @@ import filecmp
 import re
 import shutil
 import sys
+from pathlib import Path
 
 from evidence import commands
 from evidence.commands import ROOT, BadUse, Failure
@@ -83,12 +84,18 @@ FAULTS = [
 ]
 
 
+def files():
+    """Yields the files of the repository."""
+    for top in ROOT.iterdir():
+        if top.name not in (".git", "build"):
+            yield from filter(Path.is_file, [top, *top.rglob("*")])
+
+
 def take_sources():
     """Brings the copy up to date; what is as it was keeps its age, and is not built again."""
-    listed = commands.output_of(["git", "-C", ROOT, "ls-files", "-z"], text=True)
-    for name in filter(None, listed.split("\0")):
-        original, copy = ROOT / name, TREE / name
-        if original.is_file() and not (copy.exists() and filecmp.cmp(original, copy, False)):
+    for original in files():
+        copy = TREE / original.relative_to(ROOT)
+        if not (copy.exists() and filecmp.cmp(original, copy, False)):
             copy.parent.mkdir(parents=True, exist_ok=True)
             shutil.copy(original, copy)
 
