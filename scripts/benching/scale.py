@@ -1,6 +1,7 @@
 """Volumes beyond memory: what a task costs beside the same work by hand, what a second process
 gains, and what that comes to for volumes that no test can make."""
 import json
+import math
 import os
 import statistics
 import tempfile
@@ -14,7 +15,7 @@ from . import goals, times, tool
 
 TITLE = "Beyond memory"
 PROGRAMS = ROOT / "bench" / "scale"
-EXTENT, CHUNK = 768, 64
+EXTENTS, CHUNK = (1024, 768, 768), 64  # an even number of units, for two processes
 ROWS = {  # the extent of a unit: who makes the result from units of it
     "shift/256": ("volux", "two processes", "copy"),
     "shift/64": ("volux", "shift", "copy"),
@@ -35,19 +36,19 @@ class Bench:
     def __init__(self, python, folder):
         self.python, self.folder = python, folder
         self.volux = f"{Path(python).parent}/volux"
-        output_of([python, PROGRAMS / "source.py", folder / "in.zarr", EXTENT, CHUNK])
+        output_of([python, PROGRAMS / "source.py", folder / "in.zarr", CHUNK, *EXTENTS])
         half = [[1, 0, 0, 0.5], [0, 1, 0, 0.5], [0, 0, 1, 0.5], [0, 0, 0, 1]]
         (folder / "half.txt").write_text(
             "\n".join(" ".join(map(str, row)) for row in half), encoding="ascii")
 
-    def plan_call(self, unit, verb, *options):
-        return [self.volux, "plan", verb, self.folder / "in.zarr", "-o", self.folder / "out.zarr",
+    def plan_call(self, output, unit, verb, *options):
+        return [self.volux, "plan", verb, self.folder / "in.zarr", "-o", self.folder / output,
                 "--chunk", CHUNK, "--unit", unit, "--force", "--quiet", *options]
 
     def plan_of(self, unit):
         """Plans a shift anew, so that nothing of its result is there."""
-        output_of(self.plan_call(unit, "resample", "--transform", self.folder / "half.txt",
-                                 "--outside", "extend"))
+        output_of(self.plan_call("out.zarr", unit, "resample", "--transform",
+                                 self.folder / "half.txt", "--outside", "extend"))
         return self.folder / "out.plan.json"
 
     def nanoseconds(self, row, competitor):
@@ -55,7 +56,7 @@ class Bench:
         what, unit = row.split("/")
         if what == "plan":
             along = {"512 units": 8, "10^9 units": 1000}[unit]
-            return tool.nanoseconds(alone(self.plan_call(CHUNK, "resize", "--shape",
+            return tool.nanoseconds(alone(self.plan_call("plan.zarr", CHUNK, "resize", "--shape",
                                                          along * CHUNK)))
         plan = self.plan_of(unit)
         if competitor in ("copy", "shift"):
@@ -135,7 +136,7 @@ def overhead_rows(found):
     """What a task takes more than others take for its voxels."""
     if "shift/64" not in found:
         return
-    tasks, most = (EXTENT // 64) ** 3, goals.SCALE["overhead"]
+    tasks, most = math.prod(EXTENTS) // 64**3, goals.SCALE["overhead"]
     ours = found["shift/64"]["volux"]
     for name, what in (("shift", "a task of 64^3 beside a shift by hand, ms"),
                        ("copy", "a task of 64^3 beside a copy, ms")):

@@ -48,6 +48,14 @@ def test_a_voxel_is_the_mean_of_eight_and_odd_extents_stay(shape):
     assert len(coarser) == 3
 
 
+@pytest.mark.parametrize("place", ["start", "end"])
+def test_shards_may_have_their_index_at_either_end(place):
+    save_ome(shards={"shape": (14, 14, 21), "index_location": place})
+    done("pyramid", "image.zarr", "--levels", 2)
+    (_, finest), (_, coarser) = levels_of("image.zarr")
+    assert np.array_equal(coarser, mean(finest))
+
+
 def test_levels_lie_where_the_voxels_they_stand_for_do():
     save_ome(unit="micrometer", factor=1000.0)
     done("pyramid", "image.zarr", "--levels", 3)

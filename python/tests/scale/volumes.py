@@ -53,11 +53,13 @@ def multiscales(unit="millimeter", factor=1.0, axes="zyx", more=(), version=None
     return image
 
 
-def save_ome(name="image.zarr", array=None, version="0.5", **place):
+def save_ome(name="image.zarr", array=None, version="0.5", shards=None, **place):
     """Save an OME-Zarr, 0.5 in Zarr 3 or 0.4 in Zarr 2."""
     array = voxels(SHAPE) if array is None else array
     group = zarr.open_group(name, mode="w", zarr_format=3 if version == "0.5" else 2)
-    stored = group.create_array("0", shape=array.shape, dtype=array.dtype, chunks=(7,) * array.ndim)
+    stored = group.create_array(
+        "0", shape=array.shape, dtype=array.dtype, chunks=(7,) * array.ndim, shards=shards
+    )
     stored[...] = array
     if version == "0.5":
         group.attrs["ome"] = {"version": version, "multiscales": [multiscales(**place)]}

@@ -30,9 +30,10 @@ _FEW = 512
 # Voxels along an axis of a volume in which a unit is far from any border.
 _FAR = 1 << 20
 
-# As malloc.h has it.
-_MMAP_THRESHOLD = -3
+# As malloc.h has them.
+_TRIM_THRESHOLD, _MMAP_THRESHOLD = -1, -3
 _LARGE = 1 << 22  # chunks are smaller: to map each of them takes longer than to encode it
+_KEPT = 1 << 24  # of freed memory, which the next chunks take: to map it anew takes longer as well
 
 
 def needed(support: Ints, unit: Ints, dtypes: tuple[Any, Any], at_once: int, padded: Ints) -> int:
@@ -51,9 +52,8 @@ def needed(support: Ints, unit: Ints, dtypes: tuple[Any, Any], at_once: int, pad
     """
     read, made = (np.dtype(dtype).itemsize for dtype in dtypes)
     result = prod(unit) * made
-    encoded = prod(padded) * made  # twice for a moment: chunk by chunk, and one after the other
     resampled = prod(support) * read + at_once + result
-    return int(_MARGIN * max(resampled + encoded, result + 2 * encoded)) + _PROGRAM
+    return int(_MARGIN * (resampled + prod(padded) * made)) + _PROGRAM
 
 
 def projected(
@@ -120,12 +120,14 @@ def _smaller(one: Ints, other: Ints) -> Ints:
 
 
 def give_back() -> None:
-    """Let glibc hand freed memory of 4 MiB or more back at once; others do as they do.
+    """Let glibc hand freed blocks of 4 MiB or more back at once; others do as they do.
 
-    It would keep more and more of it between tasks, for blocks that no longer fit.
+    It would keep more and more of them between tasks, for blocks that no longer fit.
     """
     with suppress(AttributeError, OSError):
-        ctypes.CDLL(None).mallopt(_MMAP_THRESHOLD, _LARGE)
+        mallopt = ctypes.CDLL(None).mallopt
+        mallopt(_MMAP_THRESHOLD, _LARGE)
+        mallopt(_TRIM_THRESHOLD, _KEPT)
 
 
 def peak() -> int:

@@ -6,7 +6,6 @@ import fcntl
 import json
 import math
 import os
-import threading
 from hashlib import sha256
 from importlib.metadata import version
 from pathlib import Path
@@ -14,14 +13,13 @@ from typing import Any
 
 import numpy as np
 
-from volux._types import Array, Ints
+from volux._types import Ints
 from volux.scale._needed import zarr
 from volux.tool._errors import Refusal
 
 PARTIAL = ".partial"
 METADATA = "zarr.json"
 RECORDS = ".volux"  # the folder beside a store
-_ONLY = "c/0/0/0"
 
 
 def records_of(store: Path) -> Path:
@@ -94,57 +92,7 @@ def facts_of(path: Path) -> dict[str, Any]:
     return facts
 
 
-def _buffer(data: bytes) -> Any:
-    from zarr.buffer.cpu import Buffer
-
-    return Buffer.from_bytes(data)
-
-
-class Codec:
-    """Makes the bytes of units and reads them, by zarr and an array of one unit in memory.
-
-    Threads may share it; each has arrays of its own.
-    """
-
-    def __init__(self, metadata: str) -> None:
-        self._metadata = json.loads(metadata)
-        self._of_thread = threading.local()
-
-    def encoded(self, voxels: Array) -> memoryview:
-        """Return the bytes of a unit."""
-        array, store = self._of(voxels.shape)
-        array[...] = voxels
-        return memoryview(store.pop(_ONLY).as_numpy_array()).cast("B")
-
-    def decoded(self, data: bytes, shape: Ints) -> Array:
-        """Return the voxels of a unit."""
-        array, store = self._of(shape)
-        store[_ONLY] = _buffer(data)
-        try:
-            return np.asarray(array[...])
-        finally:
-            del store[_ONLY]
-
-    def _of(self, shape: Any) -> tuple[Any, dict[str, Any]]:
-        arrays = vars(self._of_thread)
-        if shape not in arrays:
-            text = json.dumps(self._metadata | {"shape": list(shape)})
-            store = {METADATA: _buffer(text.encode())}
-            arrays[shape] = _opened(store), store
-        found: tuple[Any, dict[str, Any]] = arrays[shape]
-        return found
-
-
-_setting = threading.Lock()
-
-
-def _opened(store: dict[str, Any]) -> Any:
-    # A unit of nothing but fill is written, too: it shows that it was made.
-    with _setting, zarr().config.set({"array.write_empty_chunks": True}):
-        return zarr().open_array(zarr().storage.MemoryStore(store), mode="r+")
-
-
-def put(path: Path, data: bytes | memoryview, *, is_kept: bool = True) -> None:
+def put(path: Path, *pieces: bytes | memoryview, is_kept: bool = True) -> None:
     """Write a file beside its place, and rename it when it is whole.
 
     Two that write the same file take turns by a lock, which goes with the process that holds it;
@@ -154,8 +102,8 @@ def put(path: Path, data: bytes | memoryview, *, is_kept: bool = True) -> None:
     ----------
     path : Path
         Its folder is made.
-    data : bytes or memoryview
-        All of it.
+    pieces : bytes or memoryview
+        All of it, one after the other.
     is_kept : bool
         Whether its bytes must outlive a failure of power wherever its name does. A name that is
         lost is found missing, and its task is done again.
@@ -164,9 +112,10 @@ def put(path: Path, data: bytes | memoryview, *, is_kept: bool = True) -> None:
     descriptor = _locked(partial)
     try:
         os.ftruncate(descriptor, 0)
-        rest = memoryview(data)
-        while rest:
-            rest = rest[os.write(descriptor, rest) :]
+        for piece in pieces:
+            rest = memoryview(piece)
+            while rest:
+                rest = rest[os.write(descriptor, rest) :]
         if is_kept:
             os.fsync(descriptor)
         os.replace(partial, path)
@@ -200,6 +149,9 @@ def _is_at(descriptor: int, path: Path) -> bool:
         return False
 
 
-def digest_of(data: bytes | memoryview) -> str:
-    """Return the SHA-256 of bytes."""
-    return sha256(data).hexdigest()
+def digest_of(*pieces: bytes | memoryview) -> str:
+    """Return the SHA-256 of bytes, one piece after the other."""
+    found = sha256()
+    for piece in pieces:
+        found.update(piece)
+    return found.hexdigest()

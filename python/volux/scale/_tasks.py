@@ -15,6 +15,7 @@ from volux import Image
 from volux._displacement import Transform
 from volux._types import Array, Box
 from volux.scale import _memory, _store
+from volux.scale._codec import Codec
 from volux.scale._plan import Filed
 from volux.scale._signals import held
 from volux.scale._sources import Source
@@ -81,7 +82,7 @@ class Worker:
         self._limit = limit
         self._plan = filed.plan
         self._source_grid, self._target = self._plan.source.grid, self._plan.target.grid
-        self._codec = _store.Codec(self._plan.metadata)
+        self._codec = Codec(self._plan.metadata)
 
     @cached_property
     def _source(self) -> Source:
@@ -98,17 +99,17 @@ class Worker:
         voxels = self.voxels(self._plan.units.box(index))
         decoded = Meanwhile(lambda: volux.digest(voxels))
         with held():
-            data = self._codec.encoded(voxels)
-        stored = Meanwhile(lambda: _store.digest_of(data))
+            pieces = self._codec.encoded(voxels)
+        stored = Meanwhile(lambda: _store.digest_of(*pieces))
         path = self.filed.array / key(index)
-        _store.put(path, data)
+        _store.put(path, *pieces)
         record = Record(
             plan=self.filed.id,
             task=task,
             unit=f"{self._plan.output['array']}/{key(index)}",
             decoded=decoded.result(),
             stored=stored.result(),
-            size=len(data),
+            size=sum(map(len, pieces)),
             seconds=round(time.perf_counter() - began, 6),
             memory=_memory.peak(),
         )

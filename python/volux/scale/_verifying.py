@@ -11,6 +11,7 @@ from typing import Any, NamedTuple
 
 import volux
 from volux.scale import _levels, _store
+from volux.scale._codec import Codec
 from volux.scale._plan import Filed
 from volux.scale._running import complete_path
 from volux.scale._tasks import Record, record_path
@@ -45,7 +46,7 @@ def verified(filed: Filed, *, decode: bool, told: Callable[[float], object] | No
     """Compare a store with its records, and mark it complete if nothing is wrong."""
     array = filed.plan.output["array"]
     units = filed.plan.units
-    codec = _store.Codec(filed.plan.metadata)
+    codec = Codec(filed.plan.metadata)
     decoded, stored = sha256(), sha256(filed.plan.metadata.encode())
     wrong = list(_strays(filed))
     for task in range(1, units.tasks + 1):
@@ -60,7 +61,7 @@ def verified(filed: Filed, *, decode: bool, told: Callable[[float], object] | No
     return _marked(filed, Verified(wrong, decoded.hexdigest(), stored.hexdigest()))
 
 
-def _checked(filed: Filed, task: int, codec: _store.Codec | None) -> Record | str:
+def _checked(filed: Filed, task: int, codec: Codec | None) -> Record | str:
     """Return the record of a unit, or what is wrong."""
     index = filed.plan.units.place(task - 1)
     path = filed.array / key(index)
@@ -87,7 +88,7 @@ def _checked(filed: Filed, task: int, codec: _store.Codec | None) -> Record | st
     return record
 
 
-def _has_voxels(codec: _store.Codec, data: bytes, filed: Filed, index: Any, record: Record) -> bool:
+def _has_voxels(codec: Codec, data: bytes, filed: Filed, index: Any, record: Record) -> bool:
     shape = extents(filed.plan.units.box(index))
     try:
         return volux.digest(codec.decoded(data, shape)) == record.decoded
