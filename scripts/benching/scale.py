@@ -15,7 +15,7 @@ from . import goals, times, tool
 
 TITLE = "Beyond memory"
 PROGRAMS = ROOT / "bench" / "scale"
-EXTENTS, CHUNK = (1024, 768, 768), 64  # an even number of units, for two processes
+EXTENTS, CHUNK = (1024, 1024, 1024), 64
 ROWS = {  # the extent of a unit: who makes the result from units of it
     "shift/256": ("volux", "two processes", "copy"),
     "shift/64": ("volux", "shift", "copy"),

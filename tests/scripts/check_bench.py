@@ -275,8 +275,8 @@ class Scale(unittest.TestCase):
         self.assertEqual(processes[-3:], ["0.60 (0.60 to 0.60)", "0.56", "**no**"])
 
     def test_what_a_task_adds_is_the_difference_shared_out(self):
-        for beside, said in ((11.52e9, "yes"), (11.54e9, "**no**")):
-            found = {"shift/64": {"volux": [1e9 + beside], "shift": [9e9], "copy": [1e9]}}
+        for beside, said in ((20.48e9, "yes"), (20.52e9, "**no**")):
+            found = {"shift/64": {"volux": [1e9 + beside], "shift": [18e9], "copy": [1e9]}}
             by_hand, copied = scale.overhead_rows(found)
             self.assertEqual((by_hand[-1], copied[-1]), ("yes", said))
 

@@ -8,6 +8,7 @@ import time
 from pathlib import Path
 
 import pytest
+from volux.scale import _running
 
 from ..tool.runs import started
 from .test_running import records
@@ -32,6 +33,27 @@ def test_a_worker_that_is_killed_is_replaced():
         _, said = running.communicate(timeout=100)
     assert (running.returncode, len(first), said) == (0, 2, "")
     assert wrong_in() == {}
+
+
+def test_workers_share_the_processors_out():
+    plan = planned("--scale", 3, "--interp", "cubic")
+    with started("run", plan, "--processes", "2", "--quiet", text=True) as running:
+        while len(records()) < 4:
+            time.sleep(0.01)
+        shares = [os.sched_getaffinity(pid) for pid in workers_of(running)]
+        allowed = os.sched_getaffinity(running.pid)
+        running.communicate(timeout=100)
+    assert set().union(*shares) == allowed
+    assert sum(map(len, shares)) == max(2, len(allowed))
+
+
+@pytest.mark.parametrize(
+    ("allowed", "shares"),
+    [([0, 1, 2, 5, 7], [[0, 5], [1, 7], [2]]), ([3, 4], [[3], [4], [3]]), ([6], [[6], [6], [6]])],
+)
+def test_three_workers_share_any_number_of_processors_out(monkeypatch, allowed, shares):
+    monkeypatch.setattr(os, "sched_getaffinity", lambda _: set(allowed))
+    assert _running._shares(3) == shares
 
 
 def test_workers_that_are_killed_as_they_start_are_replaced():

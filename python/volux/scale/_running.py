@@ -5,11 +5,11 @@ from __future__ import annotations
 import multiprocessing
 import multiprocessing.connection
 import multiprocessing.resource_tracker
+import os
 import signal
 from collections import Counter
 from collections.abc import Callable, Iterator, Sequence
 from contextlib import contextmanager, suppress
-from itertools import islice
 from pathlib import Path
 from typing import Any
 
@@ -82,7 +82,8 @@ class _Crew:
     def __init__(self, setting: tuple[Filed, int, int | None]) -> None:
         self._setting = setting
         self._context = multiprocessing.get_context("spawn")
-        self._at_work: dict[Any, tuple[Any, int]] = {}  # by connection: the process and its task
+        # By connection: the process, its processors and its task.
+        self._at_work: dict[Any, tuple[Any, list[int], int]] = {}
         self._deaths: Counter[int] = Counter()
         self._waiting: set[Any] = set()  # connections of processes that have not started yet
         self._unstarted = 0  # killed in a row
@@ -90,55 +91,55 @@ class _Crew:
     def work(self, tasks: Iterator[int], processes: int, told: Callable[[Record], None]) -> None:
         """Share tasks out among so many processes."""
         try:
-            for task in islice(tasks, processes):
-                self._hire(task)
+            for processors, task in zip(_shares(processes), tasks, strict=False):
+                self._hire(processors, task)
             while self._at_work:
                 for connection in multiprocessing.connection.wait(list(self._at_work)):
                     self._hear(connection, tasks, told)
         finally:
-            for connection, (process, _) in self._at_work.items():
+            for connection, (process, *_) in self._at_work.items():
                 connection.close()  # it ends when it has made the unit at hand
                 process.join()
 
-    def _hire(self, task: int) -> None:
+    def _hire(self, processors: list[int], task: int) -> None:
         ours, theirs = self._context.Pipe()
-        process = self._context.Process(target=_serve, args=(theirs, *self._setting))
+        process = self._context.Process(target=_serve, args=(theirs, processors, *self._setting))
         with held(), _blocked():  # it begins with what is blocked here
             process.start()
             theirs.close()
-            self._at_work[ours] = process, task
+            self._at_work[ours] = process, processors, task
             self._waiting.add(ours)
 
     def _hear(self, connection: Any, tasks: Iterator[int], told: Callable[[Record], None]) -> None:
-        process, task = self._at_work.pop(connection)
+        process, processors, task = at_work = self._at_work.pop(connection)
         is_new = connection in self._waiting
         self._waiting.discard(connection)
         try:
             answer = connection.recv()
         except (EOFError, ConnectionResetError):
             process.join()
-            self._replace(task, is_new)
+            self._replace(processors, task, is_new)
             return
         if is_new:
             self._unstarted = 0
-            self._ask(connection, process, task)
+            self._ask(connection, at_work)
             return
         more = None if isinstance(answer, Exception) else next(tasks, None)
         if more is None:
             connection.close()
             process.join()
         else:
-            self._ask(connection, process, more)
+            self._ask(connection, (process, processors, more))
         if isinstance(answer, Exception):
             raise answer
         told(answer)
 
-    def _ask(self, connection: Any, process: Any, task: int) -> None:
-        self._at_work[connection] = process, task
+    def _ask(self, connection: Any, at_work: tuple[Any, list[int], int]) -> None:
+        self._at_work[connection] = at_work
         with suppress(BrokenPipeError):  # it was killed already, as is found out next
-            connection.send(task)
+            connection.send(at_work[-1])
 
-    def _replace(self, task: int, is_new: bool) -> None:
+    def _replace(self, processors: list[int], task: int, is_new: bool) -> None:
         self._deaths[task] += not is_new
         self._unstarted += is_new
         if self._deaths[task] == _PATIENCE or self._unstarted == _STARTS:
@@ -148,7 +149,15 @@ class _Crew:
             raise Refusal(
                 f"{killed}, perhaps for want of memory; run fewer processes, or plan smaller units"
             )
-        self._hire(task)
+        self._hire(processors, task)
+
+
+def _shares(processes: int) -> list[list[int]]:
+    """Return the processors of each process: its share of all that this one may use, or one."""
+    if not hasattr(os, "sched_getaffinity"):  # it is Linux's
+        return [[]] * processes
+    allowed = sorted(os.sched_getaffinity(0))
+    return [allowed[number % len(allowed) :: processes] for number in range(processes)]
 
 
 @contextmanager
@@ -162,11 +171,15 @@ def _blocked() -> Iterator[None]:
         signal.pthread_sigmask(signal.SIG_SETMASK, before)
 
 
-def _serve(connection: Any, filed: Filed, threads: int, limit: int | None) -> None:
+def _serve(
+    connection: Any, processors: list[int], filed: Filed, threads: int, limit: int | None
+) -> None:
     """Make units until nobody asks for more. Ctrl-C goes to the process that asks."""
     signal.signal(signal.SIGINT, signal.SIG_IGN)
+    if processors:  # its threads take turns, which costs a tenth more if they move about
+        os.sched_setaffinity(0, processors)
     _memory.give_back()
-    zarr().config.set({"threading.max_workers": 1, "async.concurrency": 1})
+    zarr().config.set({"threading.max_workers": 1})
     worker = Worker(filed, threads, limit)
     with suppress(EOFError, BrokenPipeError, ConnectionResetError):
         connection.send(None)  # it has started
