@@ -15,7 +15,7 @@ TITLE = "Sanitizers and friends"
 PROMISE = "Nothing depends on what the language leaves undefined."
 BREAKER = "An overflow, memory read before it was written, a race, a warning that was silenced."
 WITH_RESAMPLE = True
-CI_RUN = ["integer", "memory", "valgrind", "reasons"]
+CI_RUN = ["integer", "memory", "reasons"]
 
 PLAIN = "-O0 -gdwarf-4 -gline-tables-only"
 FRAMES = " -fno-omit-frame-pointer"
