@@ -111,6 +111,20 @@ def test_nibabel_and_back_returns_voxels_and_affine_exactly(axes):
     assert volux.digest(again) == volux.digest(image)
 
 
+@pytest.mark.parametrize(("step", "origin"), [(1e39, 0), (1e-39, 0), (1, -1e39), (1e300, 1e300)])
+def test_a_place_that_nifti_cannot_keep_is_refused(step, origin):
+    place = np.diag([1.0, step, 1.0, 1.0])
+    place[2, 3] = origin
+    with pytest.raises(ValueError, match="has numbers beyond float32, as NIfTI keeps it"):
+        volux.Image(volume(), place).to_nibabel()
+
+
+def test_a_place_that_is_singular_for_sitk_is_refused():
+    place = np.diag([1e-200, 1e-200, 1e-200, 1.0])
+    with pytest.raises(ValueError, match=r"affine=.* is singular for SimpleITK"):
+        volux.Image(volume(), place).to_sitk()
+
+
 def test_bools_become_bytes_for_nibabel_and_sitk():
     image = volux.Image(volume("bool"))
     assert image.to_nibabel().get_data_dtype() == np.uint8

@@ -120,6 +120,20 @@ def test_an_out_with_gaps_gets_the_same_readings(count):
     assert (memory[:, [0, 3]] == -7.0).all()
 
 
+@pytest.mark.parametrize("shape", [(0, 3), (2, 0, 3)])
+def test_an_out_without_elements_is_none_to_refuse(shape):
+    out = np.empty(shape[:-1])
+    assert volux.sample(volume(), np.empty(shape), out=out) is out
+
+
+def test_points_beyond_doubles_are_infinitely_far():
+    far = np.full((1, 3), np.finfo(np.longdouble).max)
+    read = [
+        volux.sample(volume(), points, interpolation="nearest") for points in (far, [[np.inf] * 3])
+    ]
+    assert same_bits(*read)
+
+
 def test_an_out_without_gaps_is_written_where_it_is():
     array = volume("int16")
     out = np.zeros((5, 10), np.float32)

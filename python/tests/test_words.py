@@ -220,6 +220,16 @@ REFUSALS = [
     (lambda: volux.resize(ARRAY, spacing=(1, None, 1)), TypeError, r"spacing\[1\]=None must be a"),
     (lambda: GRID[1], TypeError, "must be made of slices, such as 10:20"),
     (lambda: GRID[:, :, :, :], ValueError, "has 4 slices; the grid has 3 axes"),
+    (lambda: volux.Image(ARRAY, axes=ARRAY), TypeError, "axes=<ndarray>: allowed are"),
+    (lambda: resize(interpolation=ARRAY), TypeError, "interpolation=<ndarray>: allowed are"),
+    (lambda: resize(threads=ARRAY), TypeError, "threads=<ndarray> must be a whole number"),
+    (lambda: resize(fill=ARRAY), TypeError, "fill=<ndarray> must be a number"),
+    (lambda: volux.Affine(np.eye(4, dtype=complex)), TypeError, "4 x 4 matrix of numbers, not <nd"),
+    (
+        lambda: volux.resize(ARRAY, spacing=np.array([1, 2j, 3])),
+        TypeError,
+        r"spacing\[0\]=.*must be a number",
+    ),
 ]
 
 
@@ -306,6 +316,12 @@ def test_an_out_that_overlaps_the_points_is_refused():
     points = np.zeros((4, 3))
     with pytest.raises(ValueError, match="out overlaps points"):
         volux.sample(ARRAY, points, out=points[:, 0])
+
+
+def test_an_out_that_overlaps_points_of_another_type_is_refused():
+    points = np.zeros((4, 3), np.int64)
+    with pytest.raises(ValueError, match="out overlaps points"):
+        volux.sample(ARRAY, points, out=points.view(np.float64)[:, 0])
 
 
 def test_an_image_of_another_library_is_refused_with_the_call_that_converts():

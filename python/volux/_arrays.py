@@ -9,7 +9,7 @@ import numpy.typing as npt
 
 from volux._axes import PLACES, from_xyz
 from volux._types import Array, Axes, Ints
-from volux._words import listed
+from volux._words import listed, short
 
 _NAMES = ("uint8", "int16", "uint16", "int32", "uint32", "float32", "float64")
 SERVED = frozenset([np.dtype(np.bool_), *map(np.dtype, _NAMES)])
@@ -65,13 +65,18 @@ def _foreign(image: object, name: str) -> str:
 def _served(array: Array, name: str) -> Array:
     if not 3 <= array.ndim <= 4:
         raise ValueError(_of_other_axes(array, name))
-    if array.dtype not in SERVED:
-        raise TypeError(_of_other_type(array.dtype, name))
+    refuse_type(array.dtype, name)
     if array.size == 0:
         raise ValueError(f"{name} has the shape {array.shape}, and so no voxels")
     if not array.flags.aligned:
         raise ValueError(f"{name} is not aligned to its elements; {name}.copy() is")
     return array
+
+
+def refuse_type(dtype: np.dtype[Any], name: str) -> None:
+    """Say which types there are, unless it is one of them."""
+    if dtype not in SERVED:
+        raise TypeError(_of_other_type(dtype, name))
 
 
 def _of_other_axes(array: Array, name: str) -> str:
@@ -135,6 +140,8 @@ def checked_out(
 
 def _is_folded(array: Array) -> bool:
     # As the C++ library has it: each stride is at least what the smaller ones span.
+    if array.size == 0:  # whose strides NumPy makes as it likes
+        return False
     span = array.itemsize
     for stride, extent in sorted(zip(map(abs, array.strides), array.shape, strict=True)):
         if extent > 1:
@@ -173,4 +180,4 @@ def _named_dtype(dtype: npt.DTypeLike) -> np.dtype[Any]:
     try:
         return np.dtype(dtype)
     except TypeError:
-        raise TypeError(f"dtype={dtype!r} is no type of numpy's") from None
+        raise TypeError(f"dtype={short(dtype)} is no type of numpy's") from None

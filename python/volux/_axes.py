@@ -8,7 +8,7 @@ from typing import Any, TypeVar, cast
 import numpy as np
 
 from volux._types import Axes, Matrix
-from volux._words import listed
+from volux._words import listed, short
 
 T = TypeVar("T")
 
@@ -28,7 +28,9 @@ def checked_axes(axes: object) -> Axes:
     if isinstance(axes, str) and axes in PLACES:
         return cast(Axes, axes)
     error = ValueError if isinstance(axes, str) else TypeError
-    raise error(f"axes={axes!r}: allowed are {listed(PLACES)}, the first axis of the array first")
+    raise error(
+        f"axes={short(axes)}: allowed are {listed(PLACES)}, the first axis of the array first"
+    )
 
 
 def to_xyz(values: Sequence[T], axes: Axes) -> tuple[T, T, T]:

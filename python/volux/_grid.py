@@ -28,7 +28,7 @@ from volux._types import (
     Shape,
     Vector,
 )
-from volux._words import chosen
+from volux._words import chosen, short
 
 if TYPE_CHECKING:
     from volux._image import Image
@@ -310,7 +310,7 @@ def box_of(box: slice | tuple[slice, ...], shape: Ints) -> Box:
     """Return slices along all three axes, with whole numbers for their ends."""
     given = box if isinstance(box, tuple) else (box,)
     if len(given) > 3:
-        raise ValueError(f"box={box!r} has {len(given)} slices; the grid has 3 axes")
+        raise ValueError(f"box={short(box)} has {len(given)} slices; the grid has 3 axes")
     slices = [*given, *[slice(None)] * (3 - len(given))]
     first, second, third = (_bounded(*pair) for pair in zip(slices, shape, strict=True))
     return first, second, third
@@ -318,8 +318,10 @@ def box_of(box: slice | tuple[slice, ...], shape: Ints) -> Box:
 
 def _bounded(along: slice, extent: int) -> slice:
     if not isinstance(along, slice):
-        raise TypeError(f"box has {along!r}; it must be made of slices, such as 10:20")
+        raise TypeError(f"box has {short(along)}; it must be made of slices, such as 10:20")
     start, stop, step = along.indices(extent)
     if step != 1 or stop <= start:
-        raise ValueError(f"box has {along!r} of {extent} voxels; it must have one or more, step 1")
+        raise ValueError(
+            f"box has {short(along)} of {extent} voxels; it must have one or more, step 1"
+        )
     return slice(start, stop)

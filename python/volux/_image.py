@@ -214,6 +214,8 @@ class Image(Fixed):
         ------
         ImportError
             If nibabel is not installed.
+        ValueError
+            If the affine has numbers beyond those of float32, in which NIfTI keeps it.
 
         Examples
         --------
@@ -271,6 +273,8 @@ class Image(Fixed):
         ------
         ImportError
             If SimpleITK is not installed.
+        ValueError
+            If the affine is singular for SimpleITK, which inverts it by its determinant.
 
         Examples
         --------

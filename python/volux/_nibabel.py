@@ -7,8 +7,10 @@ from typing import Any
 
 import numpy as np
 
+from volux import _core
 from volux._axes import PLACES, affine_of, rows_of
 from volux._types import Array, Axes, Matrix
+from volux._words import short
 
 
 def read(image: Any) -> tuple[Array, Matrix]:
@@ -27,4 +29,15 @@ def made(array: Array, affine: Matrix, axes: Axes) -> Any:
     voxels = array.view(np.uint8) if array.dtype.kind == "b" else array
     order = PLACES[axes] if array.ndim == 3 else (*PLACES[axes], 3)
     place = affine_of(rows_of(affine, axes), "xyz")
+    _refuse_beyond_float32(place)
     return nibabel.Nifti1Image(voxels.transpose(order), place)
+
+
+def _refuse_beyond_float32(affine: Matrix) -> None:
+    limits = np.finfo(np.float32)
+    tiny, most = float(limits.tiny), float(limits.max)
+    least = min(_core.spacing_of(np.ascontiguousarray(affine[:3])))
+    if least < tiny or np.abs(affine).max() > most:
+        raise ValueError(
+            f"affine={short(affine.tolist())} has numbers beyond float32, as NIfTI keeps it"
+        )

@@ -11,6 +11,7 @@ import numpy as np
 
 from volux import _core
 from volux._types import Floats, Matrix
+from volux._words import short
 
 MOST_VOXELS = 2**31 - 1
 
@@ -20,9 +21,9 @@ def whole(name: str, value: Any, *, least: int = 1, most: int = MOST_VOXELS) -> 
     try:
         number = index(value)
     except TypeError:
-        raise TypeError(f"{name}={value!r} must be a whole number") from None
+        raise TypeError(f"{name}={short(value)} must be a whole number") from None
     if isinstance(value, bool):
-        raise TypeError(f"{name}={value!r} must be a whole number, not a bool")
+        raise TypeError(f"{name}={short(value)} must be a whole number, not a bool")
     if not least <= number <= most:
         raise ValueError(f"{name}={number} must be from {least} to {most}")
     return number
@@ -30,9 +31,11 @@ def whole(name: str, value: Any, *, least: int = 1, most: int = MOST_VOXELS) -> 
 
 def _entries(name: str, value: Any, count: int, what: str) -> Sequence[Any]:
     if isinstance(value, (str, bytes)) or not hasattr(value, "__len__"):
-        raise TypeError(f"{name}={value!r} must be {count} numbers: {what}")
+        raise TypeError(f"{name}={short(value)} must be {count} numbers: {what}")
     if len(value) != count:
-        raise ValueError(f"{name}={value!r} has {len(value)} numbers; it must be {count}: {what}")
+        raise ValueError(
+            f"{name}={short(value)} has {len(value)} numbers; it must be {count}: {what}"
+        )
     return list(value)
 
 
@@ -44,8 +47,9 @@ def extents(name: str, value: Any, count: int = 3, what: str = "voxels along eac
 
 def finite(name: str, value: Any) -> float:
     """Return a number that is neither infinite nor NaN."""
-    if isinstance(value, (str, bytes)) or not isinstance(value, SupportsFloat):
-        raise TypeError(f"{name}={value!r} must be a number")
+    is_number = isinstance(value, SupportsFloat) and not isinstance(value, (str, bytes))
+    if not is_number or np.iscomplexobj(value):  # of which NumPy would take the real part
+        raise TypeError(f"{name}={short(value)} must be a number")
     number = float(value)
     if not math.isfinite(number):
         raise ValueError(f"{name}={number} must be finite")
@@ -81,6 +85,8 @@ def steps(name: str, value: Any, what: str = "one for each axis of the array") -
 
 def kept(values: Any) -> Matrix:
     """Return a matrix of our own that nobody can change."""
+    if np.iscomplexobj(values):
+        raise TypeError("numbers are complex")  # of which NumPy would take the real parts
     matrix = np.array(values, dtype=np.float64, order="C")
     matrix.flags.writeable = False
     return matrix
@@ -91,7 +97,7 @@ def placing(name: str, value: Any) -> Matrix:
     try:
         matrix = kept(value)
     except (TypeError, ValueError):
-        raise TypeError(f"{name} must be a 4 x 4 matrix of numbers, not {value!r}") from None
+        raise TypeError(f"{name} must be a 4 x 4 matrix of numbers, not {short(value)}") from None
     if matrix.shape != (4, 4):
         raise ValueError(f"{name} has the shape {matrix.shape}; it must be 4 x 4")
     if matrix[3].tolist() != [0.0, 0.0, 0.0, 1.0]:

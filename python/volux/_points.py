@@ -14,7 +14,8 @@ def triples(points: npt.ArrayLike) -> Matrix:
     """Return points as doubles, (..., 3); an array of aligned doubles stays where it is."""
     try:
         numbers = np.asarray(points)
-        given: Matrix = numbers.astype(np.float64, casting="same_kind", copy=False)
+        with np.errstate(over="ignore", invalid="ignore"):  # long doubles may be too large
+            given: Matrix = numbers.astype(np.float64, casting="same_kind", copy=False)
     except (TypeError, ValueError):
         raise TypeError("points must be real numbers, three for each point") from None
     if given.ndim == 0 or given.shape[-1] != 3:

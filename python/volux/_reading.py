@@ -10,7 +10,7 @@ import numpy as np
 from volux import _core
 from volux._threads import threads_of
 from volux._types import Antialias, Border, Interpolation, Ints, Number, Outside, Overflow, Progress
-from volux._words import chosen
+from volux._words import chosen, short
 
 KERNELS = {"nearest": 0, "linear": 1, "cubic": 2, "label": 3}
 BORDERS = {"edge": 0, "constant": 1}
@@ -78,11 +78,11 @@ def reading(
     choices = _kept_choices(interpolation, border, outside, antialias, overflow)
     if dtype.kind == "b" and interpolation in ("linear", "cubic"):
         raise ValueError(
-            f"interpolation={interpolation!r} of bools: allowed are 'nearest' and 'label'; "
+            f"interpolation={short(interpolation)} of bools: allowed are 'nearest' and 'label'; "
             "image.astype('float32') gives fractions"
         )
     if progress is not None and not callable(progress):
-        raise TypeError(f"progress={progress!r} must be called with a fraction, or None")
+        raise TypeError(f"progress={short(progress)} must be called with a fraction, or None")
     return _core.Reading(
         kernel=choices.kernel,
         border=choices.border,
@@ -97,10 +97,10 @@ def reading(
 
 def _fill_of(fill: Number, dtype: np.dtype[Any]) -> float:
     if not isinstance(fill, (int, float, np.integer, np.floating, np.bool_)):
-        raise TypeError(f"fill={fill!r} must be a number")
+        raise TypeError(f"fill={short(fill)} must be a number")
     if dtype.kind == "f":
         return float(fill)
     least, most = _LIMITS[dtype]
     if not (least <= fill <= most and float(fill).is_integer()):
-        raise ValueError(f"fill={fill!r}: {dtype} holds whole numbers from {least} to {most}")
+        raise ValueError(f"fill={short(fill)}: {dtype} holds whole numbers from {least} to {most}")
     return float(fill)

@@ -114,7 +114,7 @@ def _readings(
     if out is None:
         results = np.empty(shape, wanted)
     else:
-        inputs = {"image": source.array, "points": where.points}
+        inputs = {"image": source.array, "points": np.asarray(where.given)}
         results = checked_out(out, shape, wanted, inputs)
     _read(source, where, one, results, how)
     return results
@@ -177,6 +177,7 @@ class _Places(NamedTuple):
     points: Matrix  # (n, 3): x, y, z
     map: Matrix | None  # from their space to voxels; None: they count in voxels
     shape: tuple[int, ...]
+    given: npt.ArrayLike
 
 
 def _where(source: Subject, points: npt.ArrayLike, space: Space) -> _Places:
@@ -184,8 +185,8 @@ def _where(source: Subject, points: npt.ArrayLike, space: Space) -> _Places:
     flat = listed(given)
     in_world = chosen("space", space, SPACES) == 1
     if in_world and source.image is not None:
-        return _Places(flat, _core.inverse(source.grid._rows), given.shape[:-1])
-    return _Places(_in_xyz(flat, source.axes), None, given.shape[:-1])
+        return _Places(flat, _core.inverse(source.grid._rows), given.shape[:-1], points)
+    return _Places(_in_xyz(flat, source.axes), None, given.shape[:-1], points)
 
 
 def _in_xyz(points: Matrix, axes: Axes) -> Matrix:

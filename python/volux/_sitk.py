@@ -10,6 +10,7 @@ import numpy as np
 from volux import _core
 from volux._axes import PLACES, affine_of, rows_of
 from volux._types import Array, Axes, Matrix
+from volux._words import short
 
 
 class _Held:
@@ -55,7 +56,10 @@ def made(array: Array, affine: Matrix, axes: Axes) -> Any:
     image = sitk.GetImageFromArray(voxels.transpose(order), isVector=array.ndim == 4)
     rows = rows_of(turned(affine), axes)
     spacing = _core.spacing_of(rows)
-    image.SetSpacing(spacing)
-    image.SetDirection((rows[:, :3] / spacing).ravel().tolist())
+    try:
+        image.SetSpacing(spacing)
+        image.SetDirection((rows[:, :3] / spacing).ravel().tolist())
+    except RuntimeError:  # ITK inverts their product
+        raise ValueError(f"affine={short(affine.tolist())} is singular for SimpleITK") from None
     image.SetOrigin(rows[:, 3].tolist())
     return image

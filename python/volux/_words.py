@@ -27,8 +27,8 @@ def _refused(name: str, value: object, allowed: Iterable[object]) -> Exception:
     peer = VALUES.get((name, value)) if isinstance(value, (str, int)) else None
     if peer is not None:
         whose, ours = peer
-        return error(f"{name}={value!r} is {whose}'s name for it; here it is {name}={ours!r}")
-    return error(f"{name}={value!r}: allowed are {listed(allowed)}")
+        return error(f"{name}={short(value)} is {whose}'s name for it; here it is {name}={ours!r}")
+    return error(f"{name}={short(value)}: allowed are {listed(allowed)}")
 
 
 def unknown_keyword(
@@ -36,7 +36,7 @@ def unknown_keyword(
 ) -> TypeError:
     """Return the answer to the first keyword that a function does not take."""
     keyword = next(name for name in given if name not in known)
-    said = f"{function}() takes no {keyword}={_short(given[keyword])}: {keyword} is"
+    said = f"{function}() takes no {keyword}={short(given[keyword])}: {keyword} is"
     if keyword in KEYWORDS:
         return TypeError(f"{said} {KEYWORDS[keyword]}")
     if keyword in ELSEWHERE:
@@ -51,16 +51,17 @@ def _meant(keyword: str, known: Collection[str]) -> str:
     return f"; did you mean {close[0]}=?" if close else ""
 
 
-def _short(value: object) -> str:
+def short(value: object) -> str:
+    """Return a value as it is written, or its type if that would not fit into a line of words."""
     text = repr(value)
-    return text if len(text) <= 40 else f"<{type(value).__name__}>"
+    return text if len(text) <= 80 and "\n" not in text else f"<{type(value).__name__}>"
 
 
 def one_of(given: Mapping[str, object], *, required: bool = True) -> str | None:
     """Return the one keyword that is not None of several that exclude one another."""
     names = [name for name, value in given.items() if value is not None]
     if len(names) > 1:
-        values = ", ".join(f"{name}={_short(given[name])}" for name in names)
+        values = ", ".join(f"{name}={short(given[name])}" for name in names)
         raise ValueError(f"{values}: {' and '.join(names)} exclude one another")
     if not names and required:
         raise TypeError(f"one of {', '.join(f'{name}=' for name in given)} is required")

@@ -13,12 +13,13 @@ import numpy as np
 
 import volux
 from volux import Grid, Image
-from volux._arrays import result_dtype
+from volux._arrays import refuse_type, result_dtype
 from volux._displacement import Transform
 from volux._grid import placed
 from volux._keywords import FILLING, takes
 from volux._reading import reading
 from volux._types import Array, Box, Ints
+from volux._words import short
 from volux.scale._support import support
 from volux.scale._units import Units, extents
 
@@ -118,6 +119,7 @@ def _job(
     if not isinstance(target, Grid):
         raise TypeError(f"grid is a {type(grid).__name__}; it must be a volux.Grid")
     source = np.dtype(image.dtype)
+    refuse_type(source, "image")
     reading(source, **options)
     wanted = result_dtype(dtype, source, None)
     units = Units(target.shape, chunk)
@@ -137,7 +139,7 @@ def _checked(image: Any) -> Ints:
 def _chunk(chunks: int | Sequence[int]) -> Ints:
     first, second, third = [chunks] * 3 if isinstance(chunks, int) else chunks
     if min(first, second, third) < 1:
-        raise ValueError(f"chunks={chunks!r} must be 1 or more")
+        raise ValueError(f"chunks={short(chunks)} must be 1 or more")
     return first, second, third
 
 

@@ -31,6 +31,7 @@ from volux._resample import resample
 from volux._resize import resize
 from volux._sample import sample
 from volux._types import Array, DLPackProducer, Matrix, Number, Shape, Vector
+from volux._words import short
 
 __all__ = ["affine_transform", "map_coordinates", "zoom"]
 
@@ -211,7 +212,7 @@ def zoom(
 def _zoomed(extents: tuple[int, ...], zoom: float | Vector) -> list[int]:
     shape = [round(extent * by) for extent, by in zip(extents, steps("zoom", zoom), strict=True)]
     if not all(1 <= extent <= MOST_VOXELS for extent in shape):
-        raise ValueError(f"zoom={zoom!r} makes the shape {shape} of {extents}")
+        raise ValueError(f"zoom={short(zoom)} makes the shape {shape} of {extents}")
     return shape
 
 
@@ -234,13 +235,13 @@ def _source(
 
 def _check_bool(name: str, value: object) -> None:
     if not isinstance(value, (bool, np.bool_)):
-        raise TypeError(f"{name}={value!r} must be a bool")
+        raise TypeError(f"{name}={short(value)} must be a bool")
 
 
 def _checked_order(order: object) -> int:
     if isinstance(order, (int, np.integer)) and order in (0, 1):
         return int(order)
-    said = f"order={order!r}: allowed are 0 and 1"
+    said = f"order={short(order)}: allowed are 0 and 1"
     if isinstance(order, (int, np.integer)) and 2 <= order <= 5:
         said += ", for the others are B-splines; interpolation='cubic' of volux.resample() and "
         said += "volux.sample() is cubic convolution"
@@ -251,7 +252,7 @@ def _checked_mode(mode: object) -> Literal["edge", "constant"]:
     if isinstance(mode, str) and mode in _BORDERS:
         return _BORDERS[mode]
     hint = _REFUSED_MODES.get(mode, "") if isinstance(mode, str) else ""
-    raise ValueError(f"mode={mode!r}: allowed are 'nearest' and 'grid-constant'{hint}")
+    raise ValueError(f"mode={short(mode)}: allowed are 'nearest' and 'grid-constant'{hint}")
 
 
 def _without_ends(source: Array, shape: Sequence[int]) -> Array:
@@ -284,4 +285,4 @@ def _homogeneous(matrix: npt.ArrayLike, offset: float | Vector) -> Matrix:
 def _checked_offset(offset: Any) -> Any:
     if np.shape(offset) in ((), (3,)):
         return offset
-    raise ValueError(f"offset={offset!r} must be a number or three")
+    raise ValueError(f"offset={short(offset)} must be a number or three")

@@ -119,6 +119,24 @@ def test_a_store_is_no_plan():
         assert "out.zarr: is a folder; name the file that volux plan has written" in ended.err
 
 
+@pytest.mark.usefixtures("leveled")
+def test_json_that_is_nested_too_deeply_is_damaged():
+    Path("out.volux/0/0/1.json").write_text("[" * 100_000)
+    assert wrong_in() == {1: "its record cannot be read"}
+    for name in ("out.plan.json", "out.zarr/zarr.json"):
+        Path(name).write_text("[" * 100_000)
+        ended = run("status", "out.plan.json") if "plan" in name else run("pyramid", "out.zarr")
+        assert (ended.code, ended.err.count("\n")) == (1, 1)
+        assert "reason that it should have said" not in ended.err
+
+
+def test_a_volume_without_voxels_is_refused():
+    zarr.create_array("empty.zarr", shape=(4, 0, 4), chunks=(4, 4, 4), dtype="u1")
+    ended = run("plan", "resize", "empty.zarr", "-o", "out.zarr", "--scale", 2)
+    said = "volux: empty.zarr: has the extents (4, 0, 4); plans read one volume\n"
+    assert (ended.code, ended.err) == (1, said)
+
+
 TRANSFORMATIONS = {
     "scale of 0": [{"type": "scale", "scale": [1, 0, 1]}],
     "scale below 0": [{"type": "scale", "scale": [1, -1, 1]}],

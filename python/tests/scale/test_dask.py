@@ -108,6 +108,7 @@ def test_a_unit_that_is_made_again_takes_away_that_a_result_is_complete():
 FAILURES = [
     (lambda: volux.dask.resample(IMAGE.array), TypeError, "image is a ndarray; allowed are arr"),
     (lambda: volux.dask.resample(in_dask()[0]), ValueError, "it must have three axes, z first"),
+    (lambda: volux.dask.resample(in_dask().astype("i8")), TypeError, "image has the dtype int64; "),
     (lambda: volux.dask.resample(in_dask(), IMAGE), TypeError, "grid is a Image; it must be"),
     (lambda: volux.dask.resample(in_dask(), chunks=0), ValueError, "chunks=0 must be 1 or more"),
     (lambda: volux.dask.resample(in_dask(), interpolation="bspline"), ValueError, "bspline"),

@@ -6,6 +6,7 @@ import numpy as np
 import pytest
 import volux
 from volux.scale import _ome, _raw, _sources
+from volux.tool._errors import Refusal
 
 from ..tool.runs import nibabel, oblique, voxels
 from .volumes import SCALE, SHAPE, TRANSLATION, multiscales, placed, save_nifti, save_ome, zarr
@@ -146,6 +147,14 @@ def test_raw_voxels_follow_a_header_of_any_length(dtype):
     source, found = read("x.raw", _raw.layout(f"{dtype},7,6,5", "0.5,1,2"))
     assert np.array_equal(found, array.T)
     assert source.grid.spacing == (2.0, 1.0, 0.5)
+
+
+@pytest.mark.parametrize("header", [b"{'descr': '<i2', 'shape': (2,", b'"""', b"[" * 200])
+def test_a_file_of_numpys_with_a_broken_header_is_refused(header):
+    header = header.ljust(118) + b"\n"
+    Path("x.npy").write_bytes(b"\x93NUMPY\x01\x00" + len(header).to_bytes(2, "little") + header)
+    with pytest.raises(Refusal, match=r"x\.npy: NumPy cannot map it: "):
+        _sources.opened("x.npy")
 
 
 def test_a_file_of_numpys_is_mapped():

@@ -7,7 +7,7 @@ import numpy as np
 import pytest
 import volux
 
-from .runs import done, nibabel, oblique, run, save, sitk, voxels
+from .runs import done, nibabel, oblique, run, save, sitk, spawned, voxels
 
 
 def loaded(name):
@@ -27,6 +27,15 @@ def test_a_sform_and_a_qform_that_differ_are_told_in_mm():
         "volux: x.nii: sform and qform differ by 5 mm at the far corner; the sform is taken\n"
     )
     assert json.loads(ended.out)["affine"] == np.eye(4).tolist()
+
+
+def test_nibabel_keeps_quiet_about_a_volume_that_only_gives_the_place():
+    ct, odd = save("ct.nii"), Path("odd.nii")
+    data = bytearray(Path(ct).read_bytes())
+    data[108:112] = np.float32(356).tobytes()  # where voxels begin, which SPM wants at 16s
+    odd.write_bytes(data[:352] + bytes(4) + data[352:])
+    ended = spawned("resample", ct, "-o", "x.nii", "--like", odd, "--quiet", text=True)
+    assert (ended.returncode, ended.stderr) == (0, "")
 
 
 def test_a_file_without_a_place_is_told():

@@ -181,7 +181,7 @@ def read(path: str) -> Filed:
     if Path(path).is_dir():
         raise Refusal(f"{path}: is a folder; name the file that volux plan has written")
     try:
-        facts = json.loads(Path(path).read_text(encoding="utf-8"))
+        facts = _store.parsed(Path(path).read_text(encoding="utf-8"))
         given = facts.pop("id")
         if identity(facts) != given:
             raise Refusal(f"{path}: was changed after it was made; plan again")

@@ -9,7 +9,7 @@ from typing import Any
 import numpy as np
 
 from volux._types import Array, Floats, Ints, Matrix
-from volux.tool._errors import Misuse, Refusal
+from volux.tool._errors import Misuse, Refusal, line_of
 from volux.tool._options import counts, numbers
 
 
@@ -64,6 +64,8 @@ def numpys(path: str) -> Array:
     """Return the voxels of a file of NumPy's."""
     try:
         mapped = np.load(path, mmap_mode="r")
-    except (ValueError, EOFError) as error:
-        raise Refusal(f"{path}: NumPy cannot map it: {error}") from None
+    except OSError:
+        raise
+    except Exception as error:  # of Python's own tokens, among others: the header is a literal
+        raise Refusal(f"{path}: NumPy cannot map it: {line_of(error)}") from None
     return np.asarray(mapped)

@@ -13,11 +13,12 @@ from typing import Any, NamedTuple
 import numpy as np
 
 from volux import Grid
+from volux._numbers import MOST_VOXELS
 from volux._types import Array, Box, Matrix
 from volux.scale import _ome, _raw
 from volux.scale._needed import zarr
 from volux.scale._reading import Chunks, Mapped, in_flight
-from volux.tool._errors import Refusal
+from volux.tool._errors import Refusal, line_of
 
 _SERVED = ("uint8", "int16", "uint16", "int32", "uint32", "float32", "float64")
 
@@ -104,7 +105,7 @@ class Source:
         except OSError:
             raise
         except Exception as error:  # whatever a codec says of bytes that are not its own
-            raise Refusal(f"{self.path}: zarr cannot read it: {said(error)}") from None
+            raise Refusal(f"{self.path}: zarr cannot read it: {line_of(error)}") from None
 
     def in_order(self, values: Sequence[float]) -> tuple[float, float, float]:
         """Return numbers along the file's own axes as numbers along z, y and x."""
@@ -155,12 +156,7 @@ def _open(path: str) -> Any:
     try:
         return package.open(path, mode="r")
     except Exception as error:  # whatever zarr says of a folder that it cannot make sense of
-        raise Refusal(f"{path}: zarr cannot open it: {said(error)}") from None
-
-
-def said(error: Exception) -> str:
-    """Return what an error says, in one line."""
-    return " ".join(str(error).split()) or type(error).__name__
+        raise Refusal(f"{path}: zarr cannot open it: {line_of(error)}") from None
 
 
 def _is_group(found: Any) -> bool:
@@ -227,7 +223,8 @@ def _source(
     """Return a volume whose affine takes indices along axes of space to the world."""
     space = range(array.ndim - 3, array.ndim) if space is None else space
     others = [n for axis, n in enumerate(array.shape) if axis not in space]
-    if array.ndim < 3 or any(n != 1 for n in others):
+    is_no_volume = not all(1 <= n <= MOST_VOXELS for n in array.shape)
+    if array.ndim < 3 or any(n != 1 for n in others) or is_no_volume:
         raise Refusal(f"{path}: has the extents {array.shape}; plans read one volume")
     if np.dtype(array.dtype).newbyteorder("=").name not in _SERVED:
         raise Refusal(f"{path}: its voxels are {array.dtype}; allowed are {', '.join(_SERVED)}")

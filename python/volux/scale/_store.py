@@ -81,10 +81,18 @@ def loose(number: float | str) -> float:
     return float(number) if isinstance(number, str) else number
 
 
+def parsed(text: str | bytes) -> Any:
+    """Return what JSON says; ValueError for what is none, and for what is nested too deeply."""
+    try:
+        return json.loads(text)
+    except RecursionError as error:
+        raise ValueError(str(error)) from None
+
+
 def facts_of(path: Path) -> dict[str, Any]:
     """Return the object in a file of JSON, or say that the file is damaged."""
     try:
-        facts = json.loads(path.read_bytes())
+        facts = parsed(path.read_bytes())
     except ValueError:
         facts = None
     if not isinstance(facts, dict):

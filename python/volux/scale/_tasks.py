@@ -53,7 +53,7 @@ def record_path(filed: Filed, task: int) -> Path:
 def recorded(filed: Filed, task: int) -> Record | None:
     """Return the record of a task; None if there is none of this plan."""
     try:
-        record = Record(**json.loads(record_path(filed, task).read_text(encoding="utf-8")))
+        record = Record(**_store.parsed(record_path(filed, task).read_bytes()))
     except (FileNotFoundError, ValueError, TypeError):
         return None
     return record if (record.plan, record.task) == (filed.id, task) else None

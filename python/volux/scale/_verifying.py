@@ -66,7 +66,7 @@ def _checked(filed: Filed, task: int, codec: Codec | None) -> Record | str:
     index = filed.plan.units.place(task - 1)
     path = filed.array / key(index)
     try:
-        record = Record(**json.loads(record_path(filed, task).read_text()))
+        record = Record(**_store.parsed(record_path(filed, task).read_bytes()))
     except FileNotFoundError:
         return "has no record"
     except (ValueError, TypeError):

@@ -53,3 +53,8 @@ def needed(module: str, install: str = INSTALL) -> Any:
         if error.name != module.partition(".")[0]:
             raise
         raise Refusal(f"the package {error.name} is not installed: {install}") from None
+
+
+def line_of(error: BaseException) -> str:
+    """Return what an error says, in one line."""
+    return " ".join(str(error).split()) or type(error).__name__

@@ -16,7 +16,7 @@ import numpy as np
 
 from volux import Grid
 from volux._types import Array, Matrix
-from volux.tool._errors import Refusal, needed
+from volux.tool._errors import Refusal, line_of, needed
 from volux.tool._files import (
     STREAM,
     Scan,
@@ -55,16 +55,17 @@ def read(path: str) -> Scan:
         raise
     except Exception as error:  # of gzip, of zlib, of nibabel: whatever a broken file leads to
         raise Refusal(
-            f"{path}: nibabel cannot read it: {_line(error)}; copy or convert it again"
+            f"{path}: nibabel cannot read it: {line_of(error)}; copy or convert it again"
         ) from None
 
 
 def grid_of(path: str) -> Grid:
     """Return where the voxels of a file lie."""
     try:
-        found = _loaded(path)
+        with _overheard(needed("nibabel")):  # what it says of voxels, which nobody reads here
+            found = _loaded(path)
     except Exception as error:  # as above
-        raise Refusal(f"{path}: nibabel cannot read it: {_line(error)}") from None
+        raise Refusal(f"{path}: nibabel cannot read it: {line_of(error)}") from None
     return placed_grid(path, found.shape, found.affine)
 
 
@@ -91,7 +92,7 @@ def read_stream() -> Scan:
     except (Refusal, MemoryError):
         raise
     except Exception as error:  # as above
-        raise Refusal(f"stdin: is no NIfTI that nibabel can read: {_line(error)}") from None
+        raise Refusal(f"stdin: is no NIfTI that nibabel can read: {line_of(error)}") from None
 
 
 _SIZES_OF_2 = (b"\x1c\x02\x00\x00", b"\x00\x00\x02\x1c")
@@ -112,10 +113,6 @@ def _overheard(nibabel: Any) -> Iterator[list[str]]:
         said += [str(warning.message) for warning in caught]
     finally:
         logger.handlers = before
-
-
-def _line(error: Exception) -> str:
-    return " ".join(str(error).split()) or type(error).__name__
 
 
 def _scan(path: str, found: Any) -> Scan:
@@ -256,5 +253,5 @@ def _mgh(scan: Scan) -> Any:
         return nibabel.MGHImage(array, scan.stored.affine)
     except Exception as error:  # its types are few, and nibabel says which
         raise Refusal(
-            f"{scan.path}: MGH cannot hold it ({_line(error)}): --dtype float32"
+            f"{scan.path}: MGH cannot hold it ({line_of(error)}): --dtype float32"
         ) from None

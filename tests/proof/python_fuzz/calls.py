@@ -259,7 +259,7 @@ def given_to_scipy(draw):
     given, array = places.image(draw)
     while not draw.is_wrong() and isinstance(given, volux.Image):
         given = given.array
-    if isinstance(given, np.ndarray) and given.ndim == 4 and not draw.is_wrong():
+    if isinstance(given, np.ndarray) and given.ndim == 4 and given.shape[3] and not draw.is_wrong():
         given = array = given[..., 0]
     return given, array
 

@@ -42,7 +42,7 @@ class Draw:
         self.is_stopped = False  # a callback of ours has raised Stopped
         self.share_of_wrong = self.one(0.0, 0.0, 0.02, 0.1, 0.3)
 
-    def call(self, function, *arguments, **keywords):
+    def call(self, function, /, *arguments, **keywords):
         """Makes a call of what is tried; what it raises is told from mistakes made here."""
         self.made.append((function, arguments, keywords))
         try:

@@ -1,4 +1,6 @@
 """Random keywords of the calls of volux: their own words, those of other libraries, and others."""
+import math
+
 import numpy as np
 
 from bits import promise
@@ -10,6 +12,7 @@ PEERS = ("order", "mode", "cval", "zoom", "align_corners", "output_shape", "fill
          "slab", "space", "channel", "scale", "self", "")
 WORDS = ("bilinear", "trilinear", "bspline", "replicate", "zeros", "corners", "max", "min",
          "centers", "reflect", "LINEAR", "lin\near", True, False)
+MOST_VOXELS = 1 << 20  # of a result that is given memory
 THREADS = (None, 1, 2, 3, 7, 2**31 - 1)
 
 
@@ -89,7 +92,7 @@ def output(draw, shape, array, source=None):
     made = {}
     if draw.chance(0.3):
         made["dtype"] = draw.or_stranger(lambda: draw.one(dtype, np.dtype(dtype), None))
-    if shape is None or not draw.chance(0.4):
+    if shape is None or math.prod(shape) > MOST_VOXELS or not draw.chance(0.4):
         return made
     if draw.is_wrong():
         shape = draw.one(shape[::-1], (*shape, 1), shape[:2], (), (0, *shape[1:]))

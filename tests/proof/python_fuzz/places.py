@@ -45,7 +45,9 @@ def affine(draw):
         far = draw.one(1.0, 1.0, 1.0, 1.0, 1e9, 1e300)
         made[:3, 3] = [draw.number() * far for _ in range(3)]
         made = made[:, [*draw.random.sample(range(3), 3), 3]] if draw.chance(0.3) else made
-    return draw.one(made, made, made.tolist(), np.asfortranarray(made), made.astype("f4"))
+    with np.errstate(over="ignore"):  # a refusal of what is not finite is an answer, too
+        short = made.astype("f4")
+    return draw.one(made, made, made.tolist(), np.asfortranarray(made), short)
 
 
 def turn(draw, one, other):
