@@ -147,6 +147,10 @@ def overhead_rows(found):
                times.verdict(statistics.median(each), most)]
 
 
+def hours(seconds):
+    return f"{seconds / 3600:,.2f}" if seconds >= 360 else f"{seconds / 3600:.1g}"
+
+
 def paper(kept):
     """What a task comes to for volumes that no test can make, each worker one processor."""
     task = kept["task"]
@@ -154,11 +158,11 @@ def paper(kept):
         tasks = -(-voxels // 256**3)
         requests = (task["requests"] + PER_TASK) * workers / task["seconds"]
         yield [f"10^{len(str(voxels)) - 1}", f"{workers:,}", f"{tasks:,}",
-               f"{tasks * task['seconds'] / workers / 3600:,.2f}",
+               hours(tasks * task["seconds"] / workers),
                f"{tasks * task['read'] / 1e12:,.2f}", f"{tasks * task['written'] / 1e12:,.2f}",
                f"{requests:,.0f}",
                f"{workers * (task['read'] + task['written']) / task['seconds'] / 1e9:,.2f}",
-               f"{tasks * task['verify'] / 3600:,.1f}"]
+               hours(tasks * task["verify"])]
 
 
 def paper_table(kept):

@@ -284,8 +284,9 @@ class Scale(unittest.TestCase):
         task = {"seconds": 2.0, "requests": 64.0, "read": 2e7, "written": 1e7, "verify": 0.1}
         rows = list(scale.paper({"task": task}))
         self.assertEqual(rows[0], ["10^12", "100", "59,605", "0.33", "1.19", "0.60", "3,300",
-                                   "1.50", "1.7"])
+                                   "1.50", "1.66"])
         self.assertEqual(rows[3][:4], ["10^15", "10,000", "59,604,645", "3.31"])
+        self.assertEqual(rows[1][3], "0.003")
 
 
 class Package(unittest.TestCase):
