@@ -157,6 +157,16 @@ def test_a_file_of_numpys_with_a_broken_header_is_refused(header):
         _sources.opened("x.npy")
 
 
+def test_a_file_of_numpys_that_cannot_be_read_is_no_broken_one(monkeypatch):
+    def load(*_, **__):
+        raise PermissionError(13, "Permission denied", "x.npy")
+
+    Path("x.npy").touch()
+    monkeypatch.setattr(np, "load", load)
+    with pytest.raises(PermissionError):
+        _sources.opened("x.npy")
+
+
 def test_a_file_of_numpys_is_mapped():
     np.save("x.npy", voxels(SHAPE))
     source, found = read("x.npy")

@@ -56,6 +56,11 @@ def test_three_workers_share_any_number_of_processors_out(monkeypatch, allowed, 
     assert _running._shares(3) == shares
 
 
+def test_workers_are_free_where_processors_cannot_be_chosen(monkeypatch):
+    monkeypatch.delattr(os, "sched_getaffinity")
+    assert _running._shares(2) == [[], []]
+
+
 def test_workers_that_are_killed_as_they_start_are_replaced():
     plan = planned("--scale", 2)
     killed = set()
