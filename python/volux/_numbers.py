@@ -5,7 +5,7 @@ from __future__ import annotations
 import math
 from collections.abc import Sequence
 from operator import index
-from typing import Any, SupportsFloat
+from typing import Any, SupportsFloat, cast
 
 import numpy as np
 
@@ -48,7 +48,7 @@ def extents(name: str, value: Any, count: int = 3, what: str = "voxels along eac
 def finite(name: str, value: Any) -> float:
     """Return a number that is neither infinite nor NaN."""
     is_number = isinstance(value, SupportsFloat) and not isinstance(value, (str, bytes))
-    if not is_number or np.iscomplexobj(value):  # of which NumPy would take the real part
+    if not is_number or np.iscomplexobj(cast(Any, value)):  # NumPy would take the real part
         raise TypeError(f"{name}={short(value)} must be a number")
     number = float(value)
     if not math.isfinite(number):
