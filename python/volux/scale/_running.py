@@ -177,9 +177,10 @@ def _serve(
     """Make units until nobody asks for more. Ctrl-C goes to the process that asks."""
     signal.signal(signal.SIGINT, signal.SIG_IGN)
     if processors:  # its threads take turns, which costs a tenth more if they move about
-        os.sched_setaffinity(0, processors)
+        with suppress(OSError):  # some containers refuse it
+            os.sched_setaffinity(0, processors)
     _memory.give_back()
-    zarr().config.set({"threading.max_workers": 1})
+    zarr().config.set({"threading.max_workers": 2})  # one reads while the other decodes
     worker = Worker(filed, threads, limit)
     with suppress(EOFError, BrokenPipeError, ConnectionResetError):
         connection.send(None)  # it has started
