@@ -11,7 +11,7 @@ import time
 from evidence import commands, package
 from evidence.commands import CORES, LOGS, ROOT, BadUse, Failure, install, version
 
-from . import builds, sysroot
+from . import builds, digest_kept, sysroot
 from .digest_rows import SIZES, SYSROOTS, THREADS, Row, all_rows, native_rows, sysroot_libraries
 from .results import Result, Table
 
@@ -146,9 +146,20 @@ def carry_out(row):
     try:
         for run, command in runs_of(row, build(row)):
             outcome.found[run] = families_of(command, row.log)
+        digest_kept.keep(row, [[dataclasses.astuple(run), families]
+                               for run, families in outcome.found.items()])
     except (Failure, OSError) as failure:
         outcome.fault = str(failure)
     return outcome, time.monotonic() - start
+
+
+def carried_out(row, afresh):
+    """Returns the outcome of a row and its seconds: those of before if nothing has changed."""
+    found = None if afresh else digest_kept.known(row)
+    if found is None:
+        return carry_out(row)
+    return Outcome(row, {Run(*run): {name: tuple(facts) for name, facts in families.items()}
+                         for run, families in found}), 0.0
 
 
 def over_all(families):
@@ -204,10 +215,10 @@ def say(outcome, seconds, committed):
         print(f"        {name} ({runs})", flush=True)
 
 
-def carry_out_all(rows, committed):
+def carry_out_all(rows, committed, afresh):
     """Builds and runs as many rows at a time as there are cores; the outcomes in their order."""
     with concurrent.futures.ThreadPoolExecutor(CORES) as workers:
-        jobs = [workers.submit(carry_out, row) for row in rows]
+        jobs = [workers.submit(carried_out, row, afresh) for row in rows]
         try:
             for job in concurrent.futures.as_completed(jobs):
                 say(*job.result(), committed)
@@ -291,6 +302,8 @@ def add_arguments(parser):
                         help="only the rows whose name this regular expression finds")
     parser.add_argument("--small", action="store_true",
                         help="the small parts of the corpora instead of the whole ones")
+    parser.add_argument("--afresh", action="store_true",
+                        help="run again what was run before in the same circumstances")
     parser.add_argument("--list", action="store_true", help="name the rows, and run none")
     parser.add_argument("--update", action="store_true",
                         help="write the committed digests anew, from g++-12 at -O2")
@@ -308,7 +321,7 @@ def run(options):
     rows = chosen_rows(options.rows)  # what runs them may have come with a compiler
     if options.small:
         rows = [row.with_small_corpora() for row in rows]
-    outcomes = carry_out_all(rows, committed)
+    outcomes = carry_out_all(rows, committed, options.afresh)
     return judged(outcomes, committed, not options.rows and not options.small)
 
 

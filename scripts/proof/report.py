@@ -37,6 +37,12 @@ class Standing:
         return [part for part in parts
                 if all(part in record.lacks(self.check) for record in self.records)]
 
+    @property
+    def is_proved(self):
+        """Whether all that the check covers has held on today's sources."""
+        return any(record.result.passed and not self.is_old(record)
+                   and not record.lacks(self.check) for record in self.records)
+
     def verdict(self):
         if not self.records:
             return "**not run**"

@@ -5,6 +5,7 @@ import contextlib
 import io
 import subprocess
 import sys
+import tempfile
 import types
 import unittest
 from importlib.machinery import SourceFileLoader
@@ -17,7 +18,7 @@ sys.path.insert(0, str(ROOT / "scripts"))
 
 from evidence import markdown, package, provenance  # noqa: E402  (the path comes first)
 from evidence.commands import Failure  # noqa: E402
-from proof import digest, digest_rows, load, report, results  # noqa: E402
+from proof import digest, digest_kept, digest_rows, load, report, results  # noqa: E402
 from proof.results import Record, Result, Table  # noqa: E402
 
 COMMAND = str(ROOT / "scripts" / "prove")
@@ -79,6 +80,13 @@ class Marks(unittest.TestCase):
         self.assertIn("does not cover `new part`", "\n".join(narrow.found(narrow.records[0])))
         self.assertEqual(list(narrow.remarks()), ["sums: no result covers `new part`"])
 
+    def test_a_run_that_goes_on_leaves_out_what_has_a_whole_result_of_todays_sources(self):
+        self.assertTrue(standing(record_of("bbbbbbbbbbbb"), record_of()).is_proved)
+        for record in (record_of("bbbbbbbbbbbb"), record_of(passed=False),
+                       record_of(parts=["old part"])):
+            self.assertFalse(standing(record).is_proved)
+        self.assertFalse(standing().is_proved)
+
 
 class Sources(unittest.TestCase):
     def test_a_change_of_volux_resample_changes_its_digest_alone(self):
@@ -125,6 +133,27 @@ class Python(unittest.TestCase):
         self.assertEqual(self.row.with_small_corpora().corpora, ("bulk-small",))
         plain = digest_rows.native_rows()[0]
         self.assertEqual(plain.with_small_corpora().corpora, ("small", "bulk-small", "world"))
+
+    def carried_out(self, folder, afresh=False):
+        """What the row gives by a program that answers with its own number, which grows."""
+        def families_of(*_):
+            self.answers += 1
+            return {"resize": (f"{self.answers}", 2)}
+        with (mock.patch.object(digest_kept, "KEPT", Path(folder)),
+              mock.patch.object(digest, "build", lambda row: Path()),
+              mock.patch.object(digest, "families_of", families_of),
+              mock.patch.object(package, "interpreter", lambda group: "python")):
+            return digest.carried_out(self.row, afresh)[0].found
+
+    def test_is_not_run_again_before_something_changes(self):
+        self.answers = 0
+        with tempfile.TemporaryDirectory() as folder:
+            first = self.carried_out(folder)
+            self.assertEqual(self.carried_out(folder), first)
+            self.assertNotEqual(self.carried_out(folder, afresh=True), first)
+            again = self.carried_out(folder)
+            with mock.patch.object(package, "ingredients", lambda: "others"):
+                self.assertNotEqual(self.carried_out(folder), again)
 
     def outcome(self, digest_of_resize):
         found = {"resample": ("aa", 3), "resize": (digest_of_resize, 2)}
@@ -204,6 +233,7 @@ class BadUseTest(unittest.TestCase):
 
     def test_ci_takes_no_check(self):
         self.assert_refused("--ci", "load")
+        self.assert_refused("--resume", "load")
 
     def test_numbers_out_of_range_are_refused(self):
         self.assert_refused("exhaustion", "--every", "0")
