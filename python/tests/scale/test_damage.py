@@ -1,5 +1,7 @@
 """What is damaged is named, and what nobody can make sense of is told in one line."""
 
+import errno
+import fcntl
 import json
 import os
 import subprocess
@@ -195,17 +197,31 @@ def test_what_another_one_writes_beside_its_place_is_left_alone(monkeypatch):
 
 
 WRITING = """
-import sys
+import errno, fcntl, sys
 from pathlib import Path
 from volux.scale import _store
+def refuse(*_):
+    raise OSError(errno.ENOSYS, "")
+if sys.argv[2] == "no locks":
+    fcntl.flock = refuse
 for _ in range(20):
     _store.put(Path("unit"), sys.argv[1].encode() * 5000)
 """
 
 
-def test_processes_that_write_the_same_file_all_end_well():
-    writers = [subprocess.Popen([sys.executable, "-c", WRITING, digit]) for digit in "0123"]
+@pytest.mark.parametrize("locks", ["locks", "no locks"])
+def test_processes_that_write_the_same_file_all_end_well(locks):
+    writers = [subprocess.Popen([sys.executable, "-c", WRITING, digit, locks]) for digit in "0123"]
     assert [writer.wait() for writer in writers] == [0] * 4
     data = Path("unit").read_bytes()
     assert data == data[:1] * 5000
-    assert not Path("unit.partial").exists()
+    assert os.listdir() == ["unit"]
+
+
+def test_a_lock_that_fails_otherwise_is_told(monkeypatch):
+    def fail(*_):
+        raise OSError(errno.EIO, "Input/output error")
+
+    monkeypatch.setattr(fcntl, "flock", fail)
+    with pytest.raises(OSError, match="Input/output"):
+        _store.put(Path("unit"), b"mine")

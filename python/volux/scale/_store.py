@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import errno
 import fcntl
 import json
 import math
@@ -10,6 +11,7 @@ from hashlib import sha256
 from importlib.metadata import version
 from pathlib import Path
 from typing import Any
+from uuid import uuid4
 
 import numpy as np
 
@@ -20,6 +22,8 @@ from volux.tool._errors import Refusal
 PARTIAL = ".partial"
 METADATA = "zarr.json"
 RECORDS = ".volux"  # the folder beside a store
+
+_NO_LOCKS = (errno.ENOSYS, errno.ENOLCK, errno.EOPNOTSUPP)
 
 
 def records_of(store: Path) -> Path:
@@ -104,7 +108,8 @@ def put(path: Path, *pieces: bytes | memoryview, is_kept: bool = True) -> None:
     """Write a file beside its place, and rename it when it is whole.
 
     Two that write the same file take turns by a lock, which goes with the process that holds it;
-    so what a killed one has left is simply written again.
+    so what a killed one has left is simply written again. On a file system without locks each has
+    a file of its own, and what a killed one has left stays.
 
     Parameters
     ----------
@@ -116,8 +121,14 @@ def put(path: Path, *pieces: bytes | memoryview, is_kept: bool = True) -> None:
         Whether its bytes must outlive a failure of power wherever its name does. A name that is
         lost is found missing, and its task is done again.
     """
+    path.parent.mkdir(parents=True, exist_ok=True)
     partial = path.with_name(path.name + PARTIAL)
-    descriptor = _locked(partial)
+    try:
+        descriptor = _locked(partial)
+    except _LocklessError:
+        partial.unlink(missing_ok=True)
+        partial = path.with_name(f"{path.name}.{uuid4().hex}{PARTIAL}")
+        descriptor = _opened(partial)
     try:
         os.ftruncate(descriptor, 0)
         for piece in pieces:
@@ -135,18 +146,27 @@ def put(path: Path, *pieces: bytes | memoryview, is_kept: bool = True) -> None:
         os.close(descriptor)
 
 
+class _LocklessError(Exception):
+    """A file system, perhaps of a cluster, that has no locks."""
+
+
 def _locked(partial: Path) -> int:
-    partial.parent.mkdir(parents=True, exist_ok=True)
     while True:
-        descriptor = os.open(partial, os.O_RDWR | os.O_CREAT, 0o666)
+        descriptor = _opened(partial)
         try:
             fcntl.flock(descriptor, fcntl.LOCK_EX)
             if _is_at(descriptor, partial):
                 return descriptor
-        except BaseException:
+        except BaseException as error:
             os.close(descriptor)
+            if isinstance(error, OSError) and error.errno in _NO_LOCKS:
+                raise _LocklessError from error
             raise
         os.close(descriptor)  # the one before has renamed it meanwhile
+
+
+def _opened(partial: Path) -> int:
+    return os.open(partial, os.O_RDWR | os.O_CREAT, 0o666)
 
 
 def _is_at(descriptor: int, path: Path) -> bool:
