@@ -69,8 +69,9 @@ HWY_INLINE Cell operator*(const Cell& a, const Cell& b)
     return {a.lower * b.lower, a.upper * b.upper};
 }
 
-template <>
-struct WeightedSum<Kernel::LINEAR, Cell> {
+// The sums of one sample, whose neighbours come in vectors. Not specialisations of WeightedSum: in
+// AVX2 a Quad is what others of its vectors are, each of whose lanes is a sample.
+struct LinearSum {
     double products = -0.0;
 
     HWY_INLINE void add(const Cell& weights, const Cell& voxels)
@@ -93,12 +94,11 @@ private:
     }
 };
 
-template <>
-struct WeightedSum<Kernel::CUBIC, Quad> {
+struct CubicSum {
     using Pairs = hn::FixedTag<double, 2>;
     hn::Vec<Pairs> sums;  // of the weights, and of the weighted voxels
 
-    HWY_INLINE WeightedSum() : sums(hn::Zero(Pairs())) {}
+    HWY_INLINE CubicSum() : sums(hn::Zero(Pairs())) {}
     HWY_INLINE void add(Quad weights, Quad voxels)
     {
         const Quad both = voxels * weights;
@@ -224,7 +224,7 @@ HWY_INLINE double linearSum(Quad positions, Quad lowest, const Voxels& voxels)
     const Cell xs[1] = {{x, x}};
     const Cell ys[1] = {{y, y}};
     const Cell zs[1] = {{uppers(weights[0], weights[0]), uppers(weights[1], weights[1])}};
-    return weightedSum<WeightedSum<Kernel::LINEAR, Cell>>(xs, ys, zs, [&](int, int) HWY_ATTR {
+    return weightedSum<LinearSum>(xs, ys, zs, [&](int, int) HWY_ATTR {
         return [&](int) HWY_ATTR { return Cell(voxels.face(0), voxels.face(1)); };
     });
 }
@@ -242,7 +242,7 @@ HWY_INLINE double cubicSum(Quad positions, Quad lowest, const Voxels& voxels)
         ys[n] = lowers(twice, twice);
         zs[n] = uppers(weights[n], weights[n]);
     }
-    return weightedSum<WeightedSum<Kernel::CUBIC, Quad>>(xs, ys, zs, [&](int j, int k) HWY_ATTR {
+    return weightedSum<CubicSum>(xs, ys, zs, [&](int j, int k) HWY_ATTR {
         return [four = voxels.four(j, k)](int) HWY_ATTR { return four; };
     });
 }
